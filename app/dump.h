@@ -1,0 +1,13 @@
+#pragma once
+
+/// Appends one record to the diagnostic log: the local date and time, the description, the result and,
+/// when `data` is given, its first `dataLen` values.
+///
+/// The log is "/var/instrument/VKT-progressbar.log", or "/tmp/VKT-progressbar.log" while the first cannot
+/// be opened. It is opened and closed for every record, so it survives a crash and may be removed at any
+/// time. A description that starts with "#" is written without it and followed by an empty line. A record
+/// that cannot be written is lost; nothing is reported.
+void dump(const char *description, int result, int dataLen = 0, const int *data = nullptr);
+
+/// The number under which an object's identity (its address, cut to an int) stands in the log.
+int dumpIdentity(const void *object);

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QCommonStyle>
+
+/// The style of every bar.
+class progressStyle : public QCommonStyle
+{
+    Q_OBJECT
+};
