@@ -7,6 +7,15 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+namespace
+{
+
+/// What is read from a channel at one go, in bytes; then the others, the ticks and the painting have their
+/// turn.
+constexpr qint64 readSize = 64 * 1024;
+
+} // namespace
+
 receiver::receiver(int portnum, bool isEventChannel)
     : m_isEventServer(isEventChannel), m_server(new QTcpServer(this)), m_dontQuit(portnum >= 0)
 {
@@ -53,6 +62,7 @@ void receiver::connection()
             continue;
         }
         channel->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        channel->setReadBufferSize(readSize);
         connect(channel, &QTcpSocket::readyRead, this, &receiver::gotData);
         connect(channel, &QTcpSocket::disconnected, this, &receiver::closed);
     }

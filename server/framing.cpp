@@ -3,6 +3,7 @@
 #include "app/dump.h"
 
 #include <QCoreApplication>
+#include <QScopedValueRollback>
 #include <QTcpSocket>
 
 namespace
@@ -29,6 +30,15 @@ void receiver::gotData()
 /// Handles the messages that wait. A box keeps those behind it waiting until it is answered, or until more
 /// arrives.
 void receiver::dispatch()
+{
+    {
+        const QScopedValueRollback collecting(m_collectingEvents, true);
+        dispatchMessages();
+    }
+    flushEvents();
+}
+
+void receiver::dispatchMessages()
 {
     while (const std::optional<message> received = m_command.next()) {
         handle(*received);

@@ -85,8 +85,10 @@ private:
     channelTable &channels() const;
     static bool isLocal(const QTcpSocket *channel);
     static void drain(QTcpSocket *channel);
+    static void flushEvents();
 
     void dispatch();
+    void dispatchMessages();
     void handle(const message &received);
     void doExit();
     void doConfiguration(const QString &description);
@@ -113,6 +115,8 @@ private:
 
     inline static channelTable m_clientCommandChannels;
     inline static channelTable m_clientEventChannels;
+    /// Events wait in their channels until the messages at hand have been handled.
+    inline static bool m_collectingEvents = false;
     /// Modal boxes that wait for an answer, the oldest first.
     inline static QList<QMessageBox *> m_openBoxes;
     /// Busy mode: the busy window was asked for by itself, not by a dialog.
