@@ -1,0 +1,78 @@
+#include "server/receiver.h"
+
+#include "app/dump.h"
+
+#include <QCoreApplication>
+#include <QScopedValueRollback>
+#include <QTcpSocket>
+
+namespace
+{
+
+/// Text that may wait for its closing tag, in bytes.
+constexpr qsizetype maxWaiting = 16 * 1024 * 1024;
+
+} // namespace
+
+void receiver::gotData()
+{
+    QByteArray text = findClient()->readAll();
+    if (const qsizetype zero = text.indexOf('\0'); zero >= 0)
+        text.truncate(zero);
+    m_command.append(text);
+    dispatch();
+    if (m_command.waiting() > maxWaiting) {
+        dump("---- dropping text without a closing tag, bytes", static_cast<int>(m_command.waiting()));
+        m_command.clear();
+    }
+}
+
+/// Handles the messages that wait. A box keeps those behind it waiting until it is answered, or until more
+/// arrives.
+void receiver::dispatch()
+{
+    {
+        const QScopedValueRollback collecting(m_collectingEvents, true);
+        dispatchMessages();
+    }
+    flushEvents();
+}
+
+void receiver::dispatchMessages()
+{
+    while (const std::optional<message> received = m_command.next()) {
+        handle(*received);
+        if (received->kind == messageKind::assertion || received->kind == messageKind::messageBox)
+            return;
+    }
+}
+
+void receiver::handle(const message &received)
+{
+    const QString payload = QString::fromLatin1(received.payload);
+    switch (received.kind) {
+    case messageKind::configuration:
+        doConfiguration(payload);
+        break;
+    case messageKind::assertion:
+        doAssertion(payload);
+        break;
+    case messageKind::messageBox:
+        doMessage(payload);
+        break;
+    case messageKind::progress:
+        doProgress(payload);
+        drainDeletionQueue();
+        break;
+    case messageKind::exit:
+        doExit();
+        break;
+    }
+}
+
+void receiver::doExit()
+{
+    dump("---- got exit command by client!", 0);
+    if (!m_dontQuit)
+        QCoreApplication::exit(0);
+}

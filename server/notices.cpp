@@ -1,0 +1,137 @@
+#include "server/receiver.h"
+
+#include "dialog/CProgressDialog.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTcpSocket>
+#include <QtEndian>
+
+#include <utility>
+
+namespace
+{
+
+/// A button field holds a button's code and, in these bits, what else it is.
+constexpr int defaultFlag = QMessageBox::Default;
+constexpr int escapeFlag = QMessageBox::Escape;
+constexpr size_t maxButtonFields = 10;
+
+QMessageBox *newBox(const QString &title, const QString &text, Qt::TextFormat format)
+{
+    auto *box = new QMessageBox;
+    box->setWindowTitle(title);
+    box->setTextFormat(format);
+    box->setText(text);
+    return box;
+}
+
+} // namespace
+
+void receiver::doAssertion(const QString &message)
+{
+    QMessageBox *box = newBox(QStringLiteral("Zerbak Quillet Assertion"), message, Qt::PlainText);
+    for (const auto button :
+         {QMessageBox::Yes, QMessageBox::Save, QMessageBox::YesToAll, QMessageBox::Retry, QMessageBox::Abort})
+        box->addButton(button);
+
+    openBox(box, [box, message](const QAbstractButton *clicked) -> quint32 {
+        if (!clicked)
+            return 0;
+        const auto button = box->standardButton(const_cast<QAbstractButton *>(clicked));
+        if (button != QMessageBox::Save)
+            return static_cast<quint32>(button);
+        if (QClipboard *clipboard = QGuiApplication::clipboard())
+            clipboard->setText(message);
+        return QMessageBox::Yes;
+    });
+}
+
+void receiver::doMessage(const QString &description)
+{
+    QStringList fields = description.split(QStringLiteral("[#]"));
+    const QStringList buttonFields = fields.mid(3, maxButtonFields);
+    fields.resize(3);
+    QMessageBox *box = newBox(fields[1], fields[2], Qt::AutoText);
+    box->setIcon(static_cast<QMessageBox::Icon>(fields[0].toInt()));
+
+    QList<std::pair<QPushButton *, int>> buttons;
+    for (const QString &field : buttonFields) {
+        const int number = field.toInt();
+        const int code = number & ~(defaultFlag | escapeFlag);
+        QPushButton *button = box->addButton(static_cast<QMessageBox::StandardButton>(code));
+        if (!button)
+            continue;
+        buttons.append({button, code});
+        if (number & defaultFlag)
+            box->setDefaultButton(button);
+    }
+    if (buttons.isEmpty())
+        box->addButton(QMessageBox::Ok);
+
+    openBox(box, [buttons](const QAbstractButton *clicked) -> quint32 {
+        for (const auto &[button, code] : buttons) {
+            if (button == clicked)
+                return static_cast<quint32>(code);
+        }
+        return 0;
+    });
+}
+
+/// Opens the box without a nested event loop: everything else goes on, and boxes can be answered in any
+/// order. The box blocks no window of the toolkit's; the dialog and the busy window ask `boxIsOpen()`.
+void receiver::openBox(QMessageBox *box, const answerCode &code)
+{
+    const QPointer<QTcpSocket> asker = findClient();
+    box->setWindowFlags(box->windowFlags() | Qt::WindowStaysOnTopHint);
+    connect(box, &QDialog::finished, this,
+            [this, box, asker, code] { boxAnswered(box, asker, code(box->clickedButton())); });
+    cancelRun();
+    m_openBoxes.append(box);
+    box->open();
+    keepBoxesInFront();
+}
+
+void receiver::boxAnswered(QMessageBox *box, QTcpSocket *asker, quint32 code)
+{
+    m_openBoxes.removeOne(box);
+    box->deleteLater();
+    if (asker && asker->isOpen()) {
+        asker->write(reinterpret_cast<const char *>(&code), sizeof code);
+        asker->flush();
+    }
+    cancelRun();
+    if (!boxIsOpen() && m_progress && m_progress->isVisible())
+        m_progress->raise();
+    // The messages behind the box's have waited for its answer.
+    QMetaObject::invokeMethod(this, &receiver::dispatch, Qt::QueuedConnection);
+}
+
+/// The user's time in front of a box is not the run's: such a run is not worth learning.
+void receiver::cancelRun()
+{
+    if (m_progress)
+        m_progress->willCancel();
+}
+
+/// A dialog that bypasses the window manager lies above all managed windows, boxes included, so it gives
+/// way; any other is simply behind the boxes.
+void receiver::keepBoxesInFront()
+{
+    if (m_progress && m_progress->windowFlags().testFlag(Qt::X11BypassWindowManagerHint))
+        m_progress->lower();
+    for (QMessageBox *box : std::as_const(m_openBoxes))
+        box->raise();
+}
+
+/// Answers every open box with 0, as a box that is closed without a button.
+void receiver::dismissBoxes()
+{
+    while (boxIsOpen()) {
+        QMessageBox *box = m_openBoxes.constLast();
+        box->done(0);
+        delete box;
+    }
+}
