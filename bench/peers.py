@@ -90,8 +90,11 @@ def daemon_figures(program):
 
 
 def wait_for_window(title):
+    deadline = time.monotonic() + 20
     while subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
                          capture_output=True).returncode:
+        if time.monotonic() > deadline:
+            sys.exit(f"peers.py: the window {title} does not appear")
         time.sleep(0.002)
 
 
