@@ -17,7 +17,7 @@ on_virtual_screen() {
     local pictures=$here/../build/demo display
     mkdir -p "$pictures"
     pictures=$(cd "$pictures" && pwd)
-    coproc screen { exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp 2>/dev/null; }
+    coproc screen { exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -noreset 2>/dev/null; }
     helpers+=("$screen_PID")
     read -r display <&"${screen[0]}"
     export DISPLAY=:$display
