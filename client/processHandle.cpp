@@ -3,8 +3,12 @@
 #include "client/waiting.h"
 
 #include <cerrno>
-#include <sys/pidfd.h>
 #include <unistd.h>
+
+// The C library's header forgets that it may be read as C++.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 processHandle::processHandle(pid_t process) : m_fd(process > 0 ? ::pidfd_open(process, 0) : -1) {}
 

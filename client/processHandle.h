@@ -19,6 +19,8 @@ public:
     /// Waits for its end; false when the time is up.
     bool waitForEnd(const deadline &until) const;
     bool hasEnded() const;
+    /// For poll(2): readable when the process has ended; -1 for a process that had ended before.
+    int fd() const { return m_fd; }
 
 private:
     int m_fd;
