@@ -31,6 +31,8 @@ public:
 
     /// Hangs up, and returns when the daemon has noticed.
     void close();
+    /// With a limit of a few bytes the client reads no more, and what the daemon sends piles up on its way.
+    void setReadBufferSize(qint64 bytes) { m_socket.setReadBufferSize(bytes); }
     /// Hangs up as a client that is killed: the daemon sees an error, not an end.
     void abort() { m_socket.abort(); }
 

@@ -45,7 +45,8 @@ void daemonProcess::end()
         if (channel.waitForConnected(patienceMs)) {
             channel.write("<exit/>");
             channel.waitForBytesWritten(patienceMs);
-            channel.waitForDisconnected(patienceMs);
+            if (channel.state() != QAbstractSocket::UnconnectedState)
+                channel.waitForDisconnected(patienceMs);
         }
     }
     if (waitForEnd() != 0)
