@@ -16,7 +16,9 @@ constexpr qint64 fullBatch = 64 * 1024;
 
 void receiver::sendEvent(const QString &eventCode)
 {
-    const QByteArray event = QByteArray("<event>") + eventCode.toLatin1() + "</event>";
+    if (!hasListeners())
+        return;
+    const QByteArray event = "<event>" + eventCode.toLatin1() + "</event>";
     m_clientEventChannels.walk([&event](QTcpSocket *channel) {
         if (channel->bytesToWrite() + event.size() > maxBacklog)
             return;
@@ -24,6 +26,11 @@ void receiver::sendEvent(const QString &eventCode)
         if (!m_collectingEvents || channel->bytesToWrite() >= fullBatch)
             channel->flush();
     });
+}
+
+bool receiver::hasListeners()
+{
+    return m_clientEventChannels.at(0) != nullptr;
 }
 
 /// Sends what was collected while the messages of one read were handled: a system call for each event and
@@ -37,6 +44,7 @@ void receiver::updateTotalPercent(int currentPercent, int remainingSeconds)
 {
     if (m_splash && m_windowIsActive)
         m_splash->setBusyPercent(currentPercent);
-    sendEvent(QStringLiteral("totalProgress=") + QString::number(currentPercent) + QLatin1Char('|') +
-              QString::number(remainingSeconds));
+    if (hasListeners())
+        sendEvent(QStringLiteral("totalProgress=") + QString::number(currentPercent) + QLatin1Char('|') +
+                  QString::number(remainingSeconds));
 }

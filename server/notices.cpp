@@ -103,8 +103,10 @@ void receiver::boxAnswered(QMessageBox *box, QTcpSocket *asker, quint32 code)
         asker->flush();
     }
     cancelRun();
-    if (!boxIsOpen() && m_progress && m_progress->isVisible())
+    if (!boxIsOpen() && m_progress && m_progress->isVisible()) {
         m_progress->raise();
+        m_progress->activateWindow();
+    }
     // The messages behind the box's have waited for its answer.
     QMetaObject::invokeMethod(this, &receiver::dispatch, Qt::QueuedConnection);
 }

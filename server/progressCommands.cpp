@@ -3,16 +3,24 @@
 #include "dialog/CProgressDialog.h"
 #include "widgets/busyWidget.h"
 
+#include <QStringTokenizer>
 #include <QStringView>
+#include <QVarLengthArray>
 
 namespace
 {
 
-using arguments = QList<QStringView>;
+using arguments = QVarLengthArray<QStringView, 3>;
 
 CProgressDialog &dialog()
 {
     return *receiver::m_progress;
+}
+
+void split(QStringView text, arguments &parts)
+{
+    for (const QStringView part : text.tokenize(u';'))
+        parts.append(part);
 }
 
 int number(QStringView text)
@@ -60,7 +68,7 @@ void receiver::doProgress(const QString &description)
             continue;
         arguments parts;
         if (command.parts > 0)
-            parts = QStringView(description).sliced(command.keyword.size()).split(u';');
+            split(QStringView(description).sliced(command.keyword.size()), parts);
         if (parts.size() == command.parts)
             command.run(*this, parts);
         return;

@@ -85,6 +85,8 @@ private:
     channelTable &channels() const;
     static bool isLocal(const QTcpSocket *channel);
     static void drain(QTcpSocket *channel);
+    /// Whether a walk over the event channels reaches any.
+    static bool hasListeners();
     static void flushEvents();
 
     void dispatch();

@@ -5,20 +5,24 @@
 namespace
 {
 
-/// While it lives, repaint() of the widget does nothing; afterwards one ordinary update is pending.
+/// While it lives, repaint() of the widget does nothing; afterwards an ordinary update is pending.
 class repaintLater
 {
 public:
-    explicit repaintLater(QWidget *widget) : m_widget(widget), m_wasEnabled(widget->updatesEnabled())
+    explicit repaintLater(QWidget *widget) : m_widget(widget->isVisible() ? widget : nullptr)
     {
-        m_widget->setUpdatesEnabled(false);
+        if (m_widget)
+            m_widget->setUpdatesEnabled(false);
     }
-    ~repaintLater() { m_widget->setUpdatesEnabled(m_wasEnabled); }
+    ~repaintLater()
+    {
+        if (m_widget)
+            m_widget->setUpdatesEnabled(true);
+    }
     Q_DISABLE_COPY_MOVE(repaintLater)
 
 private:
-    QWidget *m_widget;
-    bool m_wasEnabled;
+    QWidget *m_widget; ///< null when it is not visible: then nothing repaints it anyway
 };
 
 } // namespace

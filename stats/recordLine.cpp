@@ -1,0 +1,129 @@
+#include "stats/recordLine.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string>
+
+namespace
+{
+
+constexpr std::size_t mostFields = 4;
+using fieldArray = std::array<std::string_view, mostFields>;
+
+/// Fills `fields` with the first fields of `line` and returns how many there are, at most `mostFields`.
+std::size_t splitFields(std::string_view line, fieldArray &fields)
+{
+    std::size_t count = 0;
+    while (count < mostFields) {
+        const std::size_t colon = line.find(':');
+        fields[count++] = line.substr(0, colon);
+        if (colon == std::string_view::npos)
+            break;
+        line.remove_prefix(colon + 1);
+    }
+    return count;
+}
+
+/// Reads the digits at the start of `text`, of which the first nine always fit an int.
+int readDigits(const char *&text, const char *end)
+{
+    const char *stop = text + std::min<std::ptrdiff_t>(end - text, 9);
+    int value = 0;
+    for (; text != stop && *text >= '0' && *text <= '9'; ++text)
+        value = value * 10 + (*text - '0');
+    return value;
+}
+
+void readSnapshots(std::string_view text, std::vector<int> &snapshots)
+{
+    snapshots.clear();
+    const char *const end = text.data() + text.size();
+    for (const char *part = text.data(); part != end;) {
+        const char *stop = part;
+        int value = readDigits(stop, end);
+        if (stop != end && *stop != '.') {
+            stop = std::find(stop, end, '.');
+            value = readNumber({part, stop});
+        }
+        snapshots.push_back(value);
+        part = stop == end ? end : stop + 1;
+    }
+}
+
+constexpr auto digitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+char *writePair(unsigned value, char *out)
+{
+    return std::copy_n(&digitPairs[std::size_t{value} * 2], 2, out);
+}
+
+/// At least eight characters, padded with zeros behind the sign; at most eleven.
+char *writeNumber(int value, char *out)
+{
+    if (value < 0 || value > 99'999'999)
+        return out + std::sprintf(out, "%08d", value);
+    const unsigned number = static_cast<unsigned>(value);
+    const unsigned high = number / 10000;
+    const unsigned low = number % 10000;
+    out = writePair(high / 100, out);
+    out = writePair(high % 100, out);
+    out = writePair(low / 100, out);
+    return writePair(low % 100, out);
+}
+
+} // namespace
+
+int readNumber(std::string_view text)
+{
+    const char *stop = text.data();
+    const int value = readDigits(stop, text.data() + text.size());
+    if (stop == text.data() + text.size())
+        return value;
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size())).toInt();
+}
+
+bool parseRecordLine(std::string_view line, const recordColumns &columns, recordLine &record)
+{
+    std::string withoutReturns;
+    if (line.find('\r') != std::string_view::npos) {
+        std::ranges::remove_copy(line, std::back_inserter(withoutReturns), '\r');
+        line = withoutReturns;
+    }
+
+    fieldArray fields;
+    if (splitFields(line, fields) <= static_cast<std::size_t>(columns.valscol))
+        return false;
+    const auto field = [&](int column) { return fields[static_cast<std::size_t>(column)]; };
+    record.time = columns.timecol < 0 ? 0 : static_cast<unsigned>(readNumber(field(columns.timecol)));
+    record.total = readNumber(field(columns.totalcol));
+    record.found = readNumber(field(columns.countcol));
+    readSnapshots(field(columns.valscol), record.snapshots);
+    return true;
+}
+
+std::string_view formatRecordLine(unsigned time, int total, int found, std::span<const int> snapshots,
+                                  std::vector<char> &storage)
+{
+    constexpr std::size_t longestHead = 64;
+    constexpr std::size_t longestNumber = sizeof "-2147483648.";
+    storage.resize(std::max(storage.size(), longestHead + snapshots.size() * longestNumber));
+
+    char *out = storage.data();
+    out += std::sprintf(out, "%012u:%08d:%08d:", time, total, found);
+    for (const int snapshot : snapshots) {
+        out = writeNumber(snapshot, out);
+        *out++ = '.';
+    }
+    *out++ = '\n';
+    return {storage.data(), out};
+}
