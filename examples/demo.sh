@@ -6,18 +6,20 @@ here=$(cd "$(dirname "$0")" && pwd)
 from=${1:-/usr/share/doc}
 to=$(mktemp -d /tmp/demo-copy.XXXXXX)
 
+helpers=()
+trap 'kill "${helpers[@]}" 2>/dev/null' EXIT
+
 on_desktop() {
     "$here/copy-tree.sh" "$from" "$to"
 }
 
 on_virtual_screen() {
-    local pictures=$here/../build/demo display helpers=()
+    local pictures=$here/../build/demo display
     mkdir -p "$pictures"
     pictures=$(cd "$pictures" && pwd)
-    exec 5< <(exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp 2>/dev/null)
-    helpers=($!)
-    trap 'kill "${helpers[@]}" 2>/dev/null' EXIT
-    read -r display <&5
+    coproc screen { exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -noreset 2>/dev/null; }
+    helpers+=("$screen_PID")
+    read -r display <&"${screen[0]}"
     export DISPLAY=:$display
     echo "No display here: running on a virtual X server, pictures go to $pictures"
     if command -v xsetroot >/dev/null; then xsetroot -solid '#5f7f9f'; fi
