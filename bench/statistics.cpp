@@ -94,7 +94,7 @@ void reportBytes(benchmark::State &state, std::size_t bytes)
 void sumOfTable(benchmark::State &state)
 {
     table();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::int64_t sum = 0;
         for (int record = 0; record < maxRecords; ++record) {
             const int *snapshots = m_snapshotdata[record].get();
@@ -111,7 +111,7 @@ void match(benchmark::State &state)
     table();
     double incernity = 0;
     int index = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         fillPool(maxSnapshots);
         benchmark::DoNotOptimize(findNearest(incernity, index));
     }
@@ -126,7 +126,7 @@ void tick(benchmark::State &state)
     double incernity = 0;
     int index = 0;
     const int added = static_cast<int>(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         if (m_nextSnap + added > maxSnapshots || m_nextSnap < 2000) {
             state.PauseTiming();
             fillPool(2000);
@@ -144,7 +144,7 @@ void writeBytes(benchmark::State &state)
 {
     const std::string content = table().content();
     const std::string path = std::string(datafile) + ".plain";
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         if (write(file, content.data(), content.size()) != static_cast<ssize_t>(content.size()))
             state.SkipWithError("short write");
@@ -153,21 +153,21 @@ void writeBytes(benchmark::State &state)
     unlink(path.c_str());
     reportBytes(state, content.size());
 }
-BENCHMARK(writeBytes)->Unit(benchmark::kMillisecond);
+BENCHMARK(writeBytes)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void save(benchmark::State &state)
 {
     const std::string content = table().content();
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         saveStatistics(identifier.c_str());
     reportBytes(state, content.size());
 }
-BENCHMARK(save)->Unit(benchmark::kMillisecond);
+BENCHMARK(save)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void readAndParse(benchmark::State &state)
 {
     const std::size_t size = table().content().size();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::string content(size, '\0');
         const int file = open(datafile, O_RDONLY);
         if (read(file, content.data(), size) != static_cast<ssize_t>(size))
@@ -185,24 +185,24 @@ void readAndParse(benchmark::State &state)
     }
     reportBytes(state, size);
 }
-BENCHMARK(readAndParse)->Unit(benchmark::kMillisecond);
+BENCHMARK(readAndParse)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void load(benchmark::State &state)
 {
     const std::string content = table().content();
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         loadStatistics(identifier.c_str());
     if (m_snapshotcount != maxRecords)
         state.SkipWithError("records are missing");
     reportBytes(state, content.size());
 }
-BENCHMARK(load)->Unit(benchmark::kMillisecond);
+BENCHMARK(load)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 /// Heap in use by the full table, against the bytes of its snapshots.
 void memory(benchmark::State &state)
 {
     table();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const std::size_t full = mallinfo2().uordblks;
         for (int record = 0; record < maxRecords; ++record)
             m_snapshotdata[record].reset();

@@ -13,10 +13,10 @@ namespace
 
 /// The snapshot pool, decoded once for all records.
 struct decodedPool {
-    unsigned revision = 0;
-    int count = 0;
     alignas(64) int times[maxSnapshots];
     alignas(64) int signatures[maxSnapshots];
+    int count = 0;
+    unsigned revision = 0;
 };
 
 /// How far a record has been compared with the pool. All sums are integers, so that going on with them

@@ -18,6 +18,11 @@ class testStatisticsFile : public QObject
 {
     Q_OBJECT
 
+    /// The records that loading `content` gives.
+    int load(const QByteArray &content);
+
+    std::unique_ptr<ownIdentifier> m_id;
+
 private slots:
     void init();
     void cleanup() { m_id.reset(); }
@@ -41,12 +46,6 @@ private slots:
     void notAFile();
     void fullDisk();
     void longIdentifier();
-
-private:
-    /// The records that loading `content` gives.
-    int load(const QByteArray &content);
-
-    std::unique_ptr<ownIdentifier> m_id;
 };
 
 void testStatisticsFile::init()
