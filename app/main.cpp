@@ -68,6 +68,14 @@ bool isUsable(const commandLine &line)
     return true;
 }
 
+/// The toolkit aborts where it cannot go on, above all without a display; that is no reason for a core file.
+void reportToolkitMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    std::fprintf(stderr, "progressd: %s\n", qPrintable(text));
+    if (type == QtFatalMsg)
+        std::_Exit(EXIT_FAILURE);
+}
+
 /// Sizes and positions of the protocol are real pixels, and the daemon places its own windows, which works
 /// through X11 only.
 void preparePlatform()
@@ -117,6 +125,7 @@ int main(int argc, char **argv)
     if (!isUsable(parseCommandLine(argc, argv)))
         return usageError;
 
+    qInstallMessageHandler(reportToolkitMessage);
     preparePlatform();
     MyApplication application(argc, argv);
     // The toolkit has taken its own options out of the arguments.

@@ -89,6 +89,9 @@ int readNumber(std::string_view text)
     const int value = readDigits(stop, text.data() + text.size());
     if (stop == text.data() + text.size())
         return value;
+    // The toolkit would let a zero byte end the number.
+    if (text.find('\0') != std::string_view::npos)
+        return 0;
     return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size())).toInt();
 }
 

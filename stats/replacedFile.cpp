@@ -33,22 +33,23 @@ bool directoryForbids()
 
 } // namespace
 
-bool replacedFile::open(const char *path)
+replacedFile::replacedFile(const char *path) : m_target(resolved(path))
 {
-    if (!*path)
-        return false;
-    *this = {};
-    m_target = resolved(path);
     // Without O_NONBLOCK a pipe in the file's place would wait for a reader.
     m_old = fileDescriptor(::open(path, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (m_old ? !isRegular(m_old.get()) : errno != ENOENT)
-        return false;
-
+    const bool isNew = !m_old && errno == ENOENT && *path;
+    if (m_old && !isRegular(m_old.get()))
+        m_old.close();
+    if (!m_old && !isNew)
+        return;
     createTemporary();
+    m_inPlace = m_old && !m_temporary && directoryForbids();
+}
+
+replacedFile::~replacedFile()
+{
     if (m_temporary)
-        return true;
-    m_inPlace = m_old && directoryForbids();
-    return static_cast<bool>(m_old);
+        unlink(m_temporaryPath.c_str());
 }
 
 void replacedFile::createTemporary()
@@ -58,14 +59,15 @@ void replacedFile::createTemporary()
     m_temporary = fileDescriptor(mkostemp(m_temporaryPath.data(), O_CLOEXEC));
 }
 
-void replacedFile::keepAccessRights()
+void replacedFile::takeOverAccessRights()
 {
     struct stat old;
     if (m_old && fstat(m_old.get(), &old) == 0) {
-        if (fchown(m_temporary.get(), old.st_uid, old.st_gid) != 0 &&
-            fchown(m_temporary.get(), static_cast<uid_t>(-1), old.st_gid) != 0)
-            old.st_mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
-        fchmod(m_temporary.get(), old.st_mode & 07777);
+        // Who may not give the file to its old owner may still give it to the old group.
+        constexpr auto sameOwner = static_cast<uid_t>(-1);
+        const bool isGroupKept = fchown(m_temporary.get(), old.st_uid, old.st_gid) == 0 ||
+                                 fchown(m_temporary.get(), sameOwner, old.st_gid) == 0;
+        fchmod(m_temporary.get(), old.st_mode & (isGroupKept ? 0777 : 0707));
         return;
     }
     const mode_t mask = umask(0);
@@ -75,24 +77,21 @@ void replacedFile::keepAccessRights()
 
 void replacedFile::replace(const contentWriter &write)
 {
-    if (m_temporary) {
-        keepAccessRights();
-        if (renameTemporary(write))
-            return;
-        unlink(m_temporaryPath.c_str());
-    }
+    if (m_temporary && replaceByTemporary(write))
+        return;
     if (m_inPlace)
         writeInPlace(write);
 }
 
-bool replacedFile::renameTemporary(const contentWriter &write)
+bool replacedFile::replaceByTemporary(const contentWriter &write)
 {
-    const bool whole = write(m_temporary.get());
-    if (!m_temporary.close() || !whole)
-        return false;
-    if (std::rename(m_temporaryPath.c_str(), m_target.c_str()) == 0)
+    takeOverAccessRights();
+    bool isWhole = write(m_temporary.get());
+    isWhole = m_temporary.close() && isWhole;
+    if (isWhole && std::rename(m_temporaryPath.c_str(), m_target.c_str()) == 0)
         return true;
-    m_inPlace = m_old && directoryForbids();
+    m_inPlace = isWhole && m_old && directoryForbids();
+    unlink(m_temporaryPath.c_str());
     return false;
 }
 

@@ -107,6 +107,17 @@ int sumOfFoundCounts()
     return toInt(sum);
 }
 
+/// False if the file at `path` cannot be written.
+bool writeTableTo(const char *path)
+{
+    replacedFile file(path);
+    if (!file.isOpen())
+        return false;
+    dump("---- total statistics count", sumOfFoundCounts());
+    file.replace(writeTable);
+    return true;
+}
+
 } // namespace
 
 bool statisticsPathFits(const char *identifier)
@@ -151,12 +162,8 @@ void saveStatistics(const char *identifier)
         identifier = m_ownIdentifier.c_str();
     }
 
-    replacedFile file;
-    if (!file.open(datafile)) {
-        writePath(datafile, fallbackDirectory, identifier);
-        if (!file.open(datafile))
-            return;
-    }
-    dump("---- total statistics count", sumOfFoundCounts());
-    file.replace(writeTable);
+    if (writeTableTo(datafile))
+        return;
+    writePath(datafile, fallbackDirectory, identifier);
+    writeTableTo(datafile);
 }

@@ -2,32 +2,7 @@
 
 #include "widgets/appearance.h"
 
-namespace
-{
-
-/// While it lives, repaint() of the widget does nothing; afterwards an ordinary update is pending.
-class repaintLater
-{
-public:
-    explicit repaintLater(QWidget *widget) : m_widget(widget->isVisible() ? widget : nullptr)
-    {
-        if (m_widget)
-            m_widget->setUpdatesEnabled(false);
-    }
-    ~repaintLater()
-    {
-        if (m_widget)
-            m_widget->setUpdatesEnabled(true);
-    }
-    Q_DISABLE_COPY_MOVE(repaintLater)
-
-private:
-    QWidget *m_widget; ///< null when it is not visible: then nothing repaints it anyway
-};
-
-} // namespace
-
-progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent)
+progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_value(QProgressBar::value())
 {
     setAutoFillBackground(true);
     setFont(appearance::m_barNumFont);
@@ -42,14 +17,36 @@ void progressProcess::setLabel(const QString &label)
 
 void progressProcess::setValue(int newValue)
 {
-    if (newValue == value())
-        return;
-    const repaintLater guard(this);
-    QProgressBar::setValue(newValue);
+    if (newValue >= minimum() && newValue <= maximum())
+        changeValue(newValue);
 }
 
 void progressProcess::reset()
 {
-    const repaintLater guard(this);
-    QProgressBar::reset();
+    changeValue(minimum() - 1);
+}
+
+void progressProcess::changeValue(int newValue)
+{
+    if (newValue == m_value)
+        return;
+    // While the base class lags behind, an update is pending already, or the bar is hidden.
+    const bool upToDate = m_value == QProgressBar::value();
+    m_value = newValue;
+    if (upToDate)
+        update();
+}
+
+void progressProcess::paintEvent(QPaintEvent *event)
+{
+    if (m_value != QProgressBar::value()) {
+        // Keeps the base class from repainting within the painting.
+        setAttribute(Qt::WA_UpdatesDisabled, true);
+        if (m_value < minimum())
+            QProgressBar::reset();
+        else
+            QProgressBar::setValue(m_value);
+        setAttribute(Qt::WA_UpdatesDisabled, false);
+    }
+    QProgressBar::paintEvent(event);
 }

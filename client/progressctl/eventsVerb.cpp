@@ -1,0 +1,46 @@
+#include "client/progressctl/exitStatus.h"
+#include "client/progressctl/verbs.h"
+
+#include <csignal>
+#include <poll.h>
+#include <unistd.h>
+
+namespace
+{
+
+using event = progressClient::event;
+
+/// False when nobody reads any more.
+bool print(const std::string &text)
+{
+    const std::string line = text + '\n';
+    return ::write(STDOUT_FILENO, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+}
+
+/// Prints until the daemon has said that it ends, or until the reader of our output has gone.
+int printEvents(const commonOptions &common)
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    progressClient client(common.identifier, progressClient::channels::events, common.limit());
+    bool goOn = true;
+    while (goOn) {
+        // Nothing is asked of the output but to say that its reader has gone.
+        pollfd both[] = {{client.eventFd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+        if (::poll(both, 2, -1) < 0)
+            continue;
+        if (both[1].revents & (POLLERR | POLLNVAL))
+            break;
+        client.handleEvents([&goOn](const event &each) {
+            goOn = goOn && print(each.text) && each.what != event::kind::shutDown;
+        });
+    }
+    return statusOk;
+}
+
+} // namespace
+
+void addEventsVerb(commandLineSetup &setup)
+{
+    auto *verb = setup.app.add_subcommand("events", "Prints the events, one a line, until the daemon ends");
+    verb->callback([&setup] { setup.chosen = [&setup] { return printEvents(setup.common); }; });
+}

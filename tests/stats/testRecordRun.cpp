@@ -1,0 +1,129 @@
+#include "stats/recordRun.h"
+
+#include "stats/snapshots.h"
+#include "stats/statisticsFile.h"
+#include "tests/stats/situation.h"
+
+#include <QTest>
+
+#include <climits>
+#include <memory>
+
+class testRecordRun : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup() { m_identifier.reset(); }
+
+    void firstRun();
+    void merging_data();
+    void merging();
+    void sumsBeyondAnInt();
+    void fullTable_data();
+    void fullTable();
+
+private:
+    std::unique_ptr<ownIdentifier> m_identifier;
+};
+
+void testRecordRun::init()
+{
+    m_identifier = std::make_unique<ownIdentifier>();
+    startAnew();
+    loadStatistics(m_identifier->name());
+}
+
+void testRecordRun::firstRun()
+{
+    const logWatch log;
+    setPool({0, 1010, 2020});
+    recordRun(47);
+    QCOMPARE(m_snapshotcount, 1);
+    QCOMPARE(m_snapshottotal[0], 47);
+    QCOMPARE(m_snapshotfound[0], 1);
+    QCOMPARE(recordCourse(0), (course{0, 1010, 2020}));
+    QVERIFY(m_snapshottime[0].secsTo(QDateTime::currentDateTime()) < 60);
+    QVERIFY(log.contains({"   ++ new collected data: result=0047", "appending data with index result=0000:\n",
+                          "---- saving intermediate data with entry count result=0001",
+                          "---- total statistics count result=0001"}));
+    QVERIFY(fileContent(datafile).endsWith(":00000047:00000001:00000000.00001010.00002020.\n"));
+}
+
+void testRecordRun::merging_data()
+{
+    QTest::addColumn<int>("signatureSum");
+    QTest::addColumn<bool>("isMerged");
+
+    QTest::newRow("same course") << 0 << true;
+    QTest::newRow("5.0") << 20 << true;
+    QTest::newRow("5.25") << 21 << false;
+}
+
+void testRecordRun::merging()
+{
+    QFETCH(int, signatureSum);
+    QFETCH(bool, isMerged);
+    addRecord(1200, 4, {700, 700, 700, 700});
+    addRecord(90, 1, {0, 1000, 2000, 3000, 4000});
+    const course run = {signatureSum, 1000, 2000, 3000};
+    const logWatch log;
+    setPool(run);
+    recordRun(101);
+
+    QCOMPARE(m_snapshotcount, isMerged ? 2 : 3);
+    const int record = isMerged ? 1 : 2;
+    QCOMPARE(m_snapshottotal[record], isMerged ? 95 : 101);
+    QCOMPARE(m_snapshotfound[record], isMerged ? 2 : 1);
+    QCOMPARE(recordCourse(record), run);
+    QVERIFY(m_snapshottime[record].toSecsSinceEpoch() > 1000);
+    QCOMPARE(m_snapshottime[0].toSecsSinceEpoch(), 1000);
+    if (isMerged) {
+        const QByteArray fits = signatureSum ? "0695125.0005000." : "0700125.0000000.";
+        QVERIFY(log.contains({"replacing data with index result=0001:" + fits + '\n'}));
+    }
+    QCOMPARE(fileContent(datafile).count('\n'), 1 + m_snapshotcount);
+}
+
+void testRecordRun::sumsBeyondAnInt()
+{
+    addRecord(INT_MAX, INT_MAX, {0, 0});
+    setPool({0, 0});
+    recordRun(INT_MAX);
+    QCOMPARE(m_snapshottotal[0], INT_MAX);
+    QCOMPARE(m_snapshotfound[0], INT_MAX);
+}
+
+void testRecordRun::fullTable_data()
+{
+    QTest::addColumn<bool>("isMerged");
+    QTest::addColumn<int>("expected");
+
+    QTest::newRow("merged") << true << 3;
+    QTest::newRow("in place of the oldest of the least found") << false << 700;
+}
+
+void testRecordRun::fullTable()
+{
+    QFETCH(bool, isMerged);
+    QFETCH(int, expected);
+    for (int record = 0; record < 1024; ++record)
+        addRecord(50, 2, {0, record % 1000}, record);
+    m_snapshotfound[300] = m_snapshotfound[700] = m_snapshotfound[900] = 1;
+    m_snapshottime[300] = QDateTime::fromSecsSinceEpoch(9000);
+    m_snapshottime[700] = QDateTime::fromSecsSinceEpoch(8000);
+
+    setPool({0, isMerged ? 3 : 1000000});
+    m_snapshottime[900] = QDateTime::fromSecsSinceEpoch(8000);
+    recordRun(60);
+    QCOMPARE(m_snapshotcount, 1024);
+    QCOMPARE(m_snapshottotal[expected], isMerged ? 55 : 60);
+    QCOMPARE(m_snapshotfound[expected], isMerged ? 3 : 1);
+    for (int record = 0; record < 1024; ++record)
+        QCOMPARE(m_snapshottotal[record] == 50, record != expected);
+    QCOMPARE(fileContent(datafile).count('\n'), 1025);
+}
+
+QTEST_APPLESS_MAIN(testRecordRun)
+#include "testRecordRun.moc"

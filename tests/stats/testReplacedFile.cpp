@@ -1,0 +1,261 @@
+#include "stats/replacedFile.h"
+
+#include "tests/stats/situation.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+class testReplacedFile : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup() { m_directory.reset(); }
+
+    void newFile();
+    void oldFile();
+    void throughLink();
+    void failedWrite();
+    void unusedFile();
+    void notAFile_data();
+    void notAFile();
+    void longName();
+    void forbiddingDirectory_data();
+    void forbiddingDirectory();
+    void unwritableFile();
+    void killedWriter();
+
+private:
+    QByteArray path(const char *name) const;
+    QStringList files() const;
+
+    std::unique_ptr<QTemporaryDir> m_directory;
+};
+
+namespace
+{
+
+ino_t inodeOf(const QByteArray &path)
+{
+    struct stat status;
+    return stat(path.constData(), &status) == 0 ? status.st_ino : 0;
+}
+
+unsigned modeOf(const QByteArray &path)
+{
+    struct stat status;
+    return stat(path.constData(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+bool replace(const QByteArray &path, const QByteArray &content)
+{
+    replacedFile file(path.constData());
+    if (!file.isOpen())
+        return false;
+    file.replace([&](int descriptor) {
+        return write(descriptor, content.constData(), static_cast<std::size_t>(content.size())) ==
+               content.size();
+    });
+    return true;
+}
+
+/// Root may do everything; while this lives, root is nobody.
+class ordinaryUser
+{
+public:
+    ordinaryUser()
+    {
+        if (geteuid() == 0 && seteuid(65534) != 0)
+            qFatal("cannot become an ordinary user");
+    }
+    ~ordinaryUser()
+    {
+        if (geteuid() != getuid() && seteuid(getuid()) != 0)
+            qFatal("cannot become root again");
+    }
+    ordinaryUser(const ordinaryUser &) = delete;
+    ordinaryUser &operator=(const ordinaryUser &) = delete;
+};
+
+} // namespace
+
+void testReplacedFile::init()
+{
+    m_directory = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_directory->isValid());
+    chmod(path("").constData(), 0777);
+}
+
+QByteArray testReplacedFile::path(const char *name) const
+{
+    return QFile::encodeName(m_directory->path()) + '/' + name;
+}
+
+QStringList testReplacedFile::files() const
+{
+    return QDir(m_directory->path())
+        .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+}
+
+void testReplacedFile::newFile()
+{
+    const mode_t before = umask(027);
+    QVERIFY(replace(path("file"), "new"));
+    umask(before);
+    QCOMPARE(fileContent(path("file")), "new");
+    QCOMPARE(modeOf(path("file")), 0640u);
+    QCOMPARE(files(), QStringList{"file"});
+}
+
+void testReplacedFile::oldFile()
+{
+    writeFile(path("file"), "much longer than the new one");
+    chmod(path("file").constData(), 0664);
+    const ino_t inode = inodeOf(path("file"));
+    QVERIFY(replace(path("file"), "new"));
+    QCOMPARE(fileContent(path("file")), "new");
+    QCOMPARE(modeOf(path("file")), 0664u);
+    QVERIFY(inodeOf(path("file")) != inode);
+    QCOMPARE(files(), QStringList{"file"});
+}
+
+void testReplacedFile::throughLink()
+{
+    QVERIFY(QDir(m_directory->path()).mkdir("elsewhere"));
+    writeFile(path("elsewhere/file"), "old");
+    QVERIFY(QFile::link("elsewhere/file", m_directory->filePath("link")));
+    QVERIFY(replace(path("link"), "new"));
+    QCOMPARE(fileContent(path("elsewhere/file")), "new");
+    QVERIFY(QFileInfo(m_directory->filePath("link")).isSymLink());
+}
+
+void testReplacedFile::failedWrite()
+{
+    writeFile(path("file"), "old");
+    replacedFile file(path("file").constData());
+    int calls = 0;
+    file.replace([&](int descriptor) {
+        ++calls;
+        return write(descriptor, "half", 4) != 4;
+    });
+    QCOMPARE(calls, 1);
+    QCOMPARE(fileContent(path("file")), "old");
+    QCOMPARE(files(), QStringList{"file"});
+}
+
+void testReplacedFile::unusedFile()
+{
+    {
+        const replacedFile file(path("file").constData());
+        QVERIFY(file.isOpen());
+    }
+    QCOMPARE(files(), QStringList());
+}
+
+void testReplacedFile::notAFile_data()
+{
+    QTest::addColumn<QByteArray>("name");
+
+    QTest::newRow("directory") << QByteArray("directory");
+    QTest::newRow("pipe") << QByteArray("pipe");
+    QTest::newRow("pipe with a reader") << QByteArray("readPipe");
+    QTest::newRow("no directory") << QByteArray("nowhere/file");
+    QTest::newRow("file in place of a directory") << QByteArray("file/file");
+    QTest::newRow("no name") << QByteArray();
+}
+
+void testReplacedFile::notAFile()
+{
+    QFETCH(QByteArray, name);
+    QVERIFY(QDir(m_directory->path()).mkdir("directory"));
+    writeFile(path("file"), "old");
+    QCOMPARE(mkfifo(path("pipe").constData(), 0666), 0);
+    QCOMPARE(mkfifo(path("readPipe").constData(), 0666), 0);
+    const fileDescriptor reader(open(path("readPipe").constData(), O_RDONLY | O_NONBLOCK));
+    const QStringList before = files();
+
+    QVERIFY(!replacedFile(name.isEmpty() ? "" : path(name.constData()).constData()).isOpen());
+    QCOMPARE(files(), before);
+}
+
+void testReplacedFile::longName()
+{
+    const QByteArray longest(255, 'x');
+    for (const char *content : {"one", "two"}) {
+        QVERIFY(replace(path(longest.constData()), content));
+        QCOMPARE(fileContent(path(longest.constData())), content);
+    }
+    QVERIFY(!replace(path(longest.constData()) + 'x', "three"));
+}
+
+void testReplacedFile::forbiddingDirectory_data()
+{
+    QTest::addColumn<uint>("directoryMode");
+
+    QTest::newRow("nothing can be made in it") << 0555u;
+    QTest::newRow("nothing of others can be renamed in it") << 01777u;
+}
+
+void testReplacedFile::forbiddingDirectory()
+{
+    QFETCH(uint, directoryMode);
+    if (directoryMode & 01000 && geteuid() != 0)
+        QSKIP("the file has to be another user's");
+    writeFile(path("file"), "much longer than the new one");
+    chmod(path("file").constData(), 0666);
+    const ino_t inode = inodeOf(path("file"));
+    chmod(path("").constData(), directoryMode);
+    {
+        const ordinaryUser user;
+        QVERIFY(replace(path("file"), "new"));
+        QVERIFY(directoryMode & 01000 || !replace(path("other"), "new"));
+    }
+    chmod(path("").constData(), 0777);
+    QCOMPARE(fileContent(path("file")), "new");
+    QCOMPARE(inodeOf(path("file")), inode);
+    QCOMPARE(files(), QStringList{"file"});
+}
+
+void testReplacedFile::unwritableFile()
+{
+    writeFile(path("file"), "old");
+    chmod(path("file").constData(), 0444);
+    {
+        const ordinaryUser user;
+        QVERIFY(!replace(path("file"), "new"));
+    }
+    QCOMPARE(fileContent(path("file")), "old");
+    QCOMPARE(files(), QStringList{"file"});
+}
+
+void testReplacedFile::killedWriter()
+{
+    const QByteArray contents[] = {QByteArray(200'000, 'a'), QByteArray(300'000, 'b')};
+    QVERIFY(replace(path("file"), contents[0]));
+    for (int round = 0; round < 20; ++round) {
+        const pid_t writer = fork();
+        if (writer == 0) {
+            for (;;)
+                for (const QByteArray &content : contents)
+                    replace(path("file"), content);
+        }
+        usleep(static_cast<useconds_t>(500 + 300 * round));
+        kill(writer, SIGKILL);
+        QCOMPARE(waitpid(writer, nullptr, 0), writer);
+        const QByteArray left = fileContent(path("file"));
+        QVERIFY(left == contents[0] || left == contents[1]);
+    }
+}
+
+QTEST_APPLESS_MAIN(testReplacedFile)
+#include "testReplacedFile.moc"
