@@ -29,7 +29,9 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
 {
     const QEvent::Type type = ev->type();
     const bool isKey = type == QEvent::KeyPress || type == QEvent::KeyRelease;
-    if (receiver::boxIsOpen() && (isKey || type == QEvent::MouseButtonPress))
+    // The second press of a double click presses a button as the first does.
+    const bool isMousePress = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
+    if (receiver::boxIsOpen() && (isKey || isMousePress))
         return true;
 
     if (obj == this)
