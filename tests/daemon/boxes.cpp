@@ -26,6 +26,7 @@ private slots:
     void doNotKeepTheDaemon_data();
     void doNotKeepTheDaemon();
     void survivesAnAskerThatHasGone();
+    void areRefusedWhenThereAreTooMany();
 
 private:
     static void addScreens();
@@ -360,6 +361,22 @@ void boxesTest::survivesAnAskerThatHasGone()
     QTRY_VERIFY_WITH_TIMEOUT(!m_bare.shows("Copy"), patienceMs);
     QVERIFY(events->isServed());
     QCOMPARE(later->pending() + other->pending(), QByteArray());
+}
+
+void boxesTest::areRefusedWhenThereAreTooMany()
+{
+    daemonProcess daemon(m_bare);
+    const auto events = daemon.openEvents();
+    const auto asker = daemon.openCommands();
+    constexpr int count = 20'000;
+    asker->send(QByteArray("<msgbox>1[#]Copy[#]x[#]1024</msgbox>").repeated(count));
+    // Makes the daemon go on with what waits behind the first box.
+    asker->progress("activate");
+    QCOMPARE(events->eventsUntil("isActivated"), "isActivated");
+    constexpr int open = 32;
+    QCOMPARE(asker->read(4 * (count - open)).count('\0'), 4 * (count - open));
+    QCOMPARE(m_bare.windows("Copy").size(), open);
+    QCOMPARE(asker->pending(), QByteArray());
 }
 
 QTEST_GUILESS_MAIN(boxesTest)
