@@ -174,4 +174,4 @@ void busyWindowTest::showsThePercentFromBelow()
 }
 
 QTEST_GUILESS_MAIN(busyWindowTest)
-#include "busyWindow.moc"
+#include "busyWindowTest.moc"
