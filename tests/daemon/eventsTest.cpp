@@ -173,4 +173,4 @@ void eventsTest::goOnWithoutAReader()
 }
 
 QTEST_GUILESS_MAIN(eventsTest)
-#include "events.moc"
+#include "eventsTest.moc"
