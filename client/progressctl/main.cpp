@@ -58,7 +58,7 @@ int run(int argc, char **argv)
     CLI::App app("Shows progress windows and asks questions through the daemon progressd.", "progressctl");
     commandLineSetup setup{app, {}, {}};
     app.footer(footer);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.fallthrough();
     app.set_version_flag("--version", "progressctl " PROGRESS_VERSION);
     app.add_option("-i,--identifier", setup.common.identifier, "Identifier of the daemon")
@@ -78,6 +78,10 @@ int run(int argc, char **argv)
         app.parse(argc, argv);
     } catch (const CLI::ParseError &problem) {
         return parseError(app, problem);
+    }
+    if (!setup.chosen) {
+        complain("a verb is missing (see --help)");
+        return statusUsage;
     }
     if (setup.common.identifier.empty())
         setup.common.identifier = "user-" + std::to_string(::geteuid());
