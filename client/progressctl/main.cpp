@@ -15,6 +15,7 @@
 #include "client/progressctl/verbs.h"
 
 #include <cstdio>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace
@@ -51,6 +52,16 @@ int parseError(CLI::App &app, const CLI::ParseError &problem)
     const std::string text = problem.what();
     complain(text.substr(0, text.find('\n')) + " (see --help)");
     return statusUsage;
+}
+
+/// A standard stream that was closed would give its number to the next file or socket, which would then pass
+/// for the stream.
+void openStandardStreams()
+{
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            ::open("/dev/null", stream == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+    }
 }
 
 int run(int argc, char **argv)
@@ -105,6 +116,7 @@ void complain(const std::string &text)
 
 int main(int argc, char **argv)
 {
+    openStandardStreams();
     try {
         return run(argc, argv);
     } catch (const progressClient::error &problem) {
