@@ -6,9 +6,9 @@ here=$(cd "$(dirname "$0")" && pwd)
 
 on_screen() { xvfb-run -a -s '-screen 0 1920x1080x24 -noreset' "$@"; }
 
-echo '== daemon and peers'
+echo '== the daemon and its peers'
 on_screen python3 "$here/peers.py" "$build/app/progressd"
-for program in "$build"/bench/*Bench; do
-    echo "== $(basename "$program")"
-    on_screen "$program" --benchmark_min_time=0.2
-done
+echo '== a full repaint'
+on_screen "$build/bench/benchRepaint"
+echo '== the statistics'
+"$build/bench/benchStatistics"

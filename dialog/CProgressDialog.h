@@ -3,13 +3,14 @@
 #include <QColor>
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QPixmap>
 #include <QPoint>
-#include <QSet>
 #include <QWidget>
 
 #include <memory>
 
+class QKeyEvent;
 class QPushButton;
 class progressButton;
 class progressLabel;
@@ -111,6 +112,7 @@ private:
     // input.cpp
     void drag(QEvent *ev);
     QPushButton *concernedButton(QObject *obj, int &index) const;
+    bool handleKey(QObject *obj, const QKeyEvent *ev);
     bool keyReleased(int key, QPushButton *pressedButton, int index);
     void focusNext(int nextButton);
     void focusPrevious(QPushButton *pressedButton, int index);
@@ -173,6 +175,7 @@ private:
     /// Dragging: a mouse button is held on the dialog, and where it went down.
     bool m_buttonPressed = false;
     QPoint m_lastPoint;
-    /// The keys that went down on this dialog and are still held.
-    QSet<int> m_pressedKeys;
+    /// The keys that went down on this dialog and are still held: by scan code, as a key may have another
+    /// name when it is released (Backtab is Tab once Shift is up).
+    QHash<quint32, int> m_pressedKeys;
 };

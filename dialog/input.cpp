@@ -29,24 +29,15 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
 {
     const QEvent::Type type = ev->type();
     const bool isKey = type == QEvent::KeyPress || type == QEvent::KeyRelease;
-    if (receiver::boxIsOpen() && (isKey || type == QEvent::MouseButtonPress))
+    // The second press of a double click presses a button as the first does.
+    const bool isMousePress = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
+    if (receiver::boxIsOpen() && (isKey || isMousePress))
         return true;
 
     if (obj == this)
         drag(ev);
-    if (isKey) {
-        int index = -1;
-        QPushButton *pressedButton = concernedButton(obj, index);
-        if (!pressedButton)
-            return false;
-        const int key = static_cast<QKeyEvent *>(ev)->key();
-        if (type == QEvent::KeyPress) {
-            m_pressedKeys.insert(key);
-            return true;
-        }
-        // A key that went down elsewhere, say on a box that it answered, has no business here.
-        return m_pressedKeys.remove(key) && keyReleased(key, pressedButton, index);
-    }
+    if (isKey)
+        return handleKey(obj, static_cast<QKeyEvent *>(ev));
     if (type == QEvent::Show && obj == this)
         buttons[0]->setFocus();
     return false;
@@ -57,11 +48,12 @@ void CProgressDialog::drag(QEvent *ev)
     switch (ev->type()) {
     case QEvent::MouseButtonPress:
         m_buttonPressed = true;
-        m_lastPoint = static_cast<QMouseEvent *>(ev)->position().toPoint();
+        m_lastPoint = static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - pos();
         break;
     case QEvent::MouseMove:
+        // Positions in the dialog would be those from before moves that are still under way.
         if (m_buttonPressed)
-            move(pos() + static_cast<QMouseEvent *>(ev)->position().toPoint() - m_lastPoint);
+            move(static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - m_lastPoint);
         break;
     case QEvent::MouseButtonRelease:
         m_buttonPressed = false;
@@ -69,6 +61,25 @@ void CProgressDialog::drag(QEvent *ev)
     default:
         break;
     }
+}
+
+bool CProgressDialog::handleKey(QObject *obj, const QKeyEvent *ev)
+{
+    int index = -1;
+    QPushButton *pressedButton = concernedButton(obj, index);
+    if (!pressedButton)
+        return false;
+    if (ev->type() == QEvent::KeyPress) {
+        m_pressedKeys.insert(ev->nativeScanCode(), ev->key());
+        return true;
+    }
+    // A key that went down elsewhere, say on a box that it answered, has no business here.
+    const auto pressed = m_pressedKeys.constFind(ev->nativeScanCode());
+    if (pressed == m_pressedKeys.constEnd())
+        return false;
+    const int key = *pressed;
+    m_pressedKeys.erase(pressed);
+    return keyReleased(key, pressedButton, index);
 }
 
 /// The button that a key on `obj` is meant for, and its slot (0 for the Hide button); null for none.

@@ -16,7 +16,11 @@ constexpr qsizetype maxWaiting = 16 * 1024 * 1024;
 
 void receiver::gotData()
 {
-    QByteArray text = findClient()->readAll();
+    // What waits behind a box waits no longer when more arrives, and is still its own sender's.
+    while (dispatch()) {
+    }
+    m_client = findClient();
+    QByteArray text = m_client->readAll();
     if (const qsizetype zero = text.indexOf('\0'); zero >= 0)
         text.truncate(zero);
     m_command.append(text);
@@ -28,23 +32,27 @@ void receiver::gotData()
 }
 
 /// Handles the messages that wait. A box keeps those behind it waiting until it is answered, or until more
-/// arrives.
-void receiver::dispatch()
+/// arrives; returns true then.
+bool receiver::dispatch()
 {
+    bool openedBox = false;
     {
         const QScopedValueRollback collecting(m_collectingEvents, true);
-        dispatchMessages();
+        openedBox = dispatchMessages();
     }
     flushEvents();
+    return openedBox;
 }
 
-void receiver::dispatchMessages()
+bool receiver::dispatchMessages()
 {
     while (const std::optional<message> received = m_command.next()) {
+        const qsizetype openBoxes = m_openBoxes.size();
         handle(*received);
-        if (received->kind == messageKind::assertion || received->kind == messageKind::messageBox)
-            return;
+        if (m_openBoxes.size() > openBoxes)
+            return true;
     }
+    return false;
 }
 
 void receiver::handle(const message &received)

@@ -18,6 +18,10 @@ namespace
 constexpr int defaultFlag = QMessageBox::Default;
 constexpr int escapeFlag = QMessageBox::Escape;
 constexpr size_t maxButtonFields = 10;
+/// More boxes than this at a time nobody can answer.
+constexpr qsizetype maxOpenBoxes = 32;
+/// Answers that may wait in a channel whose client does not read, in bytes.
+constexpr qint64 maxUnreadAnswers = 1024 * 1024;
 
 QMessageBox *newBox(const QString &title, const QString &text, Qt::TextFormat format)
 {
@@ -32,6 +36,8 @@ QMessageBox *newBox(const QString &title, const QString &text, Qt::TextFormat fo
 
 void receiver::doAssertion(const QString &message)
 {
+    if (refuseBox())
+        return;
     QMessageBox *box = newBox(QStringLiteral("Zerbak Quillet Assertion"), message, Qt::PlainText);
     for (const auto button :
          {QMessageBox::Yes, QMessageBox::Save, QMessageBox::YesToAll, QMessageBox::Retry, QMessageBox::Abort})
@@ -51,6 +57,8 @@ void receiver::doAssertion(const QString &message)
 
 void receiver::doMessage(const QString &description)
 {
+    if (refuseBox())
+        return;
     QStringList fields = description.split(QStringLiteral("[#]"));
     const QStringList buttonFields = fields.mid(3, maxButtonFields);
     fields.resize(3);
@@ -84,7 +92,7 @@ void receiver::doMessage(const QString &description)
 /// order. The box blocks no window of the toolkit's; the dialog and the busy window ask `boxIsOpen()`.
 void receiver::openBox(QMessageBox *box, const answerCode &code)
 {
-    const QPointer<QTcpSocket> asker = findClient();
+    const QPointer<QTcpSocket> asker = m_client;
     box->setWindowFlags(box->windowFlags() | Qt::WindowStaysOnTopHint);
     connect(box, &QDialog::finished, this,
             [this, box, asker, code] { boxAnswered(box, asker, code(box->clickedButton())); });
@@ -98,17 +106,34 @@ void receiver::boxAnswered(QMessageBox *box, QTcpSocket *asker, quint32 code)
 {
     m_openBoxes.removeOne(box);
     box->deleteLater();
-    if (asker && asker->isOpen()) {
-        asker->write(reinterpret_cast<const char *>(&code), sizeof code);
-        asker->flush();
-    }
+    answer(asker, code);
     cancelRun();
-    if (!boxIsOpen() && m_progress && m_progress->isVisible()) {
+    // Without a window manager nobody else hands the keyboard on.
+    if (boxIsOpen()) {
+        m_openBoxes.constLast()->activateWindow();
+    } else if (m_progress && m_progress->isVisible()) {
         m_progress->raise();
         m_progress->activateWindow();
     }
     // The messages behind the box's have waited for its answer.
     QMetaObject::invokeMethod(this, &receiver::dispatch, Qt::QueuedConnection);
+}
+
+void receiver::answer(QTcpSocket *asker, quint32 code)
+{
+    if (!asker || !asker->isOpen() || asker->bytesToWrite() > maxUnreadAnswers)
+        return;
+    asker->write(reinterpret_cast<const char *>(&code), sizeof code);
+    asker->flush();
+}
+
+/// While as many boxes are open as can be, further ones are answered with 0 at once.
+bool receiver::refuseBox()
+{
+    if (m_openBoxes.size() < maxOpenBoxes)
+        return false;
+    answer(m_client, 0);
+    return true;
 }
 
 /// The user's time in front of a box is not the run's: such a run is not worth learning.

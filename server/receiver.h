@@ -89,8 +89,8 @@ private:
     static bool hasListeners();
     static void flushEvents();
 
-    void dispatch();
-    void dispatchMessages();
+    bool dispatch();
+    bool dispatchMessages();
     void handle(const message &received);
     void doExit();
     void doConfiguration(const QString &description);
@@ -111,6 +111,8 @@ private:
 
     void openBox(QMessageBox *box, const answerCode &code);
     void boxAnswered(QMessageBox *box, QTcpSocket *asker, quint32 code);
+    static void answer(QTcpSocket *asker, quint32 code);
+    bool refuseBox();
     static void cancelRun();
     static void keepBoxesInFront();
     static void dismissBoxes();
@@ -133,4 +135,6 @@ private:
     bool m_dontQuit;
     /// What arrived and has not been handled yet, from all channels of this server.
     messageBuffer m_command;
+    /// The channel that the text which waits came from; boxes are answered on it.
+    QPointer<QTcpSocket> m_client;
 };

@@ -10,7 +10,7 @@ class lineReader
 {
 public:
     /// Bytes of the longest line that is read, its line feed not counted. A longer line is passed over whole.
-    static constexpr std::size_t maxLine = 64 * 1024;
+    static constexpr std::size_t maxLine = std::size_t{64} * 1024;
 
     /// `descriptor` is not owned; it is open for reading and outlives the reader.
     explicit lineReader(int descriptor);

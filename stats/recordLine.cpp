@@ -53,32 +53,25 @@ void readSnapshots(std::string_view text, std::vector<int> &snapshots)
     }
 }
 
-constexpr auto digitPairs = [] {
-    std::array<char, 200> pairs{};
-    for (std::size_t i = 0; i < 100; ++i) {
-        pairs[2 * i] = static_cast<char>('0' + i / 10);
-        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+/// The numbers from 0000 to 9999 as text, one behind the other.
+constexpr auto fourDigits = [] {
+    std::array<char, 40'000> texts{};
+    for (std::size_t number = 0; number < 10'000; ++number) {
+        std::size_t rest = number;
+        for (std::size_t digit = 4; digit-- > 0; rest /= 10)
+            texts[4 * number + digit] = static_cast<char>('0' + rest % 10);
     }
-    return pairs;
+    return texts;
 }();
-
-char *writePair(unsigned value, char *out)
-{
-    return std::copy_n(&digitPairs[std::size_t{value} * 2], 2, out);
-}
 
 /// At least eight characters, padded with zeros behind the sign; at most eleven.
 char *writeNumber(int value, char *out)
 {
     if (value < 0 || value > 99'999'999)
         return out + std::sprintf(out, "%08d", value);
-    const unsigned number = static_cast<unsigned>(value);
-    const unsigned high = number / 10000;
-    const unsigned low = number % 10000;
-    out = writePair(high / 100, out);
-    out = writePair(high % 100, out);
-    out = writePair(low / 100, out);
-    return writePair(low % 100, out);
+    const auto number = static_cast<std::size_t>(value);
+    out = std::copy_n(&fourDigits[4 * (number / 10'000)], 4, out);
+    return std::copy_n(&fourDigits[4 * (number % 10'000)], 4, out);
 }
 
 } // namespace

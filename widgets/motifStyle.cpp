@@ -12,14 +12,14 @@ namespace
 constexpr int panelWidth = 2;
 
 /// The filled part of `bar.rect`, whole pixels only. Vertical bars grow from the bottom whichever way
-/// their text reads; a bar without a range has no filled part.
+/// their text reads; a bar without a range, or smaller than its panel, has no filled part.
 QRect filledPart(const QStyleOptionProgressBar &bar)
 {
     const bool vertical = !(bar.state & QStyle::State_Horizontal);
     const qint64 length = vertical ? bar.rect.height() : bar.rect.width();
     const qint64 done = qint64(bar.progress) - bar.minimum;
     const qint64 range = qint64(bar.maximum) - bar.minimum;
-    if (done <= 0 || range <= 0)
+    if (done <= 0 || range <= 0 || bar.rect.isEmpty())
         return {};
 
     const int filled = int(length * std::min(done, range) / range);

@@ -129,6 +129,7 @@ void paintingTest::regionOfRoundedRectangle()
         QCOMPARE(row, QByteArray(rows[y]));
     }
     QVERIFY(QRect(100, 50, 11, 11).contains(region.boundingRect()));
+    QCOMPARE(roundRectRegion(QRect(4, 4, 12, 12), 1), QRegion(4, 4, 11, 11));
 }
 
 void paintingTest::cornersStayTransparent()
@@ -158,6 +159,9 @@ void paintingTest::frameRing()
         QCOMPARE(image.pixel(w / 2, y), frame.rgba());
     for (const int y : {4, h - 6})
         QVERIFY(image.pixel(w / 2, y) != frame.rgba());
+    // A radius of 1 leaves the inner corners square.
+    for (const QPoint corner : {QPoint(4, 4), QPoint(w - 6, 4), QPoint(4, h - 6), QPoint(w - 6, h - 6)})
+        QVERIFY(image.pixel(corner) != frame.rgba());
     QCOMPARE(image.pixel(w - 1, h / 2), QRgb(0));
     QCOMPARE(image.pixel(w / 2, h - 1), QRgb(0));
 }

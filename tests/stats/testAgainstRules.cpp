@@ -118,15 +118,14 @@ class testAgainstRules : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void randomRuns();
-
-private:
     void compareState();
     void oneRun();
 
     QRandomGenerator m_random{63};
     plainRules m_rules;
+
+private slots:
+    void randomRuns();
 };
 
 void testAgainstRules::compareState()

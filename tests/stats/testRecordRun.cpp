@@ -13,6 +13,8 @@ class testRecordRun : public QObject
 {
     Q_OBJECT
 
+    std::unique_ptr<ownIdentifier> m_identifier;
+
 private slots:
     void init();
     void cleanup() { m_identifier.reset(); }
@@ -23,9 +25,6 @@ private slots:
     void sumsBeyondAnInt();
     void fullTable_data();
     void fullTable();
-
-private:
-    std::unique_ptr<ownIdentifier> m_identifier;
 };
 
 void testRecordRun::init()

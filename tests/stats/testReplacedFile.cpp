@@ -18,6 +18,11 @@ class testReplacedFile : public QObject
 {
     Q_OBJECT
 
+    QByteArray path(const char *name) const;
+    QStringList files() const;
+
+    std::unique_ptr<QTemporaryDir> m_directory;
+
 private slots:
     void init();
     void cleanup() { m_directory.reset(); }
@@ -34,12 +39,6 @@ private slots:
     void forbiddingDirectory();
     void unwritableFile();
     void killedWriter();
-
-private:
-    QByteArray path(const char *name) const;
-    QStringList files() const;
-
-    std::unique_ptr<QTemporaryDir> m_directory;
 };
 
 namespace

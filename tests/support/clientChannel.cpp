@@ -3,6 +3,7 @@
 #include "tests/support/childProcess.h"
 
 #include <QHostAddress>
+#include <QStringList>
 #include <QtEndian>
 
 #include <sys/socket.h>
@@ -43,7 +44,7 @@ qint64 clientChannel::answer()
     return code.size() == 4 ? qint64{qFromUnaligned<quint32>(code.constData())} : -1;
 }
 
-QStringList clientChannel::eventsUntil(const QString &last)
+QString clientChannel::eventsUntil(const QString &last)
 {
     constexpr qsizetype opening = sizeof "<event>" - 1;
     constexpr qsizetype closing = sizeof "</event>" - 1;
@@ -60,7 +61,7 @@ QStringList clientChannel::eventsUntil(const QString &last)
                        : QStringLiteral("not an event: ") + QString::fromLatin1(m_received.left(end)));
         m_received.remove(0, end + closing);
     }
-    return events;
+    return events.join(QLatin1Char(' '));
 }
 
 bool clientChannel::isServed()

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QStringList>
+#include <QString>
 #include <QTcpSocket>
 
 /// A client's connection to one of the daemon's ports. What does not arrive in time comes out empty.
@@ -19,8 +19,9 @@ public:
     QByteArray read(qsizetype count);
     /// The answer to a box: its code, or -1 when the channel has closed or nothing came in time.
     qint64 answer();
-    /// The next events up to and including `last`, or up to where the channel closed or the time was over.
-    QStringList eventsUntil(const QString &last);
+    /// The next events up to and including `last`, or up to where the channel closed or the time was over,
+    /// with a blank between them.
+    QString eventsUntil(const QString &last);
     /// Whether the daemon still serves this channel, an event channel: it answers an "activate" sent on it.
     /// What was sent on it before has been handled then.
     bool isServed();

@@ -101,25 +101,27 @@ void virtualScreen::drag(QPoint from, QPoint to) const
 QList<virtualScreen::window> virtualScreen::windows(const QString &title) const
 {
     const QString name = QLatin1Char('^') + QRegularExpression::escape(title) + QLatin1Char('$');
-    const QByteArray found =
+    const QByteArray ids =
         run(QStringLiteral("xdotool"),
-            {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), name,
-             QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), QStringLiteral("%@")});
+            {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), name});
     QList<window> windows;
-    for (const QByteArray &line : found.split('\n')) {
-        const int value = line.mid(line.indexOf('=') + 1).toInt();
-        if (line.startsWith("WINDOW="))
-            windows.append(window{line.mid(7).toULongLong(), QRect()});
-        else if (line.startsWith("X="))
-            windows.last().area.moveLeft(value);
-        else if (line.startsWith("Y="))
-            windows.last().area.moveTop(value);
-        else if (line.startsWith("WIDTH="))
-            windows.last().area.setWidth(value);
-        else if (line.startsWith("HEIGHT="))
-            windows.last().area.setHeight(value);
+    for (const QByteArray &id : ids.split('\n')) {
+        if (!id.isEmpty())
+            windows.append(window{id.toULongLong(), areaOf(id)});
     }
     return windows;
+}
+
+/// (xdotool gets the place of a window with a frame wrong.)
+QRect virtualScreen::areaOf(const QByteArray &id) const
+{
+    const QByteArray facts =
+        run(QStringLiteral("xwininfo"), {QStringLiteral("-id"), QString::fromLatin1(id)});
+    const auto fact = [&facts](const QByteArray &name) {
+        const qsizetype at = facts.indexOf(name) + name.size();
+        return facts.mid(at, facts.indexOf('\n', at) - at).toInt();
+    };
+    return {fact("Absolute upper-left X:"), fact("Absolute upper-left Y:"), fact("Width:"), fact("Height:")};
 }
 
 virtualScreen::window virtualScreen::waitForWindow(const QString &title) const
@@ -132,6 +134,14 @@ virtualScreen::window virtualScreen::waitForWindow(const QString &title) const
         },
         patienceMs);
     return one ? found.constFirst() : window{};
+}
+
+bool virtualScreen::waitForFocus(const window &wanted) const
+{
+    const auto hasFocus = [&] {
+        return run(QStringLiteral("xdotool"), {QStringLiteral("getwindowfocus")}).toULongLong() == wanted.id;
+    };
+    return wanted.id != 0 && QTest::qWaitFor(hasFocus, patienceMs);
 }
 
 QImage virtualScreen::picture() const

@@ -37,11 +37,15 @@ public:
     /// Waits until exactly one window with this title is shown, and returns it; one without id if that fails.
     window waitForWindow(const QString &title) const;
 
+    /// Waits until the window has the keyboard focus.
+    bool waitForFocus(const window &wanted) const;
+
     QImage picture() const;
 
 private:
     void startServer(QSize size);
     void startManager();
+    QRect areaOf(const QByteArray &id) const;
 
     // The window manager goes first.
     childProcess m_server;

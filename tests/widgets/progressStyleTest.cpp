@@ -128,6 +128,7 @@ private slots:
     void sameAsReferencePicture();
     void fillOfExtremeRanges_data();
     void fillOfExtremeRanges();
+    void fillOfSmallBars();
     void labelChangesColour_data();
     void labelChangesColour();
     void labelOfVerticalBarReads_data();
@@ -212,6 +213,19 @@ void progressStyleTest::fillOfExtremeRanges()
     QCOMPARE(shows(image, false, 2, highlight), filled > 0);
     QCOMPARE(shows(image, false, 2 + filled - 1, highlight), filled > 0);
     QVERIFY(!shows(image, false, 2 + filled, highlight));
+}
+
+void progressStyleTest::fillOfSmallBars()
+{
+    for (int side = 1; side <= 6; ++side) {
+        testBar bar({side, side});
+        bar.setValue(100);
+        const QImage image = grab(bar);
+        int filled = 0;
+        for (int i = 0; i < side * side; ++i)
+            filled += image.pixel(i % side, i / side) == highlight;
+        QCOMPARE(filled, qMax(0, side - 4) * qMax(0, side - 4));
+    }
 }
 
 /// `edge` is the first column, from the left or from the top, behind the colour edge of the label. The

@@ -1,0 +1,218 @@
+// Matching, saving and loading with 1024 records of 4094 snapshots, each beside the plain work on the same
+// bytes that it is measured against.
+
+#include "stats/estimate.h"
+#include "stats/findNearest.h"
+#include "stats/runTable.h"
+#include "stats/snapshots.h"
+#include "stats/statisticsFile.h"
+
+#include <benchmark/benchmark.h>
+
+#include <fcntl.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdint>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+const std::string identifier = "bench-" + std::to_string(getpid());
+constexpr std::size_t snapshotBytes = std::size_t{maxRecords} * maxSnapshots * sizeof(int);
+
+std::vector<int> randomCourse(std::mt19937 &random)
+{
+    std::vector<int> course;
+    int elapsed = 0;
+    for (int i = 0; i < maxSnapshots; ++i) {
+        elapsed += static_cast<int>(random() % 3);
+        course.push_back(elapsed * snapshotScale + static_cast<int>(random() % 1000));
+    }
+    return course;
+}
+
+void fillTable()
+{
+    std::mt19937 random(1024);
+    for (int record = 0; record < maxRecords; ++record) {
+        m_snapshottime[record] = QDateTime::currentDateTime();
+        m_snapshottotal[record] = 3600 + record;
+        m_snapshotfound[record] = 1;
+        setRecordData(record, randomCourse(random));
+    }
+    m_snapshotcount = maxRecords;
+}
+
+void fillPool(int count)
+{
+    clearSnapshots();
+    for (m_currentElapsed = 0; m_currentElapsed < count; ++m_currentElapsed)
+        addSnapshot(m_currentElapsed);
+}
+
+/// The statistics file with the full table, made once and removed at the end.
+class savedTable
+{
+public:
+    savedTable()
+    {
+        loadStatistics(identifier.c_str());
+        fillTable();
+        saveStatistics(identifier.c_str());
+    }
+    ~savedTable() { unlink(datafile); }
+
+    std::string content() const
+    {
+        std::string text;
+        const int file = open(datafile, O_RDONLY);
+        char block[1 << 16];
+        for (ssize_t count; (count = read(file, block, sizeof block)) > 0;)
+            text.append(block, static_cast<std::size_t>(count));
+        close(file);
+        return text;
+    }
+};
+
+savedTable &table()
+{
+    static savedTable saved;
+    return saved;
+}
+
+void reportBytes(benchmark::State &state, std::size_t bytes)
+{
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(bytes));
+}
+
+void sumOfTable(benchmark::State &state)
+{
+    table();
+    for ([[maybe_unused]] auto _ : state) {
+        std::int64_t sum = 0;
+        for (int record = 0; record < maxRecords; ++record) {
+            const int *snapshots = m_snapshotdata[record].get();
+            sum = std::accumulate(snapshots, snapshots + maxSnapshots, sum);
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    reportBytes(state, snapshotBytes);
+}
+BENCHMARK(sumOfTable)->Unit(benchmark::kMillisecond);
+
+void match(benchmark::State &state)
+{
+    table();
+    double incernity = 0;
+    int index = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        fillPool(maxSnapshots);
+        benchmark::DoNotOptimize(findNearest(incernity, index));
+    }
+    reportBytes(state, snapshotBytes);
+}
+BENCHMARK(match)->Unit(benchmark::kMillisecond);
+
+/// A tick with as many new snapshots as the argument says, late in a long run.
+void tick(benchmark::State &state)
+{
+    table();
+    double incernity = 0;
+    int index = 0;
+    const int added = static_cast<int>(state.range(0));
+    for ([[maybe_unused]] auto _ : state) {
+        if (m_nextSnap + added > maxSnapshots || m_nextSnap < 2000) {
+            state.PauseTiming();
+            fillPool(2000);
+            findNearest(incernity, index);
+            state.ResumeTiming();
+        }
+        for (int i = 0; i < added; ++i)
+            addSnapshot(i);
+        benchmark::DoNotOptimize(findNearest(incernity, index));
+    }
+}
+BENCHMARK(tick)->Arg(0)->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMicrosecond);
+
+void writeBytes(benchmark::State &state)
+{
+    const std::string content = table().content();
+    const std::string path = std::string(datafile) + ".plain";
+    for ([[maybe_unused]] auto _ : state) {
+        const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        if (write(file, content.data(), content.size()) != static_cast<ssize_t>(content.size()))
+            state.SkipWithError("short write");
+        close(file);
+    }
+    unlink(path.c_str());
+    reportBytes(state, content.size());
+}
+BENCHMARK(writeBytes)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void save(benchmark::State &state)
+{
+    const std::string content = table().content();
+    for ([[maybe_unused]] auto _ : state)
+        saveStatistics(identifier.c_str());
+    reportBytes(state, content.size());
+}
+BENCHMARK(save)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void readAndParse(benchmark::State &state)
+{
+    const std::size_t size = table().content().size();
+    for ([[maybe_unused]] auto _ : state) {
+        std::string content(size, '\0');
+        const int file = open(datafile, O_RDONLY);
+        if (read(file, content.data(), size) != static_cast<ssize_t>(size))
+            state.SkipWithError("short read");
+        close(file);
+        std::int64_t sum = 0;
+        const char *const end = content.data() + size;
+        for (const char *text = content.data(); text < end;) {
+            int number = 0;
+            const auto result = std::from_chars(text, end, number);
+            text = result.ptr + 1;
+            sum += number;
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    reportBytes(state, size);
+}
+BENCHMARK(readAndParse)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void load(benchmark::State &state)
+{
+    const std::string content = table().content();
+    for ([[maybe_unused]] auto _ : state)
+        loadStatistics(identifier.c_str());
+    if (m_snapshotcount != maxRecords)
+        state.SkipWithError("records are missing");
+    reportBytes(state, content.size());
+}
+BENCHMARK(load)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+/// Heap in use by the full table, against the bytes of its snapshots.
+void memory(benchmark::State &state)
+{
+    table();
+    for ([[maybe_unused]] auto _ : state) {
+        const std::size_t full = mallinfo2().uordblks;
+        for (int record = 0; record < maxRecords; ++record)
+            m_snapshotdata[record].reset();
+        const std::size_t used = full - mallinfo2().uordblks;
+        state.counters["heap/snapshots"] = static_cast<double>(used) / static_cast<double>(snapshotBytes);
+        loadStatistics(identifier.c_str());
+    }
+}
+BENCHMARK(memory)->Iterations(1);
+
+} // namespace
+
+BENCHMARK_MAIN();
