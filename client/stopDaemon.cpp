@@ -41,11 +41,17 @@ pid_t findProcess(const ports &daemonPorts)
     return process == processOf(*event) ? process : 0;
 }
 
+/// A daemon that ends already, because its last client has gone, needs no asking.
 void requestEnd(const ports &daemonPorts, const deadline &until)
 {
-    channelSocket commands = channelSocket::connect(daemonPorts.command, until);
-    commands.send("<exit/>", until);
-    commands.finish(until);
+    try {
+        channelSocket commands = channelSocket::connect(daemonPorts.command, until);
+        commands.send("<exit/>", until);
+        commands.finish(until);
+    } catch (const error &problem) {
+        if (problem.why() != error::reason::gone && problem.why() != error::reason::notRunning)
+            throw;
+    }
 }
 
 /// A daemon that was killed leaves its lock file; another one may have come up meanwhile.
@@ -63,13 +69,13 @@ void progressClient::stopDaemon(const std::string &identifier, milliseconds time
     const deadline until(timeout);
     const std::string path = lockFilePath(identifier);
     const auto daemonPorts = readLockFile(path);
-    if (!daemonPorts || !findListener(daemonPorts->command)) {
+    const pid_t process = daemonPorts ? findProcess(*daemonPorts) : 0;
+    // Looked up afterwards: it may just have ended by itself.
+    if (!daemonPorts || (process == 0 && !findListener(daemonPorts->command))) {
         if (daemonPorts)
-            ::unlink(path.c_str());
+            removeLeftLockFile(path, *daemonPorts);
         throw error(error::reason::notRunning, "no daemon \"" + identifier + "\" is running");
     }
-
-    const pid_t process = findProcess(*daemonPorts);
     if (process == 0)
         throw error(error::reason::notOurs,
                     "port " + std::to_string(daemonPorts->command) + " belongs to no daemon of this user");

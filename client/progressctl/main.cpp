@@ -15,6 +15,7 @@
 #include "client/progressctl/verbs.h"
 
 #include <cstdio>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace
@@ -53,12 +54,22 @@ int parseError(CLI::App &app, const CLI::ParseError &problem)
     return statusUsage;
 }
 
+/// A standard stream that was closed would give its number to the next file or socket, which would then pass
+/// for the stream.
+void openStandardStreams()
+{
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            ::open("/dev/null", stream == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+    }
+}
+
 int run(int argc, char **argv)
 {
     CLI::App app("Shows progress windows and asks questions through the daemon progressd.", "progressctl");
     commandLineSetup setup{app, {}, {}};
     app.footer(footer);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.fallthrough();
     app.set_version_flag("--version", "progressctl " PROGRESS_VERSION);
     app.add_option("-i,--identifier", setup.common.identifier, "Identifier of the daemon")
@@ -78,6 +89,10 @@ int run(int argc, char **argv)
         app.parse(argc, argv);
     } catch (const CLI::ParseError &problem) {
         return parseError(app, problem);
+    }
+    if (!setup.chosen) {
+        complain("a verb is missing (see --help)");
+        return statusUsage;
     }
     if (setup.common.identifier.empty())
         setup.common.identifier = "user-" + std::to_string(::geteuid());
@@ -101,6 +116,7 @@ void complain(const std::string &text)
 
 int main(int argc, char **argv)
 {
+    openStandardStreams();
     try {
         return run(argc, argv);
     } catch (const progressClient::error &problem) {

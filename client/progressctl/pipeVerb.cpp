@@ -12,9 +12,8 @@ struct ignoredOption {
     const char *name;
     bool hasValue;
 };
-constexpr ignoredOption ignoredOptions[] = {{"--pulsate", false},    {"--modal", false},
-                                            {"--width", true},       {"--height", true},
-                                            {"--window-icon", true}, {"--attach", true}};
+constexpr ignoredOption ignoredOptions[] = {
+    {"--pulsate", false}, {"--width", true}, {"--height", true}, {"--window-icon", true}, {"--attach", true}};
 
 void addIgnoredOptions(CLI::App *verb)
 {
@@ -40,6 +39,7 @@ void addLook(CLI::App *verb, pipeOptions &given)
         ->capture_default_str();
     verb->add_option("--theme", given.theme, "Look of a daemon that is started: light, dark, none or a file")
         ->capture_default_str();
+    verb->add_flag("--modal", given.isModal, "A daemon that is started keeps its window above all others");
     verb->add_flag("--time-remaining", given.showsRemaining, "Shows how long it will still take");
 }
 

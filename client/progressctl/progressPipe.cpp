@@ -113,9 +113,9 @@ void progressPipe::startOwnDaemon(progressClient::channels wanted)
         m_ownsDaemon = true;
         m_daemon = std::make_unique<processHandle>(started.process);
         m_client.emplace(started.daemonPorts, wanted, m_common.limit());
+        m_client->configure(
+            {{"windowTitle", m_options.title}, {"windowModal", m_options.isModal ? "on" : "off"}});
         applyTheme(*m_client, theme);
-        if (!m_options.title.empty())
-            m_client->configure({{"windowTitle", m_options.title}});
         return;
     }
     throw failure(statusNoDaemon,

@@ -21,6 +21,7 @@ struct pipeOptions {
     std::string okLabel = "OK";
     int slot = 0;
     int percentage = 0;
+    bool isModal = false;
     bool hasCancel = true;
     bool autoClose = false;
     bool autoKill = false;
