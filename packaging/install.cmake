@@ -24,6 +24,8 @@ install(FILES client/completions/progressctl.fish
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT programs)
 install(FILES examples/light.conf examples/dark.conf examples/copy-tree.sh
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT programs)
+install(DIRECTORY examples/cpp
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT programs)
 
 install(TARGETS progressClient EXPORT progressClient
         LIBRARY COMPONENT library NAMELINK_COMPONENT development)
