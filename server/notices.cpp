@@ -1,6 +1,7 @@
 #include "server/receiver.h"
 
 #include "dialog/CProgressDialog.h"
+#include "server/boxText.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -22,7 +23,7 @@ constexpr size_t maxButtonFields = 10;
 QMessageBox *newBox(const QString &title, const QString &text, Qt::TextFormat format)
 {
     auto *box = new QMessageBox;
-    box->setWindowTitle(title);
+    box->setWindowTitle(caption(title));
     box->setTextFormat(format);
     box->setText(text);
     return box;
@@ -32,7 +33,7 @@ QMessageBox *newBox(const QString &title, const QString &text, Qt::TextFormat fo
 
 void receiver::doAssertion(const QString &message)
 {
-    QMessageBox *box = newBox(QStringLiteral("Zerbak Quillet Assertion"), message, Qt::PlainText);
+    QMessageBox *box = newBox(QStringLiteral("Zerbak Quillet Assertion"), boxText(message), Qt::PlainText);
     for (const auto button :
          {QMessageBox::Yes, QMessageBox::Save, QMessageBox::YesToAll, QMessageBox::Retry, QMessageBox::Abort})
         box->addButton(button);
