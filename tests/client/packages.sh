@@ -101,14 +101,14 @@ check_completions() {
     _progressctl
     [[ ${COMPREPLY[*]} == 'retry reset restore-defaults' ]] || fail "bash completes ${COMPREPLY[*]}"
     # Each verb that the program has is offered by all shells.
-    local verb file
+    local verb file manual
+    manual=$(zcat "$work/root/usr/share/man/man1/progressctl.1.gz" | sed 's/\\-/-/g')
     for verb in $(progressctl --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
         for file in bash-completion/completions/progressctl zsh/vendor-completions/_progressctl \
             fish/vendor_completions.d/progressctl.fish; do
             grep -qw -- "$verb" "$work/root/usr/share/$file" || fail "$file does not know $verb"
         done
-        zcat "$work/root/usr/share/man/man1/progressctl.1.gz" | sed 's/\\-/-/g' | grep -qw -- "$verb" ||
-            fail "the manual does not know $verb"
+        grep -qw -- "$verb" <<<"$manual" || fail "the manual does not know $verb"
     done
 }
 
