@@ -63,6 +63,17 @@ void CProgressDialog::drag(QEvent *ev)
     }
 }
 
+namespace
+{
+
+/// Tells the keys of a keyboard apart; events that come from none have only the name of a key.
+quint32 physicalKey(const QKeyEvent *ev)
+{
+    return ev->nativeScanCode() ? ev->nativeScanCode() : static_cast<quint32>(ev->key());
+}
+
+} // namespace
+
 bool CProgressDialog::handleKey(QObject *obj, const QKeyEvent *ev)
 {
     int index = -1;
@@ -70,11 +81,11 @@ bool CProgressDialog::handleKey(QObject *obj, const QKeyEvent *ev)
     if (!pressedButton)
         return false;
     if (ev->type() == QEvent::KeyPress) {
-        m_pressedKeys.insert(ev->nativeScanCode(), ev->key());
+        m_pressedKeys.insert(physicalKey(ev), ev->key());
         return true;
     }
     // A key that went down elsewhere, say on a box that it answered, has no business here.
-    const auto pressed = m_pressedKeys.constFind(ev->nativeScanCode());
+    const auto pressed = m_pressedKeys.constFind(physicalKey(ev));
     if (pressed == m_pressedKeys.constEnd())
         return false;
     const int key = *pressed;

@@ -2,6 +2,7 @@
 
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
+#include "widgets/imageFile.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
@@ -27,7 +28,7 @@ CProgressDialog::CProgressDialog()
     fixSize();
     movePosition();
     setWindowTitle(appearance::m_windowTitle);
-    setWindowIcon(QIcon(appearance::m_windowIcon));
+    setWindowIcon(QIcon(imageFile(appearance::m_windowIcon)));
     loadBackground();
     installEventFilter(this);
 }
@@ -97,7 +98,7 @@ void CProgressDialog::movePosition()
 void CProgressDialog::loadBackground()
 {
     QPixmap progressPixmap;
-    if (progressPixmap.load(appearance::m_windowPixmap)) {
+    if (progressPixmap.load(imageFile(appearance::m_windowPixmap))) {
         setBackgroundPixmap(progressPixmap);
         return;
     }

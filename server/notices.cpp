@@ -23,12 +23,18 @@ constexpr qsizetype maxOpenBoxes = 32;
 /// Answers that may wait in a channel whose client does not read, in bytes.
 constexpr qint64 maxUnreadAnswers = 1024 * 1024;
 
-QMessageBox *newBox(const QString &title, const QString &text, Qt::TextFormat format)
+/// Characters of a title or text that are shown; a screen holds less, and the toolkit takes minutes to lay
+/// out megabytes.
+constexpr qsizetype longestText = 10'000;
+
+/// The text is shown as it came. As markup it could name files, which the toolkit would open and read whole,
+/// whatever they are.
+QMessageBox *newBox(const QString &title, const QString &text)
 {
     auto *box = new QMessageBox;
-    box->setWindowTitle(title);
-    box->setTextFormat(format);
-    box->setText(text);
+    box->setWindowTitle(title.left(longestText));
+    box->setTextFormat(Qt::PlainText);
+    box->setText(text.left(longestText));
     return box;
 }
 
@@ -38,7 +44,7 @@ void receiver::doAssertion(const QString &message)
 {
     if (refuseBox())
         return;
-    QMessageBox *box = newBox(QStringLiteral("Zerbak Quillet Assertion"), message, Qt::PlainText);
+    QMessageBox *box = newBox(QStringLiteral("Zerbak Quillet Assertion"), message);
     for (const auto button :
          {QMessageBox::Yes, QMessageBox::Save, QMessageBox::YesToAll, QMessageBox::Retry, QMessageBox::Abort})
         box->addButton(button);
@@ -62,7 +68,7 @@ void receiver::doMessage(const QString &description)
     QStringList fields = description.split(QStringLiteral("[#]"));
     const QStringList buttonFields = fields.mid(3, maxButtonFields);
     fields.resize(3);
-    QMessageBox *box = newBox(fields[1], fields[2], Qt::AutoText);
+    QMessageBox *box = newBox(fields[1], fields[2]);
     box->setIcon(static_cast<QMessageBox::Icon>(fields[0].toInt()));
 
     QList<std::pair<QPushButton *, int>> buttons;

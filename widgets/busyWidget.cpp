@@ -2,6 +2,7 @@
 
 #include "app/dump.h"
 #include "widgets/appearance.h"
+#include "widgets/imageFile.h"
 #include "widgets/progressProcess.h"
 #include "widgets/progressStyle.h"
 
@@ -56,7 +57,7 @@ void busyWidget::loadPixmap(const QString &fileName)
     m_icon = QPixmap();
     QSize size(defaultSize, defaultSize);
     if (QFile::exists(fileName)) {
-        m_icon.load(fileName);
+        m_icon.load(imageFile(fileName));
         if (!m_icon.isNull())
             size = m_icon.size();
     } else {

@@ -145,12 +145,12 @@ void pipeTest::tellsTheNewestOnly()
     clock.start();
     childProcess process;
     ctl.prepareScript(process,
-                      QStringLiteral("for i in {1..3000}; do seq 0 99; done | progressctl pipe --no-cancel"));
+                      QStringLiteral("yes \"$(seq 0 99)\" | head -n 300000 | progressctl pipe --no-cancel"));
     process.start();
     QVERIFY(process.waitForFinished(patienceMs));
     QCOMPARE(process.exitCode(), 0);
     const auto elapsed = clock.elapsed();
-    const QStringList heard = events.eventsUntil(QStringLiteral("isHidden"));
+    const QStringList heard = events.eventsUntil(QStringLiteral("isHidden")).split(QLatin1Char(' '));
     const auto percents = heard.filter(QStringLiteral("totalProgress="));
     QVERIFY2(percents.size() <= elapsed / 40 + 5, qPrintable(QString::number(percents.size())));
     QVERIFY2(percents.contains(QStringLiteral("totalProgress=99|-1")),

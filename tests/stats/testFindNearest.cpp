@@ -59,6 +59,8 @@ void testFindNearest::distance_data()
         << 100 << course(9, 0) << course(10, 9) << 8.1 << 8100;
     QTest::newRow("negative snapshots decode toward zero")
         << 100 << course{-1500, -999} << course{1500, 999} << (2.0 + 2998) / 2 << 1500000;
+    QTest::newRow("many negative snapshots")
+        << 100 << course(1000, -1500) << course(1000, 1500) << 1002.0 << 1002000;
 }
 
 void testFindNearest::distance()

@@ -1,6 +1,5 @@
 #include "tests/support/virtualScreen.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 virtualScreen::virtualScreen(manager windowManager, QSize size)
@@ -16,7 +15,9 @@ void virtualScreen::startServer(QSize size)
     m_server.setStandardErrorFile(QProcess::nullDevice());
     m_server.start(QStringLiteral("Xvfb"),
                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                    QStringLiteral("0"), mode, QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+                    QStringLiteral("0"), mode, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                    // A server that resets when its last client goes would hang up on the next one.
+                    QStringLiteral("-noreset")});
     while (!m_server.canReadLine() && m_server.waitForReadyRead(patienceMs)) {
     }
     if (!m_server.canReadLine())
@@ -72,6 +73,16 @@ void virtualScreen::key(const QString &keys) const
 namespace
 {
 
+/// The area of a window in what xwininfo tells about it.
+QRect areaIn(const QByteArray &facts)
+{
+    const auto fact = [&facts](const QByteArray &name) {
+        const qsizetype at = facts.indexOf(name) + name.size();
+        return facts.mid(at, facts.indexOf('\n', at) - at).toInt();
+    };
+    return {fact("Absolute upper-left X:"), fact("Absolute upper-left Y:"), fact("Width:"), fact("Height:")};
+}
+
 QStringList moveTo(QPoint at)
 {
     return {QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y())};
@@ -100,28 +111,20 @@ void virtualScreen::drag(QPoint from, QPoint to) const
 
 QList<virtualScreen::window> virtualScreen::windows(const QString &title) const
 {
-    const QString name = QLatin1Char('^') + QRegularExpression::escape(title) + QLatin1Char('$');
     const QByteArray ids =
-        run(QStringLiteral("xdotool"),
-            {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), name});
+        run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                        QStringLiteral("--class"), QStringLiteral("^progressd$")});
     QList<window> windows;
     for (const QByteArray &id : ids.split('\n')) {
-        if (!id.isEmpty())
-            windows.append(window{id.toULongLong(), areaOf(id)});
+        if (id.isEmpty())
+            continue;
+        // (xdotool does not see every title, and gets the place of a window with a frame wrong.)
+        const QByteArray facts =
+            run(QStringLiteral("xwininfo"), {QStringLiteral("-id"), QString::fromLatin1(id)});
+        if (facts.contains(" \"" + title.toLocal8Bit() + "\"\n"))
+            windows.append(window{id.toULongLong(), areaIn(facts)});
     }
     return windows;
-}
-
-/// (xdotool gets the place of a window with a frame wrong.)
-QRect virtualScreen::areaOf(const QByteArray &id) const
-{
-    const QByteArray facts =
-        run(QStringLiteral("xwininfo"), {QStringLiteral("-id"), QString::fromLatin1(id)});
-    const auto fact = [&facts](const QByteArray &name) {
-        const qsizetype at = facts.indexOf(name) + name.size();
-        return facts.mid(at, facts.indexOf('\n', at) - at).toInt();
-    };
-    return {fact("Absolute upper-left X:"), fact("Absolute upper-left Y:"), fact("Width:"), fact("Height:")};
 }
 
 virtualScreen::window virtualScreen::waitForWindow(const QString &title) const

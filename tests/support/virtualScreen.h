@@ -31,7 +31,7 @@ public:
         quint64 id = 0;
         QRect area;
     };
-    /// The mapped windows with exactly this title.
+    /// The daemons' mapped windows with exactly this title; one without any has the title "progressd".
     QList<window> windows(const QString &title) const;
     bool shows(const QString &title) const { return !windows(title).isEmpty(); }
     /// Waits until exactly one window with this title is shown, and returns it; one without id if that fails.
@@ -45,7 +45,6 @@ public:
 private:
     void startServer(QSize size);
     void startManager();
-    QRect areaOf(const QByteArray &id) const;
 
     // The window manager goes first.
     childProcess m_server;

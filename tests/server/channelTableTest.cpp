@@ -84,4 +84,4 @@ void channelTableTest::clearForgetsAll()
 }
 
 QTEST_APPLESS_MAIN(channelTableTest)
-#include "channelTable.moc"
+#include "channelTableTest.moc"

@@ -93,4 +93,4 @@ void channelsTest::keepsTheBuffersOfTheServersApart()
 }
 
 QTEST_GUILESS_MAIN(channelsTest)
-#include "channels.moc"
+#include "channelsTest.moc"

@@ -155,4 +155,4 @@ void messageBufferTest::costIsLinearInMessages()
 }
 
 QTEST_APPLESS_MAIN(messageBufferTest)
-#include "messageBuffer.moc"
+#include "messageBufferTest.moc"

@@ -87,7 +87,11 @@ void eventsTest::commands()
         // In the non-modal mode the dialog is replaced by a copy that has not averaged its bars yet: the
         // first average may come twice.
         if (!mode.isEmpty())
-            received.erase(std::unique(received.begin(), received.end()), received.end());
+            received.erase(std::unique(received.begin(), received.end(),
+                                       [](const QString &one, const QString &next) {
+                                           return one == next && one.startsWith("totalProgress=");
+                                       }),
+                           received.end());
         QCOMPARE(received.join(' '), (expected + " isActivated shutDown").trimmed());
     }
 }
@@ -173,4 +177,4 @@ void eventsTest::goOnWithoutAReader()
 }
 
 QTEST_GUILESS_MAIN(eventsTest)
-#include "events.moc"
+#include "eventsTest.moc"

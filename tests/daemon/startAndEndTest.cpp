@@ -222,4 +222,4 @@ void startAndEndTest::leavesItsFilesInOrderWithoutXServer()
 }
 
 QTEST_GUILESS_MAIN(startAndEndTest)
-#include "startAndEnd.moc"
+#include "startAndEndTest.moc"

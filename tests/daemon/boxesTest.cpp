@@ -380,4 +380,4 @@ void boxesTest::areRefusedWhenThereAreTooMany()
 }
 
 QTEST_GUILESS_MAIN(boxesTest)
-#include "boxes.moc"
+#include "boxesTest.moc"

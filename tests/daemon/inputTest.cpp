@@ -205,4 +205,4 @@ void inputTest::staysOnCloseRequests()
 }
 
 QTEST_GUILESS_MAIN(inputTest)
-#include "input.moc"
+#include "inputTest.moc"

@@ -60,4 +60,4 @@ void commandLineTest::answersWithoutDisplay()
 }
 
 QTEST_GUILESS_MAIN(commandLineTest)
-#include "commandLine.moc"
+#include "commandLineTest.moc"
