@@ -113,10 +113,12 @@ daemonSession::~daemonSession()
 {
     turn();
     receiver::cleanup();
-    m_eventServer.reset();
-    m_commandServer.reset();
+    // The client goes first, with a reset: connections that the servers close would linger for a minute, and
+    // use up the ports of the machine.
     hangUp(m_commands);
     hangUp(m_events);
+    m_eventServer.reset();
+    m_commandServer.reset();
     receiver::m_windowIsActive = false;
     turn();
     startSettings().putBack();
