@@ -8,6 +8,8 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <sys/resource.h>
+
 namespace
 {
 
@@ -15,6 +17,17 @@ namespace
 /// turn.
 constexpr qint64 readSize = 64 * 1024;
 constexpr int acceptAgainMs = 500;
+
+/// File descriptors that clients leave to the display, the log and the statistics. Without any, the display
+/// library loses its connection while a window is painted, and waits for it for ever.
+constexpr rlim_t keptDescriptors = 8;
+
+bool leavesDescriptors(const QTcpSocket *channel)
+{
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    return static_cast<rlim_t>(channel->socketDescriptor()) + keptDescriptors < limit.rlim_cur;
+}
 
 } // namespace
 
@@ -64,7 +77,7 @@ void receiver::connection()
             delete channel;
             continue;
         }
-        if (!channels().enter(channel)) {
+        if (!leavesDescriptors(channel) || !channels().enter(channel)) {
             delete channel;
             continue;
         }
