@@ -35,11 +35,11 @@ public:
     }
 
     int number() const { return ntohs(m_address.sin_port); }
-    /// Takes the connection that waits.
+    /// Takes the connection that waits; -1 when there is none.
     int accepted() const { return accept4(m_fd, nullptr, nullptr, SOCK_CLOEXEC); }
 
 private:
-    int m_fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    int m_fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     sockaddr_in m_address{};
 };
 
@@ -144,5 +144,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     readAnswer(client);
     reset(commands);
     reset(events);
+    // A client that has waited for an answer in vain connects anew.
+    for (int again = commandPort.accepted(); again >= 0; again = commandPort.accepted())
+        reset(again);
     return 0;
 }
