@@ -11,7 +11,10 @@
 #include <QTemporaryDir>
 
 #include <arpa/inet.h>
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -134,8 +137,10 @@ int daemonSession::connectTo(int port)
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<in_port_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (connect(channel, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+    if (connect(channel, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        std::fprintf(stderr, "no connection to port %d: %s\n", port, std::strerror(errno));
         std::abort();
+    }
     return channel;
 }
 
