@@ -8,6 +8,8 @@ on_screen() { xvfb-run -a -s '-screen 0 1920x1080x24 -noreset' "$@"; }
 
 echo '== the daemon and its peers'
 on_screen python3 "$here/peers.py" "$build/app/progressd"
+echo '== the clients'
+on_screen "$here/clients.sh" "$build"
 echo '== a full repaint'
 on_screen "$build/bench/benchRepaint"
 echo '== the statistics'

@@ -30,6 +30,7 @@ using openFolder = std::unique_ptr<DIR, folderCloser>;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     std::vector<char *> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string &each : command)
         arguments.push_back(const_cast<char *>(each.c_str()));
     arguments.push_back(nullptr);

@@ -84,7 +84,7 @@ run_quick_start() {
     for block in $(blocks bash); do
         output+=$(timeout 60 bash -euo pipefail "$block") || fail "this block fails: $(<"$block")"
     done
-    for block in done kept 'nobody clicked'; do
+    for block in 'done' kept 'nobody clicked'; do
         [[ $output == *"$block"* ]] || fail "the shell blocks do not say $block: $output"
     done
     output=$(timeout 60 python3 "$(blocks python)") || fail 'the Python block fails'

@@ -300,6 +300,13 @@ void pipeTest::endsItsOwnDaemon()
     process.kill();
     QVERIFY(process.waitForFinished(patienceMs));
     QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(daemonProcess::lockFileOf(own)), patienceMs);
+    // The last that it does; the file is removed with the others of this test.
+    const auto hasSaved = [&own] {
+        const QString name = QStringLiteral("/currentTimestamps_%1.txt").arg(own);
+        return QFile::exists(QStringLiteral("/var/instrument") + name) ||
+               QFile::exists(QStringLiteral("/var/tmp") + name);
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(hasSaved(), patienceMs);
 }
 
 void pipeTest::givesEachPipeADaemon()

@@ -143,6 +143,7 @@ void progressClientTest::startsOneDaemon()
 void progressClientTest::startsOneDaemonForManyCallers()
 {
     std::vector<std::future<client::startedDaemon>> callers;
+    callers.reserve(8);
     for (int i = 0; i < 8; ++i)
         callers.push_back(std::async(std::launch::async, [this] { return start(); }));
     int started = 0;
@@ -358,6 +359,7 @@ void progressClientTest::saysWhenTheDaemonIsFull()
 {
     start();
     std::vector<client> served;
+    served.reserve(10);
     for (int i = 0; i < 10; ++i)
         served.emplace_back(m_identifier, client::channels::commands, patience);
     QCOMPARE(*failureOf([this] {
