@@ -3,6 +3,7 @@
 #include "app/dump.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QNetworkInterface>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -27,6 +28,17 @@ bool leavesDescriptors(const QTcpSocket *channel)
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
     return static_cast<rlim_t>(channel->socketDescriptor()) + keptDescriptors < limit.rlim_cur;
+}
+
+/// Another machine that tries again and again must not fill the disk: at most a line a second.
+void logRefusal()
+{
+    constexpr qint64 silenceMs = 1000;
+    static QElapsedTimer sinceLast;
+    if (!sinceLast.isValid() || sinceLast.hasExpired(silenceMs)) {
+        dump("---- refusing connection from another machine", 0);
+        sinceLast.start();
+    }
 }
 
 } // namespace
@@ -73,7 +85,7 @@ void receiver::connection()
 {
     while (QTcpSocket *channel = m_server->nextPendingConnection()) {
         if (!isLocal(channel)) {
-            dump("---- refusing connection from another machine", 0);
+            logRefusal();
             delete channel;
             continue;
         }
