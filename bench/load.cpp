@@ -46,7 +46,7 @@ int connectTo(int port)
     return channel;
 }
 
-/// Sends its updates in portions, a thousand a second; one that is late is made up for.
+/// Sends its updates in portions, up to a thousand a second; a late one is made up for.
 class updater
 {
 public:
@@ -56,11 +56,10 @@ public:
     {
         const std::int64_t wanted = std::int64_t{m_rate} * duration.count();
         while (m_sent < wanted) {
-            const auto elapsed =
-                std::chrono::duration_cast<std::chrono::milliseconds>(monotonic::now() - start);
-            const std::int64_t due = std::min(wanted, m_rate * (elapsed.count() + 1) / 1000);
-            sendUpTo(due);
-            std::this_thread::sleep_until(start + elapsed + 1ms);
+            const auto now = monotonic::now();
+            const std::chrono::duration<double> elapsed = now - start;
+            sendUpTo(std::min(wanted, static_cast<std::int64_t>(m_rate * elapsed.count()) + 1));
+            std::this_thread::sleep_until(now + 1ms);
         }
         m_seconds = std::chrono::duration<double>(monotonic::now() - start).count();
     }

@@ -20,6 +20,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../
 from daemon import Daemon, progress, until  # noqa: E402
 
 TITLE = "loaded"
+LOOK = "windowStyle=#86f0e0|#10141c|#86f0e0|#10141c|#727d92|#1d2430"  # moving bars are to be seen
 ALLOWED_SECONDS = 0.1
 
 
@@ -60,7 +61,7 @@ class User(threading.Thread):
 def show_dialog(daemon):
     """Returns its window, with the pointer over the button."""
     with daemon.commands() as channel:
-        channel.sendall(b"<configuration>windowTitle=%s;screenGeometry=1280,1024</configuration>" % TITLE.encode())
+        channel.sendall(f"<configuration>windowTitle={TITLE};screenGeometry=1280,1024;{LOOK}</configuration>".encode())
         time.sleep(0.2)
         channel.sendall(progress(*(f"create:{slot};bar {slot}" for slot in range(10)), "addButt:0;Click"))
         window = until(lambda: xdotool("search", "--onlyvisible", "--name", f"^{TITLE}$").strip())
