@@ -8,8 +8,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-// The toolkit's hooks for debuggers, from a header that it does not install: an array that says in entry 1 how
-// many entries there are, and calls what stands in these two.
+// The toolkit's hooks for debuggers, from a header that it does not install: an array that says in entry 1
+// how many entries there are, and calls what stands in these two.
 extern std::uintptr_t qtHookData[];
 constexpr int lastHook = 1;
 constexpr int objectAdded = 3;
