@@ -25,7 +25,7 @@ daemonProcess::~daemonProcess()
     if (!m_endWasSeen)
         end();
     if (const QByteArray errors = m_process.readAllStandardError(); !errors.isEmpty())
-        qWarning("the daemon wrote: %s", errors.constData());
+        qWarning("the daemon wrote: %s", errors.left(500).constData());
     QFile::remove(lockFile());
     for (const QString &file : statisticsFiles())
         QFile::remove(file);
