@@ -49,6 +49,8 @@ QProcessEnvironment virtualScreen::environment() const
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_runtimeDirectory.path());
     for (const char *name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER"})
         environment.remove(QLatin1String(name));
+    for (auto variable = m_variables.cbegin(); variable != m_variables.cend(); ++variable)
+        environment.insert(variable.key(), variable.value());
     return environment;
 }
 

@@ -2,6 +2,7 @@
 
 #include "tests/support/childProcess.h"
 
+#include <QHash>
 #include <QImage>
 #include <QProcessEnvironment>
 #include <QRect>
@@ -16,6 +17,8 @@ public:
 
     explicit virtualScreen(manager windowManager = withoutManager, QSize size = {800, 600});
 
+    /// For all processes that are started here later.
+    void setVariable(const QString &name, const QString &value) { m_variables.insert(name, value); }
     /// Makes a process that is started later show itself here.
     QProcessEnvironment environment() const;
     /// Runs a program on the screen; returns what it printed.
@@ -50,5 +53,6 @@ private:
     childProcess m_server;
     childProcess m_manager;
     QString m_display;
+    QHash<QString, QString> m_variables;
     QTemporaryDir m_runtimeDirectory;
 };
