@@ -72,16 +72,21 @@ void sessionManagerTest::endsTheDaemon_data()
 {
     QTest::addColumn<bool>("withBasePort");
     QTest::addColumn<QByteArray>("message");
-    QTest::newRow("idle") << false << QByteArray();
-    QTest::newRow("with a base port") << true << QByteArray();
-    QTest::newRow("in a run") << true << QByteArray("<progress>create:0;x</progress>");
-    QTest::newRow("with a box open") << true << QByteArray("<msgbox>1[#]Copy[#]x[#]16384[#]65536</msgbox>");
+    QTest::addColumn<bool>("immediately"); // without a chance to save
+    const QByteArray box("<msgbox>1[#]Copy[#]x[#]16384[#]65536</msgbox>");
+    QTest::newRow("idle") << false << QByteArray() << false;
+    QTest::newRow("with a base port") << true << QByteArray() << false;
+    QTest::newRow("in a run") << true << QByteArray("<progress>create:0;x</progress>") << false;
+    QTest::newRow("with a box open") << true << box << false;
+    QTest::newRow("immediately") << true << QByteArray() << true;
+    QTest::newRow("immediately with a box open") << true << box << true;
 }
 
 void sessionManagerTest::endsTheDaemon()
 {
     QFETCH(bool, withBasePort);
     QFETCH(QByteArray, message);
+    QFETCH(bool, immediately);
     daemonProcess daemon(m_screen, withBasePort ? QStringList{"0"} : QStringList());
     // The dialog must not cover the manager's windows.
     const auto events = daemon.openEvents("paintOffset=290|100");
@@ -91,18 +96,20 @@ void sessionManagerTest::endsTheDaemon()
         QVERIFY(m_screen.waitForFocus(
             m_screen.waitForWindow(message.startsWith("<msgbox>") ? "Copy" : "unknown")));
 
-    // The menu of the manager's last button, its first entry, and the form that this opens.
+    // The menu of the manager's last button, one of its two entries, and the form that the first one opens.
     const auto move = [](int x, int y) {
         return QStringList{"mousemove_relative", "--",    QString::number(x),
                            QString::number(y),   "sleep", "0.2"};
     };
     m_screen.run("xdotool", QStringList{"search", "--sync", "--onlyvisible", "--name", "^xsm: ", "mousemove",
                                         "--window", "%1", "140", "37", "mousedown", "1", "sleep", "0.2"} +
-                                move(10, 8) + move(0, 15) + QStringList{"mouseup", "1"});
-    clickIn("^Shutdown$", {160, 13});
-    m_screen.run("xdotool",
-                 {"search", "--onlyvisible", "--name", "^Shutdown$", "windowfocus", "%1", "type", "s"});
-    clickIn("^Shutdown$", {36, 108});
+                                move(10, 8) + move(0, immediately ? 31 : 15) + QStringList{"mouseup", "1"});
+    if (!immediately) {
+        clickIn("^Shutdown$", {160, 13});
+        m_screen.run("xdotool",
+                     {"search", "--onlyvisible", "--name", "^Shutdown$", "windowfocus", "%1", "type", "s"});
+        clickIn("^Shutdown$", {36, 108});
+    }
 
     QVERIFY(events->eventsUntil("shutDown").endsWith("shutDown"));
     QCOMPARE(daemon.waitForEnd(), 0);
