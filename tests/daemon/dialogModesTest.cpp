@@ -1,0 +1,183 @@
+#include "tests/support/daemonLog.h"
+#include "tests/support/daemonProcess.h"
+#include "tests/support/virtualScreen.h"
+
+#include <QFile>
+#include <QTest>
+
+/// The dialog that stays, and the one that is replaced by a copy; and the runs that it learns.
+class dialogModesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void modalDialogStays();
+    void nonModalDialogIsReplaced();
+    void changesModeWhileShown();
+    void survivesManyReplacementsBetweenMessages();
+    void movesWithTheOffset();
+    void learnsRuns_data();
+    void learnsRuns();
+
+private:
+    bool bypassesTheManager(const virtualScreen::window &window) const;
+
+    virtualScreen m_screen;
+};
+
+bool dialogModesTest::bypassesTheManager(const virtualScreen::window &window) const
+{
+    return m_screen.run("xwininfo", {"-id", QString::number(window.id)})
+        .contains("Override Redirect State: yes");
+}
+
+void dialogModesTest::modalDialogStays()
+{
+    daemonProcess daemon(m_screen);
+    const auto events = daemon.openEvents();
+    events->progress("create:0;x");
+    const auto dialog = m_screen.waitForWindow("unknown");
+    QVERIFY(bypassesTheManager(dialog));
+    for (const char *command : {"activate", "messageStart", "messageStop", "remove:0", "create:0;x"})
+        events->progress(command);
+    QVERIFY(events->eventsUntil("isHidden").endsWith("isHidden"));
+    QVERIFY(events->isServed());
+    QCOMPARE(m_screen.waitForWindow("unknown").id, dialog.id);
+}
+
+void dialogModesTest::nonModalDialogIsReplaced()
+{
+    daemonProcess daemon(m_screen);
+    const daemonLog log;
+    const auto events = daemon.openEvents("windowModal=off");
+    events->send("<progress>create:0;x</progress><progress>addButt:0;y</progress>");
+    QVERIFY(events->eventsUntil("isShown").endsWith("isShown"));
+    auto dialog = m_screen.waitForWindow("unknown");
+    QVERIFY(!bypassesTheManager(dialog));
+    QVERIFY(log.contains(": ---- queueing dialog for delete result="));
+    for (const char *command : {"activate", "messageStart", "messageStop"}) {
+        events->progress(command);
+        const bool isReplaced = qstrcmp(command, "messageStart") != 0;
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                const auto windows = m_screen.windows("unknown");
+                return isReplaced ? windows.size() == 1 && windows[0].id != dialog.id : windows.isEmpty();
+            },
+            patienceMs));
+        if (isReplaced)
+            dialog = m_screen.waitForWindow("unknown");
+    }
+    m_screen.click(dialog.area.bottomLeft() + QPoint(84, -48));
+    QVERIFY(events->eventsUntil("clicked:0").endsWith("clicked:0"));
+}
+
+void dialogModesTest::changesModeWhileShown()
+{
+    daemonProcess daemon(m_screen);
+    const auto events = daemon.openEvents();
+    events->progress("create:0;x");
+    const auto modal = m_screen.waitForWindow("unknown");
+    events->configure("windowModal=off;windowTitle=Copy");
+    QVERIFY(events->isServed());
+    const auto copy = m_screen.waitForWindow("Copy");
+    QVERIFY(copy.id != modal.id && !bypassesTheManager(copy));
+    QVERIFY(!m_screen.shows("unknown"));
+    events->configure("windowModal=on;windowTitle=Never seen");
+    QVERIFY(events->isServed());
+    QCOMPARE(m_screen.waitForWindow("Copy").id, copy.id);
+}
+
+void dialogModesTest::survivesManyReplacementsBetweenMessages()
+{
+    daemonProcess daemon(m_screen);
+    const auto events = daemon.openEvents("windowModal=off;busyIndicator=0|0|40|40|empty");
+    events->progress("create:0;x");
+    QVERIFY(m_screen.waitForWindow("unknown").id);
+    // Each second click replaces the dialog: more than the queue for deletion holds.
+    m_screen.run("xdotool", {"mousemove", "20", "20", "click", "--repeat", "90", "--delay", "15", "1"});
+    QTRY_COMPARE_WITH_TIMEOUT(m_screen.windows("unknown").size(), 1, patienceMs);
+    QVERIFY(events->isServed());
+    QVERIFY(m_screen.waitForWindow("unknown").id);
+    events->progress("remove:0");
+    QVERIFY(events->eventsUntil("isHidden").endsWith("isHidden"));
+}
+
+void dialogModesTest::movesWithTheOffset()
+{
+    daemonProcess daemon(m_screen);
+    const auto events = daemon.openEvents("screenGeometry=800,600");
+    events->progress("create:0;x");
+    const QRect area = m_screen.waitForWindow("unknown").area;
+    QCOMPARE(area.center().x(), 399);
+    events->configure("paintOffset=5|-7");
+    QTRY_COMPARE_WITH_TIMEOUT(m_screen.waitForWindow("unknown").area, area.translated(5, -7), patienceMs);
+    // A hidden one stays where it is.
+    events->progress("messageStart");
+    QTRY_VERIFY_WITH_TIMEOUT(!m_screen.shows("unknown"), patienceMs);
+    events->configure("paintOffset=50|50");
+    events->progress("activate");
+    QVERIFY(events->isServed());
+    QCOMPARE(m_screen.waitForWindow("unknown").area, area.translated(5, -7));
+}
+
+void dialogModesTest::learnsRuns_data()
+{
+    QTest::addColumn<QString>("interruption");
+    QTest::addColumn<bool>("isLearned");
+    QTest::newRow("undisturbed") << "" << true;
+    QTest::newRow("button by mouse") << "click" << true;
+    QTest::newRow("button by key") << "key" << false;
+    QTest::newRow("hidden by the client") << "messageStart" << false;
+    QTest::newRow("box answered") << "box answered" << false;
+    QTest::newRow("ends under a box") << "box" << false;
+    QTest::newRow("copied") << "windowModal=off" << true;
+}
+
+void dialogModesTest::learnsRuns()
+{
+    QFETCH(QString, interruption);
+    daemonProcess daemon(m_screen);
+    const auto events = daemon.openEvents();
+    const auto commands = daemon.openCommands();
+    commands->send("<progress>create:0;x</progress><progress>addButt:0;y</progress>");
+    const auto dialog = m_screen.waitForWindow("unknown");
+    QVERIFY(m_screen.waitForFocus(dialog));
+    if (interruption == "click") {
+        m_screen.click(dialog.area.bottomLeft() + QPoint(84, -48));
+        QVERIFY(events->eventsUntil("clicked:0").endsWith("clicked:0"));
+    } else if (interruption == "key") {
+        m_screen.key("Return");
+        QVERIFY(events->eventsUntil("clicked:0").endsWith("clicked:0"));
+    } else if (interruption == "messageStart") {
+        commands->progress("messageStart");
+        commands->progress("messageStop");
+    } else if (interruption.startsWith("box")) {
+        commands->send("<msgbox>1[#]Copy[#]x[#]1280</msgbox>");
+        QVERIFY(m_screen.waitForFocus(m_screen.waitForWindow("Copy")));
+        if (interruption == "box answered") {
+            m_screen.key("Return");
+            QCOMPARE(commands->answer(), qint64{1024});
+        }
+    } else if (!interruption.isEmpty()) {
+        commands->configure(interruption.toLatin1());
+        QVERIFY(events->isServed());
+    }
+    // A run of less than a second would not be learned anyway.
+    QTest::qWait(1100);
+    commands->send(
+        "<progress>update:0;90</progress><progress>delButt:0</progress><progress>remove:0</progress>");
+    QVERIFY(events->eventsUntil("isHidden").endsWith("isHidden"));
+    commands->send("<exit/>");
+    QCOMPARE(daemon.waitForEnd(), 0);
+    QByteArray statistics;
+    for (const QString &path : daemon.statisticsFiles()) {
+        QFile file(path);
+        if (file.open(QIODevice::ReadOnly))
+            statistics = file.readAll();
+    }
+    QVERIFY(statistics.startsWith("fileversion=2\n"));
+    QTEST(statistics.count('\n') == 2, "isLearned");
+}
+
+QTEST_GUILESS_MAIN(dialogModesTest)
+#include "dialogModesTest.moc"
