@@ -2,28 +2,7 @@
 
 #include "widgets/appearance.h"
 
-namespace
-{
-
-/// While it lives, repaint() of the widget does nothing; afterwards one ordinary update is pending.
-class repaintLater
-{
-public:
-    explicit repaintLater(QWidget *widget) : m_widget(widget), m_wasEnabled(widget->updatesEnabled())
-    {
-        m_widget->setUpdatesEnabled(false);
-    }
-    ~repaintLater() { m_widget->setUpdatesEnabled(m_wasEnabled); }
-    Q_DISABLE_COPY_MOVE(repaintLater)
-
-private:
-    QWidget *m_widget;
-    bool m_wasEnabled;
-};
-
-} // namespace
-
-progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent)
+progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_value(QProgressBar::value())
 {
     setAutoFillBackground(true);
     setFont(appearance::m_barNumFont);
@@ -38,14 +17,36 @@ void progressProcess::setLabel(const QString &label)
 
 void progressProcess::setValue(int newValue)
 {
-    if (newValue == value())
-        return;
-    const repaintLater guard(this);
-    QProgressBar::setValue(newValue);
+    if (newValue >= minimum() && newValue <= maximum())
+        changeValue(newValue);
 }
 
 void progressProcess::reset()
 {
-    const repaintLater guard(this);
-    QProgressBar::reset();
+    changeValue(minimum() - 1);
+}
+
+void progressProcess::changeValue(int newValue)
+{
+    if (newValue == m_value)
+        return;
+    // While the base class lags behind, an update is pending already, or the bar is hidden.
+    const bool upToDate = m_value == QProgressBar::value();
+    m_value = newValue;
+    if (upToDate)
+        update();
+}
+
+void progressProcess::paintEvent(QPaintEvent *event)
+{
+    if (m_value != QProgressBar::value()) {
+        // Keeps the base class from repainting within the painting.
+        setAttribute(Qt::WA_UpdatesDisabled, true);
+        if (m_value < minimum())
+            QProgressBar::reset();
+        else
+            QProgressBar::setValue(m_value);
+        setAttribute(Qt::WA_UpdatesDisabled, false);
+    }
+    QProgressBar::paintEvent(event);
 }

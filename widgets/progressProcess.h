@@ -5,7 +5,8 @@
 /// A bar of the progress dialog or of the busy window.
 ///
 /// The toolkit's bar repaints synchronously whenever its value changes, which caps a client at a few
-/// thousand updates a second; `setValue` and `reset` of this class leave the painting to the event loop.
+/// thousand updates a second. This one keeps the value by itself and hands it on when it is painted, so a
+/// burst of updates costs no more than the last of them; `value()` of the base class lags behind.
 class progressProcess : public QProgressBar
 {
     Q_OBJECT
@@ -19,10 +20,19 @@ public:
     /// Captions the bar: `text`, a blank, the percent and a blank.
     void setCaption(const QString &text) { setLabel(text + QStringLiteral(" %p% ")); }
 
+    /// The value, one below the minimum while the bar has none.
+    int value() const { return m_value; }
     /// As the toolkit's own, a value outside the range is ignored.
     void setValue(int value);
+    /// Takes the value away.
     void reset();
 
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
 private:
+    void changeValue(int value);
+
     QString m_label;
+    int m_value;
 };

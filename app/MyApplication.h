@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QApplication>
+
+class QSessionManager;
+
+/// The application object. A session manager that asks it to commit its data ends the daemon in order.
+class MyApplication : public QApplication
+{
+    Q_OBJECT
+
+public:
+    MyApplication(int &argc, char **argv);
+
+    void commitData(QSessionManager &manager);
+};

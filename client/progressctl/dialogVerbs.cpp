@@ -1,0 +1,110 @@
+#include "client/progressctl/exitStatus.h"
+#include "client/progressctl/verbs.h"
+
+#include <memory>
+
+namespace
+{
+
+constexpr char slotHelp[] = "Slot, 0 to 9";
+
+struct arguments {
+    int slot = 0;
+    int percent = 0;
+    std::string text;
+};
+
+using action = std::function<void(progressClient &, const arguments &)>;
+
+/// A verb that sends one command. Gives the verb for its arguments to be added.
+CLI::App *addVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
+                  const std::shared_ptr<arguments> &given, const action &act)
+{
+    auto *verb = setup.app.add_subcommand(name, help);
+    verb->callback([&setup, given, act] {
+        setup.chosen = [&setup, given, act] {
+            return actOnce(setup.common, [&](progressClient &client) { act(client, *given); });
+        };
+    });
+    return verb;
+}
+
+void addPlainVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
+                  void (progressClient::*command)())
+{
+    addVerb(setup, name, help, std::make_shared<arguments>(),
+            [command](progressClient &client, const arguments &) { (client.*command)(); });
+}
+
+void addSlotVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
+                 void (progressClient::*command)(int))
+{
+    auto given = std::make_shared<arguments>();
+    auto *verb = addVerb(setup, name, help, given, [command](progressClient &client, const arguments &all) {
+        (client.*command)(all.slot);
+    });
+    verb->add_option("SLOT", given->slot, slotHelp)->required();
+}
+
+void addTextVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
+                 void (progressClient::*command)(int, std::string_view))
+{
+    auto given = std::make_shared<arguments>();
+    auto *verb = addVerb(setup, name, help, given, [command](progressClient &client, const arguments &all) {
+        (client.*command)(all.slot, all.text);
+    });
+    verb->add_option("SLOT", given->slot, slotHelp)->required();
+    verb->add_option("TEXT", given->text, "What it reads; no \";\"")->required();
+}
+
+void addUpdate(commandLineSetup &setup)
+{
+    auto given = std::make_shared<arguments>();
+    auto *verb =
+        addVerb(setup, "update", "Moves a bar", given, [](progressClient &client, const arguments &all) {
+            client.updateBar(all.slot, all.percent);
+        });
+    verb->add_option("SLOT", given->slot, slotHelp)->required();
+    verb->add_option("PERCENT", given->percent, "0 to 100")->required();
+}
+
+void addBusy(commandLineSetup &setup)
+{
+    auto given = std::make_shared<arguments>();
+    auto *verb = addVerb(setup, "busy", "Shows or hides the busy window", given,
+                         [](progressClient &client, const arguments &all) {
+                             if (all.text == "on")
+                                 client.busyOn();
+                             else
+                                 client.busyOff();
+                         });
+    verb->add_option("STATE", given->text, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+}
+
+void addSend(commandLineSetup &setup)
+{
+    auto given = std::make_shared<arguments>();
+    auto *verb = addVerb(setup, "send", "Sends a message as it is, tags included", given,
+                         [](progressClient &client, const arguments &all) { client.send(all.text); });
+    verb->add_option("MESSAGE", given->text, "For example \"<progress>activate</progress>\"")->required();
+}
+
+} // namespace
+
+void addDialogVerbs(commandLineSetup &setup)
+{
+    using client = progressClient;
+    addTextVerb(setup, "bar", "Shows a bar, or starts it again", &client::createBar);
+    addUpdate(setup);
+    addSlotVerb(setup, "remove", "Removes a bar or text", &client::removeBar);
+    addTextVerb(setup, "text", "Shows a text line", &client::createText);
+    addTextVerb(setup, "update-text", "Changes a text line", &client::updateText);
+    addSlotVerb(setup, "remove-text", "Removes a text or bar", &client::removeText);
+    addTextVerb(setup, "button", "Shows a button; a click is the event clicked:SLOT", &client::addButton);
+    addSlotVerb(setup, "remove-button", "Removes a button", &client::removeButton);
+    addPlainVerb(setup, "activate", "Brings the window to the front", &client::activate);
+    addPlainVerb(setup, "pause", "Hides the window", &client::messageStart);
+    addPlainVerb(setup, "resume", "Brings the window back after pause", &client::messageStop);
+    addBusy(setup);
+    addSend(setup);
+}

@@ -1,0 +1,71 @@
+#include "client/deadline.h"
+#include "client/progressctl/exitStatus.h"
+#include "client/progressctl/verbs.h"
+
+#include <csignal>
+#include <poll.h>
+#include <thread>
+#include <unistd.h>
+
+namespace
+{
+
+using event = progressClient::event;
+
+/// False when nobody reads any more.
+bool print(const std::string &text)
+{
+    const std::string line = text + '\n';
+    return ::write(STDOUT_FILENO, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+}
+
+/// Until the daemon ends, or until the reader of our output has gone.
+void printEvents(progressClient &client)
+{
+    bool goOn = true;
+    while (goOn) {
+        // Nothing is asked of the output but to say that its reader has gone.
+        pollfd both[] = {{client.eventFd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+        if (::poll(both, 2, -1) < 0)
+            continue;
+        if (both[1].revents & (POLLERR | POLLNVAL))
+            break;
+        client.handleEvents([&goOn](const event &each) {
+            goOn = goOn && print(each.text) && each.what != event::kind::shutDown;
+        });
+    }
+}
+
+/// Whether the daemon goes within a moment: when it is killed, its sockets close one after the other.
+bool daemonGoes(const std::string &identifier)
+{
+    const deadline until(std::chrono::milliseconds(500));
+    while (progressClient::findDaemon(identifier)) {
+        if (until.isOver())
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+int listen(const commonOptions &common)
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    progressClient client(common.identifier, progressClient::channels::events, common.limit());
+    try {
+        printEvents(client);
+    } catch (const progressClient::error &problem) {
+        // A daemon that is stopped or killed says nothing; one that still runs has thrown us out.
+        if (problem.why() != progressClient::error::reason::gone || !daemonGoes(common.identifier))
+            throw;
+    }
+    return statusOk;
+}
+
+} // namespace
+
+void addEventsVerb(commandLineSetup &setup)
+{
+    auto *verb = setup.app.add_subcommand("events", "Prints the events, one a line, until the daemon ends");
+    verb->callback([&setup] { setup.chosen = [&setup] { return listen(setup.common); }; });
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "client/processHandle.h"
+
+#include <memory>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+/// A command that runs with its standard output in a pipe.
+class writer
+{
+public:
+    /// Starts it. A command that cannot be run says so on standard error and ends with 126 or 127, as in a
+    /// shell.
+    explicit writer(const std::vector<std::string> &command);
+    ~writer();
+    writer(const writer &) = delete;
+    writer &operator=(const writer &) = delete;
+
+    /// The reading end. It does not block.
+    int output() const { return m_output; }
+    const processHandle &handle() const { return *m_handle; }
+    /// Its exit status, or 128 and the signal that has ended it. Waits for its end.
+    int exitStatus();
+
+private:
+    int m_output = -1;
+    pid_t m_process = 0;
+    std::unique_ptr<processHandle> m_handle;
+};
+
+/// Sends SIGTERM to all processes, as far as this user may, that hold the pipe at `inputFd` open for writing,
+/// but not to this one. False when it is no pipe.
+bool endWriters(int inputFd);

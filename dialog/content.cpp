@@ -1,0 +1,175 @@
+#include "dialog/CProgressDialog.h"
+
+#include "app/dump.h"
+#include "widgets/appearance.h"
+#include "widgets/progressButton.h"
+#include "widgets/progressLabel.h"
+#include "widgets/progressProcess.h"
+#include "widgets/progressStyle.h"
+
+CProgressDialog::~CProgressDialog()
+{
+    if (testAttribute(Qt::WA_WState_Visible))
+        dump("---- destroying dialog while open", dumpIdentity(this));
+}
+
+void CProgressDialog::closeEvent(QCloseEvent *)
+{
+    // A close request just hides the window; the content stays.
+}
+
+bool CProgressDialog::hasRow(int id) const
+{
+    return id >= 0 && id < MAX_ENTRIES && labels[id] && bars[id];
+}
+
+bool CProgressDialog::hasButton(int id) const
+{
+    return id >= 0 && id < MAX_ENTRIES && buttons[id];
+}
+
+void CProgressDialog::relayout()
+{
+    ensureVisible();
+    updatePercent();
+    update();
+}
+
+void CProgressDialog::createBar(int id, const QString &text)
+{
+    if (!hasRow(id))
+        return;
+    barVisible[id] = true;
+    labels[id]->setText(text);
+    bars[id]->reset();
+    bars[id]->setValue(0);
+    bars[id]->setPalette(BAR_PALETTE);
+    relayout();
+}
+
+void CProgressDialog::removeBar(int id)
+{
+    clearRow(id);
+}
+
+int CProgressDialog::createText(int id, const QString &text)
+{
+    if (hasRow(id)) {
+        labels[id]->setText(text);
+        labelVisible[id] = true;
+        relayout();
+    }
+    return id;
+}
+
+void CProgressDialog::updateText(int id, const QString &text)
+{
+    if (hasRow(id))
+        labels[id]->setText(text);
+}
+
+void CProgressDialog::removeText(int id)
+{
+    clearRow(id);
+}
+
+void CProgressDialog::clearRow(int id)
+{
+    if (id < 0 || id >= MAX_ENTRIES)
+        return;
+    labelVisible[id] = false;
+    barVisible[id] = false;
+    relayout();
+}
+
+void CProgressDialog::addButton(int id, const QString &text)
+{
+    if (!hasButton(id))
+        return;
+    buttons[id]->setText(text);
+    buttonVisible[id] = true;
+    ensureVisible();
+    update();
+    connect(buttons[id], &QPushButton::clicked, this, &CProgressDialog::buttonClicked, Qt::UniqueConnection);
+}
+
+void CProgressDialog::removeButton(int id)
+{
+    if (id < 0 || id >= MAX_ENTRIES)
+        return;
+    buttonVisible[id] = false;
+    ensureVisible();
+    update();
+    if (buttons[id])
+        disconnect(buttons[id], &QPushButton::clicked, this, &CProgressDialog::buttonClicked);
+}
+
+void CProgressDialog::copyFromDialog(const CProgressDialog &src)
+{
+    for (int i = 0; i < MAX_ENTRIES; ++i)
+        copySlot(i, src);
+    if (src.m_bgpixmap)
+        m_bgpixmap = std::make_unique<QPixmap>(*src.m_bgpixmap);
+    captionTotalBar();
+
+    m_frameColor = src.m_frameColor;
+    m_backgroundColor = src.m_backgroundColor;
+    m_alphaValue = src.m_alphaValue;
+    copyGrid(src);
+    m_isActive = src.m_isActive;
+    m_currentPercent = src.m_currentPercent;
+    m_buttonPressed = src.m_buttonPressed;
+    m_lastPoint = src.m_lastPoint;
+    m_pressedKeys = src.m_pressedKeys;
+    m_startTime = src.m_startTime;
+    m_stopTime = src.m_stopTime;
+    m_runClock = src.m_runClock;
+
+    m_justcopied = true;
+    ensureVisible();
+    if (src.m_timerId != -1) {
+        m_timerId = startTimer(1000);
+        tick();
+    }
+}
+
+void CProgressDialog::copySlot(int id, const CProgressDialog &src)
+{
+    const auto copyLook = [](QWidget *to, const QWidget *from) {
+        to->setPalette(from->palette());
+        to->setFont(from->font());
+    };
+    if (hasRow(id) && src.hasRow(id)) {
+        labelVisible[id] = src.labelVisible[id];
+        copyLook(labels[id], src.labels[id]);
+        labels[id]->setText(src.labels[id]->text());
+        barVisible[id] = src.barVisible[id];
+        copyLook(bars[id], src.bars[id]);
+        bars[id]->setValue(src.bars[id]->value());
+    }
+    if (hasButton(id) && src.hasButton(id)) {
+        buttonVisible[id] = src.buttonVisible[id];
+        copyLook(buttons[id], src.buttons[id]);
+        buttons[id]->setText(src.buttons[id]->text());
+        if (buttonVisible[id])
+            connect(buttons[id], &QPushButton::clicked, this, &CProgressDialog::buttonClicked,
+                    Qt::UniqueConnection);
+    }
+}
+
+/// A copy across the two screen profiles keeps its own grid: the counts must fit its own widgets.
+void CProgressDialog::copyGrid(const CProgressDialog &src)
+{
+    if (maxBars != src.maxBars || maxButtons != src.maxButtons) {
+        reloadPixmap();
+        return;
+    }
+    m_desktopWidth = src.m_desktopWidth;
+    m_desktopHeight = src.m_desktopHeight;
+    m_framewidth = src.m_framewidth;
+    m_margin = src.m_margin;
+    m_xgap = src.m_xgap;
+    m_ygap = src.m_ygap;
+    m_Height = src.m_Height;
+    m_Width = src.m_Width;
+}

@@ -1,0 +1,190 @@
+#include "dialog/CProgressDialog.h"
+
+#include "server/receiver.h"
+#include "widgets/progressButton.h"
+#include "widgets/progressStyle.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+
+void CProgressDialog::buttonClicked()
+{
+    if (sender() == m_hideButton)
+        setVisible(false);
+    sendClicked(sender());
+}
+
+bool CProgressDialog::sendClicked(const QObject *button)
+{
+    for (int k = 0; k < maxButtons; ++k) {
+        if (buttonVisible[k] && buttons[k] == button) {
+            receiver::sendEvent(QStringLiteral("clicked:") + QString::number(k));
+            return true;
+        }
+    }
+    return false;
+}
+
+bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
+{
+    const QEvent::Type type = ev->type();
+    const bool isKey = type == QEvent::KeyPress || type == QEvent::KeyRelease;
+    // The second press of a double click presses a button as the first does.
+    const bool isMousePress = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
+    if (receiver::boxIsOpen() && (isKey || isMousePress))
+        return true;
+
+    if (obj == this)
+        drag(ev);
+    if (isKey)
+        return handleKey(obj, static_cast<QKeyEvent *>(ev));
+    if (type == QEvent::Show && obj == this)
+        buttons[0]->setFocus();
+    return false;
+}
+
+void CProgressDialog::drag(QEvent *ev)
+{
+    switch (ev->type()) {
+    case QEvent::MouseButtonPress:
+        m_buttonPressed = true;
+        m_lastPoint = static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - pos();
+        break;
+    case QEvent::MouseMove:
+        // Positions in the dialog would be those from before moves that are still under way.
+        if (m_buttonPressed)
+            move(static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - m_lastPoint);
+        break;
+    case QEvent::MouseButtonRelease:
+        m_buttonPressed = false;
+        break;
+    default:
+        break;
+    }
+}
+
+namespace
+{
+
+/// Tells the keys of a keyboard apart; events that come from none have only the name of a key.
+quint32 physicalKey(const QKeyEvent *ev)
+{
+    return ev->nativeScanCode() ? ev->nativeScanCode() : static_cast<quint32>(ev->key());
+}
+
+} // namespace
+
+bool CProgressDialog::handleKey(QObject *obj, const QKeyEvent *ev)
+{
+    int index = -1;
+    QPushButton *pressedButton = concernedButton(obj, index);
+    if (!pressedButton)
+        return false;
+    if (ev->type() == QEvent::KeyPress) {
+        m_pressedKeys.insert(physicalKey(ev), ev->key());
+        return true;
+    }
+    // A key that went down elsewhere, say on a box that it answered, has no business here.
+    const auto pressed = m_pressedKeys.constFind(physicalKey(ev));
+    if (pressed == m_pressedKeys.constEnd())
+        return false;
+    const int key = *pressed;
+    m_pressedKeys.erase(pressed);
+    return keyReleased(key, pressedButton, index);
+}
+
+/// The button that a key on `obj` is meant for, and its slot (0 for the Hide button); null for none.
+QPushButton *CProgressDialog::concernedButton(QObject *obj, int &index) const
+{
+    if (obj == m_hideButton || m_hideButton->hasFocus()) {
+        index = 0;
+        return m_hideButton;
+    }
+    for (int k = 0; k < maxButtons; ++k) {
+        if (obj == buttons[k] || (obj == this && buttons[k]->hasFocus())) {
+            index = k;
+            return buttons[k];
+        }
+    }
+    return nullptr;
+}
+
+bool CProgressDialog::keyReleased(int key, QPushButton *pressedButton, int index)
+{
+    switch (key) {
+    case Qt::Key_Tab:
+    case Qt::Key_Right:
+    case Qt::Key_Down:
+        focusNext(pressedButton == m_hideButton ? -1 : index + 1);
+        return true;
+    case Qt::Key_Backtab:
+    case Qt::Key_Left:
+    case Qt::Key_Up:
+        focusPrevious(pressedButton, index);
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return activateButton(pressedButton);
+    case Qt::Key_Home:
+    case Qt::Key_PageUp:
+        if (QPushButton *first = firstShownButton())
+            first->setFocus();
+        return true;
+    case Qt::Key_End:
+    case Qt::Key_PageDown:
+        if (QPushButton *last = lastShownButton())
+            last->setFocus();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void CProgressDialog::focusNext(int nextButton)
+{
+    if (nextButton >= 0 && nextButton < maxButtons && buttons[nextButton]->isVisible())
+        buttons[nextButton]->setFocus();
+    else
+        m_hideButton->setFocus();
+}
+
+void CProgressDialog::focusPrevious(QPushButton *pressedButton, int index)
+{
+    if (index > 0) {
+        if (buttons[index - 1]->isVisible())
+            buttons[index - 1]->setFocus();
+    } else if (pressedButton == m_hideButton) {
+        if (QPushButton *last = lastShownButton())
+            last->setFocus();
+    }
+}
+
+bool CProgressDialog::activateButton(QPushButton *pressedButton)
+{
+    if (pressedButton == m_hideButton) {
+        setVisible(false);
+        return true;
+    }
+    if (!sendClicked(pressedButton))
+        return false;
+    willCancel();
+    return true;
+}
+
+QPushButton *CProgressDialog::firstShownButton() const
+{
+    for (int k = 0; k < maxButtons; ++k) {
+        if (buttons[k]->isVisible())
+            return buttons[k];
+    }
+    return nullptr;
+}
+
+QPushButton *CProgressDialog::lastShownButton() const
+{
+    for (int k = maxButtons - 1; k >= 0; --k) {
+        if (buttons[k]->isVisible())
+            return buttons[k];
+    }
+    return nullptr;
+}

@@ -1,0 +1,95 @@
+#include "dialog/CProgressDialog.h"
+
+#include "dialog/roundRectRegion.h"
+#include "widgets/appearance.h"
+
+#include <QLinearGradient>
+#include <QPainter>
+
+namespace
+{
+
+/// What the window's outline looks like for one size. Dialogs have mostly the same size, so one shape is
+/// kept for all of them, built for the size that was painted last.
+struct windowShape {
+    QSize size;
+    int framewidth = 0;
+    QRegion outer;
+    QRegion frameregion;
+};
+
+const windowShape &shapeOf(const QSize &size, int framewidth)
+{
+    static windowShape shape;
+    if (size == shape.size && framewidth == shape.framewidth)
+        return shape;
+
+    constexpr int outerRadius = 4;
+    constexpr int innerRadius = 1;
+    const QRect whole(QPoint(0, 0), size);
+    const int offs = framewidth;
+    const QRegion outer = roundRectRegion(whole, outerRadius);
+    const QRegion innerNoFocus = roundRectRegion(whole.adjusted(offs, offs, -offs, -offs), innerRadius);
+    shape = {size, framewidth, outer, outer - innerNoFocus};
+    return shape;
+}
+
+/// From top to bottom: a shadow, the even colour `col`, a shadow.
+QLinearGradient backgroundGradient(int height, const QColor &col)
+{
+    QLinearGradient grad1(0, 0, 0, height);
+    grad1.setColorAt(0.0, appearance::m_shadowLightColor);
+    grad1.setColorAt(0.05, col);
+    grad1.setColorAt(0.95, col);
+    grad1.setColorAt(1.0, appearance::m_shadowDarkColor);
+    return grad1;
+}
+
+} // namespace
+
+/// Paints the whole window. What is left out stays transparent: the corners, except under an image.
+void CProgressDialog::paintEvent(QPaintEvent *)
+{
+    const windowShape &shape = shapeOf(size(), m_framewidth);
+    QPainter painter(this);
+    if (m_bgpixmap && !m_bgpixmap->isNull()) {
+        // Holds for the frame as well.
+        painter.setOpacity(m_alphaValue / 255.0);
+        painter.drawPixmap(0, 0, *m_bgpixmap);
+    } else {
+        QColor col = m_backgroundColor;
+        col.setAlpha(m_alphaValue);
+        painter.setClipRegion(shape.outer, Qt::ReplaceClip);
+        painter.fillRect(rect(), backgroundGradient(height(), col));
+    }
+    painter.setClipRegion(shape.frameregion, Qt::ReplaceClip);
+    painter.fillRect(rect(), QBrush(m_frameColor));
+}
+
+/// Makes `newpixmap` the background, stretched to the dialog's size; a null image leaves the painted
+/// background as it is. The brush of the palette is what child windows would show.
+void CProgressDialog::setBackgroundPixmap(const QPixmap &newpixmap)
+{
+    QPalette palette;
+    if (newpixmap.isNull()) {
+        palette.setBrush(backgroundRole(), QBrush(Qt::lightGray));
+    } else {
+        scalePixmap(newpixmap);
+        palette.setBrush(backgroundRole(), QBrush(*m_bgpixmap));
+    }
+    setPalette(palette);
+}
+
+void CProgressDialog::scalePixmap(const QPixmap &newpixmap)
+{
+    const double wRatio = double(m_Width) / newpixmap.width();
+    const double hRatio = double(m_Height) / newpixmap.height();
+    const QTransform stretch = QTransform::fromScale(wRatio, hRatio);
+    m_bgpixmap = std::make_unique<QPixmap>(newpixmap.transformed(stretch, Qt::FastTransformation));
+}
+
+void CProgressDialog::reloadPixmap()
+{
+    if (m_bgpixmap && !m_bgpixmap->isNull())
+        setBackgroundPixmap(QPixmap(*m_bgpixmap));
+}

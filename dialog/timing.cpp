@@ -1,0 +1,152 @@
+#include "dialog/CProgressDialog.h"
+
+#include "app/dump.h"
+#include "server/receiver.h"
+#include "stats/estimate.h"
+#include "stats/recordRun.h"
+#include "stats/remainingText.h"
+#include "stats/snapshots.h"
+#include "widgets/progressLabel.h"
+#include "widgets/progressProcess.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+/// The end of every layout pass: a run starts when the dialog gets content and ends when it has lost it.
+bool CProgressDialog::takeTimingStep(bool inAction)
+{
+    if (m_justcopied) {
+        m_justcopied = false;
+        return inAction;
+    }
+    if (m_isActive == inAction)
+        return inAction;
+    m_isActive = inAction;
+    if (inAction)
+        startRun();
+    else
+        endRun();
+    receiver::progressVisibilityChanged(inAction);
+    return inAction;
+}
+
+void CProgressDialog::startRun()
+{
+    m_startTime = QDateTime::currentDateTime();
+    m_runClock.start();
+    clearSnapshots();
+    m_timerId = startTimer(1000);
+    m_cancelled = false;
+    startEstimate();
+}
+
+void CProgressDialog::endRun()
+{
+    if (m_timerId != -1)
+        killTimer(m_timerId);
+    dump("---- resetting timer", 0);
+    m_timerId = -1;
+    resetEstimate();
+
+    if (m_nextSnap < 1 || m_cancelled)
+        return;
+    m_stopTime = QDateTime::currentDateTime();
+    const qint64 seconds = m_stopTime.toSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
+    if (seconds >= 1 && !clockWasSet(seconds))
+        recordRun(static_cast<int>(seconds));
+}
+
+/// A run across which the clock was set (or the machine slept) has no duration worth learning: a record of
+/// years would follow, and be followed by, every later run.
+bool CProgressDialog::clockWasSet(qint64 seconds) const
+{
+    constexpr qint64 toleratedSeconds = 5;
+    return std::abs(seconds - m_runClock.elapsed() / 1000) > toleratedSeconds;
+}
+
+void CProgressDialog::timerEvent(QTimerEvent *)
+{
+    tick();
+}
+
+void CProgressDialog::tick()
+{
+    // Snapshots hold milliseconds in an int; a clock that was set far away must not leave its range.
+    constexpr qint64 farthest = 2147482;
+    const qint64 seconds = QDateTime::currentSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
+    const int elapsed = static_cast<int>(std::clamp(seconds, -farthest, farthest));
+    m_currentElapsed = elapsed;
+
+    estimateStep step = estimateStep::display;
+    if (m_timerId != -1) {
+        if (m_nextSnap < 3)
+            return;
+        step = advanceEstimate(elapsed, dumpIdentity(this));
+    }
+    if (step == estimateStep::dropped)
+        captionTotalBar();
+    else if (step == estimateStep::display)
+        showEstimate(elapsed);
+}
+
+void CProgressDialog::showEstimate(int elapsed)
+{
+    const int total = m_currentTotal;
+    if (total <= 0)
+        return;
+    const int remaining = total - elapsed;
+    const QString text = remainingText(remaining);
+    if (text.isEmpty()) {
+        captionTotalBar();
+        m_totalBar->setValue(m_currentPercent);
+        receiver::updateTotalPercent(m_currentPercent, -1);
+        m_totalBar->hide();
+        return;
+    }
+    m_totalBar->setLabel(QStringLiteral("in progress... ") + text);
+    const int percent = static_cast<int>(qint64{elapsed} * 100 / total);
+    m_totalBar->setValue(percent);
+    receiver::updateTotalPercent(percent, remaining);
+    m_totalBar->show();
+}
+
+void CProgressDialog::captionTotalBar()
+{
+    m_totalBar->setCaption(m_totalLabel->text());
+}
+
+void CProgressDialog::updatePercent()
+{
+    int maxProgress = 0;
+    int actualProgress = 0;
+    int dispProgress = 0;
+    for (int i = 0; i < MAX_ENTRIES; ++i) {
+        if (!barVisible[i])
+            continue;
+        ++maxProgress;
+        actualProgress += bars[i]->value() + 100 * i;
+        dispProgress += bars[i]->value();
+    }
+    const int avgPercent = dispProgress / std::max(maxProgress, 1);
+    if (avgPercent == m_currentPercent)
+        return;
+    m_currentPercent = avgPercent;
+    addSnapshot(actualProgress);
+    if (m_currentTotal != -1)
+        return;
+    m_totalBar->setValue(avgPercent);
+    receiver::updateTotalPercent(avgPercent, -1);
+    m_totalBar->hide();
+}
+
+void CProgressDialog::updateBar(int id, int percent)
+{
+    if (hasRow(id)) {
+        if (percent == -1) {
+            dump("   ++ progress bar would be canceled, value -1 given", 0);
+            percent = 100;
+        }
+        bars[id]->setValue(percent);
+    }
+    updatePercent();
+}

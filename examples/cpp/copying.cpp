@@ -1,0 +1,42 @@
+// Shows a bar with a Cancel button, and asks at the end.
+//
+//   cmake -S . -B build && cmake --build build          or
+//   g++ -std=c++17 copying.cpp $(pkg-config --cflags --libs progressclient)
+
+#include <progressclient/progressClient.h>
+
+#include <cstdio>
+
+int main()
+{
+    using client = progressClient;
+    try {
+        // A daemon without a base port ends with its last client: this program.
+        const auto daemon = client::startDaemon("copying");
+        client window(daemon.daemonPorts, client::channels::both);
+        window.configure({{"windowTitle", "Copying"}, {"screenGeometry", "1280,800"}});
+        window.createBar(0, "Copying");
+        window.addButton(0, "Cancel");
+
+        bool isCancelled = false;
+        for (int percent = 0; percent <= 100 && !isCancelled; percent += 2) {
+            window.updateBar(0, percent);
+            // The work would be done here; meanwhile events are waited for.
+            while (const auto event = window.nextEvent(client::milliseconds(20)))
+                isCancelled = isCancelled || event->what == client::event::kind::clicked;
+        }
+        window.removeBar(0);
+        window.removeButton(0);
+
+        client::question box;
+        box.title = "Copying";
+        box.text = isCancelled ? "Remove what was copied?" : "Copied. Open the folder?";
+        box.buttons = {client::button::yes, client::button::no};
+        box.preset = client::button::no;
+        std::puts(window.ask(box) == client::button::yes ? "yes" : "no");
+        return 0;
+    } catch (const client::error &problem) {
+        std::fprintf(stderr, "copying: %s\n", problem.what());
+        return 1;
+    }
+}

@@ -1,0 +1,47 @@
+# What is installed, and where. Three components: the programs, the library, and what it takes to build with it.
+
+include(CMakePackageConfigHelpers)
+
+# compressed(FROM TO): a copy in the build's folder, the same for the same content.
+find_program(GZIP gzip REQUIRED)
+function(compressed from to)
+    add_custom_command(OUTPUT ${to} COMMAND ${GZIP} -9nc ${from} > ${to} DEPENDS ${from} VERBATIM)
+    add_custom_target(make_${to} ALL DEPENDS ${to})
+endfunction()
+
+install(TARGETS progressd progressctl COMPONENT programs)
+foreach(page progressd.1 progressctl.1 progressd-protocol.7)
+    string(REGEX REPLACE ".*\\." "" section ${page})
+    compressed(${CMAKE_CURRENT_SOURCE_DIR}/docs/man/${page} ${page}.gz)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${page}.gz
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT programs)
+endforeach()
+install(FILES client/completions/progressctl.bash RENAME progressctl
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programs)
+install(FILES client/completions/_progressctl
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT programs)
+install(FILES client/completions/progressctl.fish
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT programs)
+install(FILES examples/light.conf examples/dark.conf examples/copy-tree.sh
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT programs)
+install(DIRECTORY examples/cpp
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT programs)
+
+install(TARGETS progressClient EXPORT progressClient
+        LIBRARY COMPONENT library NAMELINK_COMPONENT development)
+install(FILES client/progressClient.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/progressclient COMPONENT development)
+
+# find_package(progressClient) gives the target progress::progressClient.
+set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/progressClient)
+install(EXPORT progressClient NAMESPACE progress:: FILE progressClientConfig.cmake
+        DESTINATION ${config_folder} COMPONENT development)
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/progressClientConfigVersion.cmake
+        COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressClientConfigVersion.cmake
+        DESTINATION ${config_folder} COMPONENT development)
+# Relative, so that a tree that was unpacked or moved elsewhere can be built with.
+file(RELATIVE_PATH PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(packaging/progressclient.pc.in progressclient.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressclient.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -1,0 +1,100 @@
+#include "server/receiver.h"
+
+#include "app/dump.h"
+
+#include <QCoreApplication>
+#include <QNetworkInterface>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+namespace
+{
+
+/// What is read from a channel at one go, in bytes; then the others, the ticks and the painting have their
+/// turn.
+constexpr qint64 readSize = 64 * 1024;
+
+} // namespace
+
+receiver::receiver(int portnum, bool isEventChannel)
+    : m_isEventServer(isEventChannel), m_server(new QTcpServer(this)), m_dontQuit(portnum >= 0)
+{
+    m_server->listen(QHostAddress::AnyIPv4, portnum < 2 ? quint16{0} : static_cast<quint16>(portnum));
+    connect(m_server, &QTcpServer::newConnection, this, &receiver::connection);
+}
+
+receiver::~receiver()
+{
+    channels().walk([this](QTcpSocket *channel) {
+        disconnect(channel, &QTcpSocket::readyRead, this, &receiver::gotData);
+        drain(channel);
+        channel->close();
+    });
+    channels().clear();
+    m_server->close();
+}
+
+int receiver::getPort() const
+{
+    return m_server->serverPort();
+}
+
+channelTable &receiver::channels() const
+{
+    return m_isEventServer ? m_clientEventChannels : m_clientCommandChannels;
+}
+
+QTcpSocket *receiver::findClient() const
+{
+    return qobject_cast<QTcpSocket *>(sender());
+}
+
+void receiver::connection()
+{
+    while (QTcpSocket *channel = m_server->nextPendingConnection()) {
+        if (!isLocal(channel)) {
+            dump("---- refusing connection from another machine", 0);
+            delete channel;
+            continue;
+        }
+        if (!channels().enter(channel)) {
+            delete channel;
+            continue;
+        }
+        channel->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        channel->setReadBufferSize(readSize);
+        connect(channel, &QTcpSocket::readyRead, this, &receiver::gotData);
+        connect(channel, &QTcpSocket::disconnected, this, &receiver::closed);
+    }
+}
+
+/// The servers listen on all addresses, but serve only processes of this machine.
+bool receiver::isLocal(const QTcpSocket *channel)
+{
+    const QHostAddress peer = channel->peerAddress();
+    return peer.isLoopback() || peer == channel->localAddress() ||
+           QNetworkInterface::allAddresses().contains(peer);
+}
+
+void receiver::closed()
+{
+    QTcpSocket *gone = findClient();
+    channels().leave(gone);
+    gone->deleteLater();
+    if (m_isEventServer || m_dontQuit)
+        return;
+    // Somebody who has connected but was not accepted yet is a client, too; this takes them in.
+    m_server->waitForNewConnection(0);
+    if (channels().hasChannels() || m_server->hasPendingConnections())
+        return;
+    dump("---- doing exit by last closed connection!", 0);
+    QCoreApplication::exit(0);
+}
+
+/// Gives a channel that still holds events the chance to take them before it is closed.
+void receiver::drain(QTcpSocket *channel)
+{
+    constexpr int patienceMs = 200;
+    if (channel->bytesToWrite() > 0)
+        channel->waitForBytesWritten(patienceMs);
+}

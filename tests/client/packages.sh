@@ -1,0 +1,122 @@
+#!/usr/bin/env bash
+# What is installed is what should be, the packages work from where they are unpacked, and what the quick start
+# shows runs with them.
+#
+# usage: packages.sh SOURCE BUILD
+set -euo pipefail
+source=$1 build=$2
+export LC_ALL=C.UTF-8
+
+[[ -n ${PACKAGES_TEST_HAS_SCREEN:-} ]] || PACKAGES_TEST_HAS_SCREEN=1 exec xvfb-run -a "$0" "$@"
+
+work=$(mktemp -d /tmp/packages-test.XXXXXX)
+export PROGRESS_IDENTIFIER=packages$$ HOME=$work XDG_RUNTIME_DIR=$work
+answerer=''
+clean_up() {
+    [[ -z $answerer ]] || kill "$answerer"
+    progressctl stop 2>/dev/null || true
+    rm -rf "$work" /var/tmp/currentTimestamps_packages$$* /var/instrument/currentTimestamps_packages$$*
+    rm -f /var/tmp/currentTimestamps_{quickstart,copying}*.txt
+}
+trap clean_up EXIT
+
+fail() {
+    printf 'packages.sh: %s\n' "$*" >&2
+    exit 1
+}
+
+# Whoever asks "Question" or "Copying" is answered with the button that Return presses.
+answer_boxes() {
+    while sleep 0.2; do
+        xdotool search --onlyvisible --name '^(Question|Copying)$' windowfocus key --window %1 Return || true
+    done >/dev/null 2>&1
+}
+
+check_installed_files() {
+    cmake --install "$build" --prefix "$work/tree" >/dev/null
+    (cd "$work/tree" && find . ! -type d -printf '%P\n' | sed -E 's|^lib/[^/]*-linux-gnu/|lib/|;
+        s|(Config)-[a-z]+\.cmake|\1-BUILDTYPE.cmake|' | sort) >"$work/installed"
+    diff -u "$source/tests/client/installedFiles.txt" "$work/installed" || fail 'other files are installed'
+}
+
+unpack_packages() {
+    cpack --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/cpack.log" 2>&1 || fail "$(<"$work/cpack.log")"
+    local package
+    for package in "$work"/packages/*.deb; do
+        dpkg-deb -x "$package" "$work/root"
+    done
+    local depends
+    depends=$(dpkg-deb -f "$work"/packages/progressd_*.deb Depends)
+    for package in libqt6widgets6 libqt6network6 libxcb-randr0; do
+        [[ $depends == *$package* ]] || fail "the package does not depend on $package: $depends"
+    done
+    [[ $(dpkg-deb -f "$work"/packages/libprogressclient-dev_*.deb Depends) == 'libprogressclient1 (= '* ]] ||
+        fail 'the -dev package does not depend on its library'
+    export PATH=$work/root/usr/bin:$PATH
+    local config
+    config=$(find "$work/root" -name progressclient.pc)
+    export PKG_CONFIG_PATH=${config%/*} LD_LIBRARY_PATH=${config%/pkgconfig/*} CMAKE_PREFIX_PATH=$work/root/usr
+    [[ $(command -v progressd) == "$work"/* ]] || fail 'progressd is not the one that was unpacked'
+}
+
+build_examples() {
+    local example=$work/root/usr/share/doc/progressd/examples/cpp
+    cmake -S "$example" -B "$work/example" >/dev/null
+    cmake --build "$work/example" >/dev/null
+    [[ $(timeout 60 "$work/example/copying") == no ]] || fail 'the example does not run'
+    # shellcheck disable=SC2046 # words are what is wanted
+    g++ -std=c++17 "$example/copying.cpp" $(pkg-config --cflags --libs progressclient) -o "$work/copying"
+    [[ $(timeout 60 "$work/copying") == no ]] || fail 'the example built by pkg-config does not run'
+}
+
+# blocks LANGUAGE: writes the quick start's blocks of this language to files of their own.
+blocks() {
+    awk -v language="$1" -v to="$work/block-$1-" '
+        $0 == "```" { writes = 0 }
+        writes { print > (to count) }
+        $0 == "```" language { writes = 1; ++count }' "$source/docs/quickstart.md"
+    compgen -G "$work/block-$1-*"
+}
+
+run_quick_start() {
+    local block output=''
+    for block in $(blocks bash); do
+        output+=$(timeout 60 bash -euo pipefail "$block") || fail "this block fails: $(<"$block")"
+    done
+    for block in done kept 'nobody clicked'; do
+        [[ $output == *"$block"* ]] || fail "the shell blocks do not say $block: $output"
+    done
+    output=$(timeout 60 python3 "$(blocks python)") || fail 'the Python block fails'
+    [[ $output == *isShown*kept* ]] || fail "the Python block says: $output"
+    mv "$(blocks cpp)" "$work/block.cpp"
+    # shellcheck disable=SC2046
+    g++ -std=c++17 "$work/block.cpp" $(pkg-config --cflags --libs progressclient) -o "$work/block"
+    timeout 60 "$work/block" || fail 'the C++ block fails'
+}
+
+check_completions() {
+    # shellcheck source=/dev/null
+    source "$work/root/usr/share/bash-completion/completions/progressctl"
+    local COMP_WORDS=(progressctl ask 'Sure?' re) COMP_CWORD=3 COMPREPLY=()
+    _progressctl
+    [[ ${COMPREPLY[*]} == 'retry reset restore-defaults' ]] || fail "bash completes ${COMPREPLY[*]}"
+    # Each verb that the program has is offered by all shells.
+    local verb file
+    for verb in $(progressctl --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
+        for file in bash-completion/completions/progressctl zsh/vendor-completions/_progressctl \
+            fish/vendor_completions.d/progressctl.fish; do
+            grep -qw -- "$verb" "$work/root/usr/share/$file" || fail "$file does not know $verb"
+        done
+        zcat "$work/root/usr/share/man/man1/progressctl.1.gz" | sed 's/\\-/-/g' | grep -qw -- "$verb" ||
+            fail "the manual does not know $verb"
+    done
+}
+
+check_installed_files
+unpack_packages
+answer_boxes &
+answerer=$!
+build_examples
+run_quick_start
+check_completions
+echo 'packages.sh: all is well'

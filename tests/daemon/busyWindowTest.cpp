@@ -1,0 +1,177 @@
+#include "tests/support/daemonLog.h"
+#include "tests/support/daemonProcess.h"
+#include "tests/support/virtualScreen.h"
+
+#include <QDir>
+#include <QTest>
+
+/// The busy window on the screen: its place, its size, and when it is there.
+class busyWindowTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void placeAndSize_data();
+    void placeAndSize();
+    void changesAtOnce();
+    void comesAndGoes_data();
+    void comesAndGoes();
+    void showsThePercentFromBelow();
+
+private:
+    /// The toolkit gives the window the daemon's name for a title.
+    QRect area() const { return m_screen.waitForWindow("progressd").area; }
+
+    virtualScreen m_screen;
+};
+
+namespace
+{
+
+void writeImage(const daemonProcess &daemon, const QString &name, QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(Qt::green);
+    QVERIFY(image.save(QDir(daemon.directory()).filePath(name)));
+}
+
+} // namespace
+
+void busyWindowTest::placeAndSize_data()
+{
+    QTest::addColumn<QSize>("image");
+    QTest::addColumn<QByteArray>("configuration");
+    QTest::addColumn<QRect>("expected");
+    const QSize none(0, 0);
+    const QSize image(100, 50);
+    QTest::newRow("no image") << none << QByteArray("busyIndicator=10|20|0|0|empty") << QRect(10, 20, 32, 32);
+    QTest::newRow("no image, size") << none << QByteArray("busyIndicator=10|20|70|0|empty")
+                                    << QRect(10, 20, 70, 32);
+    QTest::newRow("image's own size")
+        << image << QByteArray("busyIndicator=0|0|-1|0|empty") << QRect(0, 0, 100, 50);
+    QTest::newRow("larger than the image")
+        << image << QByteArray("busyIndicator=10|20|120|80|empty") << QRect(10, 20, 120, 80);
+    QTest::newRow("smaller than the image")
+        << image << QByteArray("busyIndicator=10|20|60|40|empty") << QRect(10, 20, 60, 40);
+    QTest::newRow("named image") << image << QByteArray("busyIndicator=10|20|0|0|Other.png")
+                                 << QRect(10, 20, 64, 48);
+    QTest::newRow("offset") << none << QByteArray("busyIndicator=10|20|0|0|empty;paintOffset=5|-7")
+                            << QRect(15, 13, 32, 32);
+    QTest::newRow("later entry wins")
+        << none << QByteArray("busyIndicator=1|2|3|4|x.png;busyIndicator=10|20|0|0|empty")
+        << QRect(10, 20, 32, 32);
+}
+
+void busyWindowTest::placeAndSize()
+{
+    QFETCH(QSize, image);
+    QFETCH(QByteArray, configuration);
+    QFETCH(QRect, expected);
+    daemonProcess daemon(m_screen);
+    if (!image.isEmpty())
+        writeImage(daemon, "Busy.png", image);
+    writeImage(daemon, "Other.png", {64, 48});
+    const auto events = daemon.openEvents(configuration);
+    events->progress("busyOn");
+    QCOMPARE(area(), expected);
+}
+
+void busyWindowTest::changesAtOnce()
+{
+    daemonProcess daemon(m_screen);
+    const daemonLog log;
+    const auto events = daemon.openEvents();
+    events->progress("busyOn"); // nothing to see while there is no position
+    QVERIFY(events->isServed());
+    QVERIFY(!m_screen.shows("progressd"));
+    QVERIFY(log.contains(": ++++ busy pixmap not found: result=0000\n"));
+    QVERIFY(log.contains(": Busy.png result=0000\n"));
+
+    // A hidden window gets its place when it is shown.
+    events->configure("busyIndicator=10|20|0|0|empty");
+    QVERIFY(events->isServed());
+    QVERIFY(!m_screen.shows("progressd"));
+    QVERIFY(log.contains(": ---- setting busy pixmap  result=0000\n"));
+    events->progress("busyOn");
+    QCOMPARE(area(), QRect(10, 20, 32, 32));
+
+    const QString name = QStringLiteral("no such file %1.png").arg(daemon.processId());
+    events->configure("busyIndicator=30|40|50|60|" + name.toLatin1());
+    QTRY_COMPARE_WITH_TIMEOUT(area(), QRect(30, 40, 50, 60), patienceMs);
+    QVERIFY(log.contains(": " + name.toLatin1() + " result=0000\n"));
+    writeImage(daemon, "Other.png", {100, 50});
+    events->configure("busyIndicator=30|40|0|0|Other.png;paintOffset=3|4");
+    QTRY_COMPARE_WITH_TIMEOUT(area(), QRect(33, 44, 100, 50), patienceMs);
+    // The image is forgotten, not only hidden.
+    events->configure("busyIndicator=30|40|0|0|" + name.toLatin1());
+    QTRY_COMPARE_WITH_TIMEOUT(area(), QRect(33, 44, 32, 32), patienceMs);
+    // A visible one goes where it is sent, even off the screen; too few fields change no place.
+    events->configure("busyIndicator=-20|40|0|0|empty");
+    QTRY_COMPARE_WITH_TIMEOUT(area(), QRect(-17, 44, 32, 32), patienceMs);
+    events->configure("busyIndicator=7|8");
+    events->configure("paintOffset=9");
+    QVERIFY(events->isServed());
+    QCOMPARE(area(), QRect(-17, 44, 32, 32));
+}
+
+void busyWindowTest::comesAndGoes_data()
+{
+    QTest::addColumn<QByteArrayList>("payloads");
+    QTest::addColumn<bool>("isShown");
+    QTest::newRow("not by itself") << QByteArrayList{"activate", "busyOff"} << false;
+    QTest::newRow("busyOn") << QByteArrayList{"busyOn"} << true;
+    QTest::newRow("busyOff") << QByteArrayList{"busyOn", "busyOff"} << false;
+    QTest::newRow("with the dialog") << QByteArrayList{"create:0;x"} << true;
+    QTest::newRow("goes with the dialog") << QByteArrayList{"create:0;x", "remove:0"} << false;
+    QTest::newRow("stays with the dialog") << QByteArrayList{"busyOn", "create:0;x", "busyOff"} << true;
+    QTest::newRow("stays with a hidden dialog")
+        << QByteArrayList{"create:0;x", "messageStart", "busyOff"} << true;
+    QTest::newRow("stays in busy mode") << QByteArrayList{"busyOn", "create:0;x", "remove:0"} << true;
+    QTest::newRow("goes when both are over")
+        << QByteArrayList{"busyOn", "create:0;x", "busyOff", "remove:0"} << false;
+}
+
+void busyWindowTest::comesAndGoes()
+{
+    QFETCH(QByteArrayList, payloads);
+    QFETCH(bool, isShown);
+    daemonProcess daemon(m_screen);
+    const auto events = daemon.openEvents("busyIndicator=10|20|0|0|empty");
+    for (const QByteArray &payload : payloads)
+        events->progress(payload);
+    QVERIFY(events->isServed());
+    QTRY_COMPARE_WITH_TIMEOUT(m_screen.shows("progressd"), isShown, patienceMs);
+}
+
+void busyWindowTest::showsThePercentFromBelow()
+{
+    daemonProcess daemon(m_screen);
+    writeImage(daemon, "Busy.png", {60, 230});
+    const auto events = daemon.openEvents("windowStyle=#0000ff|#ffffff|#ff0000|#ff0000|#000000|#000000;"
+                                          "busyIndicator=10|10|0|0|empty");
+    events->progress("create:0;x");
+    events->progress("update:0;40");
+    QVERIFY(events->isServed());
+    const auto reds = [&] {
+        // Up the bar, near its left edge, where no text is: the bar is 200 high, 26 pixels off the bottom.
+        const QImage picture = m_screen.picture();
+        int count = 0;
+        for (int y = 10; y < 240; ++y)
+            count += picture.pixelColor(20, y) == QColor(Qt::red);
+        return count;
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(qAbs(reds() - 80) <= 8, "40 of 100", patienceMs);
+    const QImage picture = m_screen.picture();
+    QCOMPARE(picture.pixelColor(20, 200), QColor(Qt::red));
+    QVERIFY(picture.pixelColor(20, 100) != QColor(Qt::red));
+    QCOMPARE(picture.pixelColor(12, 12), QColor(Qt::green));
+    QCOMPARE(picture.pixelColor(20, 230), QColor(Qt::green));
+    // Without a run there is no percent.
+    events->progress("busyOn");
+    events->progress("remove:0");
+    QVERIFY(events->isServed());
+    QTRY_COMPARE_WITH_TIMEOUT(m_screen.picture().pixelColor(20, 200), QColor(Qt::green), patienceMs);
+}
+
+QTEST_GUILESS_MAIN(busyWindowTest)
+#include "busyWindowTest.moc"

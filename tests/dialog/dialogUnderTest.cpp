@@ -1,0 +1,154 @@
+#include "tests/dialog/dialogUnderTest.h"
+
+#include "widgets/busyWidget.h"
+#include "widgets/progressButton.h"
+#include "widgets/progressLabel.h"
+
+#include <QFontMetrics>
+#include <QTest>
+
+namespace
+{
+
+template <typename Widget, typename Known> QList<Widget *> childrenOf(const QWidget *parent)
+{
+    QList<Widget *> found;
+    for (Known *child : parent->findChildren<Known *>(Qt::FindDirectChildrenOnly))
+        found << child;
+    return found;
+}
+
+} // namespace
+
+dialogUnderTest::dialogUnderTest()
+    : m_formerDialog(std::exchange(receiver::m_progress, this)),
+      m_formerSplash(std::exchange(receiver::m_splash, new busyWidget))
+{
+}
+
+dialogUnderTest::~dialogUnderTest()
+{
+    delete std::exchange(receiver::m_splash, m_formerSplash);
+    receiver::m_progress = m_formerDialog;
+    receiver::m_windowIsActive = false;
+}
+
+void dialogUnderTest::run(const QString &commands)
+{
+    for (const QString &command : commands.split(' ', Qt::SkipEmptyParts)) {
+        const QStringList parts = command.mid(command.indexOf(':') + 1).split(';');
+        const int id = parts[0].toInt();
+        const QString text = parts.value(1);
+        if (command.startsWith("create:"))
+            createBar(id, text);
+        else if (command.startsWith("remove:"))
+            removeBar(id);
+        else if (command.startsWith("update:"))
+            updateBar(id, text.toInt());
+        else if (command.startsWith("addText:"))
+            QCOMPARE(createText(id, text), id);
+        else if (command.startsWith("updateText:"))
+            updateText(id, text);
+        else if (command.startsWith("delText:"))
+            removeText(id);
+        else if (command.startsWith("addButt:"))
+            addButton(id, text);
+        else if (command.startsWith("delButt:"))
+            removeButton(id);
+        else
+            QFAIL(qPrintable(command));
+    }
+}
+
+QList<QWidget *> dialogUnderTest::labels() const
+{
+    return childrenOf<QWidget, progressLabel>(this).mid(1);
+}
+
+QList<progressProcess *> dialogUnderTest::bars() const
+{
+    return childrenOf<progressProcess, progressProcess>(this).mid(1);
+}
+
+QList<QPushButton *> dialogUnderTest::buttons() const
+{
+    return childrenOf<QPushButton, progressButton>(this).mid(1);
+}
+
+progressProcess *dialogUnderTest::totalBar() const
+{
+    return childrenOf<progressProcess, progressProcess>(this).constFirst();
+}
+
+QPushButton *dialogUnderTest::hideButton() const
+{
+    return childrenOf<QPushButton, progressButton>(this).constFirst();
+}
+
+QString dialogUnderTest::content() const
+{
+    QStringList shown;
+    for (qsizetype i = 0; i < bars().size(); ++i) {
+        if (!labels()[i]->isHidden())
+            shown << QStringLiteral("%1:%2").arg(i).arg(static_cast<QLabel *>(labels()[i])->text());
+        if (!bars()[i]->isHidden())
+            shown << QStringLiteral("%1:%2%3").arg(i).arg(bars()[i]->format()).arg(bars()[i]->value());
+    }
+    for (qsizetype i = 0; i < buttons().size(); ++i) {
+        if (!buttons()[i]->isHidden())
+            shown << QStringLiteral("[%1:%2]").arg(i).arg(buttons()[i]->text());
+    }
+    return shown.join(' ');
+}
+
+QString dialogUnderTest::focus() const
+{
+    const QWidget *widget = focusWidget();
+    if (widget == hideButton())
+        return QStringLiteral("hide");
+    for (qsizetype i = 0; i < buttons().size(); ++i) {
+        if (buttons()[i] == widget)
+            return QString::number(i);
+    }
+    return QStringLiteral("none");
+}
+
+eventListener::eventListener()
+{
+    m_socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(m_server.getPort()));
+    m_socket.waitForConnected();
+    // Accepted, too.
+    m_socket.write("<progress>activate</progress>");
+    if (!QTest::qWaitFor([this] { return m_socket.bytesAvailable() > 0; }))
+        qFatal("no event channel");
+    m_socket.readAll();
+}
+
+QString eventListener::events()
+{
+    receiver::sendEvent(QStringLiteral("end"));
+    QByteArray text;
+    const bool complete = QTest::qWaitFor([&] {
+        text += m_socket.readAll();
+        return text.endsWith("<event>end</event>");
+    });
+    if (!complete)
+        return QStringLiteral("nothing came");
+    text.chop(qsizetype(sizeof "<event>end</event>" - 1));
+    return QString::fromLatin1(text.replace("</event>", " ").replace("<event>", "")).trimmed();
+}
+
+void resetSettings()
+{
+    receiver::m_desktopWidth = 640;
+    receiver::m_desktopHeight = 480;
+    receiver::m_paintOffsetX = receiver::m_paintOffsetY = 0;
+    receiver::m_busyXpos = receiver::m_busyYpos = -1;
+    m_modal_dialog = true;
+    m_dialog_flags = m_modal_flags;
+
+    QFont &font = receiver::m_barNumFont;
+    for (int pixels = 1; QFontMetrics(font).lineSpacing() != 16 && pixels < 30; ++pixels)
+        font.setPixelSize(pixels);
+    QCOMPARE(QFontMetrics(font).lineSpacing(), 16);
+}

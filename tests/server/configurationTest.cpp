@@ -1,0 +1,234 @@
+#include "server/receiver.h"
+
+#include <QApplication>
+#include <QTcpSocket>
+#include <QTest>
+
+/// What each configuration entry changes, and that it changes nothing else.
+class configurationTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void startsWithTheDefaults();
+    void changes_data();
+    void changes();
+
+private:
+    void configure(const QByteArray &entries);
+
+    receiver m_server{0, false};
+    QTcpSocket m_client;
+};
+
+namespace
+{
+
+QString text(const QFont &font)
+{
+    return QStringLiteral("%1 %2 %3%4")
+        .arg(font.family())
+        .arg(font.pointSize())
+        .arg(int{font.weight()})
+        .arg(QLatin1String(font.italic() ? " italic" : ""));
+}
+
+QString text(const QColor &colour)
+{
+    return colour.isValid() ? colour.name() : QStringLiteral("unset");
+}
+
+QString text(int number)
+{
+    return QString::number(number);
+}
+
+/// Every setting as "name value".
+QStringList settings()
+{
+    const std::pair<const char *, QString> all[] = {
+        {"desktopWidth", text(receiver::m_desktopWidth)},
+        {"desktopHeight", text(receiver::m_desktopHeight)},
+        {"offsetX", text(receiver::m_paintOffsetX)},
+        {"offsetY", text(receiver::m_paintOffsetY)},
+        {"busyX", text(receiver::m_busyXpos)},
+        {"busyY", text(receiver::m_busyYpos)},
+        {"busyWidth", text(receiver::m_busyWidth)},
+        {"busyHeight", text(receiver::m_busyHeight)},
+        {"busyPixmap", receiver::m_busyPixmap},
+        {"title", receiver::m_windowTitle},
+        {"pixmap", receiver::m_windowPixmap},
+        {"icon", receiver::m_windowIcon},
+        {"labelFont", text(receiver::m_labelFont)},
+        {"barNumFont", text(receiver::m_barNumFont)},
+        {"barLabelFont", text(receiver::m_barLabelFont)},
+        {"buttonFont", text(receiver::m_buttonFont)},
+        {"bar", text(receiver::m_barColor)},
+        {"invertedNumber", text(receiver::m_invertedNumberColor)},
+        {"busyBar", text(receiver::m_busyBarColor)},
+        {"busyInvertedNumber", text(receiver::m_busyInvertedNumberColor)},
+        {"background", text(receiver::m_dialogBackgroundColor)},
+        {"frame", text(receiver::m_dialogFrameColor)},
+        {"barBackground", text(receiver::m_barBackgroundColor)},
+        {"busyBarBackground", text(receiver::m_busyBarBackgroundColor)},
+        {"light", text(receiver::m_shadowLightColor)},
+        {"dark", text(receiver::m_shadowDarkColor)},
+        {"button", text(receiver::m_buttonBaseColor)},
+        {"focus", text(receiver::m_focusFrameColor)},
+        {"alpha", text(receiver::m_dialogBackgroundAlphaval)},
+        {"modal", text(int{m_modal_dialog})},
+        {"flags", QString::number(m_dialog_flags.toInt(), 16)},
+    };
+    QStringList lines;
+    for (const auto &[name, value] : all)
+        lines << QLatin1String(name) + QLatin1Char(' ') + value;
+    return lines;
+}
+
+/// Another value than the defaults for everything.
+const QByteArray baseline(
+    "windowFonts=Arial,9|Arial,9|Arial,9|Arial,9;busyIndicator=11|12|13|14|base.png;paintOffset=15|16;"
+    "screenGeometry=800,600;windowTitle=base;windowPixmap=base;"
+    "windowStyle=#010101|#020202|#030303|#040404|#050505|#060606;windowControls=#070707|#080808|#090909|#"
+    "0a0a0a;"
+    "windowModal=on");
+
+} // namespace
+
+void configurationTest::initTestCase()
+{
+    m_client.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(m_server.getPort()));
+    QVERIFY(m_client.waitForConnected());
+}
+
+void configurationTest::configure(const QByteArray &entries)
+{
+    // A setting that the entries leave alone tells when they have been applied.
+    const bool aboutIcon = entries.startsWith("windowIcon=");
+    QString &mark = aboutIcon ? receiver::m_windowTitle : receiver::m_windowIcon;
+    const QString value = std::exchange(mark, QString());
+    m_client.write("<configuration>" + entries + "</configuration><configuration>" +
+                   (aboutIcon ? "windowTitle" : "windowIcon") + "=done</configuration>");
+    QVERIFY(QTest::qWaitFor([&mark] { return mark == "done"; }));
+    mark = value;
+}
+
+void configurationTest::startsWithTheDefaults()
+{
+    QStringList expected{"desktopWidth 640",
+                         "desktopHeight 480",
+                         "offsetX 0",
+                         "offsetY 0",
+                         "busyX -1",
+                         "busyY -1",
+                         "busyWidth -1",
+                         "busyHeight -1",
+                         "busyPixmap Busy.png",
+                         "title unknown",
+                         "pixmap unknown",
+                         "icon unknown",
+                         "labelFont Arial 8 400",
+                         "barNumFont Arial 10 400",
+                         "barLabelFont Arial 10 400",
+                         "buttonFont Arial 8 400"};
+    for (const char *colour :
+         {"bar", "invertedNumber", "busyBar", "busyInvertedNumber", "background", "frame", "barBackground",
+          "busyBarBackground", "light", "dark", "button", "focus"})
+        expected << QLatin1String(colour) + QStringLiteral(" unset");
+    expected << "alpha 200"
+             << "modal 1"
+             << "flags 2040c00";
+    QCOMPARE(settings(), expected);
+}
+
+void configurationTest::changes_data()
+{
+    QTest::addColumn<QByteArray>("entries");
+    QTest::addColumn<QString>("changed"); // all of it, in the order of the list above, with ", " between
+    const auto row = [](const char *name, const char *entries, const char *changed) {
+        QTest::newRow(name) << QByteArray(entries) << QString::fromLatin1(changed);
+    };
+
+    row("nothing", "", "");
+    row("separators", ";;windowTitle=x;;", "title x");
+    row("values do not split", "windowTitle=A|B,C=D", "title A|B,C=D");
+    row("empty value", "windowTitle=", "title ");
+    row("the later one counts", "windowTitle=x;windowTitle=y", "title y");
+    row("letter case", "WindowTitle=x;windowtitle=x;WINDOWMODAL=off", "");
+    row("blank or line break in front", " windowTitle=x;\nwindowTitle=y", "");
+    row("unknown keys", "title=x;windowTitl=x;=;windowTitle", "");
+    row("Latin-1", "windowTitle=\xe4\xf6", "title \xe4\xf6");
+
+    row("non-modal", "windowModal=off", "modal 0, flags 2000800");
+    row("modal in any letter case", "windowModal=off;windowModal=oN", "");
+    row("blank behind", "windowModal=on ", "modal 0, flags 2000800");
+
+    row("geometry", "screenGeometry=1024,768,5", "desktopWidth 1024, desktopHeight 768");
+    row("geometry with a bar", "screenGeometry=1024|768", "desktopWidth 0");
+    row("offset", "paintOffset=-5|+7", "offsetX -5, offsetY 7");
+    row("too few fields", "paintOffset=3", "offsetX 3");
+    row("no numbers", "paintOffset=x|4.5", "offsetX 0, offsetY 0");
+    row("numbers out of range", "paintOffset=2147483648|-2147483648", "offsetX 0, offsetY -2147483648");
+
+    row("busy window", "busyIndicator=1|2|3|4|x.png|more",
+        "busyX 1, busyY 2, busyWidth 3, busyHeight 4, busyPixmap x.png");
+    row("busy image kept", "busyIndicator=1|2|0|0|empty", "busyX 1, busyY 2, busyWidth 0, busyHeight 0");
+    row("busy image of no name", "busyIndicator=11|12|13|14|", "busyPixmap ");
+    row("busy window without image", "busyIndicator=1|2|3", "busyX 1, busyY 2, busyWidth 3");
+
+    row("fonts", "windowFonts=Sans,7|Serif,8|Mono,9|Helvetica,10",
+        "labelFont Helvetica 10 400, barNumFont Serif 8 400, barLabelFont Mono 9 400, buttonFont Sans 7 400");
+    row("bold as old descriptions have it", "windowFonts=Arial,8,-1,5,75,0,0,0,0,0",
+        "buttonFont Arial 8 700");
+    row("light and italic as old descriptions have it", "windowFonts=Arial,8,-1,5,25,1,0,0,0,0",
+        "buttonFont Arial 8 300 italic");
+    row("normal as old descriptions have it", "windowFonts=Arial,8,-1,5,50,0,0,0,0,0",
+        "buttonFont Arial 8 400");
+    row("bold as new descriptions have it", "windowFonts=Arial,8,-1,5,700,0,0,0,0,0,0,0,0,0,0,1",
+        "buttonFont Arial 8 700");
+    row("what a font description does not give stays",
+        "windowFonts=Arial,8,-1,5,75,1,0,0,0,0;windowFonts=Serif,12;windowFonts=Mono",
+        "buttonFont Mono 12 700 italic");
+    row("font descriptions that cannot be read", "windowFonts=|,8|Arial,8,bold|Serif,8",
+        "labelFont Serif 8 400");
+
+    row("style", "windowStyle=#102030|white|red|#00f|#abcdef|#123456",
+        "bar #102030, invertedNumber #ffffff, busyBar #ff0000, busyInvertedNumber #0000ff, background "
+        "#abcdef, "
+        "frame #123456, barBackground #abcdef, busyBarBackground #abcdef");
+    row("style without background", "windowStyle=#010101|#020202|#030303|#040404||#060606",
+        "background unset, barBackground unset, busyBarBackground unset");
+    row("colours that cannot be read", "windowStyle=#01|nocolour|#030303|#040404|#050505|#060606",
+        "bar unset, invertedNumber unset");
+    row("style with too few fields", "windowStyle=red|#020202|#030303|#040404|green",
+        "bar #ff0000, background #008000");
+    row("controls", "windowControls=red|lime|blue|white|more",
+        "light #ff0000, dark #00ff00, button #0000ff, focus #ffffff");
+    row("image", "windowPixmap=x.png", "pixmap x.png");
+    row("icon", "windowIcon=x.png", "icon x.png");
+}
+
+void configurationTest::changes()
+{
+    QFETCH(QByteArray, entries);
+    QFETCH(QString, changed);
+    for (QFont *font : {&receiver::m_labelFont, &receiver::m_barNumFont, &receiver::m_barLabelFont,
+                        &receiver::m_buttonFont})
+        *font = QFont();
+    configure(baseline);
+    QCOMPARE(receiver::m_dialogBackgroundAlphaval, 242);
+
+    const QStringList before = settings();
+    configure(entries);
+    QStringList difference;
+    const QStringList after = settings();
+    for (qsizetype i = 0; i < after.size(); ++i) {
+        if (after[i] != before[i])
+            difference << after[i];
+    }
+    QCOMPARE(difference.join(", "), changed);
+}
+
+QTEST_MAIN(configurationTest)
+#include "configurationTest.moc"

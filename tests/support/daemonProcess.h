@@ -1,0 +1,55 @@
+#pragma once
+
+#include "tests/support/childProcess.h"
+#include "tests/support/clientChannel.h"
+
+#include <QTemporaryDir>
+
+#include <memory>
+
+class virtualScreen;
+
+/// A real daemon with an identifier and a working directory of its own. Its files go with it. A test during
+/// which it crashes, or after which it does not end in order, fails.
+class daemonProcess
+{
+public:
+    /// Starts the daemon with its identifier and `furtherArguments` and waits until it serves.
+    explicit daemonProcess(const virtualScreen &screen, const QStringList &furtherArguments = {});
+    ~daemonProcess();
+
+    static QString executable();
+    /// An identifier that no other daemon has.
+    static QString newIdentifier();
+    static QString lockFileOf(const QString &identifier);
+
+    QString lockFile() const { return lockFileOf(m_identifier); }
+    QStringList statisticsFiles() const;
+    QString directory() const { return m_directory.path(); }
+    /// 0 when the daemon does not listen, or does not serve at all.
+    quint16 commandPort() const { return m_commandPort; }
+    quint16 eventPort() const { return m_eventPort; }
+    qint64 processId() const { return m_process.processId(); }
+
+    std::unique_ptr<clientChannel> openCommands() const;
+    /// Opens an event channel and waits until the daemon has taken it in; `configuration` is applied in front
+    /// of the daemon's first progress command.
+    std::unique_ptr<clientChannel> openEvents(const QByteArray &configuration = {}) const;
+
+    /// Waits until the daemon ends by itself; its exit status, or -1 when it crashed or stays. What it was is
+    /// then the test's business.
+    int waitForEnd();
+    bool isRunning();
+
+private:
+    bool readLockFile();
+    void end();
+
+    QString m_identifier = newIdentifier();
+    QTemporaryDir m_directory;
+    childProcess m_process;
+    quint16 m_commandPort = 0;
+    quint16 m_eventPort = 0;
+    bool m_endsOnRequest;
+    bool m_endWasSeen = false;
+};

@@ -1,0 +1,105 @@
+#include "widgets/busyWidget.h"
+
+#include "app/dump.h"
+#include "widgets/appearance.h"
+#include "widgets/imageFile.h"
+#include "widgets/progressProcess.h"
+#include "widgets/progressStyle.h"
+
+#include <QFile>
+#include <QPainter>
+
+namespace
+{
+
+constexpr int unknown = -1;
+/// Window size in pixels where neither the settings nor an image give one.
+constexpr int defaultSize = 32;
+
+} // namespace
+
+busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progressProcess(this))
+{
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_NoSystemBackground);
+    setAutoFillBackground(false);
+
+    auto *style = new progressStyle;
+    style->setParent(m_progr);
+    m_progr->setStyle(style);
+    m_progr->setOrientation(Qt::Vertical);
+    m_progr->setTextDirection(QProgressBar::BottomToTop);
+    m_progr->setFont(appearance::m_barLabelFont);
+
+    QPalette palette = m_progr->palette();
+    palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance::m_busyInvertedNumberColor));
+    palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance::m_busyBarColor));
+    palette.setBrush(QPalette::All, QPalette::Window, QBrush(appearance::m_busyBarBackgroundColor));
+    m_progr->setPalette(palette);
+
+    setBusyPixmap(appearance::m_busyPixmap);
+}
+
+void busyWidget::setBusyPixmap(const QString &fileName)
+{
+    m_width = appearance::m_busyWidth >= 1 ? appearance::m_busyWidth : unknown;
+    m_height = appearance::m_busyHeight >= 1 ? appearance::m_busyHeight : unknown;
+    loadPixmap(fileName);
+    diff_x = m_icon.isNull() ? 0 : qMax(0, m_width - m_icon.width());
+    diff_y = m_icon.isNull() ? 0 : qMax(0, m_height - m_icon.height());
+    resize(m_width, m_height);
+    m_progr->setGeometry(diff_x / 2 + 4, diff_y / 2 + 4, m_width - diff_x - 8, m_height - diff_y - 30);
+    update();
+}
+
+void busyWidget::loadPixmap(const QString &fileName)
+{
+    m_icon = QPixmap();
+    QSize size(defaultSize, defaultSize);
+    if (QFile::exists(fileName)) {
+        m_icon.load(imageFile(fileName));
+        if (!m_icon.isNull())
+            size = m_icon.size();
+    } else {
+        dump("++++ busy pixmap not found:", 0);
+        dump(fileName.toLocal8Bit().constData(), 0);
+    }
+    if (m_width == unknown)
+        m_width = size.width();
+    if (m_height == unknown)
+        m_height = size.height();
+}
+
+void busyWidget::setBusyPercent(int percent)
+{
+    m_percent = percent;
+    m_progr->setVisible(percent >= 0);
+    if (percent >= 0)
+        m_progr->setValue(percent);
+    update();
+}
+
+void busyWidget::movePosition()
+{
+    move(appearance::m_busyXpos + appearance::m_paintOffsetX,
+         appearance::m_busyYpos + appearance::m_paintOffsetY);
+}
+
+bool busyWidget::hasPosition()
+{
+    return appearance::m_busyXpos >= 0 && appearance::m_busyYpos >= 0;
+}
+
+void busyWidget::mousePressEvent(QMouseEvent *)
+{
+    emit pressed();
+}
+
+void busyWidget::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    if (m_icon.isNull())
+        painter.fillRect(0, 0, m_width, m_height, QColor(255, 255, 255, 125));
+    else
+        painter.drawPixmap(diff_x / 2, diff_y / 2, m_icon);
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QPixmap>
+#include <QWidget>
+
+class progressProcess;
+
+/// The busy window: a small frameless window with the client's image (or a translucent white rectangle)
+/// and, inside it, a slim vertical bar with the total percent. Its callers place, show and hide it.
+class busyWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Built hidden, with the bar's colours and the image that the settings name at this moment.
+    busyWidget();
+
+    /// Loads the image and sizes the window and its bar from the settings; everything is computed from
+    /// scratch. A missing file leaves no image and is logged.
+    void setBusyPixmap(const QString &fileName);
+    /// Shows `percent` (0 to 100) on the bar; a negative one hides the bar.
+    void setBusyPercent(int percent);
+    /// Moves the window to where the settings want it, offset included.
+    void movePosition();
+    /// Whether the settings give the window a place on the screen at all.
+    static bool hasPosition();
+
+signals:
+    /// A mouse button went down on the window.
+    void pressed();
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void loadPixmap(const QString &fileName);
+
+    /// By how many pixels the window is wider and taller than its image.
+    int diff_x = 0;
+    int diff_y = 0;
+    /// Size of the window in pixels.
+    int m_width = 32;
+    int m_height = 32;
+    QPixmap m_icon;
+    /// The last percent shown, negative for none.
+    int m_percent = -1;
+    progressProcess *m_progr;
+};
