@@ -38,6 +38,8 @@ struct progressClient::connection {
     int commandPort = 0;
     milliseconds timeout{};
     channelSocket commands;
+    /// Progress commands may still be on their way through `commands`.
+    bool sentProgress = false;
     channelSocket events;
     std::string eventBytes; ///< what has come of events and was not taken yet
 
@@ -104,6 +106,18 @@ void progressClient::send(std::string_view message)
     m_connection->commands.send(message, m_connection->limit());
 }
 
+/// Of the messages that arrive together, the daemon handles progress commands last, and each message drops
+/// those in front of it: another kind right behind them would wipe them out. On a channel of its own it
+/// cannot.
+void progressClient::sendBehindProgress(std::string_view message)
+{
+    if (m_connection->sentProgress && m_connection->commands.isOpen()) {
+        m_connection->commands = channelSocket::connect(m_connection->commandPort, m_connection->limit());
+        m_connection->sentProgress = false;
+    }
+    send(message);
+}
+
 void progressClient::finish()
 {
     if (m_connection->commands.isOpen())
@@ -113,6 +127,7 @@ void progressClient::finish()
 void progressClient::progress(std::string_view keyword)
 {
     send(message("progress", keyword));
+    m_connection->sentProgress = true;
 }
 
 void progressClient::progress(std::string_view keyword, int slot)
@@ -202,18 +217,18 @@ void progressClient::configure(const std::vector<std::pair<std::string, std::str
     for (const auto &[key, value] : entries) {
         payload += carried("a key", key, ";") + '=' + carried("a value", value, ";") + ';';
     }
-    send(message("configuration", payload));
+    sendBehindProgress(message("configuration", payload));
 }
 
 progressClient::button progressClient::ask(const question &box, milliseconds timeout)
 {
-    send(message("msgbox", boxPayload(box)));
+    sendBehindProgress(message("msgbox", boxPayload(box)));
     return answer(timeout);
 }
 
 progressClient::button progressClient::reportAssertion(std::string_view text, milliseconds timeout)
 {
-    send(message("assert", carried("an assertion", text)));
+    sendBehindProgress(message("assert", carried("an assertion", text)));
     return answer(timeout);
 }
 

@@ -224,6 +224,7 @@ public:
 
 private:
     struct connection;
+    void sendBehindProgress(std::string_view message);
     void progress(std::string_view keyword);
     void progress(std::string_view keyword, int slot);
     void progress(std::string_view keyword, int slot, std::string_view text);

@@ -84,8 +84,8 @@ void CProgressDialog::fixSize()
                                     QFontMetrics(appearance::m_barNumFont, this).lineSpacing());
     m_Width = m_desktopHeight > 240 ? m_desktopWidth / 2 : m_desktopWidth * 3 / 4;
     m_Height = (cellHeight + m_ygap + 10) * (m_buttonRows + maxBars);
-    m_Width += 2 * (m_framewidth + m_margin);
-    m_Height += 2 * (m_framewidth + m_margin);
+    m_Width = std::min(m_Width + 2 * (m_framewidth + m_margin), longestWindowSide);
+    m_Height = std::min(m_Height + 2 * (m_framewidth + m_margin), longestWindowSide);
     resize(m_Width, m_Height);
 }
 

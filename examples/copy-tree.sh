@@ -48,6 +48,12 @@ cancelled() {
     return 1
 }
 
+# Waits until the dialog has gone: a question right behind the last commands would wipe them out.
+wait_until_hidden() {
+    local event
+    while read -r -t 5 -d '>' -u 4 event && [[ $event != 'isHidden</event' ]]; do :; done
+}
+
 # bar SLOT DONE TOTAL: says it only when the percent has changed.
 declare -A shown
 bar() {
@@ -93,6 +99,7 @@ configure
 bad=()
 if copy_tree; then result="Copied and checked: ${#bad[@]} files differ."; else result='Cancelled.'; fi
 for command in remove:0 remove:1 delText:2 remove:3 delButt:0; do progress "$command"; done
+wait_until_hidden
 
 # A question (4) with the buttons Yes (16384) and No (65536, the default by +256).
 ask 4 'Copy' "$result Keep the copy in $to?" 16384 $((65536 + 256))

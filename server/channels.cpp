@@ -6,6 +6,7 @@
 #include <QNetworkInterface>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 
 namespace
 {
@@ -13,6 +14,7 @@ namespace
 /// What is read from a channel at one go, in bytes; then the others, the ticks and the painting have their
 /// turn.
 constexpr qint64 readSize = 64 * 1024;
+constexpr int acceptAgainMs = 500;
 
 } // namespace
 
@@ -21,6 +23,11 @@ receiver::receiver(int portnum, bool isEventChannel)
 {
     m_server->listen(QHostAddress::AnyIPv4, portnum < 2 ? quint16{0} : static_cast<quint16>(portnum));
     connect(m_server, &QTcpServer::newConnection, this, &receiver::connection);
+    // When no file descriptor is left the toolkit stops accepting, and for good unless it is told to go on.
+    connect(m_server, &QTcpServer::acceptError, m_server, [this] {
+        dump("---- cannot accept a connection, trying again, error", m_server->serverError());
+        QTimer::singleShot(acceptAgainMs, m_server, &QTcpServer::resumeAccepting);
+    });
 }
 
 receiver::~receiver()

@@ -2,9 +2,13 @@
 
 #include "app/dump.h"
 #include "dialog/CProgressDialog.h"
+#include "server/limits.h"
 #include "widgets/busyWidget.h"
 
+#include <QStringTokenizer>
 #include <QStringView>
+
+#include <algorithm>
 
 namespace
 {
@@ -19,7 +23,7 @@ public:
     fieldReader &operator>>(int &number)
     {
         if (next())
-            number = m_field.toInt();
+            number = std::clamp(m_field.toInt(), -farthestCoordinate, farthestCoordinate);
         return *this;
     }
     fieldReader &operator>>(QFont &font)
@@ -105,7 +109,7 @@ void setScreenGeometry(QStringView value)
 
 void setWindowTitle(QStringView value)
 {
-    receiver::m_windowTitle = value.toString();
+    receiver::m_windowTitle = value.left(longestCaption).toString();
 }
 
 void setWindowPixmap(QStringView value)
@@ -166,7 +170,9 @@ const configurationKey keys[] = {
 
 void receiver::doConfiguration(const QString &description)
 {
-    for (const QStringView entry : QStringView(description).split(u';')) {
+    for (const QStringView entry : QStringView(description).tokenize(u';')) {
+        if (entry.size() > longestEntry)
+            continue;
         for (const configurationKey &key : keys) {
             if (entry.startsWith(key.name))
                 key.apply(entry.sliced(key.name.size()));

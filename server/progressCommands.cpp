@@ -1,6 +1,7 @@
 #include "server/receiver.h"
 
 #include "dialog/CProgressDialog.h"
+#include "server/limits.h"
 #include "widgets/busyWidget.h"
 
 #include <QStringTokenizer>
@@ -17,10 +18,21 @@ CProgressDialog &dialog()
     return *receiver::m_progress;
 }
 
-void split(QStringView text, arguments &parts)
+/// Splits off one part more than `wanted` at most: then there are too many anyway.
+arguments split(QStringView text, int wanted)
 {
-    for (const QStringView part : text.tokenize(u';'))
+    arguments parts;
+    for (const QStringView part : text.tokenize(u';')) {
         parts.append(part);
+        if (parts.size() > wanted)
+            break;
+    }
+    return parts;
+}
+
+QString caption(QStringView text)
+{
+    return text.left(longestCaption).toString();
 }
 
 int number(QStringView text)
@@ -52,13 +64,12 @@ void receiver::doProgress(const QString &description)
         {key("busyOn"), 0, [](receiver &, args) { busyOn(); }},
         {key("busyOff"), 0, [](receiver &, args) { busyOff(); }},
         {key("update:"), 2, [](receiver &, args a) { dialog().updateBar(number(a[0]), number(a[1])); }},
-        {key("create:"), 2, [](receiver &, args a) { dialog().createBar(number(a[0]), a[1].toString()); }},
+        {key("create:"), 2, [](receiver &, args a) { dialog().createBar(number(a[0]), caption(a[1])); }},
         {key("remove:"), 1, [](receiver &, args a) { dialog().removeBar(number(a[0])); }},
-        {key("addButt:"), 2, [](receiver &, args a) { dialog().addButton(number(a[0]), a[1].toString()); }},
+        {key("addButt:"), 2, [](receiver &, args a) { dialog().addButton(number(a[0]), caption(a[1])); }},
         {key("delButt:"), 1, [](receiver &, args a) { dialog().removeButton(number(a[0])); }},
-        {key("addText:"), 2, [](receiver &, args a) { dialog().createText(number(a[0]), a[1].toString()); }},
-        {key("updateText:"), 2,
-         [](receiver &, args a) { dialog().updateText(number(a[0]), a[1].toString()); }},
+        {key("addText:"), 2, [](receiver &, args a) { dialog().createText(number(a[0]), caption(a[1])); }},
+        {key("updateText:"), 2, [](receiver &, args a) { dialog().updateText(number(a[0]), caption(a[1])); }},
         {key("delText:"), 1, [](receiver &, args a) { dialog().removeText(number(a[0])); }},
     };
 
@@ -68,7 +79,7 @@ void receiver::doProgress(const QString &description)
             continue;
         arguments parts;
         if (command.parts > 0)
-            split(QStringView(description).sliced(command.keyword.size()), parts);
+            parts = split(QStringView(description).sliced(command.keyword.size()), command.parts);
         if (parts.size() == command.parts)
             command.run(*this, parts);
         return;

@@ -1,5 +1,7 @@
 #include "stats/recordLine.h"
 
+#include "stats/snapshots.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -37,11 +39,14 @@ int readDigits(const char *&text, const char *end)
     return value;
 }
 
+/// Snapshots beyond those that a run can have are never compared with any, and written out in full they would
+/// make a line that is too long to be read again.
 void readSnapshots(std::string_view text, std::vector<int> &snapshots)
 {
+    constexpr std::size_t most = maxSnapshots;
     snapshots.clear();
     const char *const end = text.data() + text.size();
-    for (const char *part = text.data(); part != end;) {
+    for (const char *part = text.data(); part != end && snapshots.size() < most;) {
         const char *stop = part;
         int value = readDigits(stop, end);
         if (stop != end && *stop != '.') {

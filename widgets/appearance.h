@@ -56,6 +56,9 @@ public:
     inline static int m_dialogBackgroundAlphaval = 200;
 };
 
+/// Pixels of a window's side at most, whatever is configured: the image of such a window takes 256 MiB.
+inline constexpr int longestWindowSide = 8192;
+
 /// The palette that all bars of the current dialog share; rebuilt by each construction of a dialog.
 extern QPalette BAR_PALETTE;
 

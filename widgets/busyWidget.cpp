@@ -45,6 +45,8 @@ void busyWidget::setBusyPixmap(const QString &fileName)
     m_width = appearance::m_busyWidth >= 1 ? appearance::m_busyWidth : unknown;
     m_height = appearance::m_busyHeight >= 1 ? appearance::m_busyHeight : unknown;
     loadPixmap(fileName);
+    m_width = qMin(m_width, longestWindowSide);
+    m_height = qMin(m_height, longestWindowSide);
     diff_x = m_icon.isNull() ? 0 : qMax(0, m_width - m_icon.width());
     diff_y = m_icon.isNull() ? 0 : qMax(0, m_height - m_icon.height());
     resize(m_width, m_height);

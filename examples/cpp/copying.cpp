@@ -29,7 +29,7 @@ int main()
         window.removeButton(0);
 
         client::question box;
-        box.title = "Copying";
+        box.title = "Question";
         box.text = isCancelled ? "Remove what was copied?" : "Copied. Open the folder?";
         box.buttons = {client::button::yes, client::button::no};
         box.preset = client::button::no;

@@ -25,10 +25,11 @@ fail() {
     exit 1
 }
 
-# Whoever asks "Question" or "Copying" is answered with the button that Return presses.
+# Whoever asks "Question" is answered with the button that Return presses.
 answer_boxes() {
+    local box
     while sleep 0.2; do
-        xdotool search --onlyvisible --name '^(Question|Copying)$' windowfocus key --window %1 Return || true
+        box=$(xdotool search --onlyvisible --name '^Question$') && xdotool windowfocus "$box" key Return
     done >/dev/null 2>&1
 }
 
@@ -101,14 +102,16 @@ check_completions() {
     _progressctl
     [[ ${COMPREPLY[*]} == 'retry reset restore-defaults' ]] || fail "bash completes ${COMPREPLY[*]}"
     # Each verb that the program has is offered by all shells.
-    local verb file
-    for verb in $(progressctl --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
+    local verb verbs file manual
+    manual=$(zcat "$work/root/usr/share/man/man1/progressctl.1.gz" | sed 's/\\-/-/g')
+    verbs=$(progressctl --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
+    [[ $verbs == *start*pipe*records* ]] || fail "the help lists $verbs"
+    for verb in $verbs; do
         for file in bash-completion/completions/progressctl zsh/vendor-completions/_progressctl \
             fish/vendor_completions.d/progressctl.fish; do
             grep -qw -- "$verb" "$work/root/usr/share/$file" || fail "$file does not know $verb"
         done
-        zcat "$work/root/usr/share/man/man1/progressctl.1.gz" | sed 's/\\-/-/g' | grep -qw -- "$verb" ||
-            fail "the manual does not know $verb"
+        grep -qw -- "$verb" <<<"$manual" || fail "the manual does not know $verb"
     done
 }
 

@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <string>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -93,6 +94,7 @@ void daemonSession::prepareProcess()
     if (chdir(directory.path().toLocal8Bit().constData()) != 0)
         std::abort();
     QImage(48, 64, QImage::Format_RGB32).save(QStringLiteral("Busy.png"));
+    mkfifo("pipe", 0600);
     startSettings();
     // With an identifier that fits no path nothing is saved.
     static const std::string tooLong(8192, 'x');

@@ -7,6 +7,15 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <unistd.h>
+
+namespace
+{
+
+/// An input that takes longer hangs the process; the alarm ends it.
+constexpr unsigned patienceSeconds = 60;
+
+} // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) __attribute__((weak));
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
@@ -23,6 +32,7 @@ int main(int argc, char **argv)
         for (const auto &entry : fs::directory_iterator(argv[i])) {
             std::printf("%s\n", entry.path().c_str());
             std::fflush(stdout);
+            alarm(patienceSeconds);
             std::ifstream file(entry.path(), std::ios::binary);
             const std::string content(std::istreambuf_iterator<char>(file), {});
             LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(content.data()), content.size());

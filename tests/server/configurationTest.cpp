@@ -169,7 +169,7 @@ void configurationTest::changes_data()
     row("offset", "paintOffset=-5|+7", "offsetX -5, offsetY 7");
     row("too few fields", "paintOffset=3", "offsetX 3");
     row("no numbers", "paintOffset=x|4.5", "offsetX 0, offsetY 0");
-    row("numbers out of range", "paintOffset=2147483648|-2147483648", "offsetX 0, offsetY -2147483648");
+    row("numbers out of range", "paintOffset=2147483648|-2147483648", "offsetX 0, offsetY -32767");
 
     row("busy window", "busyIndicator=1|2|3|4|x.png|more",
         "busyX 1, busyY 2, busyWidth 3, busyHeight 4, busyPixmap x.png");

@@ -15,7 +15,9 @@ void virtualScreen::startServer(QSize size)
     m_server.setStandardErrorFile(QProcess::nullDevice());
     m_server.start(QStringLiteral("Xvfb"),
                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                    QStringLiteral("0"), mode, QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+                    QStringLiteral("0"), mode, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                    // A server that resets when its last client goes would hang up on the next one.
+                    QStringLiteral("-noreset")});
     while (!m_server.canReadLine() && m_server.waitForReadyRead(patienceMs)) {
     }
     if (!m_server.canReadLine())
