@@ -45,7 +45,8 @@ private:
 QByteArray fileContent(const QByteArray &path);
 void writeFile(const QByteArray &path, const QByteArray &content);
 
-/// The diagnostic log from a moment on. Other processes may write to it as well.
+/// The diagnostic log from a moment on. Other processes may write to it as well; where it belongs to another
+/// user, so that this process cannot, everything counts as written.
 class logWatch
 {
 public:
@@ -55,5 +56,5 @@ public:
 
 private:
     QByteArray m_path;
-    qint64 m_start;
+    qint64 m_start = 0;
 };
