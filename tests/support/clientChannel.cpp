@@ -33,7 +33,7 @@ QByteArray clientChannel::read(qsizetype count)
 {
     while (m_received.size() < count && waitForMore()) {
     }
-    const QByteArray bytes = m_received.left(count);
+    QByteArray bytes = m_received.left(count);
     m_received.remove(0, bytes.size());
     return bytes;
 }
