@@ -5,7 +5,24 @@
 #include "stats/statisticsFile.h"
 #include "widgets/busyWidget.h"
 
+#include <QApplication>
+
 #include <utility>
+
+namespace
+{
+
+/// Gives the window the keyboard. One that was hidden and is shown again before the display has taken the
+/// keyboard away counts as inactive for the toolkit, which then hears of no change and would never mark the
+/// focused button.
+void takeKeyboard(QWidget *window)
+{
+    window->activateWindow();
+    if (!window->isActiveWindow() && window->windowHandle() == QGuiApplication::focusWindow())
+        QApplication::setActiveWindow(window);
+}
+
+} // namespace
 
 void receiver::BringWindowToFront()
 {
@@ -17,7 +34,7 @@ void receiver::BringWindowToFront()
     if (boxIsOpen())
         keepBoxesInFront();
     else
-        m_progress->activateWindow();
+        takeKeyboard(m_progress);
 }
 
 void receiver::replaceDialog()
