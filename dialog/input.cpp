@@ -162,6 +162,9 @@ void CProgressDialog::focusPrevious(QPushButton *pressedButton, int index)
 bool CProgressDialog::activateButton(QPushButton *pressedButton)
 {
     if (pressedButton == m_hideButton) {
+        // Where there is no busy window to bring the dialog back, nothing hides it.
+        if (!m_hideButton->isVisible())
+            return false;
         setVisible(false);
         return true;
     }
