@@ -15,6 +15,8 @@
 #include "server/receiver.h"
 #include "stats/statisticsFile.h"
 
+#include <QDateTime>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -106,6 +108,9 @@ int serve(const commandLine &line)
     receiver eventServer(eventPort(line.basePort), true);
     receiver::loadStatisticData(line.identifier);
     servedIdentifier = line.identifier;
+    // Its times need what the toolkit makes with the first one, and takes away behind the functions that were
+    // registered after that.
+    QDateTime::currentDateTime().toString(Qt::TextDate);
     std::atexit(leaveFiles);
     writeLockFile(commandServer.getPort(), eventServer.getPort());
 
