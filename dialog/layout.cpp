@@ -3,6 +3,7 @@
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 #include "widgets/imageFile.h"
+#include "widgets/literalTitle.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
@@ -27,7 +28,7 @@ CProgressDialog::CProgressDialog()
     createWidgets();
     fixSize();
     movePosition();
-    setWindowTitle(appearance::m_windowTitle);
+    setWindowTitle(literalTitle(appearance::m_windowTitle));
     setWindowIcon(QIcon(imageFile(appearance::m_windowIcon)));
     loadBackground();
     installEventFilter(this);

@@ -1,9 +1,11 @@
 #include "server/receiver.h"
 
 #include "dialog/CProgressDialog.h"
+#include "widgets/literalTitle.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTcpSocket>
@@ -27,12 +29,24 @@ constexpr qint64 maxUnreadAnswers = 1024 * 1024;
 /// out megabytes.
 constexpr qsizetype longestText = 10'000;
 
+/// Closing the window is what Escape is. (The toolkit tells of the end before it knows the button.)
+class noticeBox : public QMessageBox
+{
+protected:
+    void closeEvent(QCloseEvent *event) override
+    {
+        event->ignore();
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        keyPressEvent(&escape);
+    }
+};
+
 /// The text is shown as it came. As markup it could name files, which the toolkit would open and read whole,
 /// whatever they are.
 QMessageBox *newBox(const QString &title, const QString &text)
 {
-    auto *box = new QMessageBox;
-    box->setWindowTitle(title.left(longestText));
+    auto *box = new noticeBox;
+    box->setWindowTitle(literalTitle(title.left(longestText)));
     box->setTextFormat(Qt::PlainText);
     box->setText(text.left(longestText));
     return box;
@@ -76,7 +90,7 @@ void receiver::doMessage(const QString &description)
         const int number = field.toInt();
         const int code = number & ~(defaultFlag | escapeFlag);
         QPushButton *button = box->addButton(static_cast<QMessageBox::StandardButton>(code));
-        if (!button)
+        if (!button || box->buttonRole(button) == QMessageBox::InvalidRole)
             continue;
         buttons.append({button, code});
         if (number & defaultFlag)
@@ -114,10 +128,10 @@ void receiver::boxAnswered(QMessageBox *box, QTcpSocket *asker, quint32 code)
     box->deleteLater();
     answer(asker, code);
     cancelRun();
-    // Without a window manager nobody else hands the keyboard on.
-    if (boxIsOpen()) {
+    if (boxIsOpen())
         m_openBoxes.constLast()->activateWindow();
-    } else if (m_progress && m_progress->isVisible()) {
+    else if (dialogBypassesManager() && m_progress->isVisible()) {
+        // It has given way to the boxes, and nobody else hands it the keyboard.
         m_progress->raise();
         m_progress->activateWindow();
     }
@@ -149,11 +163,16 @@ void receiver::cancelRun()
         m_progress->willCancel();
 }
 
+bool receiver::dialogBypassesManager()
+{
+    return m_progress && m_progress->windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
+}
+
 /// A dialog that bypasses the window manager lies above all managed windows, boxes included, so it gives
 /// way; any other is simply behind the boxes.
 void receiver::keepBoxesInFront()
 {
-    if (m_progress && m_progress->windowFlags().testFlag(Qt::X11BypassWindowManagerHint))
+    if (dialogBypassesManager())
         m_progress->lower();
     for (QMessageBox *box : std::as_const(m_openBoxes))
         box->raise();

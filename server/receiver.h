@@ -114,6 +114,7 @@ private:
     static void answer(QTcpSocket *asker, quint32 code);
     bool refuseBox();
     static void cancelRun();
+    static bool dialogBypassesManager();
     static void keepBoxesInFront();
     static void dismissBoxes();
 
