@@ -14,7 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-class testReplacedFile : public QObject
+class replacedFileTest : public QObject
 {
     Q_OBJECT
 
@@ -88,25 +88,25 @@ public:
 
 } // namespace
 
-void testReplacedFile::init()
+void replacedFileTest::init()
 {
     m_directory = std::make_unique<QTemporaryDir>();
     QVERIFY(m_directory->isValid());
     chmod(path("").constData(), 0777);
 }
 
-QByteArray testReplacedFile::path(const char *name) const
+QByteArray replacedFileTest::path(const char *name) const
 {
     return QFile::encodeName(m_directory->path()) + '/' + name;
 }
 
-QStringList testReplacedFile::files() const
+QStringList replacedFileTest::files() const
 {
     return QDir(m_directory->path())
         .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
 }
 
-void testReplacedFile::newFile()
+void replacedFileTest::newFile()
 {
     const mode_t before = umask(027);
     QVERIFY(replace(path("file"), "new"));
@@ -116,7 +116,7 @@ void testReplacedFile::newFile()
     QCOMPARE(files(), QStringList{"file"});
 }
 
-void testReplacedFile::oldFile()
+void replacedFileTest::oldFile()
 {
     writeFile(path("file"), "much longer than the new one");
     chmod(path("file").constData(), 0664);
@@ -128,7 +128,7 @@ void testReplacedFile::oldFile()
     QCOMPARE(files(), QStringList{"file"});
 }
 
-void testReplacedFile::throughLink()
+void replacedFileTest::throughLink()
 {
     QVERIFY(QDir(m_directory->path()).mkdir("elsewhere"));
     writeFile(path("elsewhere/file"), "old");
@@ -138,7 +138,7 @@ void testReplacedFile::throughLink()
     QVERIFY(QFileInfo(m_directory->filePath("link")).isSymLink());
 }
 
-void testReplacedFile::failedWrite()
+void replacedFileTest::failedWrite()
 {
     writeFile(path("file"), "old");
     replacedFile file(path("file").constData());
@@ -152,7 +152,7 @@ void testReplacedFile::failedWrite()
     QCOMPARE(files(), QStringList{"file"});
 }
 
-void testReplacedFile::unusedFile()
+void replacedFileTest::unusedFile()
 {
     {
         const replacedFile file(path("file").constData());
@@ -161,7 +161,7 @@ void testReplacedFile::unusedFile()
     QCOMPARE(files(), QStringList());
 }
 
-void testReplacedFile::notAFile_data()
+void replacedFileTest::notAFile_data()
 {
     QTest::addColumn<QByteArray>("name");
 
@@ -173,7 +173,7 @@ void testReplacedFile::notAFile_data()
     QTest::newRow("no name") << QByteArray();
 }
 
-void testReplacedFile::notAFile()
+void replacedFileTest::notAFile()
 {
     QFETCH(QByteArray, name);
     QVERIFY(QDir(m_directory->path()).mkdir("directory"));
@@ -187,7 +187,7 @@ void testReplacedFile::notAFile()
     QCOMPARE(files(), before);
 }
 
-void testReplacedFile::longName()
+void replacedFileTest::longName()
 {
     const QByteArray longest(255, 'x');
     for (const char *content : {"one", "two"}) {
@@ -197,7 +197,7 @@ void testReplacedFile::longName()
     QVERIFY(!replace(path(longest.constData()) + 'x', "three"));
 }
 
-void testReplacedFile::forbiddingDirectory_data()
+void replacedFileTest::forbiddingDirectory_data()
 {
     QTest::addColumn<uint>("directoryMode");
 
@@ -205,7 +205,7 @@ void testReplacedFile::forbiddingDirectory_data()
     QTest::newRow("nothing of others can be renamed in it") << 01777u;
 }
 
-void testReplacedFile::forbiddingDirectory()
+void replacedFileTest::forbiddingDirectory()
 {
     QFETCH(uint, directoryMode);
     if (directoryMode & 01000 && geteuid() != 0)
@@ -225,7 +225,7 @@ void testReplacedFile::forbiddingDirectory()
     QCOMPARE(files(), QStringList{"file"});
 }
 
-void testReplacedFile::unwritableFile()
+void replacedFileTest::unwritableFile()
 {
     writeFile(path("file"), "old");
     chmod(path("file").constData(), 0444);
@@ -237,7 +237,7 @@ void testReplacedFile::unwritableFile()
     QCOMPARE(files(), QStringList{"file"});
 }
 
-void testReplacedFile::killedWriter()
+void replacedFileTest::killedWriter()
 {
     const QByteArray contents[] = {QByteArray(200'000, 'a'), QByteArray(300'000, 'b')};
     QVERIFY(replace(path("file"), contents[0]));
@@ -256,5 +256,5 @@ void testReplacedFile::killedWriter()
     }
 }
 
-QTEST_APPLESS_MAIN(testReplacedFile)
-#include "testReplacedFile.moc"
+QTEST_APPLESS_MAIN(replacedFileTest)
+#include "replacedFileTest.moc"

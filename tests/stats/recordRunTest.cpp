@@ -9,7 +9,7 @@
 #include <climits>
 #include <memory>
 
-class testRecordRun : public QObject
+class recordRunTest : public QObject
 {
     Q_OBJECT
 
@@ -27,14 +27,14 @@ private slots:
     void fullTable();
 };
 
-void testRecordRun::init()
+void recordRunTest::init()
 {
     m_identifier = std::make_unique<ownIdentifier>();
     startAnew();
     loadStatistics(m_identifier->name());
 }
 
-void testRecordRun::firstRun()
+void recordRunTest::firstRun()
 {
     const logWatch log;
     setPool({0, 1010, 2020});
@@ -50,7 +50,7 @@ void testRecordRun::firstRun()
     QVERIFY(fileContent(datafile).endsWith(":00000047:00000001:00000000.00001010.00002020.\n"));
 }
 
-void testRecordRun::merging_data()
+void recordRunTest::merging_data()
 {
     QTest::addColumn<int>("signatureSum");
     QTest::addColumn<bool>("isMerged");
@@ -60,7 +60,7 @@ void testRecordRun::merging_data()
     QTest::newRow("5.25") << 21 << false;
 }
 
-void testRecordRun::merging()
+void recordRunTest::merging()
 {
     QFETCH(int, signatureSum);
     QFETCH(bool, isMerged);
@@ -85,7 +85,7 @@ void testRecordRun::merging()
     QCOMPARE(fileContent(datafile).count('\n'), 1 + m_snapshotcount);
 }
 
-void testRecordRun::sumsBeyondAnInt()
+void recordRunTest::sumsBeyondAnInt()
 {
     addRecord(INT_MAX, INT_MAX, {0, 0});
     setPool({0, 0});
@@ -94,7 +94,7 @@ void testRecordRun::sumsBeyondAnInt()
     QCOMPARE(m_snapshotfound[0], INT_MAX);
 }
 
-void testRecordRun::fullTable_data()
+void recordRunTest::fullTable_data()
 {
     QTest::addColumn<bool>("isMerged");
     QTest::addColumn<int>("expected");
@@ -103,7 +103,7 @@ void testRecordRun::fullTable_data()
     QTest::newRow("in place of the oldest of the least found") << false << 700;
 }
 
-void testRecordRun::fullTable()
+void recordRunTest::fullTable()
 {
     QFETCH(bool, isMerged);
     QFETCH(int, expected);
@@ -124,5 +124,5 @@ void testRecordRun::fullTable()
     QCOMPARE(fileContent(datafile).count('\n'), 1025);
 }
 
-QTEST_APPLESS_MAIN(testRecordRun)
-#include "testRecordRun.moc"
+QTEST_APPLESS_MAIN(recordRunTest)
+#include "recordRunTest.moc"

@@ -11,7 +11,7 @@
 
 Q_DECLARE_METATYPE(estimateStep)
 
-class testEstimate : public QObject
+class estimateTest : public QObject
 {
     Q_OBJECT
 
@@ -32,7 +32,7 @@ private slots:
     void remaining();
 };
 
-void testEstimate::snapshotEncoding_data()
+void estimateTest::snapshotEncoding_data()
 {
     QTest::addColumn<int>("elapsed");
     QTest::addColumn<int>("actualProgress");
@@ -46,7 +46,7 @@ void testEstimate::snapshotEncoding_data()
     QTest::newRow("clock far back") << INT_MIN << 0 << -2147482000;
 }
 
-void testEstimate::snapshotEncoding()
+void estimateTest::snapshotEncoding()
 {
     QFETCH(int, elapsed);
     QFETCH(int, actualProgress);
@@ -56,7 +56,7 @@ void testEstimate::snapshotEncoding()
     QTEST(m_snapshots[0], "snapshot");
 }
 
-void testEstimate::decision_data()
+void estimateTest::decision_data()
 {
     QTest::addColumn<int>("signatureSum");
     QTest::addColumn<bool>("isFollowing");
@@ -73,7 +73,7 @@ void testEstimate::decision_data()
     QTest::newRow("10.25, new") << 41 << false << estimateStep::nothing << -1;
 }
 
-void testEstimate::decision()
+void estimateTest::decision()
 {
     QFETCH(int, signatureSum);
     QFETCH(bool, isFollowing);
@@ -94,7 +94,7 @@ void testEstimate::decision()
     QCOMPARE(m_snapshotfound[0], 1);
 }
 
-void testEstimate::tooFewSnapshots()
+void estimateTest::tooFewSnapshots()
 {
     addRecord(100, 1, {0, 1000, 2000, 3000});
     setPool({0, 1000});
@@ -104,7 +104,7 @@ void testEstimate::tooFewSnapshots()
     QCOMPARE(advanceEstimate(1, 1), estimateStep::display);
 }
 
-void testEstimate::holdWithoutCandidate()
+void estimateTest::holdWithoutCandidate()
 {
     const int followed = addRecord(100, 1, {0, 1000, 2000, 3000});
     setPool({0, 1000, 2000});
@@ -119,7 +119,7 @@ void testEstimate::holdWithoutCandidate()
     QCOMPARE(m_snapshotfound[followed], 1);
 }
 
-void testEstimate::changeOfDuration()
+void estimateTest::changeOfDuration()
 {
     addRecord(95, 2, {0, 1000, 2000, 3000});
     addRecord(120, 1, {0, 1000, 2000, 3020});
@@ -135,7 +135,7 @@ void testEstimate::changeOfDuration()
     QCOMPARE(m_snapshotfound[1], 1);
 }
 
-void testEstimate::otherRecordOfSameDuration()
+void estimateTest::otherRecordOfSameDuration()
 {
     addRecord(95, 2, {0, 1000, 2000, 3000});
     addRecord(95, 1, {0, 1000, 2000, 3020});
@@ -148,7 +148,7 @@ void testEstimate::otherRecordOfSameDuration()
     QCOMPARE(m_snapshotfound[0], 2);
 }
 
-void testEstimate::dropLowersFoundCount()
+void estimateTest::dropLowersFoundCount()
 {
     const int followed = addRecord(100, 1, {0, 1000, 2000, 3000});
     setPool({0, 1000, 2000});
@@ -166,7 +166,7 @@ void testEstimate::dropLowersFoundCount()
     QCOMPARE(m_snapshotfound[followed], 0);
 }
 
-void testEstimate::logLines()
+void estimateTest::logLines()
 {
     const int identity = 1'000'000'000 + getpid();
     addRecord(95, 2, {0, 1000, 2000, 3000});
@@ -188,7 +188,7 @@ void testEstimate::logLines()
                           "dropping data set with index  result=0000"}));
 }
 
-void testEstimate::remaining_data()
+void estimateTest::remaining_data()
 {
     QTest::addColumn<int>("seconds");
     QTest::addColumn<QString>("text");
@@ -206,11 +206,11 @@ void testEstimate::remaining_data()
     QTest::newRow("least") << INT_MIN << "";
 }
 
-void testEstimate::remaining()
+void estimateTest::remaining()
 {
     QFETCH(int, seconds);
     QTEST(remainingText(seconds), "text");
 }
 
-QTEST_APPLESS_MAIN(testEstimate)
-#include "testEstimate.moc"
+QTEST_APPLESS_MAIN(estimateTest)
+#include "estimateTest.moc"

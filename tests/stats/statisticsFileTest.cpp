@@ -14,7 +14,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-class testStatisticsFile : public QObject
+class statisticsFileTest : public QObject
 {
     Q_OBJECT
 
@@ -48,20 +48,20 @@ private slots:
     void longIdentifier();
 };
 
-void testStatisticsFile::init()
+void statisticsFileTest::init()
 {
     startAnew();
     m_id = std::make_unique<ownIdentifier>();
 }
 
-int testStatisticsFile::load(const QByteArray &content)
+int statisticsFileTest::load(const QByteArray &content)
 {
     writeFile(m_id->usualPath(), content);
     loadStatistics(m_id->name());
     return m_snapshotcount;
 }
 
-void testStatisticsFile::layouts_data()
+void statisticsFileTest::layouts_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<course>("totals");
@@ -95,7 +95,7 @@ void testStatisticsFile::layouts_data()
         << course{2};
 }
 
-void testStatisticsFile::layouts()
+void statisticsFileTest::layouts()
 {
     QFETCH(QByteArray, content);
     QFETCH(course, totals);
@@ -105,7 +105,7 @@ void testStatisticsFile::layouts()
     QCOMPARE(course(m_snapshottlen, m_snapshottlen + m_snapshotcount), lengths);
 }
 
-void testStatisticsFile::timeOfLoading()
+void statisticsFileTest::timeOfLoading()
 {
     const QDateTime before = QDateTime::currentDateTime();
     QCOMPARE(load("95:3:0.7.\n"), 1);
@@ -116,7 +116,7 @@ void testStatisticsFile::timeOfLoading()
                                         ":00000095:00000003:00000000.00000007.\n");
 }
 
-void testStatisticsFile::longestLine_data()
+void statisticsFileTest::longestLine_data()
 {
     QTest::addColumn<int>("bytes");
     QTest::addColumn<bool>("isRead");
@@ -127,7 +127,7 @@ void testStatisticsFile::longestLine_data()
     QTest::newRow("longer than the buffer") << 1'000'000 << false;
 }
 
-void testStatisticsFile::longestLine()
+void statisticsFileTest::longestLine()
 {
     QFETCH(int, bytes);
     QFETCH(bool, isRead);
@@ -139,7 +139,7 @@ void testStatisticsFile::longestLine()
     QCOMPARE(m_snapshottotal[1], isRead ? 95 : 97);
 }
 
-void testStatisticsFile::moreLinesThanRecords()
+void statisticsFileTest::moreLinesThanRecords()
 {
     QByteArray content = "fileversion=2\n";
     for (int total = 0; total <= 2000; ++total)
@@ -149,7 +149,7 @@ void testStatisticsFile::moreLinesThanRecords()
     QCOMPARE(m_snapshottotal[1023], 1024);
 }
 
-void testStatisticsFile::randomBytes()
+void statisticsFileTest::randomBytes()
 {
     QRandomGenerator random(1447671234);
     for (int round = 0; round < 50; ++round) {
@@ -163,7 +163,7 @@ void testStatisticsFile::randomBytes()
     }
 }
 
-void testStatisticsFile::roundTrip()
+void statisticsFileTest::roundTrip()
 {
     QRandomGenerator random(4094);
     load("");
@@ -197,7 +197,7 @@ void testStatisticsFile::roundTrip()
     QCOMPARE(fileContent(datafile), saved);
 }
 
-void testStatisticsFile::recordsWithoutFoundCount()
+void statisticsFileTest::recordsWithoutFoundCount()
 {
     QCOMPARE(load("fileversion=2\n1:95:0:7.\n1:96:-1:7.\n1:97:1:7.\n"), 3);
     saveStatistics(nullptr);
@@ -205,7 +205,7 @@ void testStatisticsFile::recordsWithoutFoundCount()
     QCOMPARE(m_snapshotcount, 3);
 }
 
-void testStatisticsFile::logLines()
+void statisticsFileTest::logLines()
 {
     load("fileversion=2\n1:95:40:7.\n1:96:7:7.\n");
     const logWatch log;
@@ -217,7 +217,7 @@ void testStatisticsFile::logLines()
                           "---- total statistics count result=0047"}));
 }
 
-void testStatisticsFile::noFile()
+void statisticsFileTest::noFile()
 {
     loadStatistics(m_id->name());
     QCOMPARE(m_snapshotcount, 0);
@@ -232,7 +232,7 @@ void testStatisticsFile::noFile()
     QCOMPARE(QFileInfo::exists(m_id->firstPath()), ownIdentifier::firstIsUsable());
 }
 
-void testStatisticsFile::loadFrom_data()
+void statisticsFileTest::loadFrom_data()
 {
     QTest::addColumn<bool>("isDirectory");
     QTest::addColumn<int>("total");
@@ -241,7 +241,7 @@ void testStatisticsFile::loadFrom_data()
     QTest::newRow("a directory there") << true << 96;
 }
 
-void testStatisticsFile::loadFrom()
+void statisticsFileTest::loadFrom()
 {
     QFETCH(bool, isDirectory);
     QFETCH(int, total);
@@ -258,7 +258,7 @@ void testStatisticsFile::loadFrom()
     QCOMPARE(QByteArray(datafile), isDirectory ? m_id->fallbackPath() : m_id->firstPath());
 }
 
-void testStatisticsFile::saveTo_data()
+void statisticsFileTest::saveTo_data()
 {
     QTest::addColumn<bool>("isIntermediate");
     QTest::addColumn<bool>("isBlocked");
@@ -269,7 +269,7 @@ void testStatisticsFile::saveTo_data()
     QTest::newRow("intermediate, blocked") << true << true;
 }
 
-void testStatisticsFile::saveTo()
+void statisticsFileTest::saveTo()
 {
     QFETCH(bool, isIntermediate);
     QFETCH(bool, isBlocked);
@@ -296,7 +296,7 @@ void testStatisticsFile::saveTo()
     QCOMPARE(QByteArray(datafile), m_id->firstPath());
 }
 
-void testStatisticsFile::notAFile()
+void statisticsFileTest::notAFile()
 {
     if (ownIdentifier::firstIsUsable())
         QVERIFY(QDir().mkdir(m_id->firstPath()));
@@ -310,7 +310,7 @@ void testStatisticsFile::notAFile()
     QVERIFY(!QFileInfo(QString::fromLatin1(m_id->fallbackPath())).isFile());
 }
 
-void testStatisticsFile::fullDisk()
+void statisticsFileTest::fullDisk()
 {
     load("fileversion=2\n1:95:1:7.\n");
     const QByteArray old = fileContent(datafile);
@@ -331,7 +331,7 @@ void testStatisticsFile::fullDisk()
     QCOMPARE(fileContent(used).count('\n'), 3);
 }
 
-void testStatisticsFile::longIdentifier()
+void statisticsFileTest::longIdentifier()
 {
     const QByteArray longest(1023 - 38, 'x');
     QVERIFY(statisticsPathFits(longest.constData()));
@@ -346,5 +346,5 @@ void testStatisticsFile::longIdentifier()
     QCOMPARE(m_snapshotcount, 1);
 }
 
-QTEST_APPLESS_MAIN(testStatisticsFile)
-#include "testStatisticsFile.moc"
+QTEST_APPLESS_MAIN(statisticsFileTest)
+#include "statisticsFileTest.moc"

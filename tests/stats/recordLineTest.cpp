@@ -7,7 +7,7 @@
 
 #include <climits>
 
-class testRecordLine : public QObject
+class recordLineTest : public QObject
 {
     Q_OBJECT
 
@@ -23,7 +23,7 @@ private slots:
     void format();
 };
 
-void testRecordLine::numbers_data()
+void recordLineTest::numbers_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("number");
@@ -52,13 +52,13 @@ void testRecordLine::numbers_data()
     row("99999999999999999999", 0);
 }
 
-void testRecordLine::numbers()
+void recordLineTest::numbers()
 {
     QFETCH(QByteArray, text);
     QTEST(readNumber({text.constData(), static_cast<std::size_t>(text.size())}), "number");
 }
 
-void testRecordLine::numbersAsTheToolkit()
+void recordLineTest::numbersAsTheToolkit()
 {
     QRandomGenerator random(20160);
     constexpr char alphabet[] = "0123456789-+ \t.a\xa0";
@@ -71,7 +71,7 @@ void testRecordLine::numbersAsTheToolkit()
     }
 }
 
-void testRecordLine::lines_data()
+void recordLineTest::lines_data()
 {
     QTest::addColumn<int>("version");
     QTest::addColumn<QByteArray>("line");
@@ -101,7 +101,7 @@ void testRecordLine::lines_data()
     QTest::newRow("zero bytes") << 2 << QByteArray("1:2:3:4.5\0.6.", 13) << 1u << 2 << 3 << course{4, 0, 6};
 }
 
-void testRecordLine::lines()
+void recordLineTest::lines()
 {
     QFETCH(int, version);
     QFETCH(QByteArray, line);
@@ -115,7 +115,7 @@ void testRecordLine::lines()
     QTEST(record.snapshots, "snapshots");
 }
 
-void testRecordLine::tooFewFields_data()
+void recordLineTest::tooFewFields_data()
 {
     QTest::addColumn<int>("version");
     QTest::addColumn<QByteArray>("line");
@@ -125,7 +125,7 @@ void testRecordLine::tooFewFields_data()
     QTest::newRow("empty") << 1 << QByteArray();
 }
 
-void testRecordLine::tooFewFields()
+void recordLineTest::tooFewFields()
 {
     QFETCH(int, version);
     QFETCH(QByteArray, line);
@@ -134,7 +134,7 @@ void testRecordLine::tooFewFields()
                              version == 2 ? columnsVersion2 : columnsVersion1, record));
 }
 
-void testRecordLine::format_data()
+void recordLineTest::format_data()
 {
     QTest::addColumn<course>("snapshots");
     QTest::addColumn<QByteArray>("text");
@@ -147,7 +147,7 @@ void testRecordLine::format_data()
     QTest::newRow("longest") << course{INT_MIN, INT_MAX} << QByteArray("-2147483648.2147483647.");
 }
 
-void testRecordLine::format()
+void recordLineTest::format()
 {
     QFETCH(course, snapshots);
     QFETCH(QByteArray, text);
@@ -157,5 +157,5 @@ void testRecordLine::format()
              "004294967295:00000095:-0000003:" + text + '\n');
 }
 
-QTEST_APPLESS_MAIN(testRecordLine)
-#include "testRecordLine.moc"
+QTEST_APPLESS_MAIN(recordLineTest)
+#include "recordLineTest.moc"

@@ -8,7 +8,7 @@
 
 #include <climits>
 
-class testFindNearest : public QObject
+class findNearestTest : public QObject
 {
     Q_OBJECT
 
@@ -39,7 +39,7 @@ course steps(int count)
 
 } // namespace
 
-void testFindNearest::distance_data()
+void findNearestTest::distance_data()
 {
     QTest::addColumn<int>("total");
     QTest::addColumn<course>("record");
@@ -63,7 +63,7 @@ void testFindNearest::distance_data()
         << 100 << course(1000, -1500) << course(1000, 1500) << 1002.0 << 1002000;
 }
 
-void testFindNearest::distance()
+void findNearestTest::distance()
 {
     QFETCH(int, total);
     QFETCH(course, record);
@@ -81,7 +81,7 @@ void testFindNearest::distance()
     QCOMPARE(m_snapshotfits[0], fits);
 }
 
-void testFindNearest::candidates_data()
+void findNearestTest::candidates_data()
 {
     QTest::addColumn<int>("recorded");
     QTest::addColumn<int>("taken");
@@ -97,7 +97,7 @@ void testFindNearest::candidates_data()
     QTest::newRow("4094 of 1") << 4094 << 1 << true;
 }
 
-void testFindNearest::candidates()
+void findNearestTest::candidates()
 {
     QFETCH(int, recorded);
     QFETCH(int, taken);
@@ -114,7 +114,7 @@ void testFindNearest::candidates()
     QCOMPARE(m_snapshotfits[0], 0);
 }
 
-void testFindNearest::firstOfEquals()
+void findNearestTest::firstOfEquals()
 {
     addRecord(100, 1, {0, 1030});
     addRecord(101, 1, {0, 1012});
@@ -128,7 +128,7 @@ void testFindNearest::firstOfEquals()
     QCOMPARE(incernity, 1.0);
 }
 
-void testFindNearest::recordsWithoutFoundCount()
+void findNearestTest::recordsWithoutFoundCount()
 {
     addRecord(100, 0, {0, 1010});
     addRecord(200, -2, {0, 1012});
@@ -140,7 +140,7 @@ void testFindNearest::recordsWithoutFoundCount()
     QCOMPARE(m_snapshotfits[0], -7);
 }
 
-void testFindNearest::hugeDeviations()
+void findNearestTest::hugeDeviations()
 {
     addRecord(1, 1, course(4094, INT_MIN));
     addRecord(1, 1, course(4094, INT_MAX));
@@ -153,7 +153,7 @@ void testFindNearest::hugeDeviations()
     QCOMPARE(m_snapshotfits[0], INT_MAX);
 }
 
-void testFindNearest::growingRun()
+void findNearestTest::growingRun()
 {
     addRecord(100, 1, steps(4094));
     course run = steps(4094);
@@ -182,7 +182,7 @@ void testFindNearest::growingRun()
     QCOMPARE(m_nextSnap, 4094);
 }
 
-void testFindNearest::changedRecord()
+void findNearestTest::changedRecord()
 {
     const int record = addRecord(100, 1, {0, 1000, 2000});
     setPool({0, 1000, 2000});
@@ -201,5 +201,5 @@ void testFindNearest::changedRecord()
     QCOMPARE(incernity, 2.0);
 }
 
-QTEST_APPLESS_MAIN(testFindNearest)
-#include "testFindNearest.moc"
+QTEST_APPLESS_MAIN(findNearestTest)
+#include "findNearestTest.moc"

@@ -114,7 +114,7 @@ struct plainRules {
 
 } // namespace
 
-class testAgainstRules : public QObject
+class againstRulesTest : public QObject
 {
     Q_OBJECT
 
@@ -128,7 +128,7 @@ private slots:
     void randomRuns();
 };
 
-void testAgainstRules::compareState()
+void againstRulesTest::compareState()
 {
     QCOMPARE(m_currentTotal, m_rules.currentTotal);
     QCOMPARE(m_currentFound, m_rules.currentFound);
@@ -144,7 +144,7 @@ void testAgainstRules::compareState()
     }
 }
 
-void testAgainstRules::oneRun()
+void againstRulesTest::oneRun()
 {
     // Runs come in kinds that differ in pace and length; some turn into another kind on the way, and now and
     // then the clock is set.
@@ -186,7 +186,7 @@ void testAgainstRules::oneRun()
     compareState();
 }
 
-void testAgainstRules::randomRuns()
+void againstRulesTest::randomRuns()
 {
     const ownIdentifier identifier;
     startAnew();
@@ -201,5 +201,5 @@ void testAgainstRules::randomRuns()
                  QByteArray(branch) + ' ' + QByteArray::number(m_rules.taken[branch]));
 }
 
-QTEST_APPLESS_MAIN(testAgainstRules)
-#include "testAgainstRules.moc"
+QTEST_APPLESS_MAIN(againstRulesTest)
+#include "againstRulesTest.moc"
