@@ -61,15 +61,6 @@ bool shows(const QImage &bar, bool vertical, int at, QRgb color)
     return false;
 }
 
-bool showsAnywhere(const QImage &bar, QRgb color)
-{
-    for (int x = 0; x < bar.width(); ++x) {
-        if (shows(bar, false, x, color))
-            return true;
-    }
-    return false;
-}
-
 /// A bar of the product with colours that can be told apart and letters without grey edges.
 class testBar : public progressProcess
 {
@@ -117,11 +108,7 @@ class progressStyleTest : public QObject
     Q_OBJECT
 
 public:
-    static void initMain()
-    {
-        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
+    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
 
 private slots:
     void sameAsReferencePicture_data();
@@ -131,12 +118,9 @@ private slots:
     void fillOfSmallBars();
     void labelChangesColour_data();
     void labelChangesColour();
-    void labelOfVerticalBarReads_data();
     void labelOfVerticalBarReads();
-    void noLabel_data();
-    void noLabel();
     void wideChunksEndTheLabelEarly();
-    void painterIsLeftAsItWas();
+    void leavesThePainterAsItWas();
 };
 
 void progressStyleTest::sameAsReferencePicture_data()
@@ -148,20 +132,23 @@ void progressStyleTest::sameAsReferencePicture_data()
 
     const QSize wide(200, 26);
     const QSize tall(24, 120);
-    QTest::newRow("h0") << wide << 100 << 0 << int(horizontal);
-    QTest::newRow("h1") << wide << 100 << 1 << int(horizontal);
-    QTest::newRow("h37") << wide << 100 << 37 << int(horizontal);
-    QTest::newRow("h37inv") << wide << 100 << 37 << int(inverted);
-    QTest::newRow("h37rtl") << wide << 100 << 37 << int(rightToLeft);
-    QTest::newRow("h50") << QSize(201, 26) << 100 << 50 << int(horizontal);
-    QTest::newRow("h99") << wide << 100 << 99 << int(horizontal);
-    QTest::newRow("h100") << wide << 100 << 100 << int(horizontal);
-    QTest::newRow("h5of7") << QSize(150, 20) << 7 << 5 << int(horizontal);
-    QTest::newRow("tiny") << QSize(8, 8) << 100 << 50 << int(horizontal);
-    QTest::newRow("v0") << tall << 100 << 0 << int(upright);
-    QTest::newRow("v40") << tall << 100 << 40 << int(upright);
-    QTest::newRow("v40inv") << tall << 100 << 40 << int(uprightInverted);
-    QTest::newRow("v100") << tall << 100 << 100 << int(upright);
+    const auto row = [](const char *name, QSize size, int maximum, int value, look how) {
+        QTest::newRow(name) << size << maximum << value << int(how);
+    };
+    row("h0", wide, 100, 0, horizontal);
+    row("h1", wide, 100, 1, horizontal);
+    row("h37", wide, 100, 37, horizontal);
+    row("h37inv", wide, 100, 37, inverted);
+    row("h37rtl", wide, 100, 37, rightToLeft);
+    row("h50", {201, 26}, 100, 50, horizontal);
+    row("h99", wide, 100, 99, horizontal);
+    row("h100", wide, 100, 100, horizontal);
+    row("h5of7", {150, 20}, 7, 5, horizontal);
+    row("tiny", {8, 8}, 100, 50, horizontal);
+    row("v0", tall, 100, 0, upright);
+    row("v40", tall, 100, 40, upright);
+    row("v40inv", tall, 100, 40, uprightInverted);
+    row("v100", tall, 100, 100, upright);
 }
 
 void progressStyleTest::sameAsReferencePicture()
@@ -186,16 +173,14 @@ void progressStyleTest::fillOfExtremeRanges_data()
     QTest::addColumn<int>("minimum");
     QTest::addColumn<int>("maximum");
     QTest::addColumn<int>("value");
-    QTest::addColumn<int>("filled");
+    QTest::addColumn<int>("filled"); // of 196 columns
 
     constexpr int least = std::numeric_limits<int>::min();
     constexpr int most = std::numeric_limits<int>::max();
     QTest::newRow("half of everything") << least << most << 0 << 98;
-    QTest::newRow("nearly everything") << least << most << most - 1 << 195;
     QTest::newRow("everything") << least << most << most << 196;
     QTest::newRow("below zero") << -200 << -100 << -150 << 98;
     QTest::newRow("no range") << 5 << 5 << 5 << 0;
-    QTest::newRow("neither range nor value") << 0 << 0 << 0 << 0;
 }
 
 void progressStyleTest::fillOfExtremeRanges()
@@ -210,7 +195,6 @@ void progressStyleTest::fillOfExtremeRanges()
     bar.setRange(minimum, maximum);
     bar.setValue(value);
     const QImage image = grab(bar);
-    QCOMPARE(shows(image, false, 2, highlight), filled > 0);
     QCOMPARE(shows(image, false, 2 + filled - 1, highlight), filled > 0);
     QVERIFY(!shows(image, false, 2 + filled, highlight));
 }
@@ -244,23 +228,24 @@ void progressStyleTest::labelChangesColour_data()
     const QSize wide(200, 26);
     const QSize tall(24, 120);
     constexpr int most = std::numeric_limits<int>::max();
-    QTest::newRow("empty") << wide << int(horizontal) << 0 << 100 << 0 << 0 << true;
-    QTest::newRow("full") << wide << int(horizontal) << 0 << 100 << 100 << 200 << true;
-    QTest::newRow("ends with the fill") << wide << int(horizontal) << 0 << 100 << 37 << 74 << true;
-    QTest::newRow("beyond the fill") << wide << int(horizontal) << 0 << 100 << 99 << 198 << true;
-    QTest::newRow("rounded up") << QSize(150, 20) << int(horizontal) << 0 << 7 << 5 << 107 << true;
-    QTest::newRow("half rounded up") << QSize(201, 26) << int(horizontal) << 0 << 100 << 50 << 101 << true;
-    QTest::newRow("rounded down") << QSize(201, 26) << int(horizontal) << 0 << 100 << 36 << 72 << true;
-    QTest::newRow("inverted") << wide << int(inverted) << 0 << 100 << 37 << 126 << false;
-    QTest::newRow("right to left") << wide << int(rightToLeft) << 0 << 100 << 37 << 126 << false;
-    QTest::newRow("right to left, inverted") << wide << int(rtlInverted) << 0 << 100 << 37 << 74 << true;
-    QTest::newRow("upright") << tall << int(upright) << 0 << 100 << 40 << 72 << false;
-    QTest::newRow("upright, inverted") << tall << int(uprightInverted) << 0 << 100 << 40 << 48 << true;
-    QTest::newRow("downward text") << tall << int(downward) << 0 << 100 << 40 << 72 << false;
-    QTest::newRow("huge range") << wide << int(horizontal) << 0 << most << most / 4 << 50 << true;
+    const auto row = [](const char *name, QSize size, look how, int value, int edge, bool highlightedFirst,
+                        int minimum = 0, int maximum = 100) {
+        QTest::newRow(name) << size << int(how) << minimum << maximum << value << edge << highlightedFirst;
+    };
+    row("empty", wide, horizontal, 0, 0, true);
+    row("full", wide, horizontal, 100, 200, true);
+    row("ends with the fill", wide, horizontal, 37, 74, true);
+    row("rounded up", {150, 20}, horizontal, 5, 107, true, 0, 7);
+    row("rounded down", {201, 26}, horizontal, 36, 72, true);
+    row("inverted", wide, inverted, 37, 126, false);
+    row("right to left", wide, rightToLeft, 37, 126, false);
+    row("right to left, inverted", wide, rtlInverted, 37, 74, true);
+    row("upright", tall, upright, 40, 72, false);
+    row("upright, inverted", tall, uprightInverted, 40, 48, true);
+    row("downward text", tall, downward, 40, 72, false);
+    row("huge range", wide, horizontal, most / 4, 50, true, 0, most);
     // Both are divided by 200 first, so that 398 of 599 count as 1 of 2.
-    QTest::newRow("scaled down") << wide << int(horizontal) << most - 599 << most << most - 201 << 100
-                                 << true;
+    row("scaled down", wide, horizontal, most - 201, 100, true, most - 599, most);
 }
 
 void progressStyleTest::labelChangesColour()
@@ -291,62 +276,23 @@ void progressStyleTest::labelChangesColour()
     }
 }
 
-void progressStyleTest::labelOfVerticalBarReads_data()
-{
-    QTest::addColumn<int>("how");
-    QTest::addColumn<bool>("startsBelow");
-    QTest::newRow("upwards") << int(upright) << true;
-    QTest::newRow("downwards") << int(downward) << false;
-}
-
 void progressStyleTest::labelOfVerticalBarReads()
 {
-    QFETCH(int, how);
-    QFETCH(bool, startsBelow);
-
-    testBar bar({24, 120});
-    setLook(bar, look(how));
-    bar.setFormat(QStringLiteral("MM ...."));
-    bar.setValue(0);
-    const QImage image = grab(bar);
-    int above = 0;
-    int below = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (image.pixel(x, y) == text)
-                ++(y < image.height() / 2 ? above : below);
-        }
+    for (const look how : {upright, downward}) {
+        testBar bar({24, 120});
+        setLook(bar, how);
+        bar.setFormat(QStringLiteral("MM ...."));
+        bar.setValue(0);
+        const QImage image = grab(bar);
+        const auto letters = [&](int top) {
+            int count = 0;
+            for (int i = 0; i < 24 * 60; ++i)
+                count += image.pixel(i % 24, top + i / 24) == text;
+            return count;
+        };
+        QVERIFY(letters(0) > 0 && letters(60) > 0);
+        QCOMPARE(letters(60) > letters(0), how == upright);
     }
-    QVERIFY(above > 0 && below > 0);
-    QCOMPARE(below > above, startsBelow);
-}
-
-void progressStyleTest::noLabel_data()
-{
-    QTest::addColumn<int>("minimum");
-    QTest::addColumn<int>("maximum");
-    QTest::addColumn<bool>("textVisible");
-    QTest::addColumn<bool>("labelled");
-    QTest::newRow("an ordinary bar") << 0 << 100 << true << true;
-    QTest::newRow("hidden text") << 0 << 100 << false << false;
-    QTest::newRow("no range") << 50 << 50 << true << false;
-}
-
-void progressStyleTest::noLabel()
-{
-    QFETCH(int, minimum);
-    QFETCH(int, maximum);
-    QFETCH(bool, textVisible);
-    QFETCH(bool, labelled);
-
-    testBar bar({200, 26});
-    bar.showLine();
-    bar.setTextVisible(textVisible);
-    bar.setRange(minimum, maximum);
-    bar.setValue(50);
-    const QImage image = grab(bar);
-    QCOMPARE(showsAnywhere(image, text), labelled);
-    QCOMPARE(showsAnywhere(image, highlightedText), labelled);
 }
 
 void progressStyleTest::wideChunksEndTheLabelEarly()
@@ -364,10 +310,10 @@ void progressStyleTest::wideChunksEndTheLabelEarly()
     bar.setValue(100);
     image = grab(bar);
     QVERIFY(shows(image, false, 179, highlightedText));
-    QVERIFY(!shows(image, false, 180, highlightedText) && !showsAnywhere(image, text));
+    QVERIFY(!shows(image, false, 180, highlightedText) && !shows(image, false, 180, text));
 }
 
-void progressStyleTest::painterIsLeftAsItWas()
+void progressStyleTest::leavesThePainterAsItWas()
 {
     QStyleOptionProgressBar opt;
     opt.rect = QRect(0, 0, 24, 120);
@@ -378,16 +324,24 @@ void progressStyleTest::painterIsLeftAsItWas()
     opt.text = QStringLiteral("40%");
 
     QImage canvas(100, 200, QImage::Format_RGB32);
+    canvas.fill(windowColor);
+    const QImage empty = canvas;
     QPainter painter(&canvas);
     painter.translate(30, 40);
     const QTransform before = painter.transform();
     const progressStyle style;
-    style.drawControl(QStyle::CE_ProgressBarLabel, &opt, &painter);
-    QCOMPARE(painter.transform(), before);
-    // Neither an option of another kind nor none at all is a bar.
+    // Neither an option of another kind nor none at all is a bar; some bars have no label.
     const QStyleOption other(1, QStyleOption::SO_Default);
-    style.drawControl(QStyle::CE_ProgressBarLabel, &other, &painter);
-    style.drawControl(QStyle::CE_ProgressBarLabel, nullptr, &painter);
+    QStyleOptionProgressBar hidden(opt);
+    hidden.textVisible = false;
+    QStyleOptionProgressBar rangeless(opt);
+    rangeless.minimum = rangeless.maximum;
+    for (const QStyleOption *none :
+         std::initializer_list<const QStyleOption *>{&other, nullptr, &hidden, &rangeless})
+        style.drawControl(QStyle::CE_ProgressBarLabel, none, &painter);
+    QCOMPARE(canvas, empty);
+    style.drawControl(QStyle::CE_ProgressBarLabel, &opt, &painter);
+    QVERIFY(canvas != empty);
     QCOMPARE(painter.transform(), before);
 }
 
