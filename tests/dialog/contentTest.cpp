@@ -39,7 +39,6 @@ void contentTest::shows_data()
         "isShown totalProgress=0|-1");
     row("and then shows", "create:0;a updateText:0;b addButt:0;x", "0:b %p% 0 [0:x]",
         "isShown totalProgress=0|-1");
-    row("text line shows at once", "addText:0;a updateText:0;b", "0:b", "isShown totalProgress=0|-1");
     row("bar restarts", "create:0;a update:0;60 create:0;b", "0:b %p% 0",
         "isShown totalProgress=0|-1 totalProgress=60|-1 totalProgress=0|-1");
     row("given up", "create:0;a update:0;-1", "0:a %p% 100",
@@ -48,7 +47,6 @@ void contentTest::shows_data()
         "isShown totalProgress=0|-1 totalProgress=7|-1");
     row("hidden bars do not count", "create:0;a create:1;b update:1;50 remove:1 create:1;c",
         "0:a %p% 0 1:c %p% 0", "isShown totalProgress=0|-1 totalProgress=25|-1 totalProgress=0|-1");
-    row("button again", "addButt:0;a addButt:0;b", "[0:b]", "isShown");
     row("shown until the last is gone", "addText:0;a addButt:0;b create:1;c delButt:0 remove:1 delText:0", "",
         "isShown totalProgress=0|-1 isHidden");
     row("shown again", "addButt:0;a delButt:0 addButt:1;b", "[1:b]", "isShown isHidden isShown");

@@ -18,38 +18,30 @@ class estimateTest : public QObject
 private slots:
     void init() { startAnew(); }
 
-    void snapshotEncoding_data();
     void snapshotEncoding();
     void decision_data();
     void decision();
-    void needsThreeSnapshots();
-    void holdsWithoutCandidate();
-    void otherRecord_data();
+    void candidates();
     void otherRecord();
     void logLines();
     void remaining_data();
     void remaining();
 };
 
-void estimateTest::snapshotEncoding_data()
-{
-    QTest::addColumn<int>("elapsed");
-    QTest::addColumn<int>("actualProgress");
-    QTest::addColumn<int>("snapshot");
-
-    QTest::newRow("signature modulo 1000") << 12 << 4590 << 12590;
-    QTest::newRow("before the first run") << -1 << 50 << -950;
-    QTest::newRow("clock far ahead") << INT_MAX << 999 << 2147482999;
-    QTest::newRow("clock far back") << INT_MIN << 0 << -2147482000;
-}
-
 void estimateTest::snapshotEncoding()
 {
-    QFETCH(int, elapsed);
-    QFETCH(int, actualProgress);
-    m_currentElapsed = elapsed;
-    addSnapshot(actualProgress);
-    QTEST(m_snapshots[0], "snapshot");
+    const std::tuple<int, int, int> snapshots[] = {
+        {12, 4590, 12590},          // the signature modulo 1000
+        {-1, 50, -950},             // before the first run
+        {INT_MAX, 999, 2147482999}, // the clock was set far ahead
+        {INT_MIN, 0, -2147482000},  // or far back
+    };
+    for (const auto &[elapsed, actualProgress, snapshot] : snapshots) {
+        clearSnapshots();
+        m_currentElapsed = elapsed;
+        addSnapshot(actualProgress);
+        QCOMPARE(m_snapshots[0], snapshot);
+    }
 }
 
 void estimateTest::decision_data()
@@ -67,7 +59,6 @@ void estimateTest::decision_data()
     QTest::newRow("10.0, followed") << 40 << 2 << estimateStep::display << 300 << 2;
     QTest::newRow("10.25, followed") << 41 << 2 << estimateStep::dropped << -1 << 1;
     QTest::newRow("10.25, followed in vain") << 41 << 0 << estimateStep::dropped << -1 << 0;
-    QTest::newRow("10.25, new") << 41 << -1 << estimateStep::nothing << -1 << -1;
 }
 
 void estimateTest::decision()
@@ -88,52 +79,38 @@ void estimateTest::decision()
     QCOMPARE(m_snapshotfound[0], 1);
 }
 
-void estimateTest::needsThreeSnapshots()
+void estimateTest::candidates()
 {
-    addRecord(100, 1, {0, 1000, 2000, 3000});
+    const int record = addRecord(100, 1, {0, 1000, 2000, 3000});
     setPool({0, 1000});
     QCOMPARE(advanceEstimate(1, 1), estimateStep::nothing);
     addSnapshot(0);
     QCOMPARE(advanceEstimate(1, 1), estimateStep::display);
-}
-
-void estimateTest::holdsWithoutCandidate()
-{
-    const int followed = addRecord(100, 1, {0, 1000, 2000, 3000});
-    setPool({0, 1000, 2000});
-    QCOMPARE(advanceEstimate(2, 1), estimateStep::display);
     // The run goes on far beyond the record's last snapshot.
     for (int i = 0; i < 10; ++i)
         addSnapshot(500);
     QCOMPARE(advanceEstimate(3, 1), estimateStep::display);
     QCOMPARE(m_currentTotal, 100);
-    QCOMPARE(m_snapshotfound[followed], 1);
-}
-
-void estimateTest::otherRecord_data()
-{
-    QTest::addColumn<int>("total");
-    QTest::addColumn<bool>("isFollowed");
-    QTest::newRow("of another duration") << 120 << true;
-    QTest::newRow("of the same duration") << 95 << false;
+    QCOMPARE(m_snapshotfound[record], 1);
 }
 
 void estimateTest::otherRecord()
 {
-    QFETCH(int, total);
-    QFETCH(bool, isFollowed);
-    addRecord(95, 2, {0, 1000, 2000, 3000});
-    addRecord(total, 1, {0, 1000, 2000, 3020});
-    setPool({0, 1000, 2000});
-    QCOMPARE(advanceEstimate(2, 1), estimateStep::display);
-    QCOMPARE(m_currentTotal, 95);
-    m_currentElapsed = 3;
-    addSnapshot(18);
-    QCOMPARE(advanceEstimate(3, 1), estimateStep::display);
-    QCOMPARE(m_currentTotal, total);
-    QCOMPARE(m_currentFound, isFollowed ? 1 : 0);
-    QCOMPARE(m_snapshotfound[0], isFollowed ? 1 : 2);
-    QCOMPARE(m_snapshotfound[1], 1);
+    for (const int total : {120, 95}) {
+        const bool isOtherDuration = total != 95;
+        startAnew();
+        addRecord(95, 2, {0, 1000, 2000, 3000});
+        addRecord(total, 1, {0, 1000, 2000, 3020});
+        setPool({0, 1000, 2000});
+        QCOMPARE(advanceEstimate(2, 1), estimateStep::display);
+        QCOMPARE(m_currentTotal, 95);
+        m_currentElapsed = 3;
+        addSnapshot(18);
+        QCOMPARE(advanceEstimate(3, 1), estimateStep::display);
+        QCOMPARE(m_currentTotal, total);
+        QCOMPARE(m_currentFound, isOtherDuration ? 1 : 0);
+        QCOMPARE(m_snapshotfound[0], isOtherDuration ? 1 : 2);
+    }
 }
 
 void estimateTest::logLines()

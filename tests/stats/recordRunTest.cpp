@@ -21,10 +21,8 @@ private slots:
     void cleanup() { m_identifier.reset(); }
 
     void firstRun();
-    void merging_data();
     void merging();
     void sumsBeyondAnInt();
-    void fullTable_data();
     void fullTable();
 };
 
@@ -48,33 +46,29 @@ void recordRunTest::firstRun()
                           "---- total statistics count result=0001"}));
 }
 
-void recordRunTest::merging_data()
-{
-    QTest::addColumn<int>("signatureSum"); // over four snapshots
-    QTest::addColumn<bool>("isMerged");
-    QTest::newRow("5.0") << 20 << true;
-    QTest::newRow("5.25") << 21 << false;
-}
-
 void recordRunTest::merging()
 {
-    QFETCH(int, signatureSum);
-    QFETCH(bool, isMerged);
-    addRecord(1200, 4, {700, 700, 700, 700});
-    addRecord(90, 1, {0, 1000, 2000, 3000, 4000});
-    const course run = {signatureSum, 1000, 2000, 3000};
-    const logWatch log;
-    setPool(run);
-    recordRun(101);
+    // Over four snapshots, a distance of 5.0 and of 5.25.
+    for (const int signatureSum : {20, 21}) {
+        const bool isMerged = signatureSum == 20;
+        startAnew();
+        addRecord(1200, 4, {700, 700, 700, 700});
+        addRecord(90, 1, {0, 1000, 2000, 3000, 4000});
+        const course run = {signatureSum, 1000, 2000, 3000};
+        const logWatch log;
+        setPool(run);
+        recordRun(101);
 
-    QCOMPARE(m_snapshotcount, isMerged ? 2 : 3);
-    const int record = isMerged ? 1 : 2;
-    QCOMPARE(m_snapshottotal[record], isMerged ? 95 : 101);
-    QCOMPARE(m_snapshotfound[record], isMerged ? 2 : 1);
-    QCOMPARE(recordCourse(record), run);
-    QVERIFY(m_snapshottime[record].toSecsSinceEpoch() > 1000);
-    QCOMPARE(m_snapshottime[0].toSecsSinceEpoch(), 1000);
-    QCOMPARE(log.contains({"replacing data with index result=0001:0695125.0005000.\n"}), isMerged);
+        QCOMPARE(m_snapshotcount, isMerged ? 2 : 3);
+        const int record = isMerged ? 1 : 2;
+        QCOMPARE(m_snapshottotal[record], isMerged ? 95 : 101);
+        QCOMPARE(m_snapshotfound[record], isMerged ? 2 : 1);
+        QCOMPARE(recordCourse(record), run);
+        QVERIFY(m_snapshottime[record].toSecsSinceEpoch() > 1000);
+        QCOMPARE(m_snapshottime[0].toSecsSinceEpoch(), 1000);
+        if (isMerged)
+            QVERIFY(log.contains({"replacing data with index result=0001:0695125.0005000.\n"}));
+    }
 }
 
 void recordRunTest::sumsBeyondAnInt()
@@ -86,30 +80,24 @@ void recordRunTest::sumsBeyondAnInt()
     QCOMPARE(m_snapshotfound[0], INT_MAX);
 }
 
-void recordRunTest::fullTable_data()
-{
-    QTest::addColumn<bool>("isMerged");
-    QTest::addColumn<int>("expected");
-    QTest::newRow("merged") << true << 3;
-    QTest::newRow("in place of the oldest of the least found") << false << 700;
-}
-
 void recordRunTest::fullTable()
 {
-    QFETCH(bool, isMerged);
-    QFETCH(int, expected);
     for (int record = 0; record < 1024; ++record)
         addRecord(50, 2, {0, record % 1000}, record);
     for (const auto &[record, time] : {std::pair(300, 9000), std::pair(700, 8000), std::pair(900, 8000)}) {
         m_snapshotfound[record] = 1;
         m_snapshottime[record] = QDateTime::fromSecsSinceEpoch(time);
     }
-    setPool({0, isMerged ? 3 : 1000000});
+    setPool({0, 3});
     recordRun(60);
+    QCOMPARE(m_snapshottotal[3], 55);
+    // Another one takes the place of the oldest of the least found.
+    setPool({0, 1000000});
+    recordRun(60);
+    QCOMPARE(m_snapshottotal[700], 60);
+    QCOMPARE(m_snapshotfound[700], 1);
     QCOMPARE(m_snapshotcount, 1024);
-    QCOMPARE(m_snapshottotal[expected], isMerged ? 55 : 60);
-    QCOMPARE(m_snapshotfound[expected], isMerged ? 3 : 1);
-    QCOMPARE(std::count(m_snapshottotal, m_snapshottotal + 1024, 50), 1023);
+    QCOMPARE(std::count(m_snapshottotal, m_snapshottotal + 1024, 50), 1022);
 }
 
 QTEST_APPLESS_MAIN(recordRunTest)

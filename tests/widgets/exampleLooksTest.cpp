@@ -68,15 +68,13 @@ void exampleLooksTest::textIsReadable()
     const QList<QColor> controls = look["windowControls"];
     QCOMPARE(style.size(), 6);
     QCOMPARE(controls.size(), 4);
-    for (const QColor &color : style + controls)
-        QVERIFY(color.isValid());
+    QVERIFY(!(style + controls).contains(QColor()));
 
     constexpr double readable = 4.5;
     const QPalette palette = QApplication::palette();
     QVERIFY(contrast(style[1], style[0]) >= readable); // bar label on the fill
     QVERIFY(contrast(style[3], style[2]) >= readable); // the same on the busy bar
     QVERIFY(contrast(palette.color(QPalette::Text), style[4]) >= readable);
-    QVERIFY(contrast(palette.color(QPalette::WindowText), style[4]) >= readable);
     QVERIFY(contrast(palette.color(QPalette::WindowText), overBlack(style[4])) >= readable);
     QVERIFY(contrast(Qt::black, controls[2]) >= readable); // button caption
     // What is no text needs less.
