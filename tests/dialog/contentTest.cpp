@@ -1,6 +1,5 @@
 #include "tests/dialog/dialogUnderTest.h"
 
-#include <QLabel>
 #include <QTest>
 
 #include <limits>
@@ -66,35 +65,21 @@ void contentTest::shows()
 
 void contentTest::hasNoOtherSlots()
 {
+    const QString shown("create:0;a update:0;9 addText:1;b addButt:0;c");
+    const QString everything("remove:%1 delText:%1 delButt:%1 updateText:%1;x create:%1;x update:%1;50 "
+                             "addText:%1;x addButt:%1;x");
+    dialogUnderTest dialog;
+    dialog.run(shown);
+    for (const int id : {-1, 10, 11, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+        dialog.run(everything.arg(id));
+        QCOMPARE(dialog.createText(id, "x"), id);
+    }
+    QCOMPARE(dialog.content(), "0:a %p% 9 1:b [0:c]");
+
     receiver::m_desktopHeight = 200;
     dialogUnderTest lowDialog;
-    receiver::m_desktopHeight = 480;
-    dialogUnderTest dialog;
-    for (dialogUnderTest *each : {&lowDialog, &dialog})
-        each->run("create:0;a update:0;9 addText:1;b addButt:0;c");
-    const QString before = dialog.content();
-
-    constexpr int least = std::numeric_limits<int>::min();
-    constexpr int most = std::numeric_limits<int>::max();
-    const std::tuple<dialogUnderTest *, QList<int>, QList<int>> noSlots[] = {
-        {&dialog, {-1, 10, 11, least, most}, {-1, 10, 11, least, most}},
-        {&lowDialog, {-1, 5, 9, 10}, {-1, 2, 9, 10}},
-    };
-    for (const auto &[each, rows, buttons] : noSlots) {
-        for (const int id : rows) {
-            each->createBar(id, "x");
-            each->updateBar(id, 50);
-            QCOMPARE(each->createText(id, "x"), id);
-            each->updateText(id, "x");
-            each->removeBar(id);
-            each->removeText(id);
-        }
-        for (const int id : buttons) {
-            each->addButton(id, "x");
-            each->removeButton(id);
-        }
-        QCOMPARE(each->content(), before);
-    }
+    lowDialog.run(shown + " addButt:2;x " + everything.arg(5) + ' ' + everything.arg(9));
+    QCOMPARE(lowDialog.content(), dialog.content());
 }
 
 void contentTest::looks()
@@ -108,7 +93,7 @@ void contentTest::looks()
     receiver::m_barColor = Qt::green; // is for the next dialog
     dialog.run("create:0;a addText:1;b addButt:0;c");
     QCOMPARE(dialog.windowTitle(), "Job");
-    QCOMPARE(static_cast<QLabel *>(dialog.labels()[1])->textFormat(), Qt::PlainText);
+    QCOMPARE(dialog.labels()[1]->textFormat(), Qt::PlainText);
     QCOMPARE(dialog.labels()[1]->font(), QFont("Sans", 7));
     QCOMPARE(dialog.bars()[0]->font(), QFont("Serif", 11));
     QCOMPARE(dialog.bars()[5]->font(), receiver::m_barNumFont);
@@ -154,8 +139,8 @@ void contentTest::copyShowsTheSame()
     receiver::m_desktopWidth = 1;
     copy.movePosition();
     QTEST(copy.geometry(), "geometry");
-    for (const QWidget *child : {static_cast<QWidget *>(copy.bars()[0]), copy.labels()[4],
-                                 static_cast<QWidget *>(copy.buttons()[1])})
+    for (const QWidget *child :
+         std::initializer_list<const QWidget *>{copy.bars()[0], copy.labels()[4], copy.buttons()[1]})
         QVERIFY(copy.rect().contains(child->pos()) && child->height() > 20);
 
     copy.buttons()[1]->click();

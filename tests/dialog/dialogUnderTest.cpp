@@ -1,26 +1,11 @@
 #include "tests/dialog/dialogUnderTest.h"
 
 #include "widgets/busyWidget.h"
-#include "widgets/progressButton.h"
-#include "widgets/progressLabel.h"
 
 #include <QFontMetrics>
 #include <QTest>
 
 #include <functional>
-
-namespace
-{
-
-template <typename Widget, typename Known> QList<Widget *> childrenOf(const QWidget *parent)
-{
-    QList<Widget *> found;
-    for (Known *child : parent->findChildren<Known *>(Qt::FindDirectChildrenOnly))
-        found << child;
-    return found;
-}
-
-} // namespace
 
 dialogUnderTest::dialogUnderTest()
     : m_formerDialog(std::exchange(receiver::m_progress, this)),
@@ -56,29 +41,19 @@ void dialogUnderTest::run(const QString &commands)
     }
 }
 
-QList<QWidget *> dialogUnderTest::labels() const
+QList<progressLabel *> dialogUnderTest::labels() const
 {
-    return childrenOf<QWidget, progressLabel>(this).mid(1);
+    return findChildren<progressLabel *>(Qt::FindDirectChildrenOnly).mid(1);
 }
 
 QList<progressProcess *> dialogUnderTest::bars() const
 {
-    return childrenOf<progressProcess, progressProcess>(this).mid(1);
+    return findChildren<progressProcess *>(Qt::FindDirectChildrenOnly).mid(1);
 }
 
-QList<QPushButton *> dialogUnderTest::buttons() const
+QList<progressButton *> dialogUnderTest::buttons() const
 {
-    return childrenOf<QPushButton, progressButton>(this).mid(1);
-}
-
-progressProcess *dialogUnderTest::totalBar() const
-{
-    return childrenOf<progressProcess, progressProcess>(this).constFirst();
-}
-
-QPushButton *dialogUnderTest::hideButton() const
-{
-    return childrenOf<QPushButton, progressButton>(this).constFirst();
+    return findChildren<progressButton *>(Qt::FindDirectChildrenOnly).mid(1);
 }
 
 QString dialogUnderTest::content() const
@@ -86,7 +61,7 @@ QString dialogUnderTest::content() const
     QStringList shown;
     for (qsizetype i = 0; i < bars().size(); ++i) {
         if (!labels()[i]->isHidden())
-            shown << QStringLiteral("%1:%2").arg(i).arg(static_cast<QLabel *>(labels()[i])->text());
+            shown << QStringLiteral("%1:%2").arg(i).arg(labels()[i]->text());
         if (!bars()[i]->isHidden())
             shown << QStringLiteral("%1:%2%3").arg(i).arg(bars()[i]->format()).arg(bars()[i]->value());
     }
@@ -99,11 +74,10 @@ QString dialogUnderTest::content() const
 
 QString dialogUnderTest::focus() const
 {
-    const QWidget *widget = focusWidget();
-    if (widget == hideButton())
+    if (focusWidget() == hideButton())
         return QStringLiteral("hide");
     for (qsizetype i = 0; i < buttons().size(); ++i) {
-        if (buttons()[i] == widget)
+        if (focusWidget() == buttons()[i])
             return QString::number(i);
     }
     return QStringLiteral("none");

@@ -67,7 +67,8 @@ void layoutTest::rows()
     dialog.run(commands);
     QList<QRect> shown;
     for (qsizetype i = 0; i < dialog.bars().size(); ++i) {
-        for (const QWidget *widget : {dialog.labels()[i], static_cast<QWidget *>(dialog.bars()[i])}) {
+        for (const QWidget *widget :
+             std::initializer_list<const QWidget *>{dialog.labels()[i], dialog.bars()[i]}) {
             if (widget->isVisible())
                 shown << widget->geometry();
         }

@@ -73,31 +73,3 @@ void writeFile(const QByteArray &path, const QByteArray &content)
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", path.constData());
 }
-
-logWatch::logWatch()
-{
-    for (const char *path : {"/var/instrument/VKT-progressbar.log", "/tmp/VKT-progressbar.log"}) {
-        QFile log(QString::fromLatin1(path));
-        if (log.open(QIODevice::Append)) {
-            m_path = path;
-            m_start = log.size();
-            return;
-        }
-    }
-    qWarning("The log belongs to another user; its records are not checked.");
-}
-
-bool logWatch::contains(const std::vector<QByteArray> &texts) const
-{
-    if (m_path.isEmpty())
-        return true;
-    const QByteArray log = fileContent(m_path).sliced(m_start);
-    qsizetype from = 0;
-    for (const QByteArray &text : texts) {
-        const qsizetype at = log.indexOf(text + '\n', from);
-        if (at < 0)
-            return false;
-        from = at + text.size();
-    }
-    return true;
-}

@@ -39,9 +39,6 @@ class exampleLooksTest : public QObject
 {
     Q_OBJECT
 
-public:
-    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
-
 private slots:
     void textIsReadable_data();
     void textIsReadable();

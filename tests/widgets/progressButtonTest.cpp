@@ -42,9 +42,6 @@ class progressButtonTest : public QObject
 {
     Q_OBJECT
 
-public:
-    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
-
 private slots:
     void init();
     void geometry();

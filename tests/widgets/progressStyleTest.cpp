@@ -93,9 +93,6 @@ class progressStyleTest : public QObject
 {
     Q_OBJECT
 
-public:
-    static void initMain() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
-
 private slots:
     void sameAsReferencePicture_data();
     void sameAsReferencePicture();
