@@ -41,21 +41,6 @@ void dialogUnderTest::run(const QString &commands)
     }
 }
 
-QList<progressLabel *> dialogUnderTest::labels() const
-{
-    return findChildren<progressLabel *>(Qt::FindDirectChildrenOnly).mid(1);
-}
-
-QList<progressProcess *> dialogUnderTest::bars() const
-{
-    return findChildren<progressProcess *>(Qt::FindDirectChildrenOnly).mid(1);
-}
-
-QList<progressButton *> dialogUnderTest::buttons() const
-{
-    return findChildren<progressButton *>(Qt::FindDirectChildrenOnly).mid(1);
-}
-
 QString dialogUnderTest::content() const
 {
     QStringList shown;

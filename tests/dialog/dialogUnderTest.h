@@ -21,9 +21,9 @@ public:
     /// Carries out content commands of the protocol, with blanks between them.
     void run(const QString &commands);
 
-    QList<progressLabel *> labels() const;
-    QList<progressProcess *> bars() const;
-    QList<progressButton *> buttons() const;
+    QList<progressLabel *> labels() const { return childrenBehindTheFirst<progressLabel>(); }
+    QList<progressProcess *> bars() const { return childrenBehindTheFirst<progressProcess>(); }
+    QList<progressButton *> buttons() const { return childrenBehindTheFirst<progressButton>(); }
     // Those are without these, which come first.
     progressProcess *totalBar() const { return findChild<progressProcess *>(); }
     progressButton *hideButton() const { return findChild<progressButton *>(); }
@@ -34,6 +34,11 @@ public:
     QString focus() const;
 
 private:
+    template <typename Child> QList<Child *> childrenBehindTheFirst() const
+    {
+        return findChildren<Child *>(Qt::FindDirectChildrenOnly).mid(1);
+    }
+
     CProgressDialog *m_formerDialog;
     busyWidget *m_formerSplash;
 };

@@ -38,7 +38,6 @@ void findNearestTest::distance_data()
     };
     row("time in percent of the duration", 50, {0, 1000, 2000, 3000}, {1000, 2000, 3000, 4000}, 2.0);
     row("signature as it is", 50, {10, 1020}, {13, 1010}, 6.5);
-    row("both", 100, {5010, 7020}, {4012, 9020}, 2.5);
     row("quotient not rounded", 7, {0, 0, 0}, {0, 1000, 2000}, 3.0 / 7 * 100.0 * (1.0 / 3));
     row("longer record", 100, {10, 20, 99, 99}, {14, 20}, 2.0);
     row("over the run, not over what is common", 100, course(9, 0), course(10, 9), 8.1);
