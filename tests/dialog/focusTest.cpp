@@ -14,6 +14,7 @@ private slots:
     void actsOnReleases();
     void startsOnTheFirstButton();
     void clicks();
+    void drags();
 };
 
 void focusTest::keys_data()
@@ -125,6 +126,20 @@ void focusTest::clicks()
     QTest::keyClick(dialog.hideButton(), Qt::Key_Return);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(listener.events(), "");
+}
+
+void focusTest::drags()
+{
+    dialogUnderTest dialog;
+    dialog.run("create:0;a");
+    const QPoint home = dialog.pos();
+    QTest::mousePress(&dialog, Qt::RightButton, {}, QPoint(10, 10));
+    QTest::mouseMove(&dialog, QPoint(60, 30));
+    QCOMPARE(dialog.pos(), home + QPoint(50, 20));
+    // The point that was grabbed is still under the pointer.
+    QTest::mouseMove(&dialog, QPoint(1, 1));
+    QCOMPARE(dialog.pos(), home + QPoint(41, 11));
+    QTest::mouseRelease(&dialog, Qt::RightButton);
 }
 
 QTEST_MAIN(focusTest)

@@ -249,6 +249,7 @@ void paintingTest::reloadKeepsTheBackground()
     QVERIFY(QFile::resize(appearance::m_windowPixmap, 30));
     CProgressDialog broken;
     QCOMPARE(grabPanel(broken), plainPanel);
+    QCOMPARE(broken.palette().color(QPalette::Window), QColor(Qt::gray));
 }
 
 QTEST_MAIN(paintingTest)
