@@ -45,3 +45,6 @@ private:
 
 QByteArray fileContent(const QByteArray &path);
 void writeFile(const QByteArray &path, const QByteArray &content);
+
+/// Whether all of these records were written; nobody can tell where the log belongs to another user.
+bool hasLines(const daemonLog &log, const QByteArrayList &lines);

@@ -143,10 +143,9 @@ void statisticsFileTest::savesWhatItHasLoaded()
     QCOMPARE(fileContent(datafile), kept);
     saveStatistics(m_id->name());
     QCOMPARE(fileContent(datafile), kept);
-    for (const char *line : {"---- saving intermediate data with entry count result=0005",
-                             "---- saving statistic data with entry count result=0005",
-                             "---- total statistics count result=0047"})
-        QVERIFY2(log.contains(line), line);
+    QVERIFY(hasLines(log, {"---- saving intermediate data with entry count result=0005",
+                           "---- saving statistic data with entry count result=0005",
+                           "---- total statistics count result=0047"}));
     // Those that stand for no run are left out of the file only.
     QCOMPARE(m_snapshotcount, 5);
 }
