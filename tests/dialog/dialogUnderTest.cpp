@@ -1,24 +1,11 @@
 #include "tests/dialog/dialogUnderTest.h"
 
 #include "widgets/busyWidget.h"
-#include "widgets/progressButton.h"
-#include "widgets/progressLabel.h"
 
 #include <QFontMetrics>
 #include <QTest>
 
-namespace
-{
-
-template <typename Widget, typename Known> QList<Widget *> childrenOf(const QWidget *parent)
-{
-    QList<Widget *> found;
-    for (Known *child : parent->findChildren<Known *>(Qt::FindDirectChildrenOnly))
-        found << child;
-    return found;
-}
-
-} // namespace
+#include <functional>
 
 dialogUnderTest::dialogUnderTest()
     : m_formerDialog(std::exchange(receiver::m_progress, this)),
@@ -35,54 +22,23 @@ dialogUnderTest::~dialogUnderTest()
 
 void dialogUnderTest::run(const QString &commands)
 {
+    const std::pair<const char *, std::function<void(int, const QString &)>> known[] = {
+        {"create", [this](int id, const QString &text) { createBar(id, text); }},
+        {"remove", [this](int id, const QString &) { removeBar(id); }},
+        {"update", [this](int id, const QString &text) { updateBar(id, text.toInt()); }},
+        {"addText", [this](int id, const QString &text) { createText(id, text); }},
+        {"updateText", [this](int id, const QString &text) { updateText(id, text); }},
+        {"delText", [this](int id, const QString &) { removeText(id); }},
+        {"addButt", [this](int id, const QString &text) { addButton(id, text); }},
+        {"delButt", [this](int id, const QString &) { removeButton(id); }},
+    };
     for (const QString &command : commands.split(' ', Qt::SkipEmptyParts)) {
-        const QStringList parts = command.mid(command.indexOf(':') + 1).split(';');
-        const int id = parts[0].toInt();
-        const QString text = parts.value(1);
-        if (command.startsWith("create:"))
-            createBar(id, text);
-        else if (command.startsWith("remove:"))
-            removeBar(id);
-        else if (command.startsWith("update:"))
-            updateBar(id, text.toInt());
-        else if (command.startsWith("addText:"))
-            QCOMPARE(createText(id, text), id);
-        else if (command.startsWith("updateText:"))
-            updateText(id, text);
-        else if (command.startsWith("delText:"))
-            removeText(id);
-        else if (command.startsWith("addButt:"))
-            addButton(id, text);
-        else if (command.startsWith("delButt:"))
-            removeButton(id);
-        else
-            QFAIL(qPrintable(command));
+        const QString arguments = command.section(':', 1);
+        for (const auto &[name, carryOut] : known) {
+            if (command.section(':', 0, 0) == name)
+                carryOut(arguments.section(';', 0, 0).toInt(), arguments.section(';', 1));
+        }
     }
-}
-
-QList<QWidget *> dialogUnderTest::labels() const
-{
-    return childrenOf<QWidget, progressLabel>(this).mid(1);
-}
-
-QList<progressProcess *> dialogUnderTest::bars() const
-{
-    return childrenOf<progressProcess, progressProcess>(this).mid(1);
-}
-
-QList<QPushButton *> dialogUnderTest::buttons() const
-{
-    return childrenOf<QPushButton, progressButton>(this).mid(1);
-}
-
-progressProcess *dialogUnderTest::totalBar() const
-{
-    return childrenOf<progressProcess, progressProcess>(this).constFirst();
-}
-
-QPushButton *dialogUnderTest::hideButton() const
-{
-    return childrenOf<QPushButton, progressButton>(this).constFirst();
 }
 
 QString dialogUnderTest::content() const
@@ -90,7 +46,7 @@ QString dialogUnderTest::content() const
     QStringList shown;
     for (qsizetype i = 0; i < bars().size(); ++i) {
         if (!labels()[i]->isHidden())
-            shown << QStringLiteral("%1:%2").arg(i).arg(static_cast<QLabel *>(labels()[i])->text());
+            shown << QStringLiteral("%1:%2").arg(i).arg(labels()[i]->text());
         if (!bars()[i]->isHidden())
             shown << QStringLiteral("%1:%2%3").arg(i).arg(bars()[i]->format()).arg(bars()[i]->value());
     }
@@ -103,11 +59,10 @@ QString dialogUnderTest::content() const
 
 QString dialogUnderTest::focus() const
 {
-    const QWidget *widget = focusWidget();
-    if (widget == hideButton())
+    if (focusWidget() == hideButton())
         return QStringLiteral("hide");
     for (qsizetype i = 0; i < buttons().size(); ++i) {
-        if (buttons()[i] == widget)
+        if (focusWidget() == buttons()[i])
             return QString::number(i);
     }
     return QStringLiteral("none");

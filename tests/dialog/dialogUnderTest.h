@@ -2,9 +2,10 @@
 
 #include "dialog/CProgressDialog.h"
 #include "server/receiver.h"
+#include "widgets/progressButton.h"
+#include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 
-#include <QPushButton>
 #include <QTcpSocket>
 
 /// A dialog seen from outside, through its children, which their order tells apart. It is the active one
@@ -20,12 +21,12 @@ public:
     /// Carries out content commands of the protocol, with blanks between them.
     void run(const QString &commands);
 
-    QList<QWidget *> labels() const;
-    QList<progressProcess *> bars() const;
-    QList<QPushButton *> buttons() const;
-    // Those are without these.
-    progressProcess *totalBar() const;
-    QPushButton *hideButton() const;
+    QList<progressLabel *> labels() const { return childrenBehindTheFirst<progressLabel>(); }
+    QList<progressProcess *> bars() const { return childrenBehindTheFirst<progressProcess>(); }
+    QList<progressButton *> buttons() const { return childrenBehindTheFirst<progressButton>(); }
+    // Those are without these, which come first.
+    progressProcess *totalBar() const { return findChild<progressProcess *>(); }
+    progressButton *hideButton() const { return findChild<progressButton *>(); }
 
     /// What the slots show, for instance "0:text 1:bar 50 [2:Stop]".
     QString content() const;
@@ -33,6 +34,11 @@ public:
     QString focus() const;
 
 private:
+    template <typename Child> QList<Child *> childrenBehindTheFirst() const
+    {
+        return findChildren<Child *>(Qt::FindDirectChildrenOnly).mid(1);
+    }
+
     CProgressDialog *m_formerDialog;
     busyWidget *m_formerSplash;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "stats/runTable.h"
+#include "tests/support/daemonLog.h"
 
 #include <QByteArray>
 
@@ -45,16 +46,5 @@ private:
 QByteArray fileContent(const QByteArray &path);
 void writeFile(const QByteArray &path, const QByteArray &content);
 
-/// The diagnostic log from a moment on. Other processes may write to it as well; where it belongs to another
-/// user, so that this process cannot, everything counts as written.
-class logWatch
-{
-public:
-    logWatch();
-    /// Whether records that end in these texts were written since, in this order.
-    bool contains(const std::vector<QByteArray> &texts) const;
-
-private:
-    QByteArray m_path;
-    qint64 m_start = 0;
-};
+/// Whether all of these records were written; nobody can tell where the log belongs to another user.
+bool hasLines(const daemonLog &log, const QByteArrayList &lines);

@@ -1,7 +1,6 @@
 #include "widgets/progressButton.h"
 #include "widgets/appearance.h"
 
-#include <QApplication>
 #include <QImage>
 #include <QTest>
 
@@ -9,23 +8,24 @@ namespace
 {
 
 constexpr QRgb black = 0xff000000;
-const QSize usual(100, 40);
-
-void setControls(const char *light, const char *dark, const char *base, const char *focus)
-{
-    appearance::m_shadowLightColor = QColor(light);
-    appearance::m_shadowDarkColor = QColor(dark);
-    appearance::m_buttonBaseColor = QColor(base);
-    appearance::m_focusFrameColor = QColor(focus);
-}
+constexpr QRgb base = 0xff00c000;
+constexpr QRgb focus = 0xffff0000;
 
 QImage grab(QWidget &widget)
 {
     return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
 }
 
-/// The frame's colour is read in the middle of its left side, the body's ones in the column beside the
-/// left outline, where no caption reaches.
+QImage grabButton(QSize size, const QString &caption = {})
+{
+    progressButton button(nullptr);
+    button.resize(size);
+    button.setText(caption);
+    return grab(button);
+}
+
+/// The frame's colour is read in the middle of its left side, the body's one in the column beside the left
+/// outline, where no caption reaches.
 QRgb frameOf(const QImage &button)
 {
     return button.pixel(1, button.height() / 2);
@@ -42,119 +42,84 @@ class progressButtonTest : public QObject
 {
     Q_OBJECT
 
-public:
-    static void initMain()
-    {
-        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-
 private slots:
     void init();
     void geometry();
     void gradientStops();
-    void unsetColoursAreBlack();
-    void captionStaysInsideTheBody();
-    void captionIsDrawnAsItCame();
+    void caption();
     void frameFollowsTheFocus();
     void newColoursReachTheFrameAtOnceTheBodyWithTheSize();
-    void sizesByTurns();
 };
 
 /// Colours that can be told apart, and a shared cache that was built for a size of no test.
 void progressButtonTest::init()
 {
-    setControls("#ffffff", "#404040", "#00c000", "#ff0000");
-    progressButton other(nullptr);
-    other.resize(13, 17);
-    grab(other);
+    appearance::m_shadowLightColor = QColor("#ffffff");
+    appearance::m_shadowDarkColor = QColor("#404040");
+    appearance::m_buttonBaseColor = QColor(base);
+    appearance::m_focusFrameColor = QColor(focus);
+    grabButton({13, 17});
 }
 
 void progressButtonTest::geometry()
 {
-    progressButton button(nullptr);
-    button.resize(usual);
-    const QImage image = grab(button);
-    const QRgb frame = QColor("#00c000").rgb();
-    const QRgb outside = button.palette().color(QPalette::Window).rgb();
-    QVERIFY(outside != frame);
-
-    // Across the middle: frame, black outline, body, black outline, frame.
-    const int y = usual.height() / 2;
-    const QList<QPair<int, QRgb>> across{{0, frame},  {3, frame},  {4, black},  {5, frame},
-                                         {94, frame}, {95, black}, {96, frame}, {99, frame}};
-    for (const auto &[x, color] : across)
-        QCOMPARE(qMakePair(x, image.pixel(x, y)), qMakePair(x, color));
-    // Down the middle.
-    const QList<QPair<int, QRgb>> down{{0, frame},  {3, frame},  {4, black},
-                                       {35, black}, {36, frame}, {39, frame}};
-    for (const auto &[row, color] : down)
-        QCOMPARE(qMakePair(row, image.pixel(50, row)), qMakePair(row, color));
-    for (const QPoint corner : {QPoint(0, 0), QPoint(99, 0), QPoint(0, 39), QPoint(99, 39)})
-        QCOMPARE(image.pixel(corner), outside);
-    // The corners of the body are rounded as well: frame shows where a rectangle's outline would be.
-    for (const QPoint corner : {QPoint(4, 4), QPoint(95, 4), QPoint(4, 35), QPoint(95, 35)})
-        QCOMPARE(image.pixel(corner), frame);
+    // Sizes by turns, of which one side stays.
+    for (const QSize size : {QSize(100, 40), QSize(60, 40), QSize(60, 30), QSize(100, 40)}) {
+        const QImage image = grabButton(size);
+        const int w = size.width();
+        const int h = size.height();
+        const QRgb outside = progressButton(nullptr).palette().color(QPalette::Window).rgb();
+        // Frame and black outline from each edge; the right and the lower one are a pixel thinner.
+        for (const int x : {0, 3, 5, w - 6, w - 4, w - 1})
+            QCOMPARE(image.pixel(x, h / 2), base);
+        for (const int x : {4, w - 5})
+            QCOMPARE(image.pixel(x, h / 2), black);
+        for (const int y : {0, 3, h - 4, h - 1})
+            QCOMPARE(image.pixel(w / 2, y), base);
+        for (const int y : {4, h - 5})
+            QCOMPARE(image.pixel(w / 2, y), black);
+        for (const QPoint corner : {QPoint(0, 0), QPoint(w - 1, 0), QPoint(0, h - 1), QPoint(w - 1, h - 1)})
+            QCOMPARE(image.pixel(corner), outside);
+        // The body's corners are round as well: there is frame where a rectangle's outline would be.
+        for (const QPoint corner : {QPoint(4, 4), QPoint(w - 5, 4), QPoint(4, h - 5), QPoint(w - 5, h - 5)})
+            QCOMPARE(image.pixel(corner), base);
+    }
 }
 
 void progressButtonTest::gradientStops()
 {
-    progressButton button(nullptr);
-    button.resize(40, 212);
-    const QImage image = grab(button);
     // It runs from row 6 to row 206: a fifth of it to the base colour, a fifth from it.
+    const QImage image = grabButton({40, 212});
     const auto row = [&](int y) { return QColor(image.pixel(20, y)); };
     QVERIFY(row(5).green() >= 254 && row(5).red() >= 250);
     QVERIFY(qAbs(row(26).red() - 124) <= 1); // the colour of the row's middle
     QVERIFY(row(44).red() > 0);
     for (const int y : {46, 106, 165})
-        QCOMPARE(row(y), QColor("#00c000"));
+        QCOMPARE(image.pixel(20, y), base);
     QVERIFY(row(168).red() > 0);
     QVERIFY(qAbs(row(206).red() - 0x40) <= 1 && qAbs(row(206).green() - 0x40) <= 1);
 }
 
-void progressButtonTest::unsetColoursAreBlack()
+void progressButtonTest::caption()
 {
-    setControls("", "", "", "");
-    progressButton button(nullptr);
-    button.resize(usual);
-    const QImage image = grab(button);
-    QCOMPARE(frameOf(image), black);
-    QCOMPARE(bodyOf(image), black);
-}
-
-void progressButtonTest::captionStaysInsideTheBody()
-{
-    progressButton button(nullptr);
-    button.resize(usual);
-    const QImage empty = grab(button);
-    button.setText(QString(100, QLatin1Char('M')));
-    const QImage full = grab(button);
-    QVERIFY(empty.copy(4, 4, 91, 31) != full.copy(4, 4, 91, 31));
-    // The caption's rectangle ends one column short of the outline.
-    QCOMPARE(full.copy(0, 0, 4, 40), empty.copy(0, 0, 4, 40));
-    QCOMPARE(full.copy(95, 0, 5, 40), empty.copy(95, 0, 5, 40));
-    QCOMPARE(full.copy(0, 0, 100, 4), empty.copy(0, 0, 100, 4));
-    QCOMPARE(full.copy(0, 35, 100, 5), empty.copy(0, 35, 100, 5));
-}
-
-void progressButtonTest::captionIsDrawnAsItCame()
-{
-    progressButton button(nullptr);
-    button.resize(usual);
-    const QImage empty = grab(button);
-    button.setText(QStringLiteral("&&&&"));
-    const QImage image = grab(button);
-    // Four characters wide; as mark-up for a shortcut it would be two.
-    int left = usual.width();
-    int right = 0;
-    for (int x = 6; x < 94; ++x) {
-        if (image.copy(x, 5, 1, 30) != empty.copy(x, 5, 1, 30)) {
-            left = qMin(left, x);
-            right = x;
+    const QSize size(100, 40);
+    const QImage empty = grabButton(size);
+    const auto columnsOf = [&](const QString &caption) {
+        const QImage image = grabButton(size, caption);
+        QList<int> columns;
+        for (int x = 0; x < size.width(); ++x) {
+            if (image.copy(x, 0, 1, size.height()) != empty.copy(x, 0, 1, size.height()))
+                columns << x;
         }
-    }
-    QVERIFY(right - left > 3 * QFontMetrics(button.font()).horizontalAdvance(QLatin1Char('&')));
+        return columns;
+    };
+    // It ends one column short of the outline.
+    const QList<int> full = columnsOf(QString(100, 'M'));
+    QVERIFY(full.size() > 80 && full.first() >= 4 && full.last() <= 94);
+    // Four characters wide; as mark-up for a shortcut it would be two.
+    const QList<int> literal = columnsOf("&&&&");
+    QVERIFY(literal.last() - literal.first() >
+            3 * progressButton(nullptr).fontMetrics().horizontalAdvance('&'));
 }
 
 void progressButtonTest::frameFollowsTheFocus()
@@ -162,58 +127,30 @@ void progressButtonTest::frameFollowsTheFocus()
     QWidget window;
     progressButton first(&window);
     progressButton second(&window);
-    first.setGeometry(0, 0, 100, 40);
-    second.setGeometry(0, 50, 100, 40);
-    window.resize(100, 90);
     window.show();
     window.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&window));
 
-    const QRgb focused = QColor("#ff0000").rgb();
-    const QRgb base = QColor("#00c000").rgb();
     first.setFocus();
-    QCOMPARE(frameOf(grab(first)), focused);
+    QCOMPARE(frameOf(grab(first)), focus);
     QCOMPARE(frameOf(grab(second)), base);
     QCOMPARE(bodyOf(grab(first)), base);
     second.setFocus();
     QCOMPARE(frameOf(grab(first)), base);
-    QCOMPARE(frameOf(grab(second)), focused);
+    QCOMPARE(frameOf(grab(second)), focus);
 }
 
 void progressButtonTest::newColoursReachTheFrameAtOnceTheBodyWithTheSize()
 {
-    progressButton button(nullptr);
-    button.resize(usual);
-    grab(button);
-    setControls("#ffffff", "#404040", "#0000c0", "#ff0000");
-    const QRgb before = QColor("#00c000").rgb();
-    const QRgb now = QColor("#0000c0").rgb();
-
-    QCOMPARE(frameOf(grab(button)), now);
-    QCOMPARE(bodyOf(grab(button)), before);
+    const QSize size(100, 40);
+    grabButton(size);
+    constexpr QRgb now = 0xff0000c0;
+    appearance::m_buttonBaseColor = QColor(now);
     // Another button of that size shares what was built for it.
-    progressButton sameSize(nullptr);
-    sameSize.resize(usual);
-    QCOMPARE(bodyOf(grab(sameSize)), before);
-
-    progressButton otherSize(nullptr);
-    otherSize.resize(60, 30);
-    QCOMPARE(bodyOf(grab(otherSize)), now);
-    QCOMPARE(bodyOf(grab(button)), now);
-}
-
-void progressButtonTest::sizesByTurns()
-{
-    progressButton button(nullptr);
-    const QList<QSize> sizes{{60, 30}, {120, 30}, {120, 34}, {60, 34}};
-    for (int round = 0; round < 2; ++round) {
-        for (const QSize &size : sizes) {
-            button.resize(size);
-            const QImage image = grab(button);
-            QCOMPARE(image.pixel(size.width() - 5, size.height() / 2), black);
-            QCOMPARE(image.pixel(size.width() / 2, size.height() - 5), black);
-        }
-    }
+    QCOMPARE(frameOf(grabButton(size)), now);
+    QCOMPARE(bodyOf(grabButton(size)), base);
+    QCOMPARE(bodyOf(grabButton({60, 30})), now);
+    QCOMPARE(bodyOf(grabButton(size)), now);
 }
 
 QTEST_MAIN(progressButtonTest)
