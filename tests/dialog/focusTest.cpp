@@ -1,6 +1,7 @@
 #include "tests/dialog/dialogUnderTest.h"
 
 #include <QTest>
+#include <QWindow>
 
 /// Where the keys move the focus, and which events they and the mouse send.
 class focusTest : public QObject
@@ -14,6 +15,7 @@ private slots:
     void actsOnReleases();
     void startsOnTheFirstButton();
     void clicks();
+    void hidesOnlyWhatComesBack();
     void drags();
 };
 
@@ -126,6 +128,15 @@ void focusTest::clicks()
     QTest::keyClick(dialog.hideButton(), Qt::Key_Return);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(listener.events(), "");
+}
+
+void focusTest::hidesOnlyWhatComesBack()
+{
+    dialogUnderTest dialog;
+    dialog.run("create:0;a");
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
+    QVERIFY2(dialog.isVisible(), "the Hide button is not shown");
 }
 
 void focusTest::drags()

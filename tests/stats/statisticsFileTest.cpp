@@ -65,6 +65,7 @@ void statisticsFileTest::reads_data()
     row("only the version", v2, "");
     row("carriage returns", "fileversion=2\r\n1:95:3:0.\r7.\r\n2:96:4:\r\n", usual + empty);
     row("no last line feed", v2 + "1:95:3:0.7.", usual);
+    row("long last line without one", v2 + "000000000001:" + usual.chopped(1), usual);
     row("no last full stop", v2 + "1:95:3:0.7\n", usual);
     row("version 1", "95:3:0.7.\n94:3\n96:4:\n", usual + empty);
     row("version 3 is read as 1", "fileversion=3\n95:3:0.7.\n", usual);
