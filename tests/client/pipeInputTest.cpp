@@ -26,25 +26,24 @@ void pipeInputTest::reads_data()
     QTest::addColumn<int>("percent"); // -1: none
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("complaints");
-    const QString none;
-    QTest::newRow("nothing") << QByteArray() << -1 << none << 0;
-    QTest::newRow("number") << QByteArray("42\n") << 42 << none << 0;
-    QTest::newRow("without line feed") << QByteArray("1\n42") << 42 << none << 0;
-    QTest::newRow("decimals") << QByteArray("99.9\n") << 99 << none << 0;
-    QTest::newRow("percent sign") << QByteArray(" 7.5 % \r\n") << 7 << none << 0;
-    QTest::newRow("sign") << QByteArray("+5\n") << 5 << none << 0;
-    QTest::newRow("text") << QByteArray("#  a file \n") << -1 << QStringLiteral("a file") << 0;
-    QTest::newRow("newest of both") << QByteArray("1\n#a\n2\n#b\n") << 2 << QStringLiteral("b") << 0;
-    QTest::newRow("empty text") << QByteArray("#a\n#\n") << -1 << QString(QLatin1String("")) << 0;
-    QTest::newRow("empty lines") << QByteArray("\n \n\r\n") << -1 << none << 0;
-    QTest::newRow("decimal comma") << QByteArray("5\n30,5\n") << 5 << none << 1;
-    QTest::newRow("words") << QByteArray("5\n50 files\n") << 5 << none << 1;
-    QTest::newRow("not a number") << QByteArray("5\nnan\ninf\n") << 5 << none << 1;
-    QTest::newRow("just a sign") << QByteArray("5\n%\n") << 5 << none << 1;
-    QTest::newRow("above") << QByteArray("150\n") << 100 << none << 1;
-    QTest::newRow("below") << QByteArray("50\n-1\n") << 0 << none << 1;
-    QTest::newRow("huge") << QByteArray("1e300\n") << 100 << none << 1;
-    QTest::newRow("separator") << QByteArray("#a;b\n") << -1 << QStringLiteral("a,b") << 1;
+    const auto row = [](const char *name, const char *input, int percent, const char *text = nullptr,
+                        int complaints = 0) {
+        QTest::newRow(name) << QByteArray(input) << percent << QString(text) << complaints;
+    };
+    row("without line feed", "1\n42", 42);
+    row("decimals", "99.9\n", 99);
+    row("percent sign", " 7.5 % \r\n", 7);
+    row("sign", "+5\n", 5);
+    row("newest of both", "1\n#a\n2\n#  a file \n", 2, "a file");
+    row("empty text", "#a\n#\n", -1, "");
+    row("empty lines", "\n \n\r\n", -1);
+    row("decimal comma", "5\n30,5\n", 5, nullptr, 1);
+    row("words", "5\n50 files\n", 5, nullptr, 1);
+    row("not a number", "5\nnan\ninf\n", 5, nullptr, 1);
+    row("just a sign", "5\n%\n", 5, nullptr, 1);
+    row("below", "50\n-1\n", 0, nullptr, 1);
+    row("huge", "1e300\n", 100, nullptr, 1);
+    row("separator", "#a;b\n", -1, "a,b", 1);
 }
 
 void pipeInputTest::reads()
@@ -61,14 +60,11 @@ void pipeInputTest::reads()
 void pipeInputTest::takesLinesInAnyPieces()
 {
     pipeInput reading;
-    for (const char each : std::string("12\n#some text\n3")) {
+    for (const char each : std::string("12\n#some text\n3\n"))
         reading.feed({&each, 1});
-        QVERIFY(reading.takeComplaints().empty());
-    }
-    QCOMPARE(reading.percent(), 12);
-    QCOMPARE(*reading.text(), std::string("some text"));
-    reading.end();
+    QVERIFY(reading.takeComplaints().empty());
     QCOMPARE(reading.percent(), 3);
+    QCOMPARE(*reading.text(), std::string("some text"));
 }
 
 void pipeInputTest::complainsOnceAKind()
@@ -101,10 +97,10 @@ void pipeInputTest::estimates_data()
     QTest::addColumn<int>("percent");
     QTest::addColumn<QString>("text"); // empty: no estimate
     QTest::newRow("nothing done") << 5.0 << 0 << QString();
-    QTest::newRow("quarter") << 10.0 << 25 << QStringLiteral("0:30 remaining");
-    QTest::newRow("minutes") << 65.0 << 50 << QStringLiteral("1:05 remaining");
-    QTest::newRow("hours") << 7384.0 << 50 << QStringLiteral("2:03:04 remaining");
-    QTest::newRow("done") << 10.0 << 100 << QStringLiteral("0:00 remaining");
+    QTest::newRow("quarter") << 10.0 << 25 << "0:30 remaining";
+    QTest::newRow("minutes") << 65.0 << 50 << "1:05 remaining";
+    QTest::newRow("hours") << 7384.0 << 50 << "2:03:04 remaining";
+    QTest::newRow("done") << 10.0 << 100 << "0:00 remaining";
 }
 
 void pipeInputTest::estimates()
@@ -131,4 +127,4 @@ void pipeInputTest::noticesADeafChannel()
 }
 
 QTEST_APPLESS_MAIN(pipeInputTest)
-#include "pipeInput.moc"
+#include "pipeInputTest.moc"
