@@ -15,7 +15,6 @@ private slots:
     void takesLinesInAnyPieces();
     void complainsOnceAKind();
     void cutsEndlessLines();
-    void estimates_data();
     void estimates();
     void noticesADeafChannel();
 };
@@ -82,33 +81,21 @@ void pipeInputTest::complainsOnceAKind()
 void pipeInputTest::cutsEndlessLines()
 {
     pipeInput reading;
-    reading.feed("#");
-    for (int i = 0; i < 100; ++i)
-        reading.feed(std::string(1000, 'x'));
+    reading.feed("#" + std::string(600, 'x'));
+    reading.feed(std::string(100'000, 'x'));
     reading.feed("\n50\n");
     QCOMPARE(reading.percent(), 50);
     QCOMPARE(reading.text()->size(), size_t{1023});
     QCOMPARE(reading.takeComplaints().size(), size_t{1});
 }
 
-void pipeInputTest::estimates_data()
-{
-    QTest::addColumn<double>("elapsed");
-    QTest::addColumn<int>("percent");
-    QTest::addColumn<QString>("text"); // empty: no estimate
-    QTest::newRow("nothing done") << 5.0 << 0 << QString();
-    QTest::newRow("quarter") << 10.0 << 25 << "0:30 remaining";
-    QTest::newRow("minutes") << 65.0 << 50 << "1:05 remaining";
-    QTest::newRow("hours") << 7384.0 << 50 << "2:03:04 remaining";
-    QTest::newRow("done") << 10.0 << 100 << "0:00 remaining";
-}
-
 void pipeInputTest::estimates()
 {
-    QFETCH(double, elapsed);
-    QFETCH(int, percent);
-    const auto left = secondsLeft(elapsed, percent);
-    QTEST(left ? QString::fromStdString(remainingText(*left)) : QString(), "text");
+    QVERIFY(!secondsLeft(5, 0));
+    QCOMPARE(remainingText(*secondsLeft(10, 25)), std::string("0:30 remaining"));
+    QCOMPARE(remainingText(*secondsLeft(65, 50)), std::string("1:05 remaining"));
+    QCOMPARE(remainingText(*secondsLeft(7384, 50)), std::string("2:03:04 remaining"));
+    QCOMPARE(remainingText(*secondsLeft(10, 100)), std::string("0:00 remaining"));
 }
 
 void pipeInputTest::noticesADeafChannel()

@@ -10,7 +10,6 @@ class runRecordsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void reads_data();
     void reads();
     void readsTheWholeRecord();
     void readsNoMoreThanTheDaemon();
@@ -18,31 +17,25 @@ private slots:
     void drawsOddRecords();
 };
 
-void runRecordsTest::reads_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QList<int>>("seconds"); // one a record
-    const auto row = [](const char *name, const char *file, const QList<int> &seconds) {
-        QTest::newRow(name) << QByteArray(file) << seconds;
-    };
-    row("version only", "fileversion=2\n", {});
-    row("version 1", "00000095:00000003:00000000.\n", {95});
-    row("version 3 reads as 1", "fileversion=3\n95:3:0.\n", {95});
-    row("carriage returns", "fileversion=2\r\n1:95:3:\r\n1:7:1:5.\r\n", {95, 7});
-    row("no line feed", "fileversion=2\n1:95:3:0.", {95});
-    row("useless totals", "fileversion=2\n1:0:3:0.\n1:-5:3:0.\n1:x:3:0.\n1:7:3:0.\n", {7});
-    row("short lines", "fileversion=2\n1:95\n1:95:3\n:::\n\n", {});
-    row("blanks and signs", "fileversion=2\n1: +95 :3:0.\n", {95});
-    row("overflow", "fileversion=2\n1:99999999999:3:0.\n", {});
-}
-
 void runRecordsTest::reads()
 {
-    QFETCH(QByteArray, file);
-    QList<int> seconds;
-    for (const runRecord &record : recordsFromText(file.toStdString()))
-        seconds.append(record.seconds);
-    QTEST(seconds, "seconds");
+    const std::pair<const char *, QList<int>> files[] = {
+        {"fileversion=2\n", {}},
+        {"00000095:00000003:00000000.\n", {95}},
+        {"fileversion=3\n95:3:0.\n", {95}}, // reads as version 1
+        {"fileversion=2\r\n1:95:3:\r\n1:7:1:5.\r\n", {95, 7}},
+        {"fileversion=2\n1:95:3:0.", {95}},
+        {"fileversion=2\n1:0:3:0.\n1:-5:3:0.\n1:x:3:0.\n1:7:3:0.\n", {7}}, // useless totals
+        {"fileversion=2\n1:95\n1:95:3\n:::\n\n", {}},
+        {"fileversion=2\n1: +95 :3:0.\n", {95}},
+        {"fileversion=2\n1:99999999999:3:0.\n", {}},
+    };
+    for (const auto &[file, expected] : files) {
+        QList<int> seconds;
+        for (const runRecord &record : recordsFromText(file))
+            seconds.append(record.seconds);
+        QCOMPARE(seconds, expected);
+    }
 }
 
 void runRecordsTest::readsTheWholeRecord()

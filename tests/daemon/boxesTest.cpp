@@ -12,17 +12,15 @@ private slots:
     void answers_data();
     void answers();
     void savesTheAssertionOnTheClipboard();
-    void areAnsweredInEitherOrder_data();
-    void areAnsweredInEitherOrder();
-    void areAnsweredToTheClientThatAsked_data();
+    void areAnsweredInAnyOrder();
+    void areAnsweredOneAfterTheOther();
     void areAnsweredToTheClientThatAsked();
     void keepInputFromTheDialog_data() { addScreens(); }
     void keepInputFromTheDialog();
     void areNeverHiddenBehindTheDialog_data() { addScreens(); }
     void areNeverHiddenBehindTheDialog();
-    void doNotKeepTheDaemon_data();
     void doNotKeepTheDaemon();
-    void surviveTheirAsker();
+    void outliveTheirAsker();
     void areRefusedWhenThereAreTooMany();
 
 private:
@@ -134,64 +132,54 @@ void boxesTest::savesTheAssertionOnTheClipboard()
     QCOMPARE(m_managed.run("xclip", {"-selection", "clipboard", "-o"}), QString::fromLatin1(text).toUtf8());
 }
 
-void boxesTest::areAnsweredInEitherOrder_data()
+void boxesTest::areAnsweredInAnyOrder()
 {
-    QTest::addColumn<bool>("managed");
-    QTest::addColumn<bool>("olderFirst");
-    for (const bool managed : {false, true}) {
-        for (const bool olderFirst : {false, true})
-            QTest::addRow("%s first, %s", olderFirst ? "older" : "newer", managed ? "managed" : "bare")
-                << managed << olderFirst;
-    }
-}
-
-void boxesTest::areAnsweredInEitherOrder()
-{
-    QFETCH(bool, olderFirst);
-    daemonProcess daemon(screen());
+    daemonProcess daemon(m_managed);
     const auto older = daemon.openCommands();
     const auto newer = daemon.openCommands();
     // The older one is wider, so that its button is not covered.
     older->send("<msgbox>1[#]Older[#]" + QByteArray("wide ").repeated(16) + "[#]1024</msgbox>");
-    const QPoint olderButton = lastButton(screen().waitForFocus("Older").area);
+    const QPoint button = lastButton(m_managed.waitForFocus("Older").area);
     newer->send("<msgbox>1[#]Newer[#]x[#]2097152</msgbox>");
-    const QPoint newerButton = lastButton(screen().waitForFocus("Newer").area);
-
-    for (const bool isOlder : {olderFirst, !olderFirst}) {
-        screen().click(isOlder ? olderButton : newerButton);
-        QCOMPARE((isOlder ? older : newer)->answer(), isOlder ? qint64{1024} : qint64{2097152});
-    }
+    QVERIFY(m_managed.waitForFocus("Newer").id);
+    m_managed.click(button);
+    QCOMPARE(older->answer(), qint64{1024});
+    QVERIFY(m_managed.waitForFocus("Newer").id);
+    m_managed.key("Return");
+    QCOMPARE(newer->answer(), qint64{2097152});
     QCOMPARE(older->pending() + newer->pending(), QByteArray());
 }
 
-void boxesTest::areAnsweredToTheClientThatAsked_data()
+void boxesTest::areAnsweredOneAfterTheOther()
 {
-    QTest::addColumn<bool>("disturbed");
-    QTest::newRow("one after the other") << false;
-    QTest::newRow("another client goes on") << true;
+    daemonProcess daemon(m_bare);
+    const auto events = daemon.openEvents();
+    const auto commands = daemon.openCommands();
+    commands->send(twoBoxes + "<progress>create:0;x</progress>");
+    for (const auto &[title, code] : {std::pair{"First", 1024}, std::pair{"Second", 2097152}}) {
+        QVERIFY(m_bare.waitForFocus(title).id);
+        m_bare.key("Return");
+        QCOMPARE(commands->answer(), qint64{code});
+    }
+    QVERIFY(events->hears("isShown"));
 }
 
 void boxesTest::areAnsweredToTheClientThatAsked()
 {
-    QFETCH(bool, disturbed);
     daemonProcess daemon(m_bare);
     const auto events = daemon.openEvents();
     const auto asker = daemon.openCommands();
     const auto other = daemon.openCommands();
-    asker->send(twoBoxes + "<progress>create:0;x</progress>");
+    asker->send(twoBoxes);
     QVERIFY(m_bare.waitForWindow("First").id);
-    // What waits behind the first box waits no longer when somebody else sends something.
-    if (disturbed) {
-        other->progress("create:0;x");
-        QVERIFY(events->hears("isShown"));
-    }
-    // The newest box is in front.
-    for (const bool isFirst : {!disturbed, disturbed}) {
-        QVERIFY(m_bare.waitForFocus(isFirst ? "First" : "Second").id);
+    // Makes the daemon go on with what waits behind the first box.
+    other->progress("create:0;x");
+    QVERIFY(events->hears("isShown"));
+    for (const auto &[title, code] : {std::pair{"Second", 2097152}, std::pair{"First", 1024}}) {
+        QVERIFY(m_bare.waitForFocus(title).id);
         m_bare.key("Return");
-        QCOMPARE(asker->answer(), isFirst ? qint64{1024} : qint64{2097152});
+        QCOMPARE(asker->answer(), qint64{code});
     }
-    QVERIFY(disturbed || events->hears("isShown"));
     QCOMPARE(other->pending(), QByteArray());
 }
 
@@ -219,10 +207,10 @@ void boxesTest::keepInputFromTheDialog()
     // The key that answers the box is released when the dialog already has the focus again.
     screen().click(box.center() - QPoint(0, 20));
     QVERIFY(screen().waitForFocus("Copy").id);
-    screen().xdotool({"keydown", "Return"});
+    screen().xdotool("keydown Return");
     QCOMPARE(commands->answer(), qint64{1024});
     QTRY_VERIFY_WITH_TIMEOUT(!screen().shows("Copy"), patienceMs);
-    screen().xdotool({"keyup", "Return"});
+    screen().xdotool("keyup Return");
 
     commands->progress("activate");
     QCOMPARE(events->eventsUntil("isActivated"), "isActivated");
@@ -266,40 +254,31 @@ void boxesTest::areNeverHiddenBehindTheDialog()
     QTRY_VERIFY_WITH_TIMEOUT(magentaPixels(screen().picture(), box & dialog) > 100, patienceMs);
 }
 
-void boxesTest::doNotKeepTheDaemon_data()
-{
-    QTest::addColumn<QByteArray>("buttons");
-    QTest::addColumn<bool>("byClosing");
-    QTest::newRow("no escape button, exit") << QByteArray("[#]16384[#]65536") << false;
-    QTest::newRow("no escape button, last channel closes") << QByteArray("[#]16384[#]65536") << true;
-    QTest::newRow("cancel button, exit") << QByteArray("[#]1024[#]4194304") << false;
-    QTest::newRow("no button, exit") << QByteArray() << false;
-}
-
 void boxesTest::doNotKeepTheDaemon()
 {
-    QFETCH(QByteArray, buttons);
-    QFETCH(bool, byClosing);
-    daemonProcess daemon(m_bare);
-    const auto events = daemon.openEvents();
-    const auto asker = daemon.openCommands();
-    asker->progress("create:0;x");
-    asker->send("<assert>x</assert>");
-    QVERIFY(m_bare.waitForWindow(assertionTitle).id);
-    asker->send("<msgbox>[#]Copy[#]x" + buttons + "</msgbox>");
-    QVERIFY(m_bare.waitForWindow("Copy").id);
-    if (byClosing) {
-        asker->close();
-    } else {
-        asker->send("<exit/>");
-        QVERIFY(asker->waitForClosed());
-        QCOMPARE(asker->pending(), QByteArray(8, '\0'));
+    for (const bool byClosing : {false, true}) {
+        daemonProcess daemon(m_bare);
+        const auto events = daemon.openEvents();
+        const auto asker = daemon.openCommands();
+        asker->send("<assert>x</assert>");
+        QVERIFY(m_bare.waitForWindow(assertionTitle).id);
+        asker->send("<msgbox>[#]Cancel[#]x[#]1024[#]4194304</msgbox>");
+        QVERIFY(m_bare.waitForWindow("Cancel").id);
+        asker->send("<msgbox>[#]No escape[#]x[#]16384[#]65536</msgbox>");
+        QVERIFY(m_bare.waitForWindow("No escape").id);
+        if (byClosing) {
+            asker->close();
+        } else {
+            asker->send("<exit/>");
+            QVERIFY(asker->waitForClosed());
+            QCOMPARE(asker->pending(), QByteArray(12, '\0'));
+        }
+        QVERIFY(events->hears("shutDown"));
+        QCOMPARE(daemon.waitForEnd(), 0);
     }
-    QVERIFY(events->hears("shutDown"));
-    QCOMPARE(daemon.waitForEnd(), 0);
 }
 
-void boxesTest::surviveTheirAsker()
+void boxesTest::outliveTheirAsker()
 {
     daemonProcess daemon(m_bare);
     const auto events = daemon.openEvents();

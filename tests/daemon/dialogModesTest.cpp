@@ -89,7 +89,7 @@ void dialogModesTest::survivesManyReplacementsBetweenMessages()
     events->progress("create:0;x");
     QVERIFY(m_screen.waitForWindow("unknown").id);
     // Each second click replaces the dialog: more than the queue for deletion holds.
-    m_screen.xdotool({"mousemove", "20", "20", "click", "--repeat", "90", "--delay", "15", "1"});
+    m_screen.xdotool("mousemove 20 20 click --repeat 90 --delay 15 1");
     QTRY_COMPARE_WITH_TIMEOUT(m_screen.windows("unknown").size(), 1, patienceMs);
     QVERIFY(events->isServed());
     QVERIFY(m_screen.waitForWindow("unknown").id);

@@ -94,6 +94,7 @@ void eventsTest::followEachOtherDirectly()
 void eventsTest::reachEveryChannelOfTheWalk()
 {
     daemonProcess daemon(m_screen);
+    const auto keepsItRunning = daemon.openCommands();
     const auto commands = daemon.openCommands();
     auto first = daemon.openEvents();
     const auto second = daemon.openEvents();
@@ -104,6 +105,7 @@ void eventsTest::reachEveryChannelOfTheWalk()
     // Slot 0 is empty: the walk ends there, until a new channel fills it.
     first->close();
     commands->progress("update:0;50");
+    commands->close();
     first = std::make_unique<clientChannel>(daemon.eventPort());
     QVERIFY(first->isServed());
     QCOMPARE(second->eventsUntil("isActivated"), "isActivated");

@@ -18,8 +18,6 @@ private slots:
     void endsTheDaemon();
 
 private:
-    void clickIn(const QString &title, QPoint at);
-
     virtualScreen m_screen;
     std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<childProcess> m_manager;
@@ -55,12 +53,6 @@ void sessionManagerTest::init()
     m_screen.setVariable("SESSION_MANAGER", address.left(address.indexOf('\n')));
 }
 
-void sessionManagerTest::clickIn(const QString &title, QPoint at)
-{
-    m_screen.xdotool({"search", "--sync", "--onlyvisible", "--name", title, "mousemove", "--window", "%1",
-                      QString::number(at.x()), QString::number(at.y()), "sleep", "0.1", "click", "1"});
-}
-
 void sessionManagerTest::endsTheDaemon_data()
 {
     QTest::addColumn<QStringList>("basePort");
@@ -86,21 +78,15 @@ void sessionManagerTest::endsTheDaemon()
     QVERIFY(message.isEmpty() || m_screen.waitForFocus("unknown").id);
 
     // The menu of the manager's last button, one of its two entries, and the form that the first one opens.
-    m_screen.xdotool({"search",   "--sync",    "--onlyvisible",
-                      "--name",   "^xsm: ",    "mousemove",
-                      "--window", "%1",        "140",
-                      "37",       "mousedown", "1",
-                      "sleep",    "0.2",       "mousemove_relative",
-                      "--",       "10",        "8",
-                      "sleep",    "0.2",       "mousemove_relative",
-                      "--",       "0",         immediately ? "31" : "15",
-                      "sleep",    "0.2",       "mouseup",
-                      "1"});
+    m_screen.xdotool(
+        "search --sync --onlyvisible --name ^xsm: mousemove --window %1 140 37 mousedown 1 sleep 0.2 "
+        "mousemove_relative -- 10 8 sleep 0.2 mousemove_relative -- 0 " +
+        QString(immediately ? "31" : "15") + " sleep 0.2 mouseup 1");
     if (!immediately) {
-        clickIn("^Shutdown$", {160, 13});
-        m_screen.xdotool(
-            {"search", "--onlyvisible", "--name", "^Shutdown$", "windowfocus", "%1", "type", "s"});
-        clickIn("^Shutdown$", {36, 108});
+        const QString form("search --sync --onlyvisible --name ^Shutdown$ ");
+        m_screen.xdotool(form + "mousemove --window %1 160 13 sleep 0.1 click 1");
+        m_screen.xdotool(form + "windowfocus %1 type s");
+        m_screen.xdotool(form + "mousemove --window %1 36 108 sleep 0.1 click 1");
     }
 
     QVERIFY(events->hears("shutDown"));

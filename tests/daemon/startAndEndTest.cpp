@@ -6,16 +6,15 @@
 #include <QTcpServer>
 #include <QTest>
 
-/// Ports, lock file, and the ways in which the daemon ends or does not.
+/// Command line, ports, lock file, and the ways in which the daemon ends or does not.
 class startAndEndTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void endsOnExit_data();
+    void answersWithoutDisplay();
     void endsOnExit();
     void endsWithItsLastClient();
-    void staysWithABasePort_data();
     void staysWithABasePort();
     void ignoresTheBasePortOfLongerCommandLines();
     void reportsAPortThatIsTaken();
@@ -49,29 +48,23 @@ bool endedInOrder(daemonProcess &daemon)
 
 } // namespace
 
-void startAndEndTest::endsOnExit_data()
-{
-    QTest::addColumn<bool>("onEventChannel");
-    QTest::newRow("command channel") << false;
-    QTest::newRow("event channel") << true;
-}
-
 void startAndEndTest::endsOnExit()
 {
-    QFETCH(bool, onEventChannel);
-    daemonProcess daemon(m_screen);
-    const auto commands = daemon.openCommands();
-    const auto events = daemon.openEvents();
-    const daemonLog log;
-    // In the same write as the exit, and behind it: everything else comes first.
-    (onEventChannel ? events : commands)->send("<progress>create:0;x</progress><exit/>");
-    QCOMPARE(events->eventsUntil("shutDown"), "isShown totalProgress=0|-1 shutDown");
-    QVERIFY(events->waitForClosed());
-    QCOMPARE(events->pending(), QByteArray());
-    QVERIFY(commands->waitForClosed());
-    QVERIFY(endedInOrder(daemon));
-    QVERIFY(log.contains(": ---- got exit command by client! result=0000\n"));
-    QVERIFY(log.contains(": ---- saving statistic data with entry count result=0000\n"));
+    for (const bool onEventChannel : {false, true}) {
+        daemonProcess daemon(m_screen);
+        const auto commands = daemon.openCommands();
+        const auto events = daemon.openEvents();
+        const daemonLog log;
+        // In the same write as the exit, and behind it: everything else comes first.
+        (onEventChannel ? events : commands)->send("<progress>create:0;x</progress><exit/>");
+        QCOMPARE(events->eventsUntil("shutDown"), "isShown totalProgress=0|-1 shutDown");
+        QVERIFY(events->waitForClosed());
+        QCOMPARE(events->pending(), QByteArray());
+        QVERIFY(commands->waitForClosed());
+        QVERIFY(endedInOrder(daemon));
+        QVERIFY(log.contains(": ---- got exit command by client! result=0000\n"));
+        QVERIFY(log.contains(": ---- saving statistic data with entry count result=0000\n"));
+    }
 }
 
 void startAndEndTest::endsWithItsLastClient()
@@ -94,34 +87,27 @@ void startAndEndTest::endsWithItsLastClient()
     QVERIFY(log.contains(": ---- doing exit by last closed connection! result=0000\n"));
 }
 
-void startAndEndTest::staysWithABasePort_data()
-{
-    QTest::addColumn<int>("base");
-    QTest::newRow("base port") << int{freeBasePort()};
-    QTest::newRow("low 16 bits count") << freeBasePort() + 65536;
-    QTest::newRow("any port") << 0;
-    QTest::newRow("any port, too") << 1;
-}
-
 void startAndEndTest::staysWithABasePort()
 {
-    QFETCH(int, base);
-    daemonProcess daemon(m_screen, {QString::number(base)});
-    if (base > 1) {
-        QCOMPARE(int{daemon.commandPort()}, base % 65536);
-        QCOMPARE(int{daemon.eventPort()}, base % 65536 + 1);
-    } else {
-        QVERIFY(daemon.commandPort() > 2 && daemon.eventPort() > 2);
+    // Of a number the low 16 bits count; 0 and 1 stand for any ports.
+    for (const int base : {int{freeBasePort()}, freeBasePort() + 65536, 0, 1}) {
+        daemonProcess daemon(m_screen, {QString::number(base)});
+        if (base > 1) {
+            QCOMPARE(int{daemon.commandPort()}, base % 65536);
+            QCOMPARE(int{daemon.eventPort()}, base % 65536 + 1);
+        } else {
+            QVERIFY(daemon.commandPort() > 2 && daemon.eventPort() > 2);
+        }
+        const auto events = daemon.openEvents();
+        const daemonLog log;
+        daemon.openCommands()->send("<exit/>");
+        QTRY_VERIFY_WITH_TIMEOUT(log.contains("---- got exit command by client!"), patienceMs);
+        events->send("<exit/>");
+        QVERIFY(events->isServed());
+        daemon.openCommands()->progress("create:0;x");
+        QVERIFY(events->hears("isShown"));
+        QVERIFY(daemon.isRunning());
     }
-    const auto events = daemon.openEvents();
-    const daemonLog log;
-    daemon.openCommands()->send("<exit/>");
-    QTRY_VERIFY_WITH_TIMEOUT(log.contains("---- got exit command by client!"), patienceMs);
-    events->send("<exit/>");
-    QVERIFY(events->isServed());
-    daemon.openCommands()->progress("create:0;x");
-    QVERIFY(events->hears("isShown"));
-    QVERIFY(daemon.isRunning());
 }
 
 void startAndEndTest::ignoresTheBasePortOfLongerCommandLines()
@@ -171,6 +157,39 @@ void startAndEndTest::leavesItsFilesInOrderWithoutXServer()
     QVERIFY(daemon.waitForEnd() != 0);
     QVERIFY(!QFile::exists(daemon.lockFile()));
     QCOMPARE(daemon.statistics(), QByteArray("fileversion=2\n"));
+}
+
+void startAndEndTest::answersWithoutDisplay()
+{
+    const QByteArray usage("usage: progressd IDENTIFIER [BASEPORT]\n");
+    const QByteArray tooLong("progressd: the identifier is too long\n");
+    struct {
+        QStringList arguments;
+        int status;
+        QByteArray output; // how it begins
+        QByteArray error;
+    } const calls[] = {
+        {{}, 2, "", usage},
+        {{"--help"}, 0, usage, ""},
+        {{"--version"}, 0, "progressd 1.", ""},
+        // The statistics path holds 1023 characters, the lock file's 4095.
+        {{QString(1000, u'x')}, 2, "", tooLong},
+        {{QString(100'000, u'x')}, 2, "", tooLong},
+    };
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(name);
+    for (const auto &call : calls) {
+        childProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(daemonProcess::executable(), call.arguments);
+        QVERIFY(process.waitForFinished(patienceMs));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), call.status);
+        const QByteArray output = process.readAllStandardOutput();
+        QVERIFY2(output.startsWith(call.output) && output.isEmpty() == call.output.isEmpty(), output);
+        QCOMPARE(process.readAllStandardError(), call.error);
+    }
 }
 
 QTEST_GUILESS_MAIN(startAndEndTest)

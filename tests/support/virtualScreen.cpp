@@ -65,28 +65,26 @@ QRect areaIn(const QByteArray &facts)
     return {fact("Absolute upper-left X:"), fact("Absolute upper-left Y:"), fact("Width:"), fact("Height:")};
 }
 
-QStringList moveTo(QPoint at)
+QString at(QPoint place)
 {
-    return {"mousemove", QString::number(at.x()), QString::number(at.y())};
+    return QStringLiteral("mousemove %1 %2").arg(place.x()).arg(place.y());
 }
 
 } // namespace
 
-void virtualScreen::click(QPoint at) const
+void virtualScreen::click(QPoint place) const
 {
-    xdotool(moveTo(at) << "click"
-                       << "1");
+    xdotool(at(place) + " click 1");
 }
 
 void virtualScreen::drag(QPoint from, QPoint to) const
 {
-    xdotool(moveTo(from) + QStringList{"mousedown", "1"} + moveTo((from + to) / 2) + moveTo(to) +
-            QStringList{"mouseup", "1"});
+    xdotool(at(from) + " mousedown 1 " + at((from + to) / 2) + ' ' + at(to) + " mouseup 1");
 }
 
 QList<virtualScreen::window> virtualScreen::windows(const QString &title) const
 {
-    const QByteArray ids = run("xdotool", {"search", "--onlyvisible", "--class", "^progressd$"});
+    const QByteArray ids = xdotool("search --onlyvisible --class ^progressd$");
     QList<window> windows;
     for (const QByteArray &id : ids.split('\n')) {
         if (id.isEmpty())
@@ -112,7 +110,7 @@ virtualScreen::window virtualScreen::waitForWindow(const QString &title) const
 virtualScreen::window virtualScreen::waitForFocus(const QString &title) const
 {
     const window wanted = waitForWindow(title);
-    const auto hasFocus = [&] { return run("xdotool", {"getwindowfocus"}).toULongLong() == wanted.id; };
+    const auto hasFocus = [&] { return xdotool("getwindowfocus").toULongLong() == wanted.id; };
     return wanted.id != 0 && QTest::qWaitFor(hasFocus, patienceMs) ? wanted : window{};
 }
 

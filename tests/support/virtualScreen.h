@@ -23,11 +23,12 @@ public:
     QProcessEnvironment environment() const;
     /// Runs a program on the screen; returns what it printed.
     QByteArray run(const QString &program, const QStringList &arguments) const;
-    void xdotool(const QStringList &arguments) const { run("xdotool", arguments); }
+    /// Runs xdotool with arguments between blanks.
+    QByteArray xdotool(const QString &arguments) const { return run("xdotool", arguments.split(' ')); }
 
     // Keys and clicks go through the X server, as those of a real user. Keys by name: "Return", "shift+Tab".
-    void key(const QString &keys) const { xdotool({"key", keys}); }
-    void click(QPoint at) const;
+    void key(const QString &keys) const { xdotool("key " + keys); }
+    void click(QPoint place) const;
     void drag(QPoint from, QPoint to) const;
 
     struct window {
