@@ -10,7 +10,6 @@ class pipeInputTest : public QObject
     Q_OBJECT
 
 private slots:
-    void reads_data();
     void reads();
     void takesLinesInAnyPieces();
     void complainsOnceAKind();
@@ -19,41 +18,37 @@ private slots:
     void noticesADeafChannel();
 };
 
-void pipeInputTest::reads_data()
-{
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<int>("percent"); // -1: none
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("complaints");
-    const auto row = [](const char *name, const char *input, int percent, const char *text = nullptr,
-                        int complaints = 0) {
-        QTest::newRow(name) << QByteArray(input) << percent << QString(text) << complaints;
-    };
-    row("without line feed", "1\n42", 42);
-    row("decimals", "99.9\n", 99);
-    row("percent sign", " 7.5 % \r\n", 7);
-    row("sign", "+5\n", 5);
-    row("newest of both", "1\n#a\n2\n#  a file \n", 2, "a file");
-    row("empty text", "#a\n#\n", -1, "");
-    row("empty lines", "\n \n\r\n", -1);
-    row("decimal comma", "5\n30,5\n", 5, nullptr, 1);
-    row("words", "5\n50 files\n", 5, nullptr, 1);
-    row("not a number", "5\nnan\ninf\n", 5, nullptr, 1);
-    row("just a sign", "5\n%\n", 5, nullptr, 1);
-    row("below", "50\n-1\n", 0, nullptr, 1);
-    row("huge", "1e300\n", 100, nullptr, 1);
-    row("separator", "#a;b\n", -1, "a,b", 1);
-}
-
 void pipeInputTest::reads()
 {
-    QFETCH(QByteArray, input);
-    pipeInput reading;
-    reading.feed(input.toStdString());
-    reading.end();
-    QTEST(reading.percent().value_or(-1), "percent");
-    QTEST(reading.text() ? QString::fromStdString(*reading.text()) : QString(), "text");
-    QTEST(static_cast<int>(reading.takeComplaints().size()), "complaints");
+    struct {
+        const char *input;
+        int percent; // -1: none
+        const char *text = nullptr;
+        size_t complaints = 0;
+    } const inputs[] = {
+        {"1\n42", 42},
+        {"99.9\n", 99},
+        {" 7.5 % \r\n", 7},
+        {"+5\n", 5},
+        {"1\n#a\n2\n#  a file \n", 2, "a file"},
+        {"#a\n#\n", -1, ""},
+        {"\n \n\r\n", -1},
+        {"5\n30,5\n", 5, nullptr, 1},
+        {"5\n50 files\n", 5, nullptr, 1},
+        {"5\nnan\ninf\n", 5, nullptr, 1},
+        {"5\n%\n", 5, nullptr, 1},
+        {"50\n-1\n", 0, nullptr, 1},
+        {"1e300\n", 100, nullptr, 1},
+        {"#a;b\n", -1, "a,b", 1},
+    };
+    for (const auto &each : inputs) {
+        pipeInput reading;
+        reading.feed(each.input);
+        reading.end();
+        QVERIFY2(reading.percent().value_or(-1) == each.percent, each.input);
+        QVERIFY2(each.text ? reading.text() == each.text : !reading.text(), each.input);
+        QVERIFY2(reading.takeComplaints().size() == each.complaints, each.input);
+    }
 }
 
 void pipeInputTest::takesLinesInAnyPieces()

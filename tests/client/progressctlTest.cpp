@@ -11,19 +11,15 @@ class progressctlTest : public QObject
     Q_OBJECT
 
 private slots:
-    void refuses_data();
     void refuses();
     void startsAndStops();
     void startsOnThePortThatIsAsked();
     void endsADaemonThatWouldEndByItself();
-    void says_data();
     void says();
     void showsAWindow();
-    void asks_data();
     void asks();
     void printsEventsAsTheyCome();
     void endsEventsWithItsReader();
-    void meetsStrangeDaemons_data();
     void meetsStrangeDaemons();
     void keepsItsTimeLimit();
     void showsRecords();
@@ -50,44 +46,40 @@ public:
 
 } // namespace
 
-void progressctlTest::refuses_data()
-{
-    QTest::addColumn<QString>("arguments");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("message"); // a part of the one line
-    const auto row = [](const char *name, const char *arguments, int status, const char *message) {
-        QTest::newRow(name) << QString(arguments) << status << QByteArray(message);
-    };
-    row("no verb", "", 2, "a verb is missing");
-    row("unknown option", "bar 0 x --nix", 2, "--nix");
-    row("missing argument", "bar 0", 2, "TEXT");
-    row("half a number", "update 0 5x", 2, "PERCENT");
-    row("port too high", "start 70000", 2, "PORT");
-    row("no limit", "--limit 0 activate", 2, "--limit");
-    row("unknown state", "busy maybe", 2, "maybe");
-    row("unknown icon", "ask x --icon nix", 2, "nix");
-    row("unknown button", "ask x nix", 2, "no button \"nix\"; there are ok,");
-    row("unknown setting", "configure Window=1", 2, "no setting \"Window\"");
-    row("no setting", "configure", 2, "nothing to configure");
-    row("no file", "configure --file /nix", 7, "/nix");
-    row("no theme", "start --theme /nix", 7, "/nix");
-    row("identifier with a folder", "-i a/b start", 2, "identifier");
-    row("no daemon", "update 0 5", 3, "no daemon");
-    row("no daemon to stop", "stop", 3, "no daemon");
-    row("nothing learned", "records", 7, "currentTimestamps_");
-    row("no place for the plot", "records --file /dev/null --plot /nix/plot.svg", 7, "/nix");
-    row("no room for the plot", "records --file /dev/null --plot /dev/full", 7, "/dev/full");
-}
-
 void progressctlTest::refuses()
 {
-    QFETCH(QString, arguments);
-    QFETCH(QByteArray, message);
+    struct {
+        const char *arguments;
+        int status;
+        const char *message; // a part of the one line
+    } const calls[] = {
+        {"", 2, "a verb is missing"},
+        {"bar 0 x --nix", 2, "--nix"},
+        {"bar 0", 2, "TEXT"},
+        {"update 0 5x", 2, "PERCENT"},
+        {"start 70000", 2, "PORT"},
+        {"--limit 0 activate", 2, "--limit"},
+        {"busy maybe", 2, "maybe"},
+        {"ask x --icon nix", 2, "nix"},
+        {"ask x nix", 2, "no button \"nix\"; there are ok,"},
+        {"configure Window=1", 2, "no setting \"Window\""},
+        {"configure", 2, "nothing to configure"},
+        {"configure --file /nix", 7, "/nix"},
+        {"start --theme /nix", 7, "/nix"},
+        {"-i a/b start", 2, "identifier"},
+        {"update 0 5", 3, "no daemon"},
+        {"stop", 3, "no daemon"},
+        {"records", 7, "currentTimestamps_"},
+        {"records --file /dev/null --plot /nix/plot.svg", 7, "/nix"},
+        {"records --file /dev/null --plot /dev/full", 7, "/dev/full"},
+    };
     const commandLineClient ctl(m_screen);
-    const auto result = ctl.run(arguments);
-    QTEST(result.status, "status");
-    QCOMPARE(result.errors.count('\n'), 1);
-    QVERIFY2(result.errors.startsWith("progressctl: ") && result.errors.contains(message), result.errors);
+    for (const auto &call : calls) {
+        const auto result = ctl.run(call.arguments);
+        QVERIFY2(result.status == call.status && result.errors.count('\n') == 1, call.arguments);
+        QVERIFY2(result.errors.startsWith("progressctl: ") && result.errors.contains(call.message),
+                 result.errors);
+    }
 }
 
 void progressctlTest::startsAndStops()
@@ -135,52 +127,47 @@ void progressctlTest::endsADaemonThatWouldEndByItself()
     QCOMPARE(ctl.resultOf(daemon).status, 0);
 }
 
-void progressctlTest::says_data()
-{
-    QTest::addColumn<QByteArray>("message");
-    const auto row = [](const char *arguments, const char *message) {
-        QTest::newRow(arguments) << QByteArray(message);
-    };
-    row("bar 3 Copying", "<progress>create:3;Copying</progress>");
-    row("bar 3 -- -x", "<progress>create:3;-x</progress>");
-    row("update 3 -1", "<progress>update:3;-1</progress>");
-    row("remove 3", "<progress>remove:3</progress>");
-    row("text 1 update", "<progress>addText:1;update</progress>");
-    row("update-text 1 x", "<progress>updateText:1;x</progress>");
-    row("remove-text 1", "<progress>delText:1</progress>");
-    row("button 9 Stop", "<progress>addButt:9;Stop</progress>");
-    row("remove-button 9", "<progress>delButt:9</progress>");
-    row("activate", "<progress>activate</progress>");
-    row("pause", "<progress>messageStart</progress>");
-    row("resume", "<progress>messageStop</progress>");
-    row("busy on", "<progress>busyOn</progress>");
-    row("busy off", "<progress>busyOff</progress>");
-    row("configure windowTitle=a=b windowModal=on",
-        "<configuration>windowTitle=a=b;windowModal=on;</configuration>");
-    row("send <x>;y", "<x>;y");
-    // With whoever answers nothing, the message is all that comes of it.
-    row("--limit 5 ask --timeout 0.2 --title Copy --icon Warning --default NO-To_all Sure? YES notoall",
-        "<msgbox>2[#]Copy[#]Sure?[#]16384[#]131328</msgbox>");
-    row("ask --timeout 0.2 Sure?", "<msgbox>4[#]Question[#]Sure?[#]16384[#]65536</msgbox>");
-    row("assert --timeout 0.2 a;b", "<assert>a;b</assert>");
-}
-
 /// The bytes that reach a daemon, here one that is none.
 void progressctlTest::says()
 {
-    QFETCH(QByteArray, message);
-    const commandLineClient ctl(m_screen);
-    strangeDaemon server(ctl);
-    childProcess process;
-    ctl.start(process, QTest::currentDataTag());
-    QVERIFY(server.waitForNewConnection(patienceMs));
-    QTcpSocket *channel = server.nextPendingConnection();
-    QByteArray received;
-    while (received.size() < message.size() && channel->waitForReadyRead(patienceMs))
-        received += channel->readAll();
-    channel->disconnectFromHost();
-    QVERIFY(process.waitForFinished(patienceMs));
-    QCOMPARE(received, message);
+    const std::pair<const char *, QByteArray> calls[] = {
+        {"bar 3 Copying", "<progress>create:3;Copying</progress>"},
+        {"bar 3 -- -x", "<progress>create:3;-x</progress>"},
+        {"update 3 -1", "<progress>update:3;-1</progress>"},
+        {"remove 3", "<progress>remove:3</progress>"},
+        {"text 1 update", "<progress>addText:1;update</progress>"},
+        {"update-text 1 x", "<progress>updateText:1;x</progress>"},
+        {"remove-text 1", "<progress>delText:1</progress>"},
+        {"button 9 Stop", "<progress>addButt:9;Stop</progress>"},
+        {"remove-button 9", "<progress>delButt:9</progress>"},
+        {"activate", "<progress>activate</progress>"},
+        {"pause", "<progress>messageStart</progress>"},
+        {"resume", "<progress>messageStop</progress>"},
+        {"busy on", "<progress>busyOn</progress>"},
+        {"busy off", "<progress>busyOff</progress>"},
+        {"configure windowTitle=a=b windowModal=on",
+         "<configuration>windowTitle=a=b;windowModal=on;</configuration>"},
+        {"send <x>;y", "<x>;y"},
+        // With whoever answers nothing, the message is all that comes of it.
+        {"--limit 5 ask --timeout 0.2 --title Copy --icon Warning --default NO-To_all Sure? YES notoall",
+         "<msgbox>2[#]Copy[#]Sure?[#]16384[#]131328</msgbox>"},
+        {"ask --timeout 0.2 Sure?", "<msgbox>4[#]Question[#]Sure?[#]16384[#]65536</msgbox>"},
+        {"assert --timeout 0.2 a;b", "<assert>a;b</assert>"},
+    };
+    for (const auto &[arguments, message] : calls) {
+        const commandLineClient ctl(m_screen);
+        strangeDaemon server(ctl);
+        childProcess process;
+        ctl.start(process, arguments);
+        QVERIFY(server.waitForNewConnection(patienceMs));
+        QTcpSocket *channel = server.nextPendingConnection();
+        QByteArray received;
+        while (received.size() < message.size() && channel->waitForReadyRead(patienceMs))
+            received += channel->readAll();
+        channel->disconnectFromHost();
+        QVERIFY(process.waitForFinished(patienceMs));
+        QCOMPARE(received, message);
+    }
 }
 
 void progressctlTest::showsAWindow()
@@ -198,33 +185,30 @@ void progressctlTest::showsAWindow()
     QTRY_VERIFY_WITH_TIMEOUT(!m_screen.shows(title), patienceMs);
 }
 
-void progressctlTest::asks_data()
-{
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QByteArray>("printed");
-    QTest::addColumn<int>("status");
-    QTest::newRow("ask Sure? yes no --default yes --title Copy") << "Copy"
-                                                                 << "Return" << QByteArray("yes\n") << 0;
-    QTest::newRow("ask Sure? save discard cancel") << "Question"
-                                                   << "Escape" << QByteArray("cancel\n") << 1;
-    QTest::newRow("assert nix") << "Zerbak Quillet Assertion"
-                                << "Escape" << QByteArray("abort\n") << 1;
-}
-
 void progressctlTest::asks()
 {
-    QFETCH(QString, title);
-    QFETCH(QString, key);
+    struct {
+        const char *arguments;
+        const char *title;
+        const char *key;
+        QByteArray printed;
+        int status;
+    } const calls[] = {
+        {"ask Sure? yes no --default yes --title Copy", "Copy", "Return", "yes\n", 0},
+        {"ask Sure? save discard cancel", "Question", "Escape", "cancel\n", 1},
+        {"assert nix", "Zerbak Quillet Assertion", "Escape", "abort\n", 1},
+    };
     const commandLineClient ctl(m_screen);
     QCOMPARE(ctl.run("start").status, 0);
-    childProcess process;
-    ctl.start(process, QTest::currentDataTag());
-    QVERIFY(m_screen.waitForFocus(title).id);
-    m_screen.key(key);
-    const auto result = ctl.resultOf(process);
-    QTEST(result.output, "printed");
-    QTEST(result.status, "status");
+    for (const auto &call : calls) {
+        childProcess process;
+        ctl.start(process, call.arguments);
+        QVERIFY(m_screen.waitForFocus(call.title).id);
+        m_screen.key(call.key);
+        const auto result = ctl.resultOf(process);
+        QCOMPARE(result.output, call.printed);
+        QCOMPARE(result.status, call.status);
+    }
 }
 
 void progressctlTest::printsEventsAsTheyCome()
@@ -257,34 +241,33 @@ void progressctlTest::endsEventsWithItsReader()
     QCOMPARE(ctl.runScript("progressctl events | :; echo ${PIPESTATUS[0]}").output, QByteArray("0\n"));
 }
 
-void progressctlTest::meetsStrangeDaemons_data()
-{
-    QTest::addColumn<QString>("arguments");
-    QTest::addColumn<QByteArray>("answer");
-    QTest::addColumn<int>("status");
-    QTest::newRow("hangs up on a command") << "update 0 5" << QByteArray() << 4;
-    QTest::newRow("half an answer") << "ask x" << QByteArray("\0\x40", 2) << 4;
-    QTest::newRow("unknown button") << "ask x" << QByteArray("\1\1\1\1") << 1;
-    QTest::newRow("sends no events") << "events" << QByteArray(100'000, 'x') << 4;
-}
-
 /// A server that sends `answer` and hangs up without reading.
 void progressctlTest::meetsStrangeDaemons()
 {
-    QFETCH(QString, arguments);
-    QFETCH(QByteArray, answer);
-    const commandLineClient ctl(m_screen);
-    strangeDaemon server(ctl);
-    connect(&server, &QTcpServer::newConnection, &server, [&] {
-        QTcpSocket *channel = server.nextPendingConnection();
-        channel->write(answer);
-        channel->disconnectFromHost();
-    });
-    childProcess process;
-    ctl.start(process, arguments);
-    QTRY_VERIFY_WITH_TIMEOUT(process.state() == QProcess::NotRunning, patienceMs);
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QTEST(process.exitCode(), "status");
+    struct {
+        const char *arguments;
+        QByteArray answer;
+        int status;
+    } const meetings[] = {
+        {"update 0 5", "", 4},
+        {"ask x", QByteArray("\0\x40", 2), 4}, // half an answer
+        {"ask x", "\1\1\1\1", 1},              // of no button
+        {"events", QByteArray(100'000, 'x'), 4},
+    };
+    for (const auto &each : meetings) {
+        const commandLineClient ctl(m_screen);
+        strangeDaemon server(ctl);
+        connect(&server, &QTcpServer::newConnection, &server, [&] {
+            QTcpSocket *channel = server.nextPendingConnection();
+            channel->write(each.answer);
+            channel->disconnectFromHost();
+        });
+        childProcess process;
+        ctl.start(process, each.arguments);
+        QTRY_VERIFY_WITH_TIMEOUT(process.state() == QProcess::NotRunning, patienceMs);
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), each.status);
+    }
 }
 
 void progressctlTest::keepsItsTimeLimit()
