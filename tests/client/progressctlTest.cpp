@@ -14,7 +14,6 @@ private slots:
     void refuses();
     void startsAndStops();
     void startsOnThePortThatIsAsked();
-    void endsADaemonThatWouldEndByItself();
     void says();
     void showsAWindow();
     void asks();
@@ -114,17 +113,6 @@ void progressctlTest::startsOnThePortThatIsAsked()
     const auto elsewhere = ctl.run(startThere);
     QCOMPARE(elsewhere.status, 3);
     QVERIFY2(elsewhere.errors.contains("already runs"), elsewhere.errors);
-}
-
-/// Nobody but the daemon itself can end one without a base port in order.
-void progressctlTest::endsADaemonThatWouldEndByItself()
-{
-    const commandLineClient ctl(m_screen);
-    childProcess daemon;
-    ctl.startScript(daemon, "exec $PROGRESSD $PROGRESS_IDENTIFIER");
-    QTRY_VERIFY_WITH_TIMEOUT(daemonProcess::portsOf(ctl.identifier()), patienceMs);
-    QCOMPARE(ctl.run("stop").status, 0);
-    QCOMPARE(ctl.resultOf(daemon).status, 0);
 }
 
 /// The bytes that reach a daemon, here one that is none.

@@ -13,7 +13,6 @@ class eventsTest : public QObject
 private slots:
     void commands_data();
     void commands();
-    void followEachOtherDirectly();
     void reachEveryChannelOfTheWalk();
     void reachAChannelThatReadsLateInWholeEvents();
 
@@ -79,16 +78,6 @@ void eventsTest::commands()
             received.erase(std::unique(received.begin(), received.end(), isRepeated), received.end());
         QCOMPARE(received.join(' '), (expected + " isActivated shutDown").trimmed());
     }
-}
-
-void eventsTest::followEachOtherDirectly()
-{
-    daemonProcess daemon(m_screen);
-    const auto events = daemon.openEvents();
-    events->send("<progress>activate</progress><progress>activate</progress>");
-    const QByteArray expected("<event>isActivated</event><event>isActivated</event>");
-    QCOMPARE(events->read(expected.size()), expected);
-    QCOMPARE(events->pending(), QByteArray());
 }
 
 void eventsTest::reachEveryChannelOfTheWalk()
