@@ -3,9 +3,6 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/virtualScreen.h"
 
-#include <QByteArray>
-#include <QStringList>
-
 /// Runs progressctl for a test: on the test's own screen, with the tree's daemon, under an identifier of its
 /// own whose files go with it.
 class commandLineClient
@@ -19,11 +16,15 @@ public:
         QByteArray output;
         QByteArray errors;
     };
-    result run(const QStringList &arguments, const QByteArray &input = {}) const;
-    /// Prepares a process for a test that wants to start it by itself.
-    void prepare(QProcess &process, const QStringList &arguments) const;
+    /// Runs progressctl with arguments between blanks; what holds a blank stands in double quotes.
+    result run(const QString &arguments) const;
     /// Runs a bash script that finds progressctl in its PATH.
-    void prepareScript(QProcess &process, const QString &script) const;
+    result runScript(const QString &script) const;
+
+    // The same for a test that goes on meanwhile.
+    void start(childProcess &process, const QString &arguments) const;
+    void startScript(childProcess &process, const QString &script) const;
+    static result resultOf(childProcess &process);
 
     QString identifier() const { return m_identifier; }
 

@@ -18,8 +18,6 @@ private slots:
     void endsTheDaemon();
 
 private:
-    void clickIn(const QString &title, QPoint at);
-
     virtualScreen m_screen;
     std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<childProcess> m_manager;
@@ -38,80 +36,60 @@ void sessionManagerTest::init()
     // Without saved sessions it starts at once.
     m_home = std::make_unique<QTemporaryDir>();
     m_screen.setVariable("HOME", m_home->path());
-    QFile startup(m_home->filePath(".xsmstartup"));
-    QVERIFY(startup.open(QIODevice::WriteOnly));
-    startup.write("true\n");
-    startup.close();
+    writeFile(m_home->filePath(".xsmstartup"), "true\n");
 
     m_manager = std::make_unique<childProcess>();
     m_manager->setProcessEnvironment(m_screen.environment());
     m_manager->setProcessChannelMode(QProcess::MergedChannels);
     m_manager->start("stdbuf", {"-oL", "xsm", "-verbose"});
     QByteArray said;
-    const bool tellsItsAddress = QTest::qWaitFor(
-        [&] {
-            said += m_manager->readAll();
-            return said.contains("setenv SESSION_MANAGER") && said.endsWith('\n');
-        },
-        patienceMs);
-    QVERIFY2(tellsItsAddress, said);
-    const qsizetype start =
-        said.indexOf("setenv SESSION_MANAGER ") + qsizetype(sizeof "setenv SESSION_MANAGER ") - 1;
-    m_screen.setVariable("SESSION_MANAGER",
-                         QString::fromLatin1(said.mid(start, said.indexOf('\n', start) - start)));
-}
-
-void sessionManagerTest::clickIn(const QString &title, QPoint at)
-{
-    m_screen.run("xdotool",
-                 {"search", "--sync", "--onlyvisible", "--name", title, "mousemove", "--window", "%1",
-                  QString::number(at.x()), QString::number(at.y()), "sleep", "0.1", "click", "1"});
+    const QByteArray mark("setenv SESSION_MANAGER ");
+    const auto tellsItsAddress = [&] {
+        said += m_manager->readAll();
+        return said.contains(mark) && said.endsWith('\n');
+    };
+    QVERIFY2(QTest::qWaitFor(tellsItsAddress, patienceMs), said);
+    const QByteArray address = said.mid(said.indexOf(mark) + mark.size());
+    m_screen.setVariable("SESSION_MANAGER", address.left(address.indexOf('\n')));
 }
 
 void sessionManagerTest::endsTheDaemon_data()
 {
-    QTest::addColumn<bool>("withBasePort");
+    QTest::addColumn<QStringList>("basePort");
     QTest::addColumn<QByteArray>("message");
     QTest::addColumn<bool>("immediately"); // without a chance to save
-    const QByteArray box("<msgbox>1[#]Copy[#]x[#]16384[#]65536</msgbox>");
-    QTest::newRow("idle") << false << QByteArray() << false;
-    QTest::newRow("with a base port") << true << QByteArray() << false;
-    QTest::newRow("in a run") << true << QByteArray("<progress>create:0;x</progress>") << false;
-    QTest::newRow("with a box open") << true << box << false;
-    QTest::newRow("immediately") << true << QByteArray() << true;
-    QTest::newRow("immediately with a box open") << true << box << true;
+    const QByteArray box("<msgbox>1[#]unknown[#]x[#]16384[#]65536</msgbox>");
+    QTest::newRow("idle") << QStringList() << QByteArray() << false;
+    QTest::newRow("in a run") << QStringList{"0"} << QByteArray("<progress>create:0;x</progress>") << false;
+    QTest::newRow("with a box open") << QStringList{"0"} << box << false;
+    QTest::newRow("immediately with a box open") << QStringList{"0"} << box << true;
 }
 
 void sessionManagerTest::endsTheDaemon()
 {
-    QFETCH(bool, withBasePort);
+    QFETCH(QStringList, basePort);
     QFETCH(QByteArray, message);
     QFETCH(bool, immediately);
-    daemonProcess daemon(m_screen, withBasePort ? QStringList{"0"} : QStringList());
+    daemonProcess daemon(m_screen, basePort);
     // The dialog must not cover the manager's windows.
     const auto events = daemon.openEvents("paintOffset=290|100");
     const auto commands = daemon.openCommands();
     commands->send(message);
-    if (!message.isEmpty())
-        QVERIFY(m_screen.waitForFocus(
-            m_screen.waitForWindow(message.startsWith("<msgbox>") ? "Copy" : "unknown")));
+    QVERIFY(message.isEmpty() || m_screen.waitForFocus("unknown").id);
 
     // The menu of the manager's last button, one of its two entries, and the form that the first one opens.
-    const auto move = [](int x, int y) {
-        return QStringList{"mousemove_relative", "--",    QString::number(x),
-                           QString::number(y),   "sleep", "0.2"};
-    };
-    m_screen.run("xdotool", QStringList{"search", "--sync", "--onlyvisible", "--name", "^xsm: ", "mousemove",
-                                        "--window", "%1", "140", "37", "mousedown", "1", "sleep", "0.2"} +
-                                move(10, 8) + move(0, immediately ? 31 : 15) + QStringList{"mouseup", "1"});
+    m_screen.xdotool(
+        "search --sync --onlyvisible --name ^xsm: mousemove --window %1 140 37 mousedown 1 sleep 0.2 "
+        "mousemove_relative -- 10 8 sleep 0.2 mousemove_relative -- 0 " +
+        QString(immediately ? "31" : "15") + " sleep 0.2 mouseup 1");
     if (!immediately) {
-        clickIn("^Shutdown$", {160, 13});
-        m_screen.run("xdotool",
-                     {"search", "--onlyvisible", "--name", "^Shutdown$", "windowfocus", "%1", "type", "s"});
-        clickIn("^Shutdown$", {36, 108});
+        const QString form("search --sync --onlyvisible --name ^Shutdown$ ");
+        m_screen.xdotool(form + "mousemove --window %1 160 13 sleep 0.1 click 1");
+        m_screen.xdotool(form + "windowfocus %1 type s");
+        m_screen.xdotool(form + "mousemove --window %1 36 108 sleep 0.1 click 1");
     }
 
-    QVERIFY(events->eventsUntil("shutDown").endsWith("shutDown"));
+    QVERIFY(events->hears("shutDown"));
     QCOMPARE(daemon.waitForEnd(), 0);
     QVERIFY(!QFile::exists(daemon.lockFile()));
     if (message.startsWith("<msgbox>"))

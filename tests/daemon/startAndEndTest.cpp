@@ -6,17 +6,15 @@
 #include <QTcpServer>
 #include <QTest>
 
-/// Ports, lock file, and the ways in which the daemon ends or does not.
+/// Command line, ports, lock file, and the ways in which the daemon ends or does not.
 class startAndEndTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void endsOnExit_data();
+    void answersWithoutDisplay();
     void endsOnExit();
     void endsWithItsLastClient();
-    void staysForAClientThatIsAboutToBeAccepted();
-    void staysWithABasePort_data();
     void staysWithABasePort();
     void ignoresTheBasePortOfLongerCommandLines();
     void reportsAPortThatIsTaken();
@@ -24,8 +22,6 @@ private slots:
     void leavesItsFilesInOrderWithoutXServer();
 
 private:
-    static bool endedInOrder(daemonProcess &daemon);
-
     virtualScreen m_screen;
 };
 
@@ -44,58 +40,31 @@ quint16 freeBasePort()
     }
 }
 
-bool contentOf(const QString &path, QByteArray &content)
+bool endedInOrder(daemonProcess &daemon)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    content = file.readAll();
-    return true;
+    return daemon.waitForEnd() == 0 && !QFile::exists(daemon.lockFile()) &&
+           daemon.statistics() == "fileversion=2\n";
 }
 
 } // namespace
 
-bool startAndEndTest::endedInOrder(daemonProcess &daemon)
-{
-    if (daemon.waitForEnd() != 0 || QFile::exists(daemon.lockFile()))
-        return false;
-    for (const QString &file : daemon.statisticsFiles()) {
-        QByteArray statistics;
-        if (contentOf(file, statistics))
-            return statistics == "fileversion=2\n";
-    }
-    return false;
-}
-
-void startAndEndTest::endsOnExit_data()
-{
-    QTest::addColumn<bool>("onEventChannel");
-    QTest::newRow("command channel") << false;
-    QTest::newRow("event channel") << true;
-}
-
 void startAndEndTest::endsOnExit()
 {
-    QFETCH(bool, onEventChannel);
-    daemonProcess daemon(m_screen);
-    QVERIFY(daemon.commandPort() != 0 && daemon.eventPort() != 0);
-    QByteArray lock;
-    QVERIFY(contentOf(daemon.lockFile(), lock));
-    QCOMPARE(lock,
-             QByteArray::number(daemon.commandPort()) + '\n' + QByteArray::number(daemon.eventPort()) + '\n');
-
-    const auto commands = daemon.openCommands();
-    const auto events = daemon.openEvents();
-    const daemonLog log;
-    // In the same write as the exit, and behind it: everything else comes first.
-    (onEventChannel ? events : commands)->send("<progress>create:0;x</progress><exit/>");
-    QCOMPARE(events->eventsUntil("shutDown"), "isShown totalProgress=0|-1 shutDown");
-    QVERIFY(events->waitForClosed());
-    QCOMPARE(events->pending(), QByteArray());
-    QVERIFY(commands->waitForClosed());
-    QVERIFY(endedInOrder(daemon));
-    QVERIFY(log.contains(": ---- got exit command by client! result=0000\n"));
-    QVERIFY(log.contains(": ---- saving statistic data with entry count result=0000\n"));
+    for (const bool onEventChannel : {false, true}) {
+        daemonProcess daemon(m_screen);
+        const auto commands = daemon.openCommands();
+        const auto events = daemon.openEvents();
+        const daemonLog log;
+        // In the same write as the exit, and behind it: everything else comes first.
+        (onEventChannel ? events : commands)->send("<progress>create:0;x</progress><exit/>");
+        QCOMPARE(events->eventsUntil("shutDown"), "isShown totalProgress=0|-1 shutDown");
+        QVERIFY(events->waitForClosed());
+        QCOMPARE(events->pending(), QByteArray());
+        QVERIFY(commands->waitForClosed());
+        QVERIFY(endedInOrder(daemon));
+        QVERIFY(log.contains(": ---- got exit command by client! result=0000\n"));
+        QVERIFY(log.contains(": ---- saving statistic data with entry count result=0000\n"));
+    }
 }
 
 void startAndEndTest::endsWithItsLastClient()
@@ -113,67 +82,38 @@ void startAndEndTest::endsWithItsLastClient()
     QVERIFY(events->isServed());
     QVERIFY(daemon.isRunning());
     second->abort();
-    QVERIFY(firstEvents->eventsUntil("shutDown").endsWith("shutDown"));
+    QVERIFY(firstEvents->hears("shutDown"));
     QVERIFY(endedInOrder(daemon));
     QVERIFY(log.contains(": ---- doing exit by last closed connection! result=0000\n"));
 }
 
-void startAndEndTest::staysForAClientThatIsAboutToBeAccepted()
-{
-    daemonProcess daemon(m_screen);
-    const auto events = daemon.openEvents();
-    auto commands = daemon.openCommands();
-    for (int i = 0; i < 50; ++i) {
-        auto next = daemon.openCommands();
-        commands->close();
-        commands = std::move(next);
-        QVERIFY2(events->isServed(), qPrintable(QStringLiteral("client %1").arg(i)));
-    }
-}
-
-void startAndEndTest::staysWithABasePort_data()
-{
-    QTest::addColumn<QString>("base");
-    QTest::addColumn<bool>("exactPorts");
-    QTest::newRow("base port") << QString::number(freeBasePort()) << true;
-    QTest::newRow("low 16 bits count") << QString::number(freeBasePort() + 65536) << true;
-    QTest::newRow("base 0") << QStringLiteral("0") << false;
-    QTest::newRow("base 1") << QStringLiteral("1") << false;
-    QTest::newRow("no number") << QStringLiteral("port") << false;
-}
-
 void startAndEndTest::staysWithABasePort()
 {
-    QFETCH(QString, base);
-    QFETCH(bool, exactPorts);
-    daemonProcess daemon(m_screen, {base});
-    if (exactPorts) {
-        QCOMPARE(int{daemon.commandPort()}, base.toInt() % 65536);
-        QCOMPARE(int{daemon.eventPort()}, base.toInt() % 65536 + 1);
-    } else {
-        QVERIFY(daemon.commandPort() > 2 && daemon.eventPort() > 2);
-    }
-    const auto events = daemon.openEvents();
-    {
-        const auto commands = daemon.openCommands();
+    // Of a number the low 16 bits count; 0 and 1 stand for any ports.
+    for (const int base : {int{freeBasePort()}, freeBasePort() + 65536, 0, 1}) {
+        daemonProcess daemon(m_screen, {QString::number(base)});
+        if (base > 1) {
+            QCOMPARE(int{daemon.commandPort()}, base % 65536);
+            QCOMPARE(int{daemon.eventPort()}, base % 65536 + 1);
+        } else {
+            QVERIFY(daemon.commandPort() > 2 && daemon.eventPort() > 2);
+        }
+        const auto events = daemon.openEvents();
         const daemonLog log;
-        commands->send("<exit/><progress>activate</progress>");
-        events->eventsUntil("isActivated");
-        commands->send("<exit/>");
+        daemon.openCommands()->send("<exit/>");
         QTRY_VERIFY_WITH_TIMEOUT(log.contains("---- got exit command by client!"), patienceMs);
         events->send("<exit/>");
+        QVERIFY(events->isServed());
+        daemon.openCommands()->progress("create:0;x");
+        QVERIFY(events->hears("isShown"));
+        QVERIFY(daemon.isRunning());
     }
-    QVERIFY(events->isServed());
-    const auto commands = daemon.openCommands();
-    commands->progress("create:0;x");
-    QVERIFY(events->eventsUntil("isShown").endsWith("isShown"));
-    QVERIFY(daemon.isRunning());
 }
 
 void startAndEndTest::ignoresTheBasePortOfLongerCommandLines()
 {
     const quint16 base = freeBasePort();
-    daemonProcess daemon(m_screen, {QString::number(base), QStringLiteral("more")});
+    daemonProcess daemon(m_screen, {QString::number(base), "more"});
     QVERIFY(daemon.commandPort() != base);
     daemon.openCommands()->send("<exit/>");
     QVERIFY(endedInOrder(daemon));
@@ -193,22 +133,19 @@ void startAndEndTest::reportsAPortThatIsTaken()
 void startAndEndTest::replacesALeftOverLockFile()
 {
     const QString identifier = daemonProcess::newIdentifier();
-    const QString path = daemonProcess::lockFileOf(identifier);
-    QFile left(path);
-    QVERIFY(left.open(QIODevice::WriteOnly));
-    left.write("11111\n22222\nand more of an older text\n");
-    left.close();
-
+    const QString path = lockFileOf(identifier);
+    writeFile(path, "11111\n22222\nand more of an older text\n");
     childProcess daemon;
     daemon.setProcessEnvironment(m_screen.environment());
     daemon.start(daemonProcess::executable(), {identifier});
-    QByteArray lock;
-    QTRY_VERIFY_WITH_TIMEOUT(contentOf(path, lock) && lock.count('\n') == 2 && !lock.startsWith("11111\n"),
-                             patienceMs);
+    const auto isReplaced = [&path] {
+        const QByteArray lock = contentOf(path);
+        return lock.count('\n') == 2 && !lock.startsWith("11111\n");
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isReplaced(), patienceMs);
     daemon.kill();
     QVERIFY(daemon.waitForFinished(patienceMs));
-    QVERIFY2(QFile::exists(path), "a killed daemon leaves its lock file");
-    QVERIFY(QFile::remove(path));
+    removeFilesOf(identifier);
 }
 
 void startAndEndTest::leavesItsFilesInOrderWithoutXServer()
@@ -219,6 +156,40 @@ void startAndEndTest::leavesItsFilesInOrderWithoutXServer()
     screen.reset();
     QVERIFY(daemon.waitForEnd() != 0);
     QVERIFY(!QFile::exists(daemon.lockFile()));
+    QCOMPARE(daemon.statistics(), QByteArray("fileversion=2\n"));
+}
+
+void startAndEndTest::answersWithoutDisplay()
+{
+    const QByteArray usage("usage: progressd IDENTIFIER [BASEPORT]\n");
+    const QByteArray tooLong("progressd: the identifier is too long\n");
+    struct {
+        QStringList arguments;
+        int status;
+        QByteArray output; // how it begins
+        QByteArray error;
+    } const calls[] = {
+        {{}, 2, "", usage},
+        {{"--help"}, 0, usage, ""},
+        {{"--version"}, 0, "progressd 1.", ""},
+        // The statistics path holds 1023 characters, the lock file's 4095.
+        {{QString(1000, u'x')}, 2, "", tooLong},
+        {{QString(100'000, u'x')}, 2, "", tooLong},
+    };
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(name);
+    for (const auto &call : calls) {
+        childProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(daemonProcess::executable(), call.arguments);
+        QVERIFY(process.waitForFinished(patienceMs));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), call.status);
+        const QByteArray output = process.readAllStandardOutput();
+        QVERIFY2(output.startsWith(call.output) && output.isEmpty() == call.output.isEmpty(), output);
+        QCOMPARE(process.readAllStandardError(), call.error);
+    }
 }
 
 QTEST_GUILESS_MAIN(startAndEndTest)

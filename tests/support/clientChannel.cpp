@@ -46,28 +46,28 @@ qint64 clientChannel::answer()
 
 QString clientChannel::eventsUntil(const QString &last)
 {
-    constexpr qsizetype opening = sizeof "<event>" - 1;
-    constexpr qsizetype closing = sizeof "</event>" - 1;
+    const QByteArray opening("<event>");
+    const QByteArray closing("</event>");
     QStringList events;
     while (events.isEmpty() || events.constLast() != last) {
-        qsizetype end = m_received.indexOf("</event>");
-        while (end < 0 && waitForMore())
-            end = m_received.indexOf("</event>");
+        while (!m_received.contains(closing) && waitForMore()) {
+        }
+        const qsizetype end = m_received.indexOf(closing);
         if (end < 0)
             break;
+        const QByteArray text = m_received.left(end);
+        m_received.remove(0, end + closing.size());
         // Anything that is not an event, a text between two of them for instance, must not go unnoticed.
-        events << (m_received.startsWith("<event>")
-                       ? QString::fromLatin1(m_received.mid(opening, end - opening))
-                       : QStringLiteral("not an event: ") + QString::fromLatin1(m_received.left(end)));
-        m_received.remove(0, end + closing);
+        events << QString::fromLatin1(text.startsWith(opening) ? text.mid(opening.size())
+                                                               : "not an event: " + text);
     }
-    return events.join(QLatin1Char(' '));
+    return events.join(' ');
 }
 
 bool clientChannel::isServed()
 {
     progress("activate");
-    return eventsUntil(QStringLiteral("isActivated")).endsWith(QStringLiteral("isActivated"));
+    return hears("isActivated");
 }
 
 bool clientChannel::waitForClosed()

@@ -22,6 +22,8 @@ public:
     /// The next events up to and including `last`, or up to where the channel closed or the time was over,
     /// with a blank between them.
     QString eventsUntil(const QString &last);
+    /// Whether this event comes; those in front of it are dropped.
+    bool hears(const QString &event) { return eventsUntil(event).endsWith(event); }
     /// Whether the daemon still serves this channel, an event channel: it answers an "activate" sent on it.
     /// What was sent on it before has been handled then.
     bool isServed();

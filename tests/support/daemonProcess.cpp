@@ -3,9 +3,6 @@
 #include "tests/support/virtualScreen.h"
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QHostAddress>
-#include <QTcpSocket>
 #include <QTest>
 
 daemonProcess::daemonProcess(const virtualScreen &screen, const QStringList &furtherArguments)
@@ -15,9 +12,11 @@ daemonProcess::daemonProcess(const virtualScreen &screen, const QStringList &fur
     m_process.setWorkingDirectory(directory());
     m_process.start(executable(), QStringList{m_identifier} + furtherArguments);
     m_process.waitForStarted(patienceMs);
-    const bool serving = QTest::qWaitFor([this] { return readLockFile() || !isRunning(); }, patienceMs);
+    const bool serving =
+        QTest::qWaitFor([this] { return portsOf(m_identifier) || !isRunning(); }, patienceMs);
     if (!serving || !isRunning())
         QTest::qFail("the daemon does not come up", __FILE__, __LINE__);
+    m_ports = portsOf(m_identifier).value_or(ports());
 }
 
 daemonProcess::~daemonProcess()
@@ -26,9 +25,7 @@ daemonProcess::~daemonProcess()
         end();
     if (const QByteArray errors = m_process.readAllStandardError(); !errors.isEmpty())
         qWarning("the daemon wrote: %s", errors.left(500).constData());
-    QFile::remove(lockFile());
-    for (const QString &file : statisticsFiles())
-        QFile::remove(file);
+    removeFilesOf(m_identifier);
 }
 
 void daemonProcess::end()
@@ -40,14 +37,9 @@ void daemonProcess::end()
     }
     // It may already be about to end, because its last client has gone.
     if (isRunning()) {
-        QTcpSocket channel;
-        channel.connectToHost(QHostAddress::LocalHost, m_commandPort);
-        if (channel.waitForConnected(patienceMs)) {
-            channel.write("<exit/>");
-            channel.waitForBytesWritten(patienceMs);
-            if (channel.state() != QAbstractSocket::UnconnectedState)
-                channel.waitForDisconnected(patienceMs);
-        }
+        clientChannel last(m_ports.command);
+        last.send("<exit/>");
+        last.waitForClosed();
     }
     if (waitForEnd() != 0)
         QTest::qFail("the daemon has not ended in order", __FILE__, __LINE__);
@@ -55,7 +47,7 @@ void daemonProcess::end()
 
 QString daemonProcess::executable()
 {
-    return QStringLiteral(PROGRESSD);
+    return PROGRESSD;
 }
 
 QString daemonProcess::newIdentifier()
@@ -64,40 +56,22 @@ QString daemonProcess::newIdentifier()
     return QStringLiteral("test%1-%2").arg(QCoreApplication::applicationPid()).arg(++count);
 }
 
-QString daemonProcess::lockFileOf(const QString &identifier)
+std::optional<daemonProcess::ports> daemonProcess::portsOf(const QString &identifier)
 {
-    return QStringLiteral("/tmp/HalvornRunning_%1.lock").arg(identifier);
-}
-
-QStringList daemonProcess::statisticsFiles() const
-{
-    const QString name = QStringLiteral("/currentTimestamps_%1.txt").arg(m_identifier);
-    return {QStringLiteral("/var/instrument") + name, QStringLiteral("/var/tmp") + name};
-}
-
-/// False while the file is missing or only half written.
-bool daemonProcess::readLockFile()
-{
-    QFile file(lockFile());
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray text = file.readAll();
-    if (text.count('\n') < 2)
-        return false;
-    const QByteArrayList lines = text.split('\n');
-    m_commandPort = lines[0].toUShort();
-    m_eventPort = lines[1].toUShort();
-    return true;
+    const QByteArrayList lines = contentOf(lockFileOf(identifier)).split('\n');
+    if (lines.size() < 3)
+        return std::nullopt;
+    return ports{lines[0].toUShort(), lines[1].toUShort()};
 }
 
 std::unique_ptr<clientChannel> daemonProcess::openCommands() const
 {
-    return std::make_unique<clientChannel>(m_commandPort);
+    return std::make_unique<clientChannel>(m_ports.command);
 }
 
 std::unique_ptr<clientChannel> daemonProcess::openEvents(const QByteArray &configuration) const
 {
-    auto events = std::make_unique<clientChannel>(m_eventPort);
+    auto events = std::make_unique<clientChannel>(m_ports.event);
     // The event server takes commands as well: its answer shows that the channel has been accepted.
     events->configure(configuration);
     if (!events->isServed())

@@ -2,6 +2,7 @@
 
 #include "tests/support/childProcess.h"
 #include "tests/support/clientChannel.h"
+#include "tests/support/files.h"
 
 #include <QTemporaryDir>
 
@@ -21,15 +22,19 @@ public:
     static QString executable();
     /// An identifier that no other daemon has.
     static QString newIdentifier();
-    static QString lockFileOf(const QString &identifier);
+    struct ports {
+        quint16 command = 0; ///< 0: it does not listen, or there is no daemon
+        quint16 event = 0;
+    };
+    /// What the lock file says, nothing while it is missing or only half written.
+    static std::optional<ports> portsOf(const QString &identifier);
 
     QString lockFile() const { return lockFileOf(m_identifier); }
-    QStringList statisticsFiles() const;
+    /// What the daemon has saved.
+    QByteArray statistics() const { return statisticsOf(m_identifier); }
     QString directory() const { return m_directory.path(); }
-    /// 0 when the daemon does not listen, or does not serve at all.
-    quint16 commandPort() const { return m_commandPort; }
-    quint16 eventPort() const { return m_eventPort; }
-    qint64 processId() const { return m_process.processId(); }
+    quint16 commandPort() const { return m_ports.command; }
+    quint16 eventPort() const { return m_ports.event; }
 
     std::unique_ptr<clientChannel> openCommands() const;
     /// Opens an event channel and waits until the daemon has taken it in; `configuration` is applied in front
@@ -42,14 +47,12 @@ public:
     bool isRunning();
 
 private:
-    bool readLockFile();
     void end();
 
     QString m_identifier = newIdentifier();
     QTemporaryDir m_directory;
     childProcess m_process;
-    quint16 m_commandPort = 0;
-    quint16 m_eventPort = 0;
+    ports m_ports;
     bool m_endsOnRequest;
     bool m_endWasSeen = false;
 };

@@ -15,19 +15,20 @@ class virtualScreen
 public:
     enum manager { withoutManager, withOpenbox };
 
-    explicit virtualScreen(manager windowManager = withoutManager, QSize size = {800, 600});
+    explicit virtualScreen(manager windowManager = withoutManager);
 
     /// For all processes that are started here later.
     void setVariable(const QString &name, const QString &value) { m_variables.insert(name, value); }
     /// Makes a process that is started later show itself here.
     QProcessEnvironment environment() const;
     /// Runs a program on the screen; returns what it printed.
-    QByteArray run(const QString &program, const QStringList &arguments, const QByteArray &input = {}) const;
+    QByteArray run(const QString &program, const QStringList &arguments) const;
+    /// Runs xdotool with arguments between blanks.
+    QByteArray xdotool(const QString &arguments) const { return run("xdotool", arguments.split(' ')); }
 
     // Keys and clicks go through the X server, as those of a real user. Keys by name: "Return", "shift+Tab".
-    void key(const QString &keys) const;
-    void click(QPoint at) const;
-    void doubleClick(QPoint at) const;
+    void key(const QString &keys) const { xdotool("key " + keys); }
+    void click(QPoint place) const;
     void drag(QPoint from, QPoint to) const;
 
     struct window {
@@ -39,14 +40,12 @@ public:
     bool shows(const QString &title) const { return !windows(title).isEmpty(); }
     /// Waits until exactly one window with this title is shown, and returns it; one without id if that fails.
     window waitForWindow(const QString &title) const;
-
-    /// Waits until the window has the keyboard focus.
-    bool waitForFocus(const window &wanted) const;
+    /// The same, and waits until that window has the keyboard focus.
+    window waitForFocus(const QString &title) const;
 
     QImage picture() const;
 
 private:
-    void startServer(QSize size);
     void startManager();
 
     // The window manager goes first.
