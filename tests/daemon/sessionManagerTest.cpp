@@ -92,8 +92,9 @@ void sessionManagerTest::endsTheDaemon()
     QVERIFY(events->hears("shutDown"));
     QCOMPARE(daemon.waitForEnd(), 0);
     QVERIFY(!QFile::exists(daemon.lockFile()));
+    // Without a chance to save, the toolkit closes all windows first, which is what Escape is.
     if (message.startsWith("<msgbox>"))
-        QCOMPARE(commands->answer(), qint64{0});
+        QCOMPARE(commands->answer(), immediately ? qint64{65536} : qint64{0});
 }
 
 QTEST_GUILESS_MAIN(sessionManagerTest)
