@@ -244,8 +244,9 @@ void pipeTest::endsItsOwnDaemon()
     const commandLineClient ctl(m_screen);
     const QString own = ctl.identifier() + "-pipe";
     childProcess process;
-    ctl.start(process, "pipe");
-    QTRY_VERIFY_WITH_TIMEOUT(daemonProcess::portsOf(own), patienceMs);
+    ctl.start(process, "pipe --title " + ctl.identifier());
+    // Before that the daemon might have had no client whose end it could notice.
+    QVERIFY(m_screen.waitForWindow(ctl.identifier()).id);
     process.kill();
     QVERIFY(process.waitForFinished(patienceMs));
     QTRY_VERIFY_WITH_TIMEOUT(!daemonProcess::portsOf(own), patienceMs);
