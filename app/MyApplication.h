@@ -5,6 +5,7 @@
 class QSessionManager;
 
 /// The application object. A session manager that asks it to commit its data ends the daemon in order.
+/// Quitting asks no window for permission.
 class MyApplication : public QApplication
 {
     Q_OBJECT
@@ -13,4 +14,7 @@ public:
     MyApplication(int &argc, char **argv);
 
     void commitData(QSessionManager &manager);
+
+protected:
+    bool event(QEvent *event) override;
 };

@@ -120,7 +120,7 @@ void receiver::closed()
     if (channels().hasChannels() || m_server->hasPendingConnections())
         return;
     dump("---- doing exit by last closed connection!", 0);
-    QCoreApplication::exit(0);
+    QCoreApplication::quit();
 }
 
 /// Gives a channel that still holds events the chance to take them before it is closed.

@@ -82,5 +82,5 @@ void receiver::doExit()
 {
     dump("---- got exit command by client!", 0);
     if (!m_dontQuit)
-        QCoreApplication::exit(0);
+        QCoreApplication::quit();
 }
