@@ -67,7 +67,9 @@ void replacedFile::takeOverAccessRights()
         constexpr auto sameOwner = static_cast<uid_t>(-1);
         const bool isGroupKept = fchown(m_temporary.get(), old.st_uid, old.st_gid) == 0 ||
                                  fchown(m_temporary.get(), sameOwner, old.st_gid) == 0;
-        fchmod(m_temporary.get(), old.st_mode & (isGroupKept ? 0777 : 0707));
+        // Another group gets what it had as part of all others, and no more than the old one.
+        const mode_t groupRights = old.st_mode & (isGroupKept ? 070 : (old.st_mode & 07) << 3);
+        fchmod(m_temporary.get(), (old.st_mode & 0707) | groupRights);
         return;
     }
     const mode_t mask = umask(0);
