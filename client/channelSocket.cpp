@@ -8,6 +8,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -34,6 +35,20 @@ int pendingError(int fd)
     socklen_t size = sizeof code;
     getsockopt(fd, SOL_SOCKET, SO_ERROR, &code, &size);
     return code;
+}
+
+/// After both ends have said that they are done: waits until it is known how the other one took what was sent
+/// last.
+void waitForClosed(int fd, const deadline &until)
+{
+    constexpr std::chrono::microseconds lookInterval{50};
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    while (getsockopt(fd, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 && info.tcpi_state != TCP_CLOSE) {
+        if (until.isOver())
+            throwTimedOut("take what was sent");
+        std::this_thread::sleep_for(lookInterval);
+    }
 }
 
 } // namespace
@@ -132,7 +147,8 @@ void channelSocket::finish(const deadline &until)
             throwTimedOut("read what was sent");
     }
     // A daemon that hangs up before it has read everything resets the connection; behind an end that was
-    // already there, the reset is found only here.
+    // already there, the reset comes later and is found only here.
+    waitForClosed(m_fd, until);
     if (pendingError(m_fd) != 0)
         throwGone();
     close();
