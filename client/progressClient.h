@@ -109,11 +109,11 @@ public:
     enum class icon { none = 0, information = 1, warning = 2, critical = 3, question = 4 };
 
     struct question {
-        std::string title; ///< without "[#]", as the text
-        std::string text;  ///< a text that looks like HTML is shown as such
-        icon picture = icon::question;
+        std::string title;                       ///< without "[#]", as the text
+        std::string text;                        ///< shown as it is, markup too
         std::vector<button> buttons{button::ok}; ///< one to ten
-        button preset = button::none;            ///< the one that Return presses; one of `buttons`, or none
+        icon picture = icon::question;
+        button preset = button::none; ///< the one that Return presses; one of `buttons`, or none
     };
 
     struct event {

@@ -111,6 +111,7 @@ client::startedDaemon progressClientTest::start(int basePort, const QString &pro
 void progressClientTest::startsOneDaemonForManyCallers()
 {
     std::vector<std::future<client::startedDaemon>> callers;
+    callers.reserve(8);
     for (int i = 0; i < 8; ++i)
         callers.push_back(std::async(std::launch::async, [this] { return start(); }));
     int started = 0;
@@ -269,6 +270,7 @@ void progressClientTest::saysWhenTheDaemonIsFull()
 {
     start();
     std::vector<client> served;
+    served.reserve(10);
     for (int i = 0; i < 10; ++i)
         served.push_back(connect(client::channels::commands));
     const auto use = [](client &each) {

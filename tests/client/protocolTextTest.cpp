@@ -50,15 +50,15 @@ void protocolTextTest::writesBoxes()
 {
     using button = progressClient::button;
     const auto warning = progressClient::icon::warning;
-    QCOMPARE(boxPayload({"Copy", "Go on?", warning, {button::yes, button::no}, button::no}),
+    QCOMPARE(boxPayload({"Copy", "Go on?", {button::yes, button::no}, warning, button::no}),
              std::string("2[#]Copy[#]Go on?[#]16384[#]65792"));
-    QCOMPARE(boxPayload({"", "", progressClient::icon::none, {button::ok}, {}}),
+    QCOMPARE(boxPayload({"", "", {button::ok}, progressClient::icon::none, {}}),
              std::string("0[#][#][#]1024"));
     const progressClient::question refused[] = {
-        {"a", "b", warning, {}, {}},
-        {"a", "b", warning, std::vector<button>(11, button::ok), {}},
-        {"a", "b", warning, {button::ok}, button::no},
-        {"a[#]", "b", warning, {button::ok}, {}},
+        {"a", "b", {}, warning, {}},
+        {"a", "b", std::vector<button>(11, button::ok), warning, {}},
+        {"a", "b", {button::ok}, warning, button::no},
+        {"a[#]", "b", {button::ok}, warning, {}},
     };
     for (const auto &box : refused)
         QVERIFY_THROWS_EXCEPTION(error, boxPayload(box));

@@ -108,7 +108,8 @@ void busyWindowTest::comesAndGoes()
         for (const QByteArray &payload : payloads)
             events->progress(payload);
         QVERIFY(events->isServed());
-        QVERIFY2(QTest::qWaitFor([&] { return m_screen.shows("progressd") == isShown; }, patienceMs),
+        const bool expected = isShown;
+        QVERIFY2(QTest::qWaitFor([&] { return m_screen.shows("progressd") == expected; }, patienceMs),
                  payloads.join(' '));
     }
 }

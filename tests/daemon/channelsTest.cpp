@@ -22,6 +22,7 @@ void channelsTest::refusesTheEleventhChannel()
     daemonProcess daemon(m_screen);
     const auto events = daemon.openEvents();
     std::vector<std::unique_ptr<clientChannel>> channels;
+    channels.reserve(10);
     for (int i = 0; i < 10; ++i)
         channels.push_back(daemon.openCommands());
     QVERIFY(daemon.openCommands()->waitForClosed());
