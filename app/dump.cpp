@@ -22,6 +22,11 @@ FILE *openLog()
     return nullptr;
 }
 
+QByteArray localTime()
+{
+    return QDateTime::currentDateTime().toString(Qt::TextDate).toLatin1();
+}
+
 } // namespace
 
 void dump(const char *description, int result, int dataLen, const int *data)
@@ -31,8 +36,8 @@ void dump(const char *description, int result, int dataLen, const int *data)
         return;
 
     const bool emptyLineAfter = description[0] == '#';
-    const QByteArray now = QDateTime::currentDateTime().toString(Qt::TextDate).toLatin1();
-    std::fprintf(log, "%s: %s result=%04d", now.constData(), description + (emptyLineAfter ? 1 : 0), result);
+    std::fprintf(log, "%s: %s result=%04d", localTime().constData(), description + (emptyLineAfter ? 1 : 0),
+                 result);
     if (data) {
         std::fputc(':', log);
         for (int i = 0; i < dataLen; ++i)
@@ -40,6 +45,11 @@ void dump(const char *description, int result, int dataLen, const int *data)
     }
     std::fputs(emptyLineAfter ? "\n\n" : "\n", log);
     std::fclose(log);
+}
+
+void prepareDump()
+{
+    localTime();
 }
 
 int dumpIdentity(const void *object)

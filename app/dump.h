@@ -9,5 +9,9 @@
 /// that cannot be written is lost; nothing is reported.
 void dump(const char *description, int result, int dataLen = 0, const int *data = nullptr);
 
+/// Makes the records' times last until functions that are registered with atexit() after this call have run.
+/// Without it, the toolkit may have taken away before them what it writes dates with.
+void prepareDump();
+
 /// The number under which an object's identity (its address, cut to an int) stands in the log.
 int dumpIdentity(const void *object);

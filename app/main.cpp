@@ -11,11 +11,10 @@
 
 #include "app/MyApplication.h"
 #include "app/commandLine.h"
+#include "app/dump.h"
 #include "app/lockFile.h"
 #include "server/receiver.h"
 #include "stats/statisticsFile.h"
-
-#include <QDateTime>
 
 #include <cstdio>
 #include <cstdlib>
@@ -108,9 +107,7 @@ int serve(const commandLine &line)
     receiver eventServer(eventPort(line.basePort), true);
     receiver::loadStatisticData(line.identifier);
     servedIdentifier = line.identifier;
-    // Its times need what the toolkit makes with the first one, and takes away behind the functions that were
-    // registered after that.
-    QDateTime::currentDateTime().toString(Qt::TextDate);
+    prepareDump();
     std::atexit(leaveFiles);
     writeLockFile(commandServer.getPort(), eventServer.getPort());
 

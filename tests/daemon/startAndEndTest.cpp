@@ -153,8 +153,10 @@ void startAndEndTest::leavesItsFilesInOrderWithoutXServer()
     auto screen = std::make_unique<virtualScreen>();
     daemonProcess daemon(*screen);
     const auto events = daemon.openEvents();
+    const daemonLog log;
     screen.reset();
     QVERIFY(daemon.waitForEnd() != 0);
+    QVERIFY2(!('\n' + log.written()).contains("\n: "), "records without their time");
     QVERIFY(!QFile::exists(daemon.lockFile()));
     QCOMPARE(daemon.statistics(), QByteArray("fileversion=2\n"));
 }
