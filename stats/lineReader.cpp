@@ -25,7 +25,7 @@ std::optional<std::string_view> lineReader::next()
             m_begin = m_end;
         if (refill())
             continue;
-        // The refill in vain has moved them to the buffer's start.
+        // Although nothing came, what is left has been moved to the buffer's start.
         const std::string_view lastLine(m_buffer.data(), m_end);
         m_begin = m_end;
         if (m_passingOver || lastLine.empty())
