@@ -13,6 +13,7 @@
 #include "app/commandLine.h"
 #include "app/dump.h"
 #include "app/lockFile.h"
+#include "server/handlers.h"
 #include "server/receiver.h"
 #include "stats/statisticsFile.h"
 
@@ -103,8 +104,15 @@ void leaveFiles()
 
 int serve(const commandLine &line)
 {
+    handlers shared;
     receiver commandServer(line.basePort, false);
     receiver eventServer(eventPort(line.basePort), true);
+    QObject::connect(&commandServer, &receiver::clientGone, qApp, [&commandServer] {
+        if (commandServer.hasClients())
+            return;
+        dump("---- doing exit by last closed connection!", 0);
+        QCoreApplication::quit();
+    });
     receiver::loadStatisticData(line.identifier);
     servedIdentifier = line.identifier;
     prepareDump();

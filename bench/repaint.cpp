@@ -3,8 +3,7 @@
 // that whatever else the machine does hits both.
 
 #include "dialog/CProgressDialog.h"
-#include "server/receiver.h"
-#include "widgets/busyWidget.h"
+#include "dialog/dialogHost.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -28,29 +27,39 @@ constexpr int rounds = 400;
 
 void applyLightLook()
 {
-    appearance::m_desktopWidth = 1920;
-    appearance::m_desktopHeight = 1080;
-    appearance::m_barColor = QColor("#1b66c9");
-    appearance::m_invertedNumberColor = QColor("#ffffff");
-    appearance::m_dialogBackgroundColor = appearance::m_barBackgroundColor = QColor("#f3f5f8");
-    appearance::m_dialogFrameColor = QColor("#a9b8cb");
-    appearance::m_shadowLightColor = QColor("#ffffff");
-    appearance::m_shadowDarkColor = QColor("#c3ceda");
-    appearance::m_buttonBaseColor = QColor("#e4eaf1");
-    appearance::m_focusFrameColor = QColor("#1b66c9");
-    appearance::m_dialogBackgroundAlphaval = 242;
+    appearance.m_desktopWidth = 1920;
+    appearance.m_desktopHeight = 1080;
+    appearance.m_barColor = QColor("#1b66c9");
+    appearance.m_invertedNumberColor = QColor("#ffffff");
+    appearance.m_dialogBackgroundColor = appearance.m_barBackgroundColor = QColor("#f3f5f8");
+    appearance.m_dialogFrameColor = QColor("#a9b8cb");
+    appearance.m_shadowLightColor = QColor("#ffffff");
+    appearance.m_shadowDarkColor = QColor("#c3ceda");
+    appearance.m_buttonBaseColor = QColor("#e4eaf1");
+    appearance.m_focusFrameColor = QColor("#1b66c9");
+    appearance.m_dialogBackgroundAlphaval = 242;
 }
 
+class silentHost : public dialogHost
+{
+public:
+    void progressVisibilityChanged(bool) override {}
+    void updateTotalPercent(int, int) override {}
+    void clicked(int) override {}
+    bool isInputBlocked() const override { return false; }
+};
+
+/// Never deleted: it lives as long as the process.
 CProgressDialog &filledDialog()
 {
-    receiver::m_splash = new busyWidget;
-    receiver::m_progress = new CProgressDialog;
-    CProgressDialog &dialog = *receiver::m_progress;
+    static silentHost host;
+    CProgressDialog &dialog = *new CProgressDialog(host);
     for (int i = 0; i < slotCount; ++i) {
         dialog.createBar(i, QStringLiteral("Files copied to disk %1").arg(i));
         dialog.updateBar(i, 5 + 10 * i);
         dialog.addButton(i, QStringLiteral("B %1").arg(i));
     }
+    dialog.show();
     return dialog;
 }
 
@@ -143,6 +152,5 @@ int main(int argc, char **argv)
     std::printf("  %-8s %8s %8s\n", "", "median", "95 %");
     std::printf("  %-8s %5.2f ms %5.2f ms\n", "dialog", dialogMs.median, dialogMs.percentile95);
     std::printf("  %-8s %5.2f ms %5.2f ms\n", "Fusion", fusionMs.median, fusionMs.percentile95);
-    receiver::cleanup();
     return 0;
 }

@@ -12,13 +12,14 @@
 
 class QKeyEvent;
 class QPushButton;
+class dialogHost;
 class progressButton;
 class progressLabel;
 class progressProcess;
 class progressStyle;
 
 /// The progress dialog: a frameless window with ten slots for a text line or a bar, up to ten buttons, a
-/// total bar and a "Hide" button. `receiver` fills it, shows and hides it, and replaces it by a copy.
+/// total bar and a "Hide" button. Its host fills it, shows and hides it, and replaces it by a copy.
 ///
 /// A slot's flags are the whole truth about its content: the layout pass `ensureVisible()` derives every
 /// widget's place and visibility from them. A bar takes its caption from the label of its slot; a slot
@@ -35,7 +36,7 @@ public:
     enum { MAX_ENTRIES = 10 };
 
     /// Built hidden, from the appearance settings.
-    CProgressDialog();
+    explicit CProgressDialog(dialogHost &host);
     ~CProgressDialog() override;
 
     void createBar(int id, const QString &text);
@@ -121,6 +122,8 @@ private:
     bool sendClicked(const QObject *button);
     QPushButton *firstShownButton() const;
     QPushButton *lastShownButton() const;
+
+    dialogHost &m_host;
 
     progressLabel *m_totalLabel = nullptr;
     progressProcess *m_totalBar = nullptr;

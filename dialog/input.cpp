@@ -1,6 +1,6 @@
 #include "dialog/CProgressDialog.h"
 
-#include "server/receiver.h"
+#include "dialog/dialogHost.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressStyle.h"
 
@@ -18,7 +18,7 @@ bool CProgressDialog::sendClicked(const QObject *button)
 {
     for (int k = 0; k < maxButtons; ++k) {
         if (buttonVisible[k] && buttons[k] == button) {
-            receiver::sendEvent(QStringLiteral("clicked:") + QString::number(k));
+            m_host.clicked(k);
             return true;
         }
     }
@@ -31,7 +31,7 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
     const bool isKey = type == QEvent::KeyPress || type == QEvent::KeyRelease;
     // The second press of a double click presses a button as the first does.
     const bool isMousePress = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
-    if (receiver::boxIsOpen() && (isKey || isMousePress))
+    if (m_host.isInputBlocked() && (isKey || isMousePress))
         return true;
 
     if (obj == this)

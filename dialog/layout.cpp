@@ -14,11 +14,11 @@
 
 #include <algorithm>
 
-CProgressDialog::CProgressDialog()
-    : QWidget(nullptr, m_dialog_flags), m_style(std::make_unique<progressStyle>()),
-      m_desktopWidth(appearance::m_desktopWidth), m_desktopHeight(appearance::m_desktopHeight),
-      m_frameColor(appearance::m_dialogFrameColor), m_backgroundColor(appearance::m_dialogBackgroundColor),
-      m_alphaValue(appearance::m_dialogBackgroundAlphaval)
+CProgressDialog::CProgressDialog(dialogHost &host)
+    : QWidget(nullptr, appearance.m_dialog_flags), m_host(host), m_style(std::make_unique<progressStyle>()),
+      m_desktopWidth(appearance.m_desktopWidth), m_desktopHeight(appearance.m_desktopHeight),
+      m_frameColor(appearance.m_dialogFrameColor), m_backgroundColor(appearance.m_dialogBackgroundColor),
+      m_alphaValue(appearance.m_dialogBackgroundAlphaval)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_NoSystemBackground);
@@ -28,8 +28,8 @@ CProgressDialog::CProgressDialog()
     createWidgets();
     fixSize();
     movePosition();
-    setWindowTitle(literalTitle(appearance::m_windowTitle));
-    setWindowIcon(QIcon(imageFile(appearance::m_windowIcon)));
+    setWindowTitle(literalTitle(appearance.m_windowTitle));
+    setWindowIcon(QIcon(imageFile(appearance.m_windowIcon)));
     loadBackground();
     installEventFilter(this);
 }
@@ -71,9 +71,9 @@ void CProgressDialog::createWidgets()
 void CProgressDialog::shareBarPalette()
 {
     BAR_PALETTE = m_totalBar->palette();
-    BAR_PALETTE.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance::m_invertedNumberColor));
-    BAR_PALETTE.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance::m_barColor));
-    BAR_PALETTE.setBrush(QPalette::All, QPalette::Window, QBrush(appearance::m_barBackgroundColor));
+    BAR_PALETTE.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_invertedNumberColor));
+    BAR_PALETTE.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_barColor));
+    BAR_PALETTE.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_barBackgroundColor));
     m_totalBar->setPalette(BAR_PALETTE);
 }
 
@@ -81,8 +81,8 @@ void CProgressDialog::fixSize()
 {
     // The settings' fonts are made before the toolkit knows the screen and measure for 100 dots an inch;
     // on a denser screen the text is taller than that, and the cells must grow with it.
-    const int cellHeight = std::max(QFontMetrics(appearance::m_barNumFont).lineSpacing(),
-                                    QFontMetrics(appearance::m_barNumFont, this).lineSpacing());
+    const int cellHeight = std::max(QFontMetrics(appearance.m_barNumFont).lineSpacing(),
+                                    QFontMetrics(appearance.m_barNumFont, this).lineSpacing());
     m_Width = m_desktopHeight > 240 ? m_desktopWidth / 2 : m_desktopWidth * 3 / 4;
     m_Height = (cellHeight + m_ygap + 10) * (m_buttonRows + maxBars);
     m_Width = std::min(m_Width + 2 * (m_framewidth + m_margin), longestWindowSide);
@@ -92,14 +92,14 @@ void CProgressDialog::fixSize()
 
 void CProgressDialog::movePosition()
 {
-    move((m_desktopWidth - m_Width) / 2 + appearance::m_paintOffsetX,
-         (m_desktopHeight - m_Height) / 2 + appearance::m_paintOffsetY);
+    move((m_desktopWidth - m_Width) / 2 + appearance.m_paintOffsetX,
+         (m_desktopHeight - m_Height) / 2 + appearance.m_paintOffsetY);
 }
 
 void CProgressDialog::loadBackground()
 {
     QPixmap progressPixmap;
-    if (progressPixmap.load(imageFile(appearance::m_windowPixmap))) {
+    if (progressPixmap.load(imageFile(appearance.m_windowPixmap))) {
         setBackgroundPixmap(progressPixmap);
         return;
     }

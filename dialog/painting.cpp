@@ -38,10 +38,10 @@ const windowShape &shapeOf(const QSize &size, int framewidth)
 QLinearGradient backgroundGradient(int height, const QColor &col)
 {
     QLinearGradient grad1(0, 0, 0, height);
-    grad1.setColorAt(0.0, appearance::m_shadowLightColor);
+    grad1.setColorAt(0.0, appearance.m_shadowLightColor);
     grad1.setColorAt(0.05, col);
     grad1.setColorAt(0.95, col);
-    grad1.setColorAt(1.0, appearance::m_shadowDarkColor);
+    grad1.setColorAt(1.0, appearance.m_shadowDarkColor);
     return grad1;
 }
 

@@ -1,7 +1,7 @@
 #include "dialog/CProgressDialog.h"
 
 #include "app/dump.h"
-#include "server/receiver.h"
+#include "dialog/dialogHost.h"
 #include "stats/estimate.h"
 #include "stats/recordRun.h"
 #include "stats/remainingText.h"
@@ -26,7 +26,7 @@ bool CProgressDialog::takeTimingStep(bool inAction)
         startRun();
     else
         endRun();
-    receiver::progressVisibilityChanged(inAction);
+    m_host.progressVisibilityChanged(inAction);
     return inAction;
 }
 
@@ -99,14 +99,14 @@ void CProgressDialog::showEstimate(int elapsed)
     if (text.isEmpty()) {
         captionTotalBar();
         m_totalBar->setValue(m_currentPercent);
-        receiver::updateTotalPercent(m_currentPercent, -1);
+        m_host.updateTotalPercent(m_currentPercent, -1);
         m_totalBar->hide();
         return;
     }
     m_totalBar->setLabel(QStringLiteral("in progress... ") + text);
     const int percent = static_cast<int>(qint64{elapsed} * 100 / total);
     m_totalBar->setValue(percent);
-    receiver::updateTotalPercent(percent, remaining);
+    m_host.updateTotalPercent(percent, remaining);
     m_totalBar->show();
 }
 
@@ -135,7 +135,7 @@ void CProgressDialog::updatePercent()
     if (m_currentTotal != -1)
         return;
     m_totalBar->setValue(avgPercent);
-    receiver::updateTotalPercent(avgPercent, -1);
+    m_host.updateTotalPercent(avgPercent, -1);
     m_totalBar->hide();
 }
 

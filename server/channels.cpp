@@ -1,8 +1,8 @@
 #include "server/receiver.h"
 
 #include "app/dump.h"
+#include "server/handlers.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QNetworkInterface>
 #include <QTcpServer>
@@ -30,16 +30,43 @@ bool leavesDescriptors(const QTcpSocket *channel)
     return static_cast<rlim_t>(channel->socketDescriptor()) + keptDescriptors < limit.rlim_cur;
 }
 
-/// Another machine that tries again and again must not fill the disk: at most a line a second.
-void logRefusal()
+/// The servers listen on all addresses, but serve only processes of this machine.
+bool isOfThisMachine(const QTcpSocket *channel)
+{
+    const QHostAddress peer = channel->peerAddress();
+    return peer.isLoopback() || peer == channel->localAddress() ||
+           QNetworkInterface::allAddresses().contains(peer);
+}
+
+/// Somebody who tries again and again must not fill the disk: at most a line a second.
+void logRefusal(const QTcpSocket *channel)
 {
     constexpr qint64 silenceMs = 1000;
     static QElapsedTimer sinceLast;
-    if (!sinceLast.isValid() || sinceLast.hasExpired(silenceMs)) {
-        dump("---- refusing connection from another machine", 0);
-        sinceLast.start();
-    }
+    if (sinceLast.isValid() && !sinceLast.hasExpired(silenceMs))
+        return;
+    const bool wasReset = channel->peerAddress().isNull();
+    dump(wasReset ? "---- connection was reset before it was accepted"
+                  : "---- refusing connection from another machine",
+         0);
+    sinceLast.start();
 }
+
+/// A channel of the event port, to the listeners.
+class portListener : public QObject, public eventListener
+{
+    Q_OBJECT
+
+public:
+    explicit portListener(QTcpSocket *channel) : QObject(channel), m_channel(channel) {}
+
+    qint64 waiting() const override { return m_channel->bytesToWrite(); }
+    void write(QByteArrayView events) override { m_channel->write(events.data(), events.size()); }
+    void flush() override { m_channel->flush(); }
+
+private:
+    QTcpSocket *m_channel;
+};
 
 } // namespace
 
@@ -63,6 +90,8 @@ receiver::~receiver()
         channel->close();
     });
     channels().clear();
+    if (m_isEventServer)
+        shareListeners();
     m_server->close();
 }
 
@@ -84,12 +113,7 @@ QTcpSocket *receiver::findClient() const
 void receiver::connection()
 {
     while (QTcpSocket *channel = m_server->nextPendingConnection()) {
-        if (!isLocal(channel)) {
-            logRefusal();
-            delete channel;
-            continue;
-        }
-        if (!leavesDescriptors(channel) || !channels().enter(channel)) {
+        if (!admit(channel)) {
             delete channel;
             continue;
         }
@@ -97,15 +121,20 @@ void receiver::connection()
         channel->setReadBufferSize(readSize);
         connect(channel, &QTcpSocket::readyRead, this, &receiver::gotData);
         connect(channel, &QTcpSocket::disconnected, this, &receiver::closed);
+        if (m_isEventServer) {
+            new portListener(channel);
+            shareListeners();
+        }
     }
 }
 
-/// The servers listen on all addresses, but serve only processes of this machine.
-bool receiver::isLocal(const QTcpSocket *channel)
+bool receiver::admit(QTcpSocket *channel) const
 {
-    const QHostAddress peer = channel->peerAddress();
-    return peer.isLoopback() || peer == channel->localAddress() ||
-           QNetworkInterface::allAddresses().contains(peer);
+    if (!isOfThisMachine(channel)) {
+        logRefusal(channel);
+        return false;
+    }
+    return leavesDescriptors(channel) && channels().enter(channel);
 }
 
 void receiver::closed()
@@ -113,14 +142,26 @@ void receiver::closed()
     QTcpSocket *gone = findClient();
     channels().leave(gone);
     gone->deleteLater();
-    if (m_isEventServer || m_dontQuit)
-        return;
+    if (m_isEventServer)
+        shareListeners();
+    else if (!m_dontQuit)
+        emit clientGone();
+}
+
+bool receiver::hasClients() const
+{
     // Somebody who has connected but was not accepted yet is a client, too; this takes them in.
     m_server->waitForNewConnection(0);
-    if (channels().hasChannels() || m_server->hasPendingConnections())
-        return;
-    dump("---- doing exit by last closed connection!", 0);
-    QCoreApplication::quit();
+    return channels().hasChannels() || m_server->hasPendingConnections();
+}
+
+/// Tells which channels events reach.
+void receiver::shareListeners() const
+{
+    std::vector<eventListener *> reached;
+    channels().walk(
+        [&reached](QTcpSocket *channel) { reached.push_back(channel->findChild<portListener *>()); });
+    handlers::instance().m_listeners.setPortListeners(std::move(reached));
 }
 
 /// Gives a channel that still holds events the chance to take them before it is closed.
@@ -130,3 +171,5 @@ void receiver::drain(QTcpSocket *channel)
     if (channel->bytesToWrite() > 0)
         channel->waitForBytesWritten(patienceMs);
 }
+
+#include "channels.moc"

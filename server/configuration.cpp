@@ -1,12 +1,12 @@
-#include "server/receiver.h"
+#include "server/handlers.h"
 
 #include "app/dump.h"
 #include "dialog/CProgressDialog.h"
 #include "server/limits.h"
+#include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 
 #include <QStringTokenizer>
-#include <QStringView>
 
 #include <algorithm>
 
@@ -62,90 +62,96 @@ private:
     bool m_complete = true;
 };
 
+activeDialog &windows()
+{
+    return handlers::instance().m_active;
+}
+
 /// "windowPixmap=" and "windowStyle=" make the background less transparent.
 constexpr int styledAlpha = 242;
 
 void setWindowFonts(QStringView value)
 {
-    fieldReader(value, u'|') >> receiver::m_buttonFont >> receiver::m_barNumFont >>
-        receiver::m_barLabelFont >> receiver::m_labelFont;
+    fieldReader(value, u'|') >> appearance.m_buttonFont >> appearance.m_barNumFont >>
+        appearance.m_barLabelFont >> appearance.m_labelFont;
 }
 
 void setBusyIndicator(QStringView value)
 {
     fieldReader fields(value, u'|');
     QString pixmap;
-    fields >> receiver::m_busyXpos >> receiver::m_busyYpos >> receiver::m_busyWidth >>
-        receiver::m_busyHeight >> pixmap;
+    fields >> appearance.m_busyXpos >> appearance.m_busyYpos >> appearance.m_busyWidth >>
+        appearance.m_busyHeight >> pixmap;
     if (!fields)
         return;
     if (pixmap != QLatin1String("empty"))
-        receiver::m_busyPixmap = pixmap;
+        appearance.m_busyPixmap = pixmap;
 
-    if (!receiver::m_splash)
+    busyWidget *busyWindow = windows().busyWindow();
+    if (!busyWindow)
         return;
     dump("---- setting busy pixmap ", 0);
-    receiver::m_splash->setBusyPixmap(receiver::m_busyPixmap);
-    if (receiver::m_splash->isVisible())
-        receiver::m_splash->movePosition();
+    busyWindow->setBusyPixmap(appearance.m_busyPixmap);
+    if (busyWindow->isVisible())
+        busyWindow->movePosition();
 }
 
 void setPaintOffset(QStringView value)
 {
     fieldReader fields(value, u'|');
-    fields >> receiver::m_paintOffsetX >> receiver::m_paintOffsetY;
+    fields >> appearance.m_paintOffsetX >> appearance.m_paintOffsetY;
     if (!fields)
         return;
-    if (receiver::m_splash && receiver::m_splash->isVisible())
-        receiver::m_splash->movePosition();
-    if (receiver::m_progress && receiver::m_progress->isVisible())
-        receiver::m_progress->movePosition();
+    if (busyWidget *busyWindow = windows().busyWindow(); busyWindow && busyWindow->isVisible())
+        busyWindow->movePosition();
+    if (CProgressDialog *dialog = windows().dialog(); dialog && dialog->isVisible())
+        dialog->movePosition();
 }
 
 void setScreenGeometry(QStringView value)
 {
-    fieldReader(value, u',') >> receiver::m_desktopWidth >> receiver::m_desktopHeight;
+    fieldReader(value, u',') >> appearance.m_desktopWidth >> appearance.m_desktopHeight;
 }
 
 void setWindowTitle(QStringView value)
 {
-    receiver::m_windowTitle = value.left(longestCaption).toString();
+    appearance.m_windowTitle = value.left(longestCaption).toString();
 }
 
 void setWindowPixmap(QStringView value)
 {
-    receiver::m_windowPixmap = value.toString();
-    receiver::m_dialogBackgroundAlphaval = styledAlpha;
+    appearance.m_windowPixmap = value.toString();
+    appearance.m_dialogBackgroundAlphaval = styledAlpha;
 }
 
 void setWindowIcon(QStringView value)
 {
-    receiver::m_windowIcon = value.toString();
+    appearance.m_windowIcon = value.toString();
 }
 
 void setWindowStyle(QStringView value)
 {
     fieldReader fields(value, u'|');
-    fields >> receiver::m_barColor >> receiver::m_invertedNumberColor >> receiver::m_busyBarColor >>
-        receiver::m_busyInvertedNumberColor >> receiver::m_dialogBackgroundColor >>
-        receiver::m_dialogFrameColor;
+    fields >> appearance.m_barColor >> appearance.m_invertedNumberColor >> appearance.m_busyBarColor >>
+        appearance.m_busyInvertedNumberColor >> appearance.m_dialogBackgroundColor >>
+        appearance.m_dialogFrameColor;
     if (!fields)
         return;
-    receiver::m_busyBarBackgroundColor = receiver::m_dialogBackgroundColor;
-    receiver::m_barBackgroundColor = receiver::m_dialogBackgroundColor;
-    receiver::m_dialogBackgroundAlphaval = styledAlpha;
+    appearance.m_busyBarBackgroundColor = appearance.m_dialogBackgroundColor;
+    appearance.m_barBackgroundColor = appearance.m_dialogBackgroundColor;
+    appearance.m_dialogBackgroundAlphaval = styledAlpha;
 }
 
 void setWindowControls(QStringView value)
 {
-    fieldReader(value, u'|') >> receiver::m_shadowLightColor >> receiver::m_shadowDarkColor >>
-        receiver::m_buttonBaseColor >> receiver::m_focusFrameColor;
+    fieldReader(value, u'|') >> appearance.m_shadowLightColor >> appearance.m_shadowDarkColor >>
+        appearance.m_buttonBaseColor >> appearance.m_focusFrameColor;
 }
 
 void setWindowModal(QStringView value)
 {
-    m_modal_dialog = value.toString().toLower() == QLatin1String("on");
-    m_dialog_flags = m_modal_dialog ? m_modal_flags : m_nonmodal_flags;
+    appearance.m_modal_dialog = value.toString().toLower() == QLatin1String("on");
+    appearance.m_dialog_flags = appearance.m_modal_dialog ? m_modal_flags : m_nonmodal_flags;
 }
 
 struct configurationKey {
@@ -168,7 +174,7 @@ const configurationKey keys[] = {
 
 } // namespace
 
-void receiver::doConfiguration(const QString &description)
+void handlers::doConfiguration(const QString &description)
 {
     for (const QStringView entry : QStringView(description).tokenize(u';')) {
         if (entry.size() > longestEntry)

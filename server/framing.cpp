@@ -1,9 +1,10 @@
 #include "server/receiver.h"
 
 #include "app/dump.h"
+#include "server/handlers.h"
+#include "stats/statisticsFile.h"
 
 #include <QCoreApplication>
-#include <QScopedValueRollback>
 #include <QTcpSocket>
 
 namespace
@@ -11,6 +12,17 @@ namespace
 
 /// Text that may wait for its closing tag, in bytes.
 constexpr qsizetype maxWaiting = 16 * 1024 * 1024;
+/// Answers that may wait in a channel whose client does not read, in bytes.
+constexpr qint64 maxUnreadAnswers = 1024 * 1024;
+
+/// Answers a box with the four bytes of its code.
+void answer(QTcpSocket *asker, quint32 code)
+{
+    if (!asker || !asker->isOpen() || asker->bytesToWrite() > maxUnreadAnswers)
+        return;
+    asker->write(reinterpret_cast<const char *>(&code), sizeof code);
+    asker->flush();
+}
 
 } // namespace
 
@@ -20,10 +32,8 @@ void receiver::gotData()
     while (dispatch()) {
     }
     m_client = findClient();
-    QByteArray text = m_client->readAll();
-    if (const qsizetype zero = text.indexOf('\0'); zero >= 0)
-        text.truncate(zero);
-    m_command.append(text);
+    const QByteArray text = m_client->readAll();
+    m_command.append(QByteArrayView(text.constData(), qstrnlen(text.constData(), text.size())));
     dispatch();
     if (m_command.waiting() > maxWaiting) {
         dump("---- dropping text without a closing tag, bytes", static_cast<int>(m_command.waiting()));
@@ -35,21 +45,12 @@ void receiver::gotData()
 /// arrives; returns true then.
 bool receiver::dispatch()
 {
-    bool openedBox = false;
-    {
-        const QScopedValueRollback collecting(m_collectingEvents, true);
-        openedBox = dispatchMessages();
-    }
-    flushEvents();
-    return openedBox;
-}
-
-bool receiver::dispatchMessages()
-{
+    const eventListeners::batch batch(handlers::instance().m_listeners);
+    const noticeBoxes &boxes = handlers::instance().m_boxes;
     while (const std::optional<message> received = m_command.next()) {
-        const qsizetype openBoxes = m_openBoxes.size();
+        const qsizetype openBoxes = boxes.openCount();
         handle(*received);
-        if (m_openBoxes.size() > openBoxes)
+        if (boxes.openCount() > openBoxes)
             return true;
     }
     return false;
@@ -57,25 +58,15 @@ bool receiver::dispatchMessages()
 
 void receiver::handle(const message &received)
 {
-    const QString payload = QString::fromLatin1(received.payload);
-    switch (received.kind) {
-    case messageKind::configuration:
-        doConfiguration(payload);
-        break;
-    case messageKind::assertion:
-        doAssertion(payload);
-        break;
-    case messageKind::messageBox:
-        doMessage(payload);
-        break;
-    case messageKind::progress:
-        doProgress(payload);
-        drainDeletionQueue();
-        break;
-    case messageKind::exit:
+    if (received.kind == messageKind::exit) {
         doExit();
-        break;
+        return;
     }
+    handlers::instance().handle(received, dialect::port, [this, asker = m_client](quint32 code) {
+        answer(asker, code);
+        // The messages behind the box's have waited for its answer.
+        QMetaObject::invokeMethod(this, &receiver::dispatch, Qt::QueuedConnection);
+    });
 }
 
 void receiver::doExit()
@@ -83,4 +74,29 @@ void receiver::doExit()
     dump("---- got exit command by client!", 0);
     if (!m_dontQuit)
         QCoreApplication::quit();
+}
+
+void receiver::loadStatisticData(const char *file)
+{
+    loadStatistics(file);
+}
+
+void receiver::saveStatisticData(const char *file)
+{
+    saveStatistics(file);
+}
+
+void receiver::sendEvent(const QString &eventCode)
+{
+    handlers::instance().m_listeners.send(eventCode.toLatin1());
+}
+
+void receiver::BringWindowToFront()
+{
+    handlers::instance().m_active.bringToFront();
+}
+
+void receiver::cleanup()
+{
+    handlers::instance().cleanup();
 }

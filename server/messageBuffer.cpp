@@ -2,26 +2,9 @@
 
 #include <algorithm>
 
-namespace
+void messageBuffer::append(QByteArrayView text)
 {
-
-struct messageTags {
-    QByteArrayView opening; ///< empty for a message without payload
-    QByteArrayView closing;
-};
-
-constexpr std::array tags{
-    messageTags{"<configuration>", "</configuration>"},
-    messageTags{"<assert>", "</assert>"},
-    messageTags{"<msgbox>", "</msgbox>"},
-    messageTags{"<progress>", "</progress>"},
-    messageTags{"", "<exit/>"},
-};
-
-} // namespace
-
-void messageBuffer::append(const QByteArray &text)
-{
+    compact();
     m_text.append(text);
 }
 
@@ -34,18 +17,15 @@ void messageBuffer::clear()
 
 std::optional<message> messageBuffer::next()
 {
-    static_assert(tags.size() == kinds);
-    for (size_t kind = 0; kind < kinds; ++kind) {
-        const messageTags &tag = tags[kind];
+    for (size_t kind = 0; kind < messageKinds; ++kind) {
+        const messageTags &tag = tagsOf[kind];
         for (qsizetype end = findClosingTag(kind); end >= 0; end = findClosingTag(kind)) {
             const QByteArrayView inFront = QByteArrayView(m_text).sliced(m_head, end - m_head);
-            const qsizetype start = inFront.indexOf(tag.opening);
-            QByteArray payload;
-            if (start >= 0 && !tag.opening.isEmpty())
-                payload = inFront.sliced(start + tag.opening.size()).toByteArray();
-            cut(end + tag.closing.size());
-            if (start >= 0)
-                return message{static_cast<messageKind>(kind), payload};
+            m_head = end + tag.closing.size();
+            if (tag.opening.isEmpty())
+                return message{static_cast<messageKind>(kind), {}};
+            if (const qsizetype start = indexOfTag(inFront, tag.opening); start >= 0)
+                return message{static_cast<messageKind>(kind), inFront.sliced(start + tag.opening.size())};
         }
     }
     return std::nullopt;
@@ -53,17 +33,21 @@ std::optional<message> messageBuffer::next()
 
 qsizetype messageBuffer::findClosingTag(size_t kind)
 {
-    const QByteArrayView closing = tags[kind].closing;
+    const QByteArrayView closing = tagsOf[kind].closing;
     const qsizetype from = std::max(m_searched[kind], m_head);
-    const qsizetype found = QByteArrayView(m_text).indexOf(closing, from);
+    const qsizetype found = indexOfTag(m_text, closing, from);
     // A tag may be split over two pieces: all but its last byte may already be there.
     m_searched[kind] = found >= 0 ? found : std::max(from, m_text.size() - closing.size() + 1);
     return found;
 }
 
-void messageBuffer::cut(qsizetype end)
+/// Forgets what has been cut, where what remains is the smaller part.
+void messageBuffer::compact()
 {
-    m_head = end;
+    if (m_head == m_text.size()) {
+        clear();
+        return;
+    }
     if (m_head < m_text.size() - m_head)
         return;
     m_text.remove(0, m_head);

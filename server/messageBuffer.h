@@ -1,18 +1,11 @@
 #pragma once
 
+#include "server/message.h"
+
 #include <QByteArray>
 
 #include <array>
 #include <optional>
-
-/// The kinds of message, in the order in which they are cut out of the text.
-enum class messageKind { configuration, assertion, messageBox, progress, exit };
-
-struct message {
-    messageKind kind;
-    /// The text between the tags, Latin-1; empty for an exit message.
-    QByteArray payload;
-};
 
 /// Cuts tagged messages out of text that arrives in arbitrary pieces.
 ///
@@ -23,8 +16,9 @@ struct message {
 class messageBuffer
 {
 public:
-    void append(const QByteArray &text);
-    /// Cuts out the next message; none when no message is complete.
+    void append(QByteArrayView text);
+    /// Cuts out the next message; none when no message is complete. Its payload stays valid until the next
+    /// call of this or of `append()` or `clear()`.
     std::optional<message> next();
     /// Bytes that wait for a closing tag.
     qsizetype waiting() const { return m_text.size() - m_head; }
@@ -32,14 +26,12 @@ public:
     void clear();
 
 private:
-    static constexpr size_t kinds = 5;
-
     qsizetype findClosingTag(size_t kind);
-    void cut(qsizetype end);
+    void compact();
 
     QByteArray m_text;
     /// Where the text begins that has not been cut yet.
     qsizetype m_head = 0;
     /// Per kind, in front of where no closing tag of it begins.
-    std::array<qsizetype, kinds> m_searched{};
+    std::array<qsizetype, messageKinds> m_searched{};
 };

@@ -29,21 +29,21 @@ busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progress
     m_progr->setStyle(style);
     m_progr->setOrientation(Qt::Vertical);
     m_progr->setTextDirection(QProgressBar::BottomToTop);
-    m_progr->setFont(appearance::m_barLabelFont);
+    m_progr->setFont(appearance.m_barLabelFont);
 
     QPalette palette = m_progr->palette();
-    palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance::m_busyInvertedNumberColor));
-    palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance::m_busyBarColor));
-    palette.setBrush(QPalette::All, QPalette::Window, QBrush(appearance::m_busyBarBackgroundColor));
+    palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_busyInvertedNumberColor));
+    palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_busyBarColor));
+    palette.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_busyBarBackgroundColor));
     m_progr->setPalette(palette);
 
-    setBusyPixmap(appearance::m_busyPixmap);
+    setBusyPixmap(appearance.m_busyPixmap);
 }
 
 void busyWidget::setBusyPixmap(const QString &fileName)
 {
-    m_width = appearance::m_busyWidth >= 1 ? appearance::m_busyWidth : unknown;
-    m_height = appearance::m_busyHeight >= 1 ? appearance::m_busyHeight : unknown;
+    m_width = appearance.m_busyWidth >= 1 ? appearance.m_busyWidth : unknown;
+    m_height = appearance.m_busyHeight >= 1 ? appearance.m_busyHeight : unknown;
     loadPixmap(fileName);
     m_width = qMin(m_width, longestWindowSide);
     m_height = qMin(m_height, longestWindowSide);
@@ -83,13 +83,13 @@ void busyWidget::setBusyPercent(int percent)
 
 void busyWidget::movePosition()
 {
-    move(appearance::m_busyXpos + appearance::m_paintOffsetX,
-         appearance::m_busyYpos + appearance::m_paintOffsetY);
+    move(appearance.m_busyXpos + appearance.m_paintOffsetX,
+         appearance.m_busyYpos + appearance.m_paintOffsetY);
 }
 
 bool busyWidget::hasPosition()
 {
-    return appearance::m_busyXpos >= 0 && appearance::m_busyYpos >= 0;
+    return appearance.m_busyXpos >= 0 && appearance.m_busyYpos >= 0;
 }
 
 void busyWidget::mousePressEvent(QMouseEvent *)

@@ -51,10 +51,10 @@ QPainterPath outline(int w, int h, int inset)
 QLinearGradient bodyGradient(int h)
 {
     QLinearGradient gradient(4, 6, 4, h - 6);
-    gradient.setColorAt(0.0, appearance::m_shadowLightColor);
-    gradient.setColorAt(0.2, appearance::m_buttonBaseColor);
-    gradient.setColorAt(0.8, appearance::m_buttonBaseColor);
-    gradient.setColorAt(1.0, appearance::m_shadowDarkColor);
+    gradient.setColorAt(0.0, appearance.m_shadowLightColor);
+    gradient.setColorAt(0.2, appearance.m_buttonBaseColor);
+    gradient.setColorAt(0.8, appearance.m_buttonBaseColor);
+    gradient.setColorAt(1.0, appearance.m_shadowDarkColor);
     return gradient;
 }
 
@@ -72,7 +72,7 @@ const paintCache &cacheFor(int w, int h)
 
 progressButton::progressButton(QWidget *parent) : QPushButton(parent)
 {
-    setFont(appearance::m_buttonFont);
+    setFont(appearance.m_buttonFont);
     installEventFilter(parent);
     setFlat(true);
 }
@@ -80,7 +80,7 @@ progressButton::progressButton(QWidget *parent) : QPushButton(parent)
 void progressButton::paintEvent(QPaintEvent *)
 {
     const paintCache &cache = cacheFor(width(), height());
-    const QColor frame = hasFocus() ? appearance::m_focusFrameColor : appearance::m_buttonBaseColor;
+    const QColor frame = hasFocus() ? appearance.m_focusFrameColor : appearance.m_buttonBaseColor;
 
     QPainter painter(this);
     painter.setPen(frame);

@@ -6,5 +6,5 @@ progressLabel::progressLabel(QWidget *parent) : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
     setAutoFillBackground(false);
-    setFont(appearance::m_labelFont);
+    setFont(appearance.m_labelFont);
 }

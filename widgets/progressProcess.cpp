@@ -5,13 +5,13 @@
 progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_value(QProgressBar::value())
 {
     setAutoFillBackground(true);
-    setFont(appearance::m_barNumFont);
+    setFont(appearance.m_barNumFont);
 }
 
 void progressProcess::setLabel(const QString &label)
 {
     m_label = label;
-    setFont(m_label.isEmpty() ? appearance::m_barNumFont : appearance::m_barLabelFont);
+    setFont(m_label.isEmpty() ? appearance.m_barNumFont : appearance.m_barLabelFont);
     setFormat(m_label);
 }
 

@@ -56,11 +56,10 @@ void contentTest::shows()
     QFETCH(QString, commands);
     QFETCH(QString, content);
     dialogUnderTest dialog;
-    eventListener listener;
     dialog.run(commands);
     QCOMPARE(dialog.content(), content);
     QCOMPARE(dialog.isVisible(), !content.isEmpty());
-    QTEST(listener.events(), "events");
+    QTEST(dialog.events(), "events");
 }
 
 void contentTest::hasNoOtherSlots()
@@ -76,7 +75,7 @@ void contentTest::hasNoOtherSlots()
     }
     QCOMPARE(dialog.content(), "0:a %p% 9 1:b [0:c]");
 
-    receiver::m_desktopHeight = 200;
+    appearance.m_desktopHeight = 200;
     dialogUnderTest lowDialog;
     lowDialog.run(shown + " addButt:2;x " + everything.arg(5) + ' ' + everything.arg(9));
     QCOMPARE(lowDialog.content(), dialog.content());
@@ -84,19 +83,19 @@ void contentTest::hasNoOtherSlots()
 
 void contentTest::looks()
 {
-    receiver::m_labelFont = QFont("Sans", 7);
-    receiver::m_barLabelFont = QFont("Serif", 11);
-    receiver::m_buttonFont = QFont("Monospace", 6);
-    receiver::m_barColor = Qt::red;
-    receiver::m_windowTitle = "Job";
+    appearance.m_labelFont = QFont("Sans", 7);
+    appearance.m_barLabelFont = QFont("Serif", 11);
+    appearance.m_buttonFont = QFont("Monospace", 6);
+    appearance.m_barColor = Qt::red;
+    appearance.m_windowTitle = "Job";
     dialogUnderTest dialog;
-    receiver::m_barColor = Qt::green; // is for the next dialog
+    appearance.m_barColor = Qt::green; // is for the next dialog
     dialog.run("create:0;a addText:1;b addButt:0;c");
     QCOMPARE(dialog.windowTitle(), "Job");
     QCOMPARE(dialog.labels()[1]->textFormat(), Qt::PlainText);
     QCOMPARE(dialog.labels()[1]->font(), QFont("Sans", 7));
     QCOMPARE(dialog.bars()[0]->font(), QFont("Serif", 11));
-    QCOMPARE(dialog.bars()[5]->font(), receiver::m_barNumFont);
+    QCOMPARE(dialog.bars()[5]->font(), appearance.m_barNumFont);
     QCOMPARE(dialog.buttons()[0]->font(), QFont("Monospace", 6));
     QCOMPARE(dialog.bars()[0]->palette().color(QPalette::Highlight), QColor(Qt::red));
     QCOMPARE(dialog.totalBar()->palette().color(QPalette::Highlight), QColor(Qt::red));
@@ -121,22 +120,21 @@ void contentTest::copyShowsTheSame()
     QFETCH(int, from);
     QFETCH(int, to);
     QFETCH(QString, content);
-    receiver::m_desktopHeight = from;
-    receiver::m_barColor = Qt::red;
+    appearance.m_desktopHeight = from;
+    appearance.m_barColor = Qt::red;
     dialogUnderTest source;
-    receiver::m_barColor = Qt::green;
+    appearance.m_barColor = Qt::green;
     source.run("create:0;a addText:4;b create:5;d update:0;7 update:5;8 addButt:1;c addButt:9;e");
 
-    receiver::m_desktopHeight = to;
-    eventListener listener;
+    appearance.m_desktopHeight = to;
     dialogUnderTest copy;
     copy.copyFromDialog(source);
     QCOMPARE(copy.content(), content);
     QCOMPARE(copy.bars()[0]->palette().color(QPalette::Highlight), QColor(Qt::red));
     // Placed, but not shown, and without telling anybody; centred by its own measures.
     QVERIFY(!copy.isVisible());
-    QVERIFY(!listener.events().contains("is"));
-    receiver::m_desktopWidth = 1;
+    QVERIFY(!copy.events().contains("is"));
+    appearance.m_desktopWidth = 1;
     copy.movePosition();
     QTEST(copy.geometry(), "geometry");
     for (const QWidget *child :
@@ -144,9 +142,9 @@ void contentTest::copyShowsTheSame()
         QVERIFY(copy.rect().contains(child->pos()) && child->height() > 20);
 
     copy.buttons()[1]->click();
-    QCOMPARE(listener.events(), "clicked:1");
+    QCOMPARE(copy.events(), "clicked:1");
     copy.run("remove:0 remove:4 remove:5 delButt:1 delButt:9");
-    QVERIFY(listener.events().contains("isHidden"));
+    QVERIFY(copy.events().contains("isHidden"));
 }
 
 void contentTest::copyGoesOnWithTheRun()
@@ -155,19 +153,18 @@ void contentTest::copyGoesOnWithTheRun()
     source.run("create:0;a addButt:0;b");
     dialogUnderTest copy;
     copy.copyFromDialog(source);
-    eventListener listener;
     // The run is still the same: more content is no new one, and its average is known.
     copy.run("create:1;c update:1;50");
-    QCOMPARE(listener.events(), "totalProgress=25|-1");
+    QCOMPARE(copy.events(), "totalProgress=25|-1");
 
     // Even if the copy has no slot for the content, it does not end the run.
     source.run("create:5;a remove:0 delButt:0");
-    receiver::m_desktopHeight = 200;
+    appearance.m_desktopHeight = 200;
     dialogUnderTest lowCopy;
-    listener.events();
+    copy.events();
     lowCopy.copyFromDialog(source);
     QCOMPARE(lowCopy.content(), "");
-    QCOMPARE(listener.events(), "");
+    QCOMPARE(copy.events(), "");
 }
 
 QTEST_MAIN(contentTest)

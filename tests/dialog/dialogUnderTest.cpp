@@ -1,23 +1,40 @@
 #include "tests/dialog/dialogUnderTest.h"
 
-#include "widgets/busyWidget.h"
+#include "widgets/appearance.h"
 
 #include <QFontMetrics>
 #include <QTest>
 
 #include <functional>
 
-dialogUnderTest::dialogUnderTest()
-    : m_formerDialog(std::exchange(receiver::m_progress, this)),
-      m_formerSplash(std::exchange(receiver::m_splash, new busyWidget))
+void recordingHost::progressVisibilityChanged(bool isVisible)
 {
+    m_events << (isVisible ? QStringLiteral("isShown") : QStringLiteral("isHidden"));
+    if (!m_dialog)
+        return;
+    m_dialog->setVisible(isVisible);
+    if (isVisible)
+        m_dialog->activateWindow();
 }
 
-dialogUnderTest::~dialogUnderTest()
+void recordingHost::updateTotalPercent(int currentPercent, int remainingSeconds)
 {
-    delete std::exchange(receiver::m_splash, m_formerSplash);
-    receiver::m_progress = m_formerDialog;
-    receiver::m_windowIsActive = false;
+    m_events << QStringLiteral("totalProgress=%1|%2").arg(currentPercent).arg(remainingSeconds);
+}
+
+void recordingHost::clicked(int slot)
+{
+    m_events << QStringLiteral("clicked:%1").arg(slot);
+}
+
+QString recordingHost::events()
+{
+    return std::exchange(m_events, {}).join(' ');
+}
+
+dialogUnderTest::dialogUnderTest() : CProgressDialog(static_cast<dialogHost &>(*this))
+{
+    m_dialog = this;
 }
 
 void dialogUnderTest::run(const QString &commands)
@@ -68,41 +85,16 @@ QString dialogUnderTest::focus() const
     return QStringLiteral("none");
 }
 
-eventListener::eventListener()
-{
-    m_socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(m_server.getPort()));
-    m_socket.waitForConnected();
-    // Accepted, too.
-    m_socket.write("<progress>activate</progress>");
-    if (!QTest::qWaitFor([this] { return m_socket.bytesAvailable() > 0; }))
-        qFatal("no event channel");
-    m_socket.readAll();
-}
-
-QString eventListener::events()
-{
-    receiver::sendEvent(QStringLiteral("end"));
-    QByteArray text;
-    const bool complete = QTest::qWaitFor([&] {
-        text += m_socket.readAll();
-        return text.endsWith("<event>end</event>");
-    });
-    if (!complete)
-        return QStringLiteral("nothing came");
-    text.chop(qsizetype(sizeof "<event>end</event>" - 1));
-    return QString::fromLatin1(text.replace("</event>", " ").replace("<event>", "")).trimmed();
-}
-
 void resetSettings()
 {
-    receiver::m_desktopWidth = 640;
-    receiver::m_desktopHeight = 480;
-    receiver::m_paintOffsetX = receiver::m_paintOffsetY = 0;
-    receiver::m_busyXpos = receiver::m_busyYpos = -1;
-    m_modal_dialog = true;
-    m_dialog_flags = m_modal_flags;
+    appearance.m_desktopWidth = 640;
+    appearance.m_desktopHeight = 480;
+    appearance.m_paintOffsetX = appearance.m_paintOffsetY = 0;
+    appearance.m_busyXpos = appearance.m_busyYpos = -1;
+    appearance.m_modal_dialog = true;
+    appearance.m_dialog_flags = m_modal_flags;
 
-    QFont &font = receiver::m_barNumFont;
+    QFont &font = appearance.m_barNumFont;
     for (int pixels = 1; QFontMetrics(font).lineSpacing() != 16 && pixels < 30; ++pixels)
         font.setPixelSize(pixels);
     QCOMPARE(QFontMetrics(font).lineSpacing(), 16);

@@ -1,20 +1,37 @@
 #pragma once
 
 #include "dialog/CProgressDialog.h"
-#include "server/receiver.h"
+#include "dialog/dialogHost.h"
+#include "widgets/appearance.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 
-#include <QTcpSocket>
+#include <QStringList>
 
-/// A dialog seen from outside, through its children, which their order tells apart. It is the active one
-/// while it lives, or until another is made.
-class dialogUnderTest : public CProgressDialog
+/// A host that shows and hides its dialog, and writes down what it was told.
+class recordingHost : public dialogHost
+{
+public:
+    void progressVisibilityChanged(bool isVisible) override;
+    void updateTotalPercent(int currentPercent, int remainingSeconds) override;
+    void clicked(int slot) override;
+    bool isInputBlocked() const override { return false; }
+
+    /// What happened since the last call, with blanks between.
+    QString events();
+
+    CProgressDialog *m_dialog = nullptr;
+
+private:
+    QStringList m_events;
+};
+
+/// A dialog seen from outside, through its children, which their order tells apart.
+class dialogUnderTest : public recordingHost, public CProgressDialog
 {
 public:
     dialogUnderTest();
-    ~dialogUnderTest() override;
 
     using CProgressDialog::eventFilter;
 
@@ -38,22 +55,6 @@ private:
     {
         return findChildren<Child *>(Qt::FindDirectChildrenOnly).mid(1);
     }
-
-    CProgressDialog *m_formerDialog;
-    busyWidget *m_formerSplash;
-};
-
-/// An event channel inside the test.
-class eventListener
-{
-public:
-    eventListener();
-    /// The events since the last call, without the tags and with blanks between them.
-    QString events();
-
-private:
-    receiver m_server{0, true};
-    QTcpSocket m_socket;
 };
 
 /// Back to the defaults, with a font for the bars whose line spacing is 16 pixels.

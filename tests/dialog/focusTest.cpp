@@ -57,7 +57,7 @@ void focusTest::keys()
     QFETCH(QString, shown);
     QFETCH(QString, from);
     QFETCH(QList<Qt::Key>, keys);
-    receiver::m_busyXpos = receiver::m_busyYpos = 0;
+    appearance.m_busyXpos = appearance.m_busyYpos = 0;
     for (const Qt::Key key : keys) {
         dialogUnderTest dialog;
         dialog.run("create:0;a");
@@ -66,11 +66,11 @@ void focusTest::keys()
         QVERIFY(QTest::qWaitForWindowActive(&dialog));
         QPushButton *start = from == "hide" ? dialog.hideButton() : dialog.buttons()[from.toInt()];
         start->setFocus();
-        eventListener listener;
+        dialog.events();
         // To the widget that has the focus, as the toolkit does.
         QTest::keyClick(dialog.focusWidget(), key);
         QTEST(dialog.focus(), "focus");
-        QTEST(listener.events(), "events");
+        QTEST(dialog.events(), "events");
         QVERIFY(dialog.isVisible());
     }
 }
@@ -82,19 +82,19 @@ void focusTest::actsOnReleases()
     QVERIFY2(!dialog.eventFilter(&dialog, &press), "no button has the focus");
     dialog.run("addButt:0;a");
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
-    eventListener listener;
+    dialog.events();
     // The key went down elsewhere.
     QTest::keyRelease(dialog.buttons()[0], Qt::Key_Return);
     QVERIFY(dialog.eventFilter(dialog.buttons()[0], &press));
     QVERIFY2(dialog.eventFilter(&dialog, &press), "the dialog's key is its focused button's");
-    QCOMPARE(listener.events(), "");
+    QCOMPARE(dialog.events(), "");
     QTest::keyRelease(dialog.buttons()[0], Qt::Key_Return);
-    QCOMPARE(listener.events(), "clicked:0");
+    QCOMPARE(dialog.events(), "clicked:0");
 }
 
 void focusTest::startsOnTheFirstButton()
 {
-    receiver::m_busyXpos = receiver::m_busyYpos = 0;
+    appearance.m_busyXpos = appearance.m_busyYpos = 0;
     dialogUnderTest dialog;
     dialog.run("create:0;a addButt:5;b addButt:2;c");
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
@@ -112,13 +112,12 @@ void focusTest::startsOnTheFirstButton()
 
 void focusTest::clicks()
 {
-    receiver::m_busyXpos = receiver::m_busyYpos = 0;
+    appearance.m_busyXpos = appearance.m_busyYpos = 0;
     dialogUnderTest dialog;
-    eventListener listener;
     dialog.run("addButt:0;a addButt:3;b delButt:3 addButt:3;c addButt:3;d");
-    listener.events();
+    dialog.events();
     QTest::mouseClick(dialog.buttons()[3], Qt::LeftButton);
-    QCOMPARE(listener.events(), "clicked:3");
+    QCOMPARE(dialog.events(), "clicked:3");
     // By mouse or by key, the Hide button only hides.
     QTest::mouseClick(dialog.hideButton(), Qt::LeftButton);
     QVERIFY(!dialog.isVisible());
@@ -127,7 +126,7 @@ void focusTest::clicks()
     dialog.hideButton()->setFocus();
     QTest::keyClick(dialog.hideButton(), Qt::Key_Return);
     QVERIFY(!dialog.isVisible());
-    QCOMPARE(listener.events(), "");
+    QCOMPARE(dialog.events(), "");
 }
 
 void focusTest::hidesOnlyWhatComesBack()

@@ -36,12 +36,12 @@ void layoutTest::windowSize()
 {
     QFETCH(QSize, screen);
     QFETCH(QRect, expected);
-    receiver::m_desktopWidth = screen.width();
-    receiver::m_desktopHeight = screen.height();
+    appearance.m_desktopWidth = screen.width();
+    appearance.m_desktopHeight = screen.height();
     dialogUnderTest dialog;
     QCOMPARE(dialog.geometry(), expected);
-    receiver::m_paintOffsetX = 5;
-    receiver::m_paintOffsetY = -7;
+    appearance.m_paintOffsetX = 5;
+    appearance.m_paintOffsetY = -7;
     dialog.movePosition();
     QCOMPARE(dialog.geometry(), expected.translated(5, -7));
 }
@@ -62,7 +62,7 @@ void layoutTest::rows()
     QFETCH(int, screenHeight);
     QFETCH(QString, commands);
     QFETCH(QList<int>, tops);
-    receiver::m_desktopHeight = screenHeight;
+    appearance.m_desktopHeight = screenHeight;
     dialogUnderTest dialog;
     dialog.run(commands);
     QList<QRect> shown;
@@ -81,20 +81,20 @@ void layoutTest::rows()
 
 void layoutTest::totalBarAndHideButton()
 {
-    receiver::m_busyXpos = 5; // half a position is none
+    appearance.m_busyXpos = 5; // half a position is none
     dialogUnderTest dialog;
     dialog.run("addText:0;a");
     QVERIFY(!dialog.hideButton()->isVisible());
     QCOMPARE(dialog.totalBar()->geometry(), QRect(11, 307, 308, 26));
 
-    receiver::m_busyYpos = 0;
+    appearance.m_busyYpos = 0;
     dialog.run("addText:0;a");
     QVERIFY(dialog.hideButton()->isVisible());
     const int width = dialog.hideButton()->sizeHint().width();
     QCOMPARE(dialog.totalBar()->geometry(), QRect(11, 307, 308 - width, 26));
     QCOMPARE(dialog.hideButton()->geometry(), QRect(328 - width, 303, width, 34));
 
-    receiver::m_desktopHeight = 279;
+    appearance.m_desktopHeight = 279;
     dialogUnderTest lowDialog;
     lowDialog.run("addText:0;a");
     QCOMPARE(lowDialog.totalBar()->geometry(), QRect(8, 132, 308 - width, 26));
@@ -126,7 +126,7 @@ void layoutTest::buttons()
     QFETCH(int, screenHeight);
     QFETCH(QString, commands);
     QFETCH(QList<QRect>, expected);
-    receiver::m_desktopHeight = screenHeight;
+    appearance.m_desktopHeight = screenHeight;
     dialogUnderTest dialog;
     dialog.run(commands);
     QList<QRect> shown;
@@ -140,8 +140,8 @@ void layoutTest::buttons()
 void layoutTest::followsTheSettingsOfItsConstruction()
 {
     dialogUnderTest dialog;
-    receiver::m_desktopWidth = 1000;
-    receiver::m_desktopHeight = 200;
+    appearance.m_desktopWidth = 1000;
+    appearance.m_desktopHeight = 200;
     dialog.run("create:9;a");
     dialog.movePosition();
     QCOMPARE(dialog.geometry(), QRect(152, 40, 336, 400));

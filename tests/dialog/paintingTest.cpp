@@ -1,5 +1,5 @@
-#include "dialog/CProgressDialog.h"
 #include "dialog/roundRectRegion.h"
+#include "tests/dialog/dialogUnderTest.h"
 #include "widgets/appearance.h"
 
 #include <QImage>
@@ -17,6 +17,8 @@ const QColor background("#20c040");
 const QColor frame("#ffcc00");
 
 /// The dialog as a compositor gets it, its children hidden.
+recordingHost host;
+
 QImage grabPanel(CProgressDialog &dialog)
 {
     for (auto *child : dialog.findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
@@ -88,20 +90,20 @@ private:
 
 void paintingTest::init()
 {
-    appearance::m_desktopWidth = 640;
-    appearance::m_desktopHeight = 480;
-    appearance::m_shadowLightColor = light;
-    appearance::m_shadowDarkColor = dark;
-    appearance::m_dialogBackgroundColor = background;
-    appearance::m_dialogFrameColor = frame;
-    appearance::m_dialogBackgroundAlphaval = 255;
-    appearance::m_windowPixmap = QStringLiteral("unknown");
+    appearance.m_desktopWidth = 640;
+    appearance.m_desktopHeight = 480;
+    appearance.m_shadowLightColor = light;
+    appearance.m_shadowDarkColor = dark;
+    appearance.m_dialogBackgroundColor = background;
+    appearance.m_dialogFrameColor = frame;
+    appearance.m_dialogBackgroundAlphaval = 255;
+    appearance.m_windowPixmap = QStringLiteral("unknown");
 }
 
 void paintingTest::useImage(const QImage &image) const
 {
-    appearance::m_windowPixmap = m_folder.filePath(QStringLiteral("background.png"));
-    QVERIFY(image.save(appearance::m_windowPixmap));
+    appearance.m_windowPixmap = m_folder.filePath(QStringLiteral("background.png"));
+    QVERIFY(image.save(appearance.m_windowPixmap));
 }
 
 void paintingTest::regionOfRoundedRectangle()
@@ -125,8 +127,8 @@ void paintingTest::frameRing()
 {
     // Sizes by turns.
     for (const int screenWidth : {640, 1000, 640}) {
-        appearance::m_desktopWidth = screenWidth;
-        CProgressDialog dialog;
+        appearance.m_desktopWidth = screenWidth;
+        CProgressDialog dialog(host);
         const QImage image = grabPanel(dialog);
         const int w = image.width();
         const int h = image.height();
@@ -151,7 +153,7 @@ void paintingTest::frameRing()
 
 void paintingTest::gradient()
 {
-    CProgressDialog dialog;
+    CProgressDialog dialog(host);
     const auto showsShadows = [&](const QColor &top, const QColor &bottom) {
         const QImage image = grabPanel(dialog);
         const int h = image.height();
@@ -170,10 +172,10 @@ void paintingTest::gradient()
     };
     showsShadows(light, dark);
     // New shadows reach an open dialog; frame and background are its own.
-    appearance::m_shadowLightColor = QColor("#00ffff");
-    appearance::m_shadowDarkColor = QColor("#ffff00");
-    appearance::m_dialogBackgroundColor = appearance::m_dialogFrameColor = Qt::black;
-    showsShadows(appearance::m_shadowLightColor, appearance::m_shadowDarkColor);
+    appearance.m_shadowLightColor = QColor("#00ffff");
+    appearance.m_shadowDarkColor = QColor("#ffff00");
+    appearance.m_dialogBackgroundColor = appearance.m_dialogFrameColor = Qt::black;
+    showsShadows(appearance.m_shadowLightColor, appearance.m_shadowDarkColor);
 }
 
 void paintingTest::opacity_data()
@@ -186,8 +188,8 @@ void paintingTest::opacity_data()
 void paintingTest::opacity()
 {
     QFETCH(int, alpha);
-    appearance::m_dialogBackgroundAlphaval = alpha;
-    CProgressDialog dialog;
+    appearance.m_dialogBackgroundAlphaval = alpha;
+    CProgressDialog dialog(host);
     const QImage panel = grabPanel(dialog);
     const QPoint middle = panel.rect().center();
     COMPARE_COLOR(panel.pixel(middle), alpha ? withAlpha(background, alpha) : QColor(0, 0, 0, 0), rounding);
@@ -202,7 +204,7 @@ void paintingTest::opacity()
     QImage image(10, 10, QImage::Format_RGB32);
     image.fill(dark);
     useImage(image);
-    CProgressDialog imageDialog;
+    CProgressDialog imageDialog(host);
     const QImage imagePanel = grabPanel(imageDialog);
     for (const QPoint where : {QPoint(0, 0), QPoint(imagePanel.width() - 1, 50), QPoint(50, 50)})
         COMPARE_COLOR(imagePanel.pixel(where), withAlpha(dark, alpha), rounding);
@@ -216,7 +218,7 @@ void paintingTest::imageIsStretchedWithoutSmoothing()
 {
     for (const QSize size : {QSize(2, 2), QSize(100, 50), QSize(1500, 1200)}) {
         useImage(quarters(size));
-        CProgressDialog dialog;
+        CProgressDialog dialog(host);
         const QImage panel = grabPanel(dialog);
         const int halfW = panel.width() / 2;
         const int halfH = panel.height() / 2;
@@ -233,21 +235,21 @@ void paintingTest::imageIsStretchedWithoutSmoothing()
 
 void paintingTest::reloadKeepsTheBackground()
 {
-    CProgressDialog plain;
+    CProgressDialog plain(host);
     const QImage plainPanel = grabPanel(plain);
     plain.reloadPixmap();
     QCOMPARE(grabPanel(plain), plainPanel);
 
     useImage(quarters({10, 10}));
-    CProgressDialog dialog;
+    CProgressDialog dialog(host);
     const QImage panel = grabPanel(dialog);
     QVERIFY(panel != plainPanel);
     dialog.reloadPixmap();
     QCOMPARE(grabPanel(dialog), panel);
 
     // An image that does not load leaves the gradient.
-    QVERIFY(QFile::resize(appearance::m_windowPixmap, 30));
-    CProgressDialog broken;
+    QVERIFY(QFile::resize(appearance.m_windowPixmap, 30));
+    CProgressDialog broken(host);
     QCOMPARE(grabPanel(broken), plainPanel);
     QCOMPARE(broken.palette().color(QPalette::Window), QColor(Qt::gray));
 }

@@ -1,6 +1,7 @@
 #include "tests/fuzz/daemonSession.h"
 
 #include "dialog/CProgressDialog.h"
+#include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 
 #include <QAbstractButton>
@@ -25,41 +26,41 @@ namespace
 
 /// The settings as they are when a daemon starts.
 struct settings {
-    QString busyPixmap = receiver::m_busyPixmap;
-    QString windowTitle = receiver::m_windowTitle;
-    QString windowPixmap = receiver::m_windowPixmap;
-    QString windowIcon = receiver::m_windowIcon;
-    QFont fonts[4] = {receiver::m_labelFont, receiver::m_barNumFont, receiver::m_barLabelFont,
-                      receiver::m_buttonFont};
+    QString busyPixmap = appearance.m_busyPixmap;
+    QString windowTitle = appearance.m_windowTitle;
+    QString windowPixmap = appearance.m_windowPixmap;
+    QString windowIcon = appearance.m_windowIcon;
+    QFont fonts[4] = {appearance.m_labelFont, appearance.m_barNumFont, appearance.m_barLabelFont,
+                      appearance.m_buttonFont};
 
     void putBack() const;
 };
 
 void settings::putBack() const
 {
-    receiver::m_busyPixmap = busyPixmap;
-    receiver::m_windowTitle = windowTitle;
-    receiver::m_windowPixmap = windowPixmap;
-    receiver::m_windowIcon = windowIcon;
-    receiver::m_labelFont = fonts[0];
-    receiver::m_barNumFont = fonts[1];
-    receiver::m_barLabelFont = fonts[2];
-    receiver::m_buttonFont = fonts[3];
+    appearance.m_busyPixmap = busyPixmap;
+    appearance.m_windowTitle = windowTitle;
+    appearance.m_windowPixmap = windowPixmap;
+    appearance.m_windowIcon = windowIcon;
+    appearance.m_labelFont = fonts[0];
+    appearance.m_barNumFont = fonts[1];
+    appearance.m_barLabelFont = fonts[2];
+    appearance.m_buttonFont = fonts[3];
     for (QColor *color :
-         {&receiver::m_barColor, &receiver::m_invertedNumberColor, &receiver::m_busyBarColor,
-          &receiver::m_busyInvertedNumberColor, &receiver::m_dialogBackgroundColor,
-          &receiver::m_dialogFrameColor, &receiver::m_barBackgroundColor, &receiver::m_busyBarBackgroundColor,
-          &receiver::m_shadowLightColor, &receiver::m_shadowDarkColor, &receiver::m_buttonBaseColor,
-          &receiver::m_focusFrameColor})
+         {&appearance.m_barColor, &appearance.m_invertedNumberColor, &appearance.m_busyBarColor,
+          &appearance.m_busyInvertedNumberColor, &appearance.m_dialogBackgroundColor,
+          &appearance.m_dialogFrameColor, &appearance.m_barBackgroundColor,
+          &appearance.m_busyBarBackgroundColor, &appearance.m_shadowLightColor, &appearance.m_shadowDarkColor,
+          &appearance.m_buttonBaseColor, &appearance.m_focusFrameColor})
         *color = QColor();
-    receiver::m_desktopWidth = 640;
-    receiver::m_desktopHeight = 480;
-    receiver::m_paintOffsetX = receiver::m_paintOffsetY = 0;
-    receiver::m_busyXpos = receiver::m_busyYpos = -1;
-    receiver::m_busyWidth = receiver::m_busyHeight = -1;
-    receiver::m_dialogBackgroundAlphaval = 200;
-    m_modal_dialog = true;
-    m_dialog_flags = m_modal_flags;
+    appearance.m_desktopWidth = 640;
+    appearance.m_desktopHeight = 480;
+    appearance.m_paintOffsetX = appearance.m_paintOffsetY = 0;
+    appearance.m_busyXpos = appearance.m_busyYpos = -1;
+    appearance.m_busyWidth = appearance.m_busyHeight = -1;
+    appearance.m_dialogBackgroundAlphaval = 200;
+    appearance.m_modal_dialog = true;
+    appearance.m_dialog_flags = m_modal_flags;
 }
 
 const settings &startSettings()
@@ -105,7 +106,7 @@ void daemonSession::prepareProcess()
 }
 
 daemonSession::daemonSession()
-    : m_commandServer(std::make_unique<receiver>(-2, false)),
+    : m_handlers(std::make_unique<handlers>()), m_commandServer(std::make_unique<receiver>(-2, false)),
       m_eventServer(std::make_unique<receiver>(-1, true)), m_commands(connectTo(m_commandServer->getPort())),
       m_events(connectTo(m_eventServer->getPort()))
 {
@@ -122,7 +123,6 @@ daemonSession::~daemonSession()
     hangUp(m_events);
     m_eventServer.reset();
     m_commandServer.reset();
-    receiver::m_windowIsActive = false;
     turn();
     startSettings().putBack();
 }
@@ -212,9 +212,9 @@ void daemonSession::rejectBox()
 
 void daemonSession::clickButtons()
 {
-    if (!receiver::m_progress)
+    if (!m_handlers->m_active.dialog())
         return;
-    for (QAbstractButton *button : receiver::m_progress->findChildren<QAbstractButton *>()) {
+    for (QAbstractButton *button : m_handlers->m_active.dialog()->findChildren<QAbstractButton *>()) {
         if (button->isVisible())
             button->click();
     }
@@ -223,19 +223,19 @@ void daemonSession::clickButtons()
 
 void daemonSession::pressBusyWindow()
 {
-    if (!receiver::m_splash)
+    if (!m_handlers->m_active.busyWindow())
         return;
     QMouseEvent press(QEvent::MouseButtonPress, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton, Qt::LeftButton,
                       Qt::NoModifier);
-    QCoreApplication::sendEvent(receiver::m_splash, &press);
+    QCoreApplication::sendEvent(m_handlers->m_active.busyWindow(), &press);
     turn();
 }
 
 void daemonSession::tick()
 {
-    if (!receiver::m_progress)
+    if (!m_handlers->m_active.dialog())
         return;
     QTimerEvent second(0);
-    QCoreApplication::sendEvent(receiver::m_progress, &second);
+    QCoreApplication::sendEvent(m_handlers->m_active.dialog(), &second);
     turn();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "server/handlers.h"
 #include "server/receiver.h"
 
 #include <memory>
@@ -39,6 +40,7 @@ private:
     void send(int channel, std::string_view bytes);
     void turn();
 
+    std::unique_ptr<handlers> m_handlers;
     std::unique_ptr<receiver> m_commandServer;
     std::unique_ptr<receiver> m_eventServer;
     int m_commands;

@@ -1,4 +1,6 @@
+#include "server/handlers.h"
 #include "server/receiver.h"
+#include "widgets/appearance.h"
 
 #include <QApplication>
 #include <QTcpSocket>
@@ -18,6 +20,7 @@ private slots:
 private:
     void configure(const QByteArray &entries);
 
+    handlers m_handlers;
     receiver m_server{0, false};
     QTcpSocket m_client;
 };
@@ -45,37 +48,37 @@ QString text(const QColor &colour)
 QStringList settings()
 {
     const std::pair<const char *, QString> all[] = {
-        {"desktopWidth", text(receiver::m_desktopWidth)},
-        {"desktopHeight", text(receiver::m_desktopHeight)},
-        {"offsetX", text(receiver::m_paintOffsetX)},
-        {"offsetY", text(receiver::m_paintOffsetY)},
-        {"busyX", text(receiver::m_busyXpos)},
-        {"busyY", text(receiver::m_busyYpos)},
-        {"busyWidth", text(receiver::m_busyWidth)},
-        {"busyHeight", text(receiver::m_busyHeight)},
-        {"busyPixmap", receiver::m_busyPixmap},
-        {"title", receiver::m_windowTitle},
-        {"pixmap", receiver::m_windowPixmap},
-        {"icon", receiver::m_windowIcon},
-        {"labelFont", text(receiver::m_labelFont)},
-        {"barNumFont", text(receiver::m_barNumFont)},
-        {"barLabelFont", text(receiver::m_barLabelFont)},
-        {"buttonFont", text(receiver::m_buttonFont)},
-        {"bar", text(receiver::m_barColor)},
-        {"invertedNumber", text(receiver::m_invertedNumberColor)},
-        {"busyBar", text(receiver::m_busyBarColor)},
-        {"busyInvertedNumber", text(receiver::m_busyInvertedNumberColor)},
-        {"background", text(receiver::m_dialogBackgroundColor)},
-        {"frame", text(receiver::m_dialogFrameColor)},
-        {"barBackground", text(receiver::m_barBackgroundColor)},
-        {"busyBarBackground", text(receiver::m_busyBarBackgroundColor)},
-        {"light", text(receiver::m_shadowLightColor)},
-        {"dark", text(receiver::m_shadowDarkColor)},
-        {"button", text(receiver::m_buttonBaseColor)},
-        {"focus", text(receiver::m_focusFrameColor)},
-        {"alpha", text(receiver::m_dialogBackgroundAlphaval)},
-        {"modal", text(int{m_modal_dialog})},
-        {"flags", QString::number(m_dialog_flags.toInt(), 16)},
+        {"desktopWidth", text(appearance.m_desktopWidth)},
+        {"desktopHeight", text(appearance.m_desktopHeight)},
+        {"offsetX", text(appearance.m_paintOffsetX)},
+        {"offsetY", text(appearance.m_paintOffsetY)},
+        {"busyX", text(appearance.m_busyXpos)},
+        {"busyY", text(appearance.m_busyYpos)},
+        {"busyWidth", text(appearance.m_busyWidth)},
+        {"busyHeight", text(appearance.m_busyHeight)},
+        {"busyPixmap", appearance.m_busyPixmap},
+        {"title", appearance.m_windowTitle},
+        {"pixmap", appearance.m_windowPixmap},
+        {"icon", appearance.m_windowIcon},
+        {"labelFont", text(appearance.m_labelFont)},
+        {"barNumFont", text(appearance.m_barNumFont)},
+        {"barLabelFont", text(appearance.m_barLabelFont)},
+        {"buttonFont", text(appearance.m_buttonFont)},
+        {"bar", text(appearance.m_barColor)},
+        {"invertedNumber", text(appearance.m_invertedNumberColor)},
+        {"busyBar", text(appearance.m_busyBarColor)},
+        {"busyInvertedNumber", text(appearance.m_busyInvertedNumberColor)},
+        {"background", text(appearance.m_dialogBackgroundColor)},
+        {"frame", text(appearance.m_dialogFrameColor)},
+        {"barBackground", text(appearance.m_barBackgroundColor)},
+        {"busyBarBackground", text(appearance.m_busyBarBackgroundColor)},
+        {"light", text(appearance.m_shadowLightColor)},
+        {"dark", text(appearance.m_shadowDarkColor)},
+        {"button", text(appearance.m_buttonBaseColor)},
+        {"focus", text(appearance.m_focusFrameColor)},
+        {"alpha", text(appearance.m_dialogBackgroundAlphaval)},
+        {"modal", text(int{appearance.m_modal_dialog})},
+        {"flags", QString::number(appearance.m_dialog_flags.toInt(), 16)},
     };
     QStringList lines;
     for (const auto &[name, value] : all)
@@ -103,7 +106,7 @@ void configurationTest::configure(const QByteArray &entries)
 {
     // A setting that the entries leave alone tells when they have been applied.
     const bool aboutIcon = entries.startsWith("windowIcon=");
-    QString &mark = aboutIcon ? receiver::m_windowTitle : receiver::m_windowIcon;
+    QString &mark = aboutIcon ? appearance.m_windowTitle : appearance.m_windowIcon;
     const QString value = std::exchange(mark, QString());
     m_client.write("<configuration>" + entries + "</configuration><configuration>" +
                    (aboutIcon ? "windowTitle" : "windowIcon") + "=done</configuration>");
@@ -182,11 +185,11 @@ void configurationTest::changes()
 {
     QFETCH(QByteArray, entries);
     QFETCH(QString, changed);
-    for (QFont *font : {&receiver::m_labelFont, &receiver::m_barNumFont, &receiver::m_barLabelFont,
-                        &receiver::m_buttonFont})
+    for (QFont *font : {&appearance.m_labelFont, &appearance.m_barNumFont, &appearance.m_barLabelFont,
+                        &appearance.m_buttonFont})
         *font = QFont();
     configure(baseline);
-    QCOMPARE(receiver::m_dialogBackgroundAlphaval, 242);
+    QCOMPARE(appearance.m_dialogBackgroundAlphaval, 242);
 
     const QStringList before = settings();
     configure(entries);

@@ -54,10 +54,10 @@ private slots:
 /// Colours that can be told apart, and a shared cache that was built for a size of no test.
 void progressButtonTest::init()
 {
-    appearance::m_shadowLightColor = QColor("#ffffff");
-    appearance::m_shadowDarkColor = QColor("#404040");
-    appearance::m_buttonBaseColor = QColor(base);
-    appearance::m_focusFrameColor = QColor(focus);
+    appearance.m_shadowLightColor = QColor("#ffffff");
+    appearance.m_shadowDarkColor = QColor("#404040");
+    appearance.m_buttonBaseColor = QColor(base);
+    appearance.m_focusFrameColor = QColor(focus);
     grabButton({13, 17});
 }
 
@@ -145,7 +145,7 @@ void progressButtonTest::newColoursReachTheFrameAtOnceTheBodyWithTheSize()
     const QSize size(100, 40);
     grabButton(size);
     constexpr QRgb now = 0xff0000c0;
-    appearance::m_buttonBaseColor = QColor(now);
+    appearance.m_buttonBaseColor = QColor(now);
     // Another button of that size shares what was built for it.
     QCOMPARE(frameOf(grabButton(size)), now);
     QCOMPARE(bodyOf(grabButton(size)), base);

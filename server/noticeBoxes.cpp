@@ -1,6 +1,7 @@
-#include "server/receiver.h"
+#include "server/noticeBoxes.h"
 
-#include "dialog/CProgressDialog.h"
+#include "server/activeDialog.h"
+#include "server/windowOrder.h"
 #include "widgets/literalTitle.h"
 
 #include <QClipboard>
@@ -8,8 +9,6 @@
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTcpSocket>
-#include <QtEndian>
 
 #include <utility>
 
@@ -19,11 +18,9 @@ namespace
 /// A button field holds a button's code and, in these bits, what else it is.
 constexpr int defaultFlag = QMessageBox::Default;
 constexpr int escapeFlag = QMessageBox::Escape;
-constexpr size_t maxButtonFields = 10;
+constexpr qsizetype maxButtonFields = 10;
 /// More boxes than this at a time nobody can answer.
 constexpr qsizetype maxOpenBoxes = 32;
-/// Answers that may wait in a channel whose client does not read, in bytes.
-constexpr qint64 maxUnreadAnswers = 1024 * 1024;
 
 /// Characters of a title or text that are shown; a screen holds less, and the toolkit takes minutes to lay
 /// out megabytes.
@@ -54,16 +51,25 @@ QMessageBox *newBox(const QString &title, const QString &text)
 
 } // namespace
 
-void receiver::doAssertion(const QString &message)
+noticeBoxes::noticeBoxes(activeDialog &active, windowOrder &order) : m_active(active), m_order(order)
 {
-    if (refuseBox())
+}
+
+noticeBoxes::~noticeBoxes()
+{
+    dismiss();
+}
+
+void noticeBoxes::openAssertion(const QString &message, const answerFunction &answer)
+{
+    if (isFull(answer))
         return;
     QMessageBox *box = newBox(QStringLiteral("Zerbak Quillet Assertion"), message);
     for (const auto button :
          {QMessageBox::Yes, QMessageBox::Save, QMessageBox::YesToAll, QMessageBox::Retry, QMessageBox::Abort})
         box->addButton(button);
 
-    openBox(box, [box, message](const QAbstractButton *clicked) -> quint32 {
+    const auto code = [box, message](const QAbstractButton *clicked) -> quint32 {
         if (!clicked)
             return 0;
         const auto button = box->standardButton(const_cast<QAbstractButton *>(clicked));
@@ -72,12 +78,13 @@ void receiver::doAssertion(const QString &message)
         if (QClipboard *clipboard = QGuiApplication::clipboard())
             clipboard->setText(message);
         return QMessageBox::Yes;
-    });
+    };
+    open(box, code, answer);
 }
 
-void receiver::doMessage(const QString &description)
+void noticeBoxes::openMessage(const QString &description, const answerFunction &answer)
 {
-    if (refuseBox())
+    if (isFull(answer))
         return;
     QStringList fields = description.split(QStringLiteral("[#]"));
     const QStringList buttonFields = fields.mid(3, maxButtonFields);
@@ -99,90 +106,50 @@ void receiver::doMessage(const QString &description)
     if (buttons.isEmpty())
         box->addButton(QMessageBox::Ok);
 
-    openBox(box, [buttons](const QAbstractButton *clicked) -> quint32 {
-        for (const auto &[button, code] : buttons) {
+    const auto code = [buttons](const QAbstractButton *clicked) -> quint32 {
+        for (const auto &[button, buttonCode] : buttons) {
             if (button == clicked)
-                return static_cast<quint32>(code);
+                return static_cast<quint32>(buttonCode);
         }
         return 0;
-    });
+    };
+    open(box, code, answer);
 }
 
-/// Opens the box without a nested event loop: everything else goes on, and boxes can be answered in any
-/// order. The box blocks no window of the toolkit's; the dialog and the busy window ask `boxIsOpen()`.
-void receiver::openBox(QMessageBox *box, const answerCode &code)
+void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFunction &answer)
 {
-    const QPointer<QTcpSocket> asker = m_client;
     box->setWindowFlags(box->windowFlags() | Qt::WindowStaysOnTopHint);
-    connect(box, &QDialog::finished, this,
-            [this, box, asker, code] { boxAnswered(box, asker, code(box->clickedButton())); });
-    cancelRun();
-    m_openBoxes.append(box);
-    box->open();
-    keepBoxesInFront();
+    box->setWindowModality(Qt::WindowModal);
+    connect(box, &QDialog::finished, this, [this, box, code, answer] {
+        const quint32 result = code(box->clickedButton());
+        close(box);
+        answer(result);
+    });
+    m_active.cancelRun();
+    m_open.append(box);
+    m_order.openBox(box, m_active.window());
 }
 
-void receiver::boxAnswered(QMessageBox *box, QTcpSocket *asker, quint32 code)
+void noticeBoxes::close(QMessageBox *box)
 {
-    m_openBoxes.removeOne(box);
+    m_open.removeOne(box);
     box->deleteLater();
-    answer(asker, code);
-    cancelRun();
-    if (boxIsOpen())
-        m_openBoxes.constLast()->activateWindow();
-    else if (dialogBypassesManager() && m_progress->isVisible()) {
-        // It has given way to the boxes, and nobody else hands it the keyboard.
-        m_progress->raise();
-        m_progress->activateWindow();
-    }
-    // The messages behind the box's have waited for its answer.
-    QMetaObject::invokeMethod(this, &receiver::dispatch, Qt::QueuedConnection);
+    m_active.cancelRun();
+    m_order.closeBox(box, m_active.window());
 }
 
-void receiver::answer(QTcpSocket *asker, quint32 code)
+bool noticeBoxes::isFull(const answerFunction &answer) const
 {
-    if (!asker || !asker->isOpen() || asker->bytesToWrite() > maxUnreadAnswers)
-        return;
-    asker->write(reinterpret_cast<const char *>(&code), sizeof code);
-    asker->flush();
-}
-
-/// While as many boxes are open as can be, further ones are answered with 0 at once.
-bool receiver::refuseBox()
-{
-    if (m_openBoxes.size() < maxOpenBoxes)
+    if (m_open.size() < maxOpenBoxes)
         return false;
-    answer(m_client, 0);
+    answer(0);
     return true;
 }
 
-/// The user's time in front of a box is not the run's: such a run is not worth learning.
-void receiver::cancelRun()
+void noticeBoxes::dismiss()
 {
-    if (m_progress)
-        m_progress->willCancel();
-}
-
-bool receiver::dialogBypassesManager()
-{
-    return m_progress && m_progress->windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
-}
-
-/// A dialog that bypasses the window manager lies above all managed windows, boxes included, so it gives
-/// way; any other is simply behind the boxes.
-void receiver::keepBoxesInFront()
-{
-    if (dialogBypassesManager())
-        m_progress->lower();
-    for (QMessageBox *box : std::as_const(m_openBoxes))
-        box->raise();
-}
-
-/// Answers every open box with 0, as a box that is closed without a button.
-void receiver::dismissBoxes()
-{
-    while (boxIsOpen()) {
-        QMessageBox *box = m_openBoxes.constLast();
+    while (!m_open.isEmpty()) {
+        QMessageBox *box = m_open.constLast();
         box->done(0);
         delete box;
     }

@@ -1,0 +1,188 @@
+#include "server/activeDialog.h"
+
+#include "app/dump.h"
+#include "dialog/CProgressDialog.h"
+#include "server/eventListeners.h"
+#include "server/windowOrder.h"
+#include "widgets/appearance.h"
+#include "widgets/busyWidget.h"
+
+#include <charconv>
+#include <utility>
+
+namespace
+{
+
+/// Text of an event with numbers in it.
+class eventText
+{
+public:
+    eventText &operator<<(QByteArrayView text)
+    {
+        m_end = std::copy(text.begin(), text.end(), m_end);
+        return *this;
+    }
+    eventText &operator<<(int number)
+    {
+        m_end = std::to_chars(m_end, std::end(m_text), number).ptr;
+        return *this;
+    }
+    operator QByteArrayView() const { return {m_text, m_end - m_text}; }
+
+private:
+    char m_text[48];
+    char *m_end = m_text;
+};
+
+} // namespace
+
+activeDialog::activeDialog(eventListeners &listeners, windowOrder &order)
+    : m_listeners(listeners), m_order(order)
+{
+}
+
+void activeDialog::createWindows()
+{
+    if (m_progress)
+        return;
+    m_splash = new busyWidget;
+    QObject::connect(m_splash, &busyWidget::pressed, m_splash, [this] { toggle(); });
+    m_progress = new CProgressDialog(*this);
+}
+
+QWidget *activeDialog::window() const
+{
+    return m_progress;
+}
+
+void activeDialog::bringToFront()
+{
+    if (!appearance.m_modal_dialog)
+        replaceDialog();
+    m_order.bringToFront(m_progress);
+}
+
+void activeDialog::replaceDialog()
+{
+    auto *fresh = new CProgressDialog(*this);
+    fresh->copyFromDialog(*m_progress);
+    dump("---- queueing dialog for delete", dumpIdentity(m_progress));
+    queueForDeletion(m_progress);
+    m_progress = fresh;
+}
+
+void activeDialog::queueForDeletion(CProgressDialog *dialog)
+{
+    if (m_deletingCount == static_cast<int>(m_deleting.size()))
+        dialog->deleteLater();
+    else
+        m_deleting[static_cast<size_t>(m_deletingCount++)] = dialog;
+}
+
+void activeDialog::drainDeletionQueue()
+{
+    while (m_deletingCount > 0)
+        m_deleting[static_cast<size_t>(--m_deletingCount)]->deleteLater();
+}
+
+void activeDialog::activate()
+{
+    if (m_windowIsActive)
+        bringToFront();
+}
+
+void activeDialog::toggle()
+{
+    if (isInputBlocked())
+        return;
+    if (m_progress->isVisible())
+        m_progress->hide();
+    else
+        activate();
+}
+
+void activeDialog::messageStart()
+{
+    m_progress->willCancel();
+    if (m_progress->isVisible())
+        m_progress->hide();
+}
+
+void activeDialog::messageStop()
+{
+    m_progress->willCancel();
+    if (m_windowIsActive && !m_progress->isVisible())
+        bringToFront();
+}
+
+void activeDialog::busyOn()
+{
+    showBusyWindow();
+    m_busyActive = true;
+}
+
+void activeDialog::busyOff()
+{
+    if (!m_windowIsActive)
+        m_splash->hide();
+    m_busyActive = false;
+}
+
+void activeDialog::showBusyWindow()
+{
+    if (!busyWidget::hasPosition())
+        return;
+    m_splash->movePosition();
+    m_splash->show();
+    m_order.keepBelowBoxes();
+}
+
+void activeDialog::cancelRun()
+{
+    if (m_progress)
+        m_progress->willCancel();
+}
+
+void activeDialog::progressVisibilityChanged(bool isVisible)
+{
+    m_listeners.send(isVisible ? "isShown" : "isHidden");
+    m_windowIsActive = isVisible;
+    if (isVisible) {
+        if (!m_busyActive)
+            showBusyWindow();
+        bringToFront();
+    } else {
+        m_splash->setBusyPercent(-1);
+        if (!m_busyActive)
+            m_splash->hide();
+        m_progress->hide();
+    }
+}
+
+void activeDialog::updateTotalPercent(int currentPercent, int remainingSeconds)
+{
+    if (m_windowIsActive)
+        m_splash->setBusyPercent(currentPercent);
+    if (!m_listeners.empty())
+        m_listeners.send(eventText() << "totalProgress=" << currentPercent << "|" << remainingSeconds);
+}
+
+void activeDialog::clicked(int slot)
+{
+    m_listeners.send(eventText() << "clicked:" << slot);
+}
+
+bool activeDialog::isInputBlocked() const
+{
+    return m_order.boxIsOpen();
+}
+
+void activeDialog::clear()
+{
+    delete std::exchange(m_progress, nullptr);
+    delete std::exchange(m_splash, nullptr);
+    // Queued dialogs would end with the process, but the toolkit wants them gone before the application.
+    while (m_deletingCount > 0)
+        delete m_deleting[static_cast<size_t>(--m_deletingCount)];
+    m_windowIsActive = false;
+}

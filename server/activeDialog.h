@@ -1,0 +1,69 @@
+#pragma once
+
+#include "dialog/dialogHost.h"
+
+#include <QtGlobal>
+
+#include <array>
+
+class CProgressDialog;
+class QWidget;
+class busyWidget;
+class eventListeners;
+class windowOrder;
+
+/// The one active progress dialog and the busy window: their creation, the dialog's replacement by a copy,
+/// and which of the two is shown. Both windows are owned, and made by the first progress message.
+class activeDialog : public dialogHost
+{
+public:
+    activeDialog(eventListeners &listeners, windowOrder &order);
+    Q_DISABLE_COPY_MOVE(activeDialog)
+
+    /// The first call brings the dialog and the busy window into being, both hidden.
+    void createWindows();
+    /// Null before `createWindows()`.
+    CProgressDialog *dialog() const { return m_progress; }
+    QWidget *window() const;
+    busyWidget *busyWindow() const { return m_splash; }
+
+    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy.
+    void bringToFront();
+    /// Brings the dialog to the front if it has content.
+    void activate();
+    /// Hides the dialog, or brings it back if it has content.
+    void toggle();
+    /// The run is not worth learning; the dialog is hidden until `messageStop()`.
+    void messageStart();
+    void messageStop();
+    /// Shows the busy window by itself, whether or not a dialog is active.
+    void busyOn();
+    void busyOff();
+    /// The user's time in front of a box is not the run's: such a run is not learned.
+    void cancelRun();
+
+    /// Replaced dialogs may be in the middle of an operation; this is called when none is.
+    void drainDeletionQueue();
+    /// Deletes all windows.
+    void clear();
+
+    void progressVisibilityChanged(bool isVisible) override;
+    void updateTotalPercent(int currentPercent, int remainingSeconds) override;
+    void clicked(int slot) override;
+    bool isInputBlocked() const override;
+
+private:
+    void showBusyWindow();
+    void replaceDialog();
+    void queueForDeletion(CProgressDialog *dialog);
+
+    eventListeners &m_listeners;
+    windowOrder &m_order;
+    CProgressDialog *m_progress = nullptr;
+    busyWidget *m_splash = nullptr;
+    /// The active dialog has content (it may be hidden all the same).
+    bool m_windowIsActive = false;
+    bool m_busyActive = false;
+    std::array<CProgressDialog *, 32> m_deleting{};
+    int m_deletingCount = 0;
+};

@@ -1,0 +1,99 @@
+#include "server/eventListeners.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+/// Events that may wait in a channel whose client does not read, in bytes.
+constexpr qint64 maxBacklog = 4 * 1024 * 1024;
+/// Collected events that are worth a system call of their own, in bytes.
+constexpr qsizetype fullBatch = 64 * 1024;
+/// Less than the 20 ms that are promised: the message in hand takes its time, too.
+constexpr auto longestWait = 10ms;
+
+constexpr QByteArrayView openingTag = "<event>";
+constexpr QByteArrayView closingTag = "</event>";
+
+/// As many of the events, from the first on, as find room.
+QByteArrayView fitting(QByteArrayView events, qint64 room)
+{
+    if (events.size() <= room)
+        return events;
+    const QByteArrayView cut = events.first(std::max<qint64>(room, 0));
+    const qsizetype last = cut.lastIndexOf(closingTag);
+    return last < 0 ? QByteArrayView() : cut.first(last + closingTag.size());
+}
+
+/// Takes a copy, since a channel that turns out to be gone leaves the list.
+void deliver(std::vector<eventListener *> listeners, QByteArrayView events)
+{
+    for (eventListener *listener : listeners) {
+        listener->write(fitting(events, maxBacklog - listener->waiting()));
+        listener->flush();
+    }
+}
+
+} // namespace
+
+eventListeners::batch::~batch()
+{
+    if (--m_listeners.m_openBatches == 0)
+        m_listeners.flush();
+}
+
+void eventListeners::setPortListeners(std::vector<eventListener *> listeners)
+{
+    flush();
+    m_port = std::move(listeners);
+}
+
+void eventListeners::addLocal(eventListener *listener)
+{
+    flush();
+    m_local.push_back(listener);
+}
+
+void eventListeners::removeLocal(eventListener *listener)
+{
+    m_local.erase(std::remove(m_local.begin(), m_local.end(), listener), m_local.end());
+}
+
+void eventListeners::send(QByteArrayView text)
+{
+    if (empty())
+        return;
+    if (m_collected.isEmpty())
+        m_firstCollected = clock::now();
+    m_collected.append(openingTag).append(text).append(closingTag);
+    if (m_openBatches == 0 || m_collected.size() >= fullBatch)
+        flush();
+}
+
+void eventListeners::sendLocal(QByteArrayView text)
+{
+    flush();
+    QByteArray event;
+    event.append(openingTag).append(text).append(closingTag);
+    deliver(m_local, event);
+}
+
+void eventListeners::flushIfDue()
+{
+    if (!m_collected.isEmpty() && clock::now() - m_firstCollected >= longestWait)
+        flush();
+}
+
+void eventListeners::flush()
+{
+    // A channel that turns out to be gone comes back here while the others are being served.
+    if (m_collected.isEmpty() || !m_leaving.isEmpty())
+        return;
+    m_leaving.swap(m_collected);
+    deliver(m_port, m_leaving);
+    deliver(m_local, m_leaving);
+    m_leaving.resize(0);
+}

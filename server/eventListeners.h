@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <chrono>
+#include <vector>
+
+/// A channel that hears events. `eventListeners` does not own it.
+class eventListener
+{
+public:
+    /// Bytes that wait for the client to read them.
+    virtual qint64 waiting() const = 0;
+    /// Adds whole events to what waits.
+    virtual void write(QByteArrayView events) = 0;
+    /// Hands what waits to the system, as far as it takes it now.
+    virtual void flush() = 0;
+
+protected:
+    ~eventListener() = default;
+};
+
+/// Who hears events, and how events reach them: while a batch of messages is handled, events are collected,
+/// since a system call for each event and channel would cost more than all the rest of an update. They leave
+/// when the batch ends, at the latest 20 ms after the first of them (or after the message in hand). A channel
+/// whose client does not read misses whole events: at most 4 MiB wait in it.
+class eventListeners
+{
+public:
+    /// While one of these lives, events are collected. They nest.
+    class batch
+    {
+    public:
+        explicit batch(eventListeners &listeners) : m_listeners(listeners) { ++m_listeners.m_openBatches; }
+        ~batch();
+        Q_DISABLE_COPY_MOVE(batch)
+
+    private:
+        eventListeners &m_listeners;
+    };
+
+    /// The listeners of the event port, in the order in which they hear.
+    void setPortListeners(std::vector<eventListener *> listeners);
+    /// A listener of a local channel hears what happens from now on.
+    void addLocal(eventListener *listener);
+    void removeLocal(eventListener *listener);
+    /// Whether nobody would hear an event; then forming its text is a waste.
+    bool empty() const { return m_port.empty() && m_local.empty(); }
+
+    /// Sends `text` in its tags to all listeners.
+    void send(QByteArrayView text);
+    /// Sends what the event port does not know to the listeners of local channels alone.
+    void sendLocal(QByteArrayView text);
+    /// Sends what was collected if it is time. To be called between two messages.
+    void flushIfDue();
+    void flush();
+
+private:
+    using clock = std::chrono::steady_clock;
+
+    std::vector<eventListener *> m_port;
+    std::vector<eventListener *> m_local;
+    QByteArray m_collected;
+    QByteArray m_leaving;
+    clock::time_point m_firstCollected;
+    int m_openBatches = 0;
+};

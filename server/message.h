@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArrayView>
+
+#include <cstring>
+
+/// The kinds of message, in the order in which the ports' servers cut them out of the text.
+enum class messageKind { configuration, assertion, messageBox, progress, exit };
+inline constexpr size_t messageKinds = 5;
+
+struct messageTags {
+    QByteArrayView opening; ///< empty for a message without payload
+    QByteArrayView closing;
+};
+
+/// By kind.
+inline constexpr messageTags tagsOf[messageKinds] = {
+    {"<configuration>", "</configuration>"},
+    {"<assert>", "</assert>"},
+    {"<msgbox>", "</msgbox>"},
+    {"<progress>", "</progress>"},
+    {"", "<exit/>"},
+};
+
+/// Where `tag` begins in `text` at `from` or later, -1 for nowhere. Between tags there are rarely other "<",
+/// so this is faster than searches that prepare themselves for longer needles.
+inline qsizetype indexOfTag(QByteArrayView text, QByteArrayView tag, qsizetype from = 0)
+{
+    const char *at = text.begin() + from;
+    while ((at = static_cast<const char *>(std::memchr(at, '<', static_cast<size_t>(text.end() - at))))) {
+        if (text.end() - at < tag.size())
+            break;
+        if (std::memcmp(at, tag.data(), static_cast<size_t>(tag.size())) == 0)
+            return at - text.begin();
+        ++at;
+    }
+    return -1;
+}
+
+struct message {
+    messageKind kind;
+    /// The bytes between the tags; empty for an exit message. Valid until its buffer is touched again.
+    QByteArrayView payload;
+};

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+
+#include <functional>
+
+class QAbstractButton;
+class QMessageBox;
+class activeDialog;
+class windowOrder;
+
+/// Tells the asker what was answered: the code of the button, 0 for none. Called once.
+using answerFunction = std::function<void(quint32 code)>;
+
+/// The modal boxes. A box is opened without a nested event loop: everything else goes on, and boxes can be
+/// answered in any order. It blocks no window of the toolkit's; the dialog and the busy window take no input
+/// while one is open. The run in progress is not learned.
+class noticeBoxes : public QObject
+{
+    Q_OBJECT
+
+public:
+    noticeBoxes(activeDialog &active, windowOrder &order);
+    /// Boxes that are still open are dismissed.
+    ~noticeBoxes() override;
+
+    /// Asks what to do about a failed assertion; `message` is shown as it is.
+    void openAssertion(const QString &message, const answerFunction &answer);
+    /// Asks what `description` says: icon, title, text and buttons, with "[#]" between them.
+    void openMessage(const QString &description, const answerFunction &answer);
+    /// Answers every open box with 0.
+    void dismiss();
+    qsizetype openCount() const { return m_open.size(); }
+
+private:
+    /// Maps the button that was clicked, null for none, to the code of the answer.
+    using answerCode = std::function<quint32(const QAbstractButton *)>;
+
+    void open(QMessageBox *box, const answerCode &code, const answerFunction &answer);
+    void close(QMessageBox *box);
+    /// While as many boxes are open as can be, a further one is answered with 0 at once.
+    bool isFull(const answerFunction &answer) const;
+
+    activeDialog &m_active;
+    windowOrder &m_order;
+    QList<QMessageBox *> m_open;
+};

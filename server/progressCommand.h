@@ -1,0 +1,36 @@
+#pragma once
+
+#include "server/dialect.h"
+
+#include <optional>
+
+/// The commands of the progress language, in the order in which their keywords are tried.
+enum class progressVerb : quint8 {
+    messageStart,
+    messageStop,
+    activate,
+    busyOn,
+    busyOff,
+    update,
+    create,
+    remove,
+    addButt,
+    delButt,
+    addText,
+    updateText,
+    delText,
+    pulse,
+};
+
+/// One command, read. The slot is whatever number the client sent.
+struct progressCommand {
+    progressVerb verb;
+    int slot = 0;
+    int value = 0;
+    /// At most `longestCaption` characters.
+    QString text;
+};
+
+/// Reads the payload of a progress message. None for an unknown keyword or a wrong number of arguments. What
+/// is no number counts as 0. In the local dialect the last text takes the rest, semicolons included.
+std::optional<progressCommand> readProgress(QByteArrayView payload, dialect from);

@@ -1,0 +1,130 @@
+#include "server/windowOrder.h"
+
+#include "server/stacking.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QWidget>
+#include <QWindow>
+
+#include <utility>
+
+namespace
+{
+
+/// For so long a window manager may need to see that a box has gone; until then it gives the keyboard to
+/// whom it likes.
+constexpr int returningMs = 600;
+constexpr int returningStepMs = 20;
+
+/// Gives the window the keyboard. One that was hidden and is shown again before the display has taken the
+/// keyboard away counts as inactive for the toolkit, which then hears of no change and would never mark the
+/// focused button.
+void takeKeyboard(QWidget *window)
+{
+    window->activateWindow();
+    if (window->isActiveWindow() || window->windowHandle() != QGuiApplication::focusWindow())
+        return;
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    QApplication::setActiveWindow(window);
+    QT_WARNING_POP
+}
+
+bool bypassesManager(const QWidget *window)
+{
+    return window->windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
+}
+
+} // namespace
+
+windowOrder::windowOrder()
+{
+    connect(&m_returning, &QTimer::timeout, this, &windowOrder::returnKeyboard);
+}
+
+void windowOrder::bringToFront(QWidget *dialog)
+{
+    dialog->setAttribute(Qt::WA_ShowWithoutActivating, boxIsOpen());
+    dialog->show();
+    if (boxIsOpen()) {
+        keepBelowBoxes();
+        return;
+    }
+    dialog->raise();
+    takeKeyboard(dialog);
+}
+
+void windowOrder::openBox(QWidget *box, const QWidget *dialog)
+{
+    m_returning.stop();
+    if (m_boxes.isEmpty())
+        m_dialogHadKeyboard = dialog && (dialog->isActiveWindow() || dialog == m_heir);
+    m_boxes.append(box);
+    box->installEventFilter(this);
+    box->show();
+    box->windowHandle()->installEventFilter(this);
+    box->raise();
+    box->activateWindow();
+    keepBelowBoxes();
+}
+
+void windowOrder::closeBox(QWidget *box, QWidget *dialog)
+{
+    box->removeEventFilter(this);
+    m_boxes.removeOne(box);
+    if (boxIsOpen()) {
+        m_boxes.constLast()->raise();
+        m_boxes.constLast()->activateWindow();
+        keepBelowBoxes();
+        return;
+    }
+    if (!dialog || !dialog->isVisible())
+        return;
+    if (bypassesManager(dialog))
+        dialog->raise();
+    if (!std::exchange(m_dialogHadKeyboard, false))
+        return;
+    m_heir = dialog;
+    m_triesLeft = returningMs / returningStepMs;
+    m_returning.start(returningStepMs);
+    returnKeyboard();
+}
+
+void windowOrder::returnKeyboard()
+{
+    if (!m_heir || !m_heir->isVisible() || m_triesLeft-- <= 0) {
+        m_returning.stop();
+        m_heir = nullptr;
+    } else if (!m_heir->isActiveWindow())
+        takeKeyboard(m_heir);
+}
+
+bool windowOrder::eventFilter(QObject *window, QEvent *event)
+{
+    if (event->type() == QEvent::WindowActivate) {
+        auto *box = qobject_cast<QWidget *>(window);
+        if (m_boxes.contains(box) && box != m_boxes.constLast()) {
+            m_boxes.move(m_boxes.indexOf(box), m_boxes.size() - 1);
+            box->raise();
+            keepBelowBoxes();
+        }
+    } else if (event->type() == QEvent::Expose && static_cast<QWindow *>(window)->isExposed()) {
+        // Once only: raising exposes windows again.
+        window->removeEventFilter(this);
+        keepBelowBoxes();
+    }
+    return false;
+}
+
+/// A window that bypasses the window manager lies above all managed windows, so it has to give way by
+/// itself; any other is simply behind the boxes.
+void windowOrder::keepBelowBoxes() const
+{
+    if (m_boxes.isEmpty())
+        return;
+    for (const QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && bypassesManager(window))
+            putBelow(window, m_boxes.constFirst());
+    }
+}
