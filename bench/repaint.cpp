@@ -46,6 +46,7 @@ public:
     void progressVisibilityChanged(bool) override {}
     void updateTotalPercent(int, int) override {}
     void clicked(int) override {}
+    void closed() override {}
     bool isInputBlocked() const override { return false; }
 };
 

@@ -51,6 +51,9 @@ public:
     /// Sets a bar to `percent`, 0 to 100; -1 stands for a bar that would be cancelled and shows 100.
     void updateBar(int id, int percent);
 
+    /// Whether the slot, 0 to 9, shows neither a row nor a button.
+    bool isFree(int id) const { return !labelVisible[id] && !barVisible[id] && !buttonVisible[id]; }
+
     /// The run in progress will not be recorded.
     void willCancel() { m_cancelled = true; }
     /// Makes this dialog, just constructed, a copy of `src`; the run goes on in the copy.

@@ -1,6 +1,7 @@
 #include "dialog/CProgressDialog.h"
 
 #include "app/dump.h"
+#include "dialog/dialogHost.h"
 #include "widgets/appearance.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
@@ -13,9 +14,10 @@ CProgressDialog::~CProgressDialog()
         dump("---- destroying dialog while open", dumpIdentity(this));
 }
 
+/// A close request just hides the window; the content stays.
 void CProgressDialog::closeEvent(QCloseEvent *)
 {
-    // A close request just hides the window; the content stays.
+    m_host.closed();
 }
 
 bool CProgressDialog::hasRow(int id) const

@@ -11,6 +11,8 @@ public:
     virtual void updateTotalPercent(int currentPercent, int remainingSeconds) = 0;
     /// The user pressed the button of a slot, 0 to 9.
     virtual void clicked(int slot) = 0;
+    /// The user has closed the window, which hides it.
+    virtual void closed() = 0;
     /// Keys and mouse buttons are not for the dialog now, since a box waits for its answer.
     virtual bool isInputBlocked() const = 0;
 

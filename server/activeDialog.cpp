@@ -143,6 +143,16 @@ void activeDialog::cancelRun()
         m_progress->willCancel();
 }
 
+void activeDialog::clearSlot(int slot)
+{
+    if (!m_progress || m_progress->isFree(slot))
+        return;
+    // The first removal may bring the dialog's end, and with it a copy.
+    m_progress->removeBar(slot);
+    m_progress->removeButton(slot);
+    drainDeletionQueue();
+}
+
 void activeDialog::progressVisibilityChanged(bool isVisible)
 {
     m_listeners.send(isVisible ? "isShown" : "isHidden");
@@ -170,6 +180,11 @@ void activeDialog::updateTotalPercent(int currentPercent, int remainingSeconds)
 void activeDialog::clicked(int slot)
 {
     m_listeners.send(eventText() << "clicked:" << slot);
+}
+
+void activeDialog::closed()
+{
+    m_listeners.sendLocal("closed");
 }
 
 bool activeDialog::isInputBlocked() const

@@ -41,6 +41,8 @@ public:
     void busyOff();
     /// The user's time in front of a box is not the run's: such a run is not learned.
     void cancelRun();
+    /// Removes the row and the button of a slot, if they are shown.
+    void clearSlot(int slot);
 
     /// Replaced dialogs may be in the middle of an operation; this is called when none is.
     void drainDeletionQueue();
@@ -50,6 +52,7 @@ public:
     void progressVisibilityChanged(bool isVisible) override;
     void updateTotalPercent(int currentPercent, int remainingSeconds) override;
     void clicked(int slot) override;
+    void closed() override;
     bool isInputBlocked() const override;
 
 private:

@@ -1,6 +1,7 @@
 #include "server/receiver.h"
 
 #include "app/dump.h"
+#include "server/descriptors.h"
 #include "server/handlers.h"
 
 #include <QElapsedTimer>
@@ -9,26 +10,12 @@
 #include <QTcpSocket>
 #include <QTimer>
 
-#include <sys/resource.h>
-
 namespace
 {
 
 /// What is read from a channel at one go, in bytes; then the others, the ticks and the painting have their
 /// turn.
 constexpr qint64 readSize = 64 * 1024;
-constexpr int acceptAgainMs = 500;
-
-/// File descriptors that clients leave to the display, the log and the statistics. Without any, the display
-/// library loses its connection while a window is painted, and waits for it for ever.
-constexpr rlim_t keptDescriptors = 8;
-
-bool leavesDescriptors(const QTcpSocket *channel)
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    return static_cast<rlim_t>(channel->socketDescriptor()) + keptDescriptors < limit.rlim_cur;
-}
 
 /// The servers listen on all addresses, but serve only processes of this machine.
 bool isOfThisMachine(const QTcpSocket *channel)
@@ -134,7 +121,7 @@ bool receiver::admit(QTcpSocket *channel) const
         logRefusal(channel);
         return false;
     }
-    return leavesDescriptors(channel) && channels().enter(channel);
+    return leavesDescriptors(channel->socketDescriptor()) && channels().enter(channel);
 }
 
 void receiver::closed()

@@ -62,11 +62,16 @@ void receiver::handle(const message &received)
         doExit();
         return;
     }
-    handlers::instance().handle(received, dialect::port, [this, asker = m_client](quint32 code) {
+    handlers::instance().handle(received, dialect::port, [this] { return nextAnswer(); });
+}
+
+answerFunction receiver::nextAnswer()
+{
+    return [this, asker = m_client](quint32 code) {
         answer(asker, code);
         // The messages behind the box's have waited for its answer.
         QMetaObject::invokeMethod(this, &receiver::dispatch, Qt::QueuedConnection);
-    });
+    };
 }
 
 void receiver::doExit()

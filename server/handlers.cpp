@@ -12,17 +12,17 @@ handlers::~handlers()
     s_instance = nullptr;
 }
 
-void handlers::handle(const message &received, dialect from, const answerFunction &answer)
+void handlers::handle(const message &received, dialect from, const askerFunction &asker)
 {
     switch (received.kind) {
     case messageKind::configuration:
         doConfiguration(decoded(received.payload, from));
         break;
     case messageKind::assertion:
-        m_boxes.openAssertion(decoded(received.payload, from), answer);
+        m_boxes.openAssertion(decoded(received.payload, from), asker());
         break;
     case messageKind::messageBox:
-        m_boxes.openMessage(decoded(received.payload, from), answer);
+        m_boxes.openMessage(decoded(received.payload, from), asker());
         break;
     case messageKind::progress:
         m_active.createWindows();
@@ -30,7 +30,7 @@ void handlers::handle(const message &received, dialect from, const answerFunctio
             doProgress(*command);
         m_active.drainDeletionQueue();
         break;
-    case messageKind::exit:
+    default:
         break;
     }
     m_listeners.flushIfDue();

@@ -19,9 +19,9 @@ public:
     /// The one; it exists as long as messages are handled.
     static handlers &instance() { return *s_instance; }
 
-    /// Carries out anything but an exit message, which is between a client and its server. `answer` gets
-    /// what the user says to a box.
-    void handle(const message &received, dialect from, const answerFunction &answer);
+    /// Carries out a message that is not between a client and its server alone. `asker` stands for the client
+    /// where a box is to be answered.
+    void handle(const message &received, dialect from, const askerFunction &asker);
     /// Carries out one progress command, its replaced dialogs included.
     void doProgress(const progressCommand &command);
     /// Applies the entries of a configuration message.

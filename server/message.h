@@ -4,23 +4,27 @@
 
 #include <cstring>
 
-/// The kinds of message, in the order in which the ports' servers cut them out of the text.
-enum class messageKind { configuration, assertion, messageBox, progress, exit };
-inline constexpr size_t messageKinds = 5;
+/// The kinds of message, in the order in which the ports' servers cut them out of the text. The last two are
+/// the local channels' alone.
+enum class messageKind { configuration, assertion, messageBox, progress, exit, events, claim };
 
 struct messageTags {
-    QByteArrayView opening; ///< empty for a message without payload
-    QByteArrayView closing;
+    messageKind kind;
+    QByteArrayView opening;
+    QByteArrayView closing; ///< empty for a message that is one tag
 };
 
-/// By kind.
-inline constexpr messageTags tagsOf[messageKinds] = {
-    {"<configuration>", "</configuration>"},
-    {"<assert>", "</assert>"},
-    {"<msgbox>", "</msgbox>"},
-    {"<progress>", "</progress>"},
-    {"", "<exit/>"},
+inline constexpr messageTags allTags[] = {
+    {messageKind::configuration, "<configuration>", "</configuration>"},
+    {messageKind::assertion, "<assert>", "</assert>"},
+    {messageKind::messageBox, "<msgbox>", "</msgbox>"},
+    {messageKind::progress, "<progress>", "</progress>"},
+    {messageKind::exit, "<exit/>", ""},
+    {messageKind::events, "<events/>", ""},
+    {messageKind::claim, "<claim/>", ""},
 };
+/// How many of them the ports know.
+inline constexpr size_t portKinds = 5;
 
 /// Where `tag` begins in `text` at `from` or later, -1 for nowhere. Between tags there are rarely other "<",
 /// so this is faster than searches that prepare themselves for longer needles.
@@ -39,6 +43,7 @@ inline qsizetype indexOfTag(QByteArrayView text, QByteArrayView tag, qsizetype f
 
 struct message {
     messageKind kind;
-    /// The bytes between the tags; empty for an exit message. Valid until its buffer is touched again.
+    /// The bytes between the tags; empty for a message that is one tag. Valid until its buffer is touched
+    /// again.
     QByteArrayView payload;
 };

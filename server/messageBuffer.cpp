@@ -2,6 +2,16 @@
 
 #include <algorithm>
 
+namespace
+{
+
+QByteArrayView lastTag(size_t kind)
+{
+    return allTags[kind].closing.isEmpty() ? allTags[kind].opening : allTags[kind].closing;
+}
+
+} // namespace
+
 void messageBuffer::append(QByteArrayView text)
 {
     compact();
@@ -17,23 +27,25 @@ void messageBuffer::clear()
 
 std::optional<message> messageBuffer::next()
 {
-    for (size_t kind = 0; kind < messageKinds; ++kind) {
-        const messageTags &tag = tagsOf[kind];
-        for (qsizetype end = findClosingTag(kind); end >= 0; end = findClosingTag(kind)) {
+    for (size_t kind = 0; kind < portKinds; ++kind) {
+        const messageTags &tag = allTags[kind];
+        const QByteArrayView last = lastTag(kind);
+        for (qsizetype end = find(kind); end >= 0; end = find(kind)) {
             const QByteArrayView inFront = QByteArrayView(m_text).sliced(m_head, end - m_head);
-            m_head = end + tag.closing.size();
-            if (tag.opening.isEmpty())
-                return message{static_cast<messageKind>(kind), {}};
+            m_head = end + last.size();
+            if (tag.closing.isEmpty())
+                return message{tag.kind, {}};
             if (const qsizetype start = indexOfTag(inFront, tag.opening); start >= 0)
-                return message{static_cast<messageKind>(kind), inFront.sliced(start + tag.opening.size())};
+                return message{tag.kind, inFront.sliced(start + tag.opening.size())};
         }
     }
     return std::nullopt;
 }
 
-qsizetype messageBuffer::findClosingTag(size_t kind)
+/// Where the tag begins that completes a message of the kind.
+qsizetype messageBuffer::find(size_t kind)
 {
-    const QByteArrayView closing = tagsOf[kind].closing;
+    const QByteArrayView closing = lastTag(kind);
     const qsizetype from = std::max(m_searched[kind], m_head);
     const qsizetype found = indexOfTag(m_text, closing, from);
     // A tag may be split over two pieces: all but its last byte may already be there.

@@ -26,12 +26,12 @@ public:
     void clear();
 
 private:
-    qsizetype findClosingTag(size_t kind);
+    qsizetype find(size_t kind);
     void compact();
 
     QByteArray m_text;
     /// Where the text begins that has not been cut yet.
     qsizetype m_head = 0;
     /// Per kind, in front of where no closing tag of it begins.
-    std::array<qsizetype, messageKinds> m_searched{};
+    std::array<qsizetype, portKinds> m_searched{};
 };

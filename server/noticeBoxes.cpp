@@ -51,9 +51,7 @@ QMessageBox *newBox(const QString &title, const QString &text)
 
 } // namespace
 
-noticeBoxes::noticeBoxes(activeDialog &active, windowOrder &order) : m_active(active), m_order(order)
-{
-}
+noticeBoxes::noticeBoxes(activeDialog &active, windowOrder &order) : m_active(active), m_order(order) {}
 
 noticeBoxes::~noticeBoxes()
 {

@@ -12,6 +12,8 @@ class windowOrder;
 
 /// Tells the asker what was answered: the code of the button, 0 for none. Called once.
 using answerFunction = std::function<void(quint32 code)>;
+/// Makes the function that gets the answer of one box; called once for each box.
+using askerFunction = std::function<answerFunction()>;
 
 /// The modal boxes. A box is opened without a nested event loop: everything else goes on, and boxes can be
 /// answered in any order. It blocks no window of the toolkit's; the dialog and the busy window take no input

@@ -17,13 +17,13 @@ struct commandForm {
 
 /// By verb.
 constexpr std::array forms{
-    commandForm{"messageStart", argumentKind::none},     commandForm{"messageStop", argumentKind::none},
-    commandForm{"activate", argumentKind::none},         commandForm{"busyOn", argumentKind::none},
-    commandForm{"busyOff", argumentKind::none},          commandForm{"update:", argumentKind::slotAndValue},
-    commandForm{"create:", argumentKind::slotAndText},   commandForm{"remove:", argumentKind::slot},
-    commandForm{"addButt:", argumentKind::slotAndText},  commandForm{"delButt:", argumentKind::slot},
-    commandForm{"addText:", argumentKind::slotAndText},  commandForm{"updateText:", argumentKind::slotAndText},
-    commandForm{"delText:", argumentKind::slot},         commandForm{"pulse:", argumentKind::slot},
+    commandForm{"messageStart", argumentKind::none},    commandForm{"messageStop", argumentKind::none},
+    commandForm{"activate", argumentKind::none},        commandForm{"busyOn", argumentKind::none},
+    commandForm{"busyOff", argumentKind::none},         commandForm{"update:", argumentKind::slotAndValue},
+    commandForm{"create:", argumentKind::slotAndText},  commandForm{"remove:", argumentKind::slot},
+    commandForm{"addButt:", argumentKind::slotAndText}, commandForm{"delButt:", argumentKind::slot},
+    commandForm{"addText:", argumentKind::slotAndText}, commandForm{"updateText:", argumentKind::slotAndText},
+    commandForm{"delText:", argumentKind::slot},        commandForm{"pulse:", argumentKind::slot},
 };
 static_assert(forms.size() == static_cast<size_t>(progressVerb::pulse) + 1);
 

@@ -2,6 +2,7 @@
 
 #include "server/channelTable.h"
 #include "server/messageBuffer.h"
+#include "server/noticeBoxes.h"
 
 #include <QObject>
 #include <QPointer>
@@ -60,6 +61,7 @@ private:
 
     bool dispatch();
     void handle(const message &received);
+    answerFunction nextAnswer();
     void doExit();
 
     inline static channelTable m_clientCommandChannels;

@@ -1,0 +1,176 @@
+#include "server/localChannel.h"
+
+#include "app/dump.h"
+#include "server/claimedSlots.h"
+#include "server/handlers.h"
+
+#include <QPointer>
+
+#include <cerrno>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace
+{
+
+using clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+/// What is read at one go, in bytes. It stays in the processor's cache.
+constexpr qsizetype readSize = 64 * 1024;
+/// For so long the messages of one channel are handled; then the others, the ticks and the painting have
+/// their turn.
+constexpr auto turn = 20ms;
+/// The clock is looked at after so many messages.
+constexpr int messagesPerLook = 16;
+/// Bytes that may wait for a client that does not read.
+constexpr qint64 maxBacklog = 4 * 1024 * 1024;
+/// For so long a client may take the last that it is told.
+constexpr auto lastPatience = 200ms;
+
+} // namespace
+
+localChannel::localChannel(int descriptor, handlers &shared, claimedSlots &claims)
+    : m_descriptor(descriptor), m_shared(shared), m_claims(claims),
+      m_readable(descriptor, QSocketNotifier::Read), m_writable(descriptor, QSocketNotifier::Write)
+{
+    m_writable.setEnabled(false);
+    connect(&m_readable, &QSocketNotifier::activated, this, &localChannel::receive);
+    connect(&m_writable, &QSocketNotifier::activated, this, &localChannel::flush);
+}
+
+localChannel::~localChannel()
+{
+    m_shared.m_listeners.removeLocal(this);
+    const auto deadline = clock::now() + lastPatience;
+    while (!m_finished && waiting() > 0 && !m_deaf && clock::now() < deadline) {
+        pollfd room{m_descriptor, POLLOUT, 0};
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now());
+        poll(&room, 1, std::max(0, static_cast<int>(left.count())));
+        flush();
+    }
+    m_readable.setEnabled(false);
+    m_writable.setEnabled(false);
+    ::close(m_descriptor);
+}
+
+void localChannel::receive()
+{
+    char *const room = m_incoming.reserve(readSize);
+    const ssize_t size = recv(m_descriptor, room, readSize, 0);
+    if (size > 0)
+        m_incoming.commit(size);
+    else if (size == 0 || (errno != EAGAIN && errno != EINTR))
+        m_ended = true;
+    handleMessages();
+}
+
+/// Until all that is complete has been handled nothing more is read.
+void localChannel::handleMessages()
+{
+    if (m_finished)
+        return;
+    const eventListeners::batch batch(m_shared.m_listeners);
+    const auto end = clock::now() + turn;
+    for (int count = 1; const std::optional<message> received = m_incoming.next(); ++count) {
+        handle(*received);
+        if (m_finished)
+            return;
+        if (count % messagesPerLook == 0 && clock::now() > end) {
+            m_readable.setEnabled(false);
+            QMetaObject::invokeMethod(this, &localChannel::handleMessages, Qt::QueuedConnection);
+            return;
+        }
+    }
+    if (m_incoming.isTooLong())
+        dump("---- closing a local channel, its message is too long", 0);
+    if (m_ended || m_incoming.isTooLong())
+        finish();
+    else
+        m_readable.setEnabled(true);
+}
+
+void localChannel::handle(const message &received)
+{
+    if (received.kind == messageKind::events) {
+        if (!std::exchange(m_listens, true))
+            m_shared.m_listeners.addLocal(this);
+        return;
+    }
+    m_isClient = true;
+    switch (received.kind) {
+    case messageKind::exit:
+        dump("---- got exit command by client!", 0);
+        emit exitRequested();
+        break;
+    case messageKind::claim:
+        reply("<claimed>" + QByteArray::number(m_claims.claim(this)) + "</claimed>");
+        break;
+    default:
+        m_shared.handle(received, dialect::local, [this] { return nextAnswer(); });
+    }
+}
+
+answerFunction localChannel::nextAnswer()
+{
+    return [channel = QPointer(this), number = ++m_boxCount](quint32 code) {
+        if (channel)
+            channel->reply("<answer>" + QByteArray::number(number) + ';' + QByteArray::number(code) +
+                           "</answer>");
+    };
+}
+
+void localChannel::reply(const QByteArray &bytes)
+{
+    // What happened before comes before.
+    m_shared.m_listeners.flush();
+    if (waiting() + bytes.size() > maxBacklog) {
+        dump("---- closing a local channel that does not read its answers", 0);
+        finish();
+        return;
+    }
+    write(bytes);
+    flush();
+}
+
+void localChannel::write(QByteArrayView bytes)
+{
+    if (m_deaf || m_finished)
+        return;
+    if (m_sent == m_outgoing.size()) {
+        m_outgoing.resize(0);
+        m_sent = 0;
+    }
+    m_outgoing.append(bytes);
+}
+
+void localChannel::flush()
+{
+    while (waiting() > 0 && !m_deaf) {
+        const ssize_t sent = send(m_descriptor, m_outgoing.constData() + m_sent,
+                                  static_cast<size_t>(waiting()), MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (sent < 0) {
+            // What the client has sent is still to be read, so this does not end the channel.
+            m_deaf = errno != EAGAIN && errno != EINTR;
+            break;
+        }
+        m_sent += sent;
+    }
+    if (m_sent > maxBacklog / 4) {
+        m_outgoing.remove(0, m_sent);
+        m_sent = 0;
+    }
+    m_writable.setEnabled(waiting() > 0 && !m_deaf && !m_finished);
+}
+
+void localChannel::finish()
+{
+    if (std::exchange(m_finished, true))
+        return;
+    m_readable.setEnabled(false);
+    m_writable.setEnabled(false);
+    m_shared.m_listeners.removeLocal(this);
+    m_claims.release(this);
+    emit finished();
+}

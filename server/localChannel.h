@@ -1,0 +1,66 @@
+#pragma once
+
+#include "server/eventListeners.h"
+#include "server/messageStream.h"
+#include "server/noticeBoxes.h"
+
+#include <QObject>
+#include <QSocketNotifier>
+
+class claimedSlots;
+class handlers;
+
+/// One client on the local socket: its messages, each in its turn, its answers and, if it listens, its
+/// events. It closes when the client has ended its sending direction and all complete messages have been
+/// handled; whoever made it deletes it then.
+class localChannel : public QObject, public eventListener
+{
+    Q_OBJECT
+
+public:
+    /// Takes over `descriptor`, a connected stream socket that does not block.
+    localChannel(int descriptor, handlers &shared, claimedSlots &claims);
+    /// Gives the client a moment to take what still waits for it, then closes.
+    ~localChannel() override;
+
+    /// The client has sent a complete message that asks for more than to listen.
+    bool isClient() const { return m_isClient; }
+
+    qint64 waiting() const override { return m_outgoing.size() - m_sent; }
+    void write(QByteArrayView bytes) override;
+    void flush() override;
+
+signals:
+    /// Nothing more comes of this channel.
+    void finished();
+    /// The client wants the daemon to end; messages behind this are not handled if it does.
+    void exitRequested();
+
+private:
+    void receive();
+    void handleMessages();
+    void handle(const message &received);
+    /// Bytes that the client waits for: they are not left out, but may end a channel that never reads.
+    void reply(const QByteArray &bytes);
+    answerFunction nextAnswer();
+    void finish();
+
+    int m_descriptor;
+    handlers &m_shared;
+    claimedSlots &m_claims;
+    QSocketNotifier m_readable;
+    QSocketNotifier m_writable;
+    messageStream m_incoming;
+    QByteArray m_outgoing;
+    /// How much of `m_outgoing` has been taken.
+    qsizetype m_sent = 0;
+    /// Boxes that this channel has asked for.
+    int m_boxCount = 0;
+    bool m_isClient = false;
+    bool m_listens = false;
+    /// The client sends no more.
+    bool m_ended = false;
+    /// The client takes no more.
+    bool m_deaf = false;
+    bool m_finished = false;
+};

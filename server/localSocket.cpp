@@ -1,0 +1,150 @@
+#include "server/localSocket.h"
+
+#include "server/localFolder.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+/// For so long a daemon that starts or ends may hold the lock without answering.
+constexpr auto patience = 2s;
+constexpr auto step = 10ms;
+constexpr int backlog = 64;
+
+sockaddr_un addressOf(const std::string &path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return address;
+}
+
+int newSocket()
+{
+    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+}
+
+bool isSameFile(const std::string &path, dev_t device, ino_t inode)
+{
+    struct stat found {
+    };
+    return lstat(path.c_str(), &found) == 0 && found.st_dev == device && found.st_ino == inode;
+}
+
+void closeDescriptor(int &descriptor)
+{
+    if (descriptor >= 0)
+        ::close(descriptor);
+    descriptor = -1;
+}
+
+} // namespace
+
+localSocket::outcome localSocket::open(const char *identifier)
+{
+    const std::string name = identifier;
+    if (name.empty() || name.find('/') != std::string::npos)
+        return fail("the identifier is no file name");
+    const std::string folder = localFolder();
+    m_path = folder + "/" + name + ".sock";
+    m_lockPath = folder + "/" + name + ".lock";
+    if (m_path.size() >= sizeof(sockaddr_un::sun_path))
+        return fail(m_path + " is too long for a socket");
+    std::string error;
+    if (!prepareLocalFolder(folder, error))
+        return fail(error);
+    const outcome result = take();
+    if (result != outcome::listening)
+        closeDescriptor(m_lock);
+    return result;
+}
+
+localSocket::outcome localSocket::take()
+{
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!lock()) {
+        if (somebodyAnswers())
+            break;
+        if (std::chrono::steady_clock::now() > deadline)
+            return fail(m_lockPath + " is locked, and nobody answers");
+        std::this_thread::sleep_for(step);
+    }
+    if (somebodyAnswers()) {
+        fail("another daemon answers at " + m_path);
+        return outcome::answered;
+    }
+    return listen() ? outcome::listening : fail(m_path + ": " + std::strerror(errno));
+}
+
+localSocket::outcome localSocket::fail(const std::string &reason)
+{
+    m_reason = reason;
+    return outcome::failed;
+}
+
+/// Whoever ends removes the lock file, so a lock only counts on the file that still has the name.
+bool localSocket::lock()
+{
+    closeDescriptor(m_lock);
+    m_lock =
+        ::open(m_lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR);
+    struct stat held {
+    };
+    return m_lock >= 0 && flock(m_lock, LOCK_EX | LOCK_NB) == 0 && fstat(m_lock, &held) == 0 &&
+           isSameFile(m_lockPath, held.st_dev, held.st_ino);
+}
+
+bool localSocket::somebodyAnswers() const
+{
+    int probe = newSocket();
+    const sockaddr_un address = addressOf(m_path);
+    const bool connected = connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    // A daemon that is too busy to accept is one all the same.
+    const bool answers = connected || errno == EAGAIN;
+    closeDescriptor(probe);
+    return answers;
+}
+
+bool localSocket::listen()
+{
+    unlink(m_path.c_str());
+    m_descriptor = newSocket();
+    const sockaddr_un address = addressOf(m_path);
+    struct stat made {
+    };
+    if (m_descriptor >= 0 &&
+        bind(m_descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+        ::listen(m_descriptor, backlog) == 0 && lstat(m_path.c_str(), &made) == 0) {
+        m_device = made.st_dev;
+        m_inode = made.st_ino;
+        return true;
+    }
+    const int error = errno;
+    closeDescriptor(m_descriptor);
+    errno = error;
+    return false;
+}
+
+void localSocket::close()
+{
+    if (m_descriptor < 0)
+        return;
+    if (isSameFile(m_path, m_device, m_inode))
+        unlink(m_path.c_str());
+    closeDescriptor(m_descriptor);
+    unlink(m_lockPath.c_str());
+    closeDescriptor(m_lock);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+
+/// The listening socket of one daemon, with its place in the file system. A lock on a file beside it, held
+/// as long as this object lives, keeps two daemons from taking the same place from each other; a file that a
+/// crash has left behind is replaced.
+class localSocket
+{
+public:
+    enum class outcome {
+        listening,
+        answered, ///< another daemon answers at that path
+        failed,
+    };
+
+    localSocket() = default;
+    ~localSocket() { close(); }
+    localSocket(const localSocket &) = delete;
+    localSocket &operator=(const localSocket &) = delete;
+
+    /// Takes the place that `identifier`, any bytes, has; `reason()` says what was in the way.
+    outcome open(const char *identifier);
+    const std::string &reason() const { return m_reason; }
+    /// Removes the socket, if it is still this one, and gives the place up.
+    void close();
+
+    /// The listening descriptor, which does not block; -1 when it is not open.
+    int descriptor() const { return m_descriptor; }
+
+private:
+    outcome take();
+    outcome fail(const std::string &reason);
+    bool lock();
+    bool somebodyAnswers() const;
+    bool listen();
+
+    std::string m_path;
+    std::string m_lockPath;
+    std::string m_reason;
+    int m_descriptor = -1;
+    int m_lock = -1;
+    dev_t m_device = 0;
+    ino_t m_inode = 0;
+};

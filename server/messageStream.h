@@ -1,0 +1,42 @@
+#pragma once
+
+#include "server/message.h"
+
+#include <QByteArray>
+
+#include <optional>
+
+/// Cuts tagged messages out of the bytes of one local channel, in the order in which they arrive.
+///
+/// A message reaches from an opening tag to the first closing tag of its kind, whatever stands between;
+/// everything else is dropped, zero bytes first. The cost is linear in the bytes: nothing is searched twice.
+class messageStream
+{
+public:
+    /// Bytes of one message, from its opening tag up to its closing one.
+    static constexpr qsizetype longestMessage = 16 * 1024 * 1024;
+
+    /// Room for `size` more bytes behind those that wait; `commit()` says how many of them came.
+    char *reserve(qsizetype size);
+    void commit(qsizetype size);
+
+    /// The next message; none when no message is complete, or when one has become too long. Its payload stays
+    /// valid until the next call of this or of `reserve()`.
+    std::optional<message> next();
+    /// A message has become too long; no further ones come.
+    bool isTooLong() const { return m_tooLong; }
+
+private:
+    bool enterMessage();
+    std::optional<message> finishMessage();
+
+    QByteArray m_text;
+    qsizetype m_end = 0;
+    /// Where the bytes begin that have not been looked at; within a message, its opening tag.
+    qsizetype m_head = 0;
+    /// Within a message, in front of where its closing tag does not begin.
+    qsizetype m_searched = 0;
+    /// The tags of the message whose opening tag was seen last, or null.
+    const messageTags *m_open = nullptr;
+    bool m_tooLong = false;
+};
