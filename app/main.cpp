@@ -2,6 +2,7 @@
 //
 // main          command line, start-up, event loop, shutdown
 // MyApplication the application object (app/MyApplication.h)
+// endSignals    the signals that end it in order (app/endSignals.h)
 // receiver      two of them: the command server and the event server; they hold
 //   CProgressDialog  the one active progress dialog (dialog/)
 //   busyWidget       the busy window (widgets/)
@@ -12,47 +13,65 @@
 #include "app/MyApplication.h"
 #include "app/commandLine.h"
 #include "app/dump.h"
+#include "app/endSignals.h"
 #include "app/lockFile.h"
+#include "app/standardError.h"
+#include "app/toolkitMessages.h"
 #include "server/receiver.h"
 #include "stats/statisticsFile.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <string>
 
 namespace
 {
 
 constexpr int usageError = 2;
-constexpr char usage[] = "usage: progressd IDENTIFIER [BASEPORT]\n";
+/// A private daemon that cannot start. (1 says that another one answers in its place.)
+constexpr int noPrivateDaemon = 2;
+constexpr char usage[] = "usage: progressd IDENTIFIER [BASEPORT]\n"
+                         "       progressd --private IDENTIFIER [--learn NAME]\n";
+constexpr char help[] =
+    "\n"
+    "Shows progress, busy and notice windows on behalf of other processes.\n"
+    "\n"
+    "Two ways lead in. The local socket, IDENTIFIER.sock in $XDG_RUNTIME_DIR/progressd or\n"
+    "/tmp/progressd-UID, serves only processes of the same user, takes UTF-8 and up to 64 clients with a\n"
+    "buffer each: choose it for whatever is written today. The two TCP ports, which stand in\n"
+    "/tmp/HalvornRunning_IDENTIFIER.lock, are open to every process of the machine, take Latin-1 and\n"
+    "ten clients: they are for programs that know only them. Start the daemon with --private unless one\n"
+    "of these is to be served.\n"
+    "\n"
+    "  IDENTIFIER    names the socket, the lock file and the file of learned runs\n"
+    "  BASEPORT      port of the command server, the event server takes the next one; the daemon\n"
+    "                then stays when its clients have gone\n"
+    "  --private     opens no port and writes no lock file\n"
+    "  --learn NAME  keeps the learned runs under NAME instead; with an empty one, not at all\n"
+    "  --help        prints this text\n"
+    "  --version     prints the version\n"
+    "\n"
+    "Exit status: 0 ended in order, 1 cannot start (no display, something else in the lock file's\n"
+    "place, a daemon that answers on the private one's socket) or the display was lost, 2 wrong\n"
+    "command line or no socket for a private daemon, 128+N ended in order by signal N.\n";
 
-/// The daemon's identifier while its files are to be left in order at exit, else null.
-const char *servedIdentifier = nullptr;
+/// What is served while the files are to be left in order at exit, else null.
+const commandLine *served = nullptr;
 
 /// Answers "--help" and "--version" as the only argument, without a display.
 bool printedInformation(int argc, char **argv)
 {
     if (argc != 2)
         return false;
-    if (std::strcmp(argv[1], "--help") == 0) {
-        std::printf(
-            "%s\n"
-            "Shows progress, busy and notice windows on behalf of other processes. The ports of the\n"
-            "command and the event server stand in /tmp/HalvornRunning_IDENTIFIER.lock.\n"
-            "\n"
-            "  IDENTIFIER  names the lock file and the file of learned runs\n"
-            "  BASEPORT    port of the command server, the event server takes the next one; the daemon\n"
-            "              then stays when its clients have gone\n"
-            "  --help      prints this text\n"
-            "  --version   prints the version\n",
-            usage);
-        return true;
-    }
-    if (std::strcmp(argv[1], "--version") == 0) {
+    if (std::strcmp(argv[1], "--help") == 0)
+        std::printf("%s%s", usage, help);
+    else if (std::strcmp(argv[1], "--version") == 0)
         std::puts("progressd " PROGRESS_VERSION);
-        return true;
-    }
-    return false;
+    else
+        return false;
+    return true;
 }
 
 /// Says on standard error what is wrong with the command line, if anything.
@@ -62,19 +81,12 @@ bool isUsable(const commandLine &line)
         std::fputs(usage, stderr);
         return false;
     }
-    if (!setLockFile(line.identifier) || !statisticsPathFits(line.identifier)) {
-        std::fputs("progressd: the identifier is too long\n", stderr);
+    const bool lockFits = line.isPrivate || setLockFile(line.identifier);
+    if (!lockFits || (line.statisticsName && !statisticsPathFits(line.statisticsName))) {
+        complain("the identifier is too long");
         return false;
     }
     return true;
-}
-
-/// The toolkit aborts where it cannot go on, above all without a display; that is no reason for a core file.
-void reportToolkitMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
-{
-    std::fprintf(stderr, "progressd: %s\n", qPrintable(text));
-    if (type == QtFatalMsg)
-        std::_Exit(EXIT_FAILURE);
 }
 
 /// Sizes and positions of the protocol are real pixels, and the daemon places its own windows, which works
@@ -90,26 +102,57 @@ void preparePlatform()
     QGuiApplication::setDesktopSettingsAware(false);
 }
 
+/// The two servers of a daemon that has ports, and the lock file that tells them.
+struct portServers {
+    receiver commands;
+    receiver events;
+
+    explicit portServers(int basePort) : commands(basePort, false), events(eventPort(basePort), true) {}
+
+    /// False when clients cannot be told.
+    bool publish(const std::string &identifier) const
+    {
+        const int commandPort = commands.getPort();
+        const int port = events.getPort();
+        if (commandPort == 0 || port == 0)
+            complain(identifier + ": cannot listen on the " +
+                     (commandPort != 0 ? "event port"
+                      : port != 0      ? "command port"
+                                       : "two ports") +
+                     "; does another daemon of this name run?");
+        if (writeLockFile(commandPort, port))
+            return true;
+        complain(std::string(lockFilePath()) + " is no regular file of this user's, and stays");
+        return false;
+    }
+};
+
 /// The files' share of the shutdown. The toolkit also ends the process by itself, when the X server goes
 /// away; the files are left in order then, too.
 void leaveFiles()
 {
-    const char *identifier = std::exchange(servedIdentifier, nullptr);
-    if (!identifier)
+    const commandLine *line = std::exchange(served, nullptr);
+    if (!line)
         return;
-    removeLockFile();
-    receiver::saveStatisticData(identifier);
+    if (!line->isPrivate)
+        removeLockFile();
+    if (line->statisticsName)
+        receiver::saveStatisticData(line->statisticsName);
 }
 
-int serve(const commandLine &line)
+void complainAboutLogs()
 {
-    receiver commandServer(line.basePort, false);
-    receiver eventServer(eventPort(line.basePort), true);
-    receiver::loadStatisticData(line.identifier);
-    servedIdentifier = line.identifier;
+    for (const char *path : unusableLogs())
+        complain(std::string(path) + " is no regular file of this user's: nothing is logged there");
+}
+
+/// The event loop, from when the daemon is ready to when it has left.
+int run(const commandLine &line)
+{
+    served = &line;
     prepareDump();
     std::atexit(leaveFiles);
-    writeLockFile(commandServer.getPort(), eventServer.getPort());
+    logToolkitMessages();
 
     const int code = MyApplication::exec();
 
@@ -118,16 +161,33 @@ int serve(const commandLine &line)
     return code;
 }
 
+int serve(const commandLine &line)
+{
+    const endSignals signalsThatEnd;
+    complainAboutLogs();
+    std::optional<portServers> ports;
+    if (!line.isPrivate)
+        ports.emplace(line.basePort);
+    if (line.statisticsName)
+        receiver::loadStatisticData(line.statisticsName);
+    if (ports && !ports->publish(line.identifier))
+        return EXIT_FAILURE;
+    return run(line);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    secureStandardStreams();
     if (printedInformation(argc, argv))
-        return EXIT_SUCCESS;
-    if (!isUsable(parseCommandLine(argc, argv)))
+        return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    const commandLine given = parseCommandLine(argc, argv);
+    // The toolkit's own options may stand behind a private daemon's.
+    if (!given.isPrivate && !isUsable(given))
         return usageError;
 
-    qInstallMessageHandler(reportToolkitMessage);
+    reportToolkitMessages(given.isPrivate ? noPrivateDaemon : EXIT_FAILURE);
     preparePlatform();
     MyApplication application(argc, argv);
     // The toolkit has taken its own options out of the arguments.
