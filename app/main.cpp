@@ -25,6 +25,7 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace
 {
