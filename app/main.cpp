@@ -116,10 +116,8 @@ struct portServers {
         const int commandPort = commands.getPort();
         const int port = events.getPort();
         if (commandPort == 0 || port == 0)
-            complain(identifier + ": cannot listen on the " +
-                     (commandPort != 0 ? "event port"
-                      : port != 0      ? "command port"
-                                       : "two ports") +
+            complain(identifier + ": cannot listen on " +
+                     (commandPort == port ? "its ports" : "one of its ports") +
                      "; does another daemon of this name run?");
         if (writeLockFile(commandPort, port))
             return true;
