@@ -2,14 +2,22 @@
 
 /// What the daemon was started with.
 struct commandLine {
-    /// Names the lock file and the statistics file; null when it is missing. Not owned.
+    /// Names the daemon: its lock file and its local socket. Null when it is missing, or when what begins as
+    /// a private daemon's command line does not go on as one. Not owned.
     const char *identifier = nullptr;
     /// Base port of the two servers; without one (below 0) clients can end the daemon.
     int basePort = -2;
+    /// No ports and no lock file: the local socket is the only way in.
+    bool isPrivate = false;
+    /// Names the file of learned runs: the identifier, or what a private daemon was told instead. Null when
+    /// nothing is to be loaded or saved. Not owned.
+    const char *statisticsName = nullptr;
 };
 
-/// Reads the arguments: the identifier and, read only when there are exactly two, the base port, a decimal
-/// number of which an unreadable one counts as 0.
+/// Reads the arguments. With "--private" as the first, it is followed by the identifier and, if anything, by
+/// "--learn" and a name, of which an empty one stands for none. Else the first is the identifier and, read
+/// only when there are exactly two, the second is the base port, a decimal number of which an unreadable one
+/// counts as 0.
 commandLine parseCommandLine(int argc, char **argv);
 
 /// The port to ask for the event server: the next one, but with a base port that stands for any free port

@@ -2,24 +2,46 @@
 
 #include <QDateTime>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 
 namespace
 {
 
-/// Path of the log file in use; filled anew on every call.
-char logfile[1024];
+struct place {
+    const char *logfile;
+    /// Its folder is the administrator's, who may have put the file there for everybody.
+    bool isAdministered;
+};
 
-FILE *openLog()
+constexpr place places[] = {{"/var/instrument/VKT-progressbar.log", true},
+                            {"/tmp/VKT-progressbar.log", false}};
+
+bool isFit(int file, const place &where)
 {
-    for (const char *path : {"/var/instrument/VKT-progressbar.log", "/tmp/VKT-progressbar.log"}) {
-        std::strncpy(logfile, path, sizeof logfile - 1);
-        if (FILE *log = std::fopen(logfile, "ae"))
-            return log;
-    }
-    return nullptr;
+    struct stat about;
+    return fstat(file, &about) == 0 && S_ISREG(about.st_mode) && about.st_nlink == 1 &&
+           (about.st_uid == geteuid() || (where.isAdministered && about.st_uid == 0));
+}
+
+/// Anybody may have put something into the place: a pipe would wait for its reader, a link leads elsewhere.
+/// -1, with the cause in errno, when the file cannot be used.
+int openLog(const place &where, int moreFlags)
+{
+    constexpr mode_t allMayRead = 0666; // less what the umask takes
+    const int file =
+        open(where.logfile, O_WRONLY | O_APPEND | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC | moreFlags,
+             allMayRead);
+    if (file < 0 || isFit(file, where))
+        return file;
+    close(file);
+    errno = EPERM;
+    return -1;
 }
 
 QByteArray localTime()
@@ -27,11 +49,21 @@ QByteArray localTime()
     return QDateTime::currentDateTime().toString(Qt::TextDate).toLatin1();
 }
 
+FILE *openLogForRecord()
+{
+    for (const place &where : places) {
+        const int file = openLog(where, O_CREAT);
+        if (file >= 0)
+            return fdopen(file, "a");
+    }
+    return nullptr;
+}
+
 } // namespace
 
 void dump(const char *description, int result, int dataLen, const int *data)
 {
-    FILE *log = openLog();
+    FILE *log = openLogForRecord();
     if (!log)
         return;
 
@@ -45,6 +77,19 @@ void dump(const char *description, int result, int dataLen, const int *data)
     }
     std::fputs(emptyLineAfter ? "\n\n" : "\n", log);
     std::fclose(log);
+}
+
+std::vector<const char *> unusableLogs()
+{
+    std::vector<const char *> found;
+    for (const place &where : places) {
+        const int log = openLog(where, 0);
+        if (log >= 0)
+            close(log);
+        else if (errno != ENOENT && errno != ENOTDIR && !(where.isAdministered && errno == EACCES))
+            found.push_back(where.logfile);
+    }
+    return found;
 }
 
 void prepareDump()

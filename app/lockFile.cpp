@@ -1,13 +1,45 @@
 #include "app/lockFile.h"
 
-#include <QFile>
+#include "app/dump.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 
 namespace
 {
 
 char configpath[4096];
+
+enum class place { free, blocked, foreign };
+
+/// Takes away the file that a crash, or another daemon of this name, has left.
+place clearPlace()
+{
+    struct stat about;
+    if (lstat(configpath, &about) != 0)
+        return place::free;
+    if (S_ISDIR(about.st_mode))
+        return place::blocked;
+    if (!S_ISREG(about.st_mode))
+        return place::foreign;
+    const bool isOurs = about.st_uid == geteuid();
+    if (unlink(configpath) != 0 && errno != ENOENT)
+        return isOurs ? place::blocked : place::foreign;
+    if (!isOurs)
+        dump("---- removed a lock file of another user's, number", static_cast<int>(about.st_uid));
+    return place::free;
+}
+
+/// The folder is everybody's. O_EXCL opens nothing, and follows no link, that somebody has just put there.
+int newFile()
+{
+    constexpr mode_t onlyOwnerMayWrite = 0644;
+    return open(configpath, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, onlyOwnerMayWrite);
+}
 
 } // namespace
 
@@ -18,16 +50,32 @@ bool setLockFile(const char *identifier)
     return length >= 0 && static_cast<size_t>(length) < sizeof configpath;
 }
 
-void writeLockFile(int commandPort, int eventPort)
+const char *lockFilePath()
 {
-    QFile file(QFile::decodeName(configpath));
-    if (!file.open(QIODevice::WriteOnly))
-        return;
-    file.write(QByteArray::number(commandPort) + '\n');
-    file.write(QByteArray::number(eventPort) + '\n');
+    return configpath;
+}
+
+bool writeLockFile(int commandPort, int eventPort)
+{
+    // Another daemon of this name may be writing its own at the same moment.
+    constexpr int attempts = 10;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const place state = clearPlace();
+        if (state != place::free)
+            return state != place::foreign;
+        const int file = newFile();
+        if (file >= 0) {
+            dprintf(file, "%d\n%d\n", commandPort, eventPort);
+            close(file);
+            return true;
+        }
+        if (errno != EEXIST)
+            return true;
+    }
+    return false;
 }
 
 void removeLockFile()
 {
-    QFile::remove(QFile::decodeName(configpath));
+    unlink(configpath);
 }

@@ -1,20 +1,24 @@
 // progressd: draws progress, busy and notice windows for other processes.
 //
-// main          command line, start-up, event loop, shutdown
-// MyApplication the application object (app/MyApplication.h)
-// receiver      two of them: the command server and the event server; they hold
-//   CProgressDialog  the one active progress dialog (dialog/)
-//   busyWidget       the busy window (widgets/)
-//   QMessageBox      open boxes (server/notices.cpp)
-// stats/        the runs that were learned, and the estimate that the dialog asks for
-// dump          the diagnostic log, written by all (app/dump.h)
+// main             command line, standard streams, the toolkit's platform
+// serve            start-up, event loop and shutdown (app/serve.h); it holds
+//   handlers         what messages act on, whichever way they came (server/)
+//     activeDialog     the one progress dialog (dialog/) and the busy window (widgets/)
+//     noticeBoxes      the open boxes
+//     eventListeners   who hears events
+//   receiver         two of them: the command server and the event server
+//   localServer      the local socket and its channels
+// MyApplication    the application object (app/MyApplication.h)
+// endSignals       the signals that end the daemon in order (app/endSignals.h)
+// stats/           the runs that were learned, and the estimate that the dialog asks for
+// dump             the diagnostic log, written by all (app/dump.h)
 
 #include "app/MyApplication.h"
 #include "app/commandLine.h"
-#include "app/dump.h"
 #include "app/lockFile.h"
-#include "server/handlers.h"
-#include "server/receiver.h"
+#include "app/serve.h"
+#include "app/standardError.h"
+#include "app/toolkitMessages.h"
 #include "stats/statisticsFile.h"
 
 #include <cstdio>
@@ -25,35 +29,43 @@ namespace
 {
 
 constexpr int usageError = 2;
-constexpr char usage[] = "usage: progressd IDENTIFIER [BASEPORT]\n";
-
-/// The daemon's identifier while its files are to be left in order at exit, else null.
-const char *servedIdentifier = nullptr;
+constexpr char usage[] = "usage: progressd IDENTIFIER [BASEPORT]\n"
+                         "       progressd --private IDENTIFIER [--learn NAME]\n";
+constexpr char help[] =
+    "\n"
+    "Shows progress, busy and notice windows on behalf of other processes.\n"
+    "\n"
+    "Two ways lead in. The local socket, IDENTIFIER.sock in $XDG_RUNTIME_DIR/progressd or\n"
+    "/tmp/progressd-UID, serves only processes of the same user, takes UTF-8 and up to 64 clients with a\n"
+    "buffer each: choose it for whatever is written today. The two TCP ports, which stand in\n"
+    "/tmp/HalvornRunning_IDENTIFIER.lock, are open to every process of the machine, take Latin-1 and\n"
+    "ten clients: they are for programs that know only them. Start the daemon with --private unless one\n"
+    "of these is to be served.\n"
+    "\n"
+    "  IDENTIFIER    names the socket, the lock file and the file of learned runs\n"
+    "  BASEPORT      port of the command server, the event server takes the next one; the daemon\n"
+    "                then stays when its clients have gone\n"
+    "  --private     opens no port and writes no lock file\n"
+    "  --learn NAME  keeps the learned runs under NAME instead; with an empty one, not at all\n"
+    "  --help        prints this text\n"
+    "  --version     prints the version\n"
+    "\n"
+    "Exit status: 0 ended in order, 1 cannot start (no display, something else in the lock file's\n"
+    "place, a daemon that answers on the private one's socket) or the display was lost, 2 wrong\n"
+    "command line or no socket for a private daemon, 128+N ended in order by signal N.\n";
 
 /// Answers "--help" and "--version" as the only argument, without a display.
 bool printedInformation(int argc, char **argv)
 {
     if (argc != 2)
         return false;
-    if (std::strcmp(argv[1], "--help") == 0) {
-        std::printf(
-            "%s\n"
-            "Shows progress, busy and notice windows on behalf of other processes. The ports of the\n"
-            "command and the event server stand in /tmp/HalvornRunning_IDENTIFIER.lock.\n"
-            "\n"
-            "  IDENTIFIER  names the lock file and the file of learned runs\n"
-            "  BASEPORT    port of the command server, the event server takes the next one; the daemon\n"
-            "              then stays when its clients have gone\n"
-            "  --help      prints this text\n"
-            "  --version   prints the version\n",
-            usage);
-        return true;
-    }
-    if (std::strcmp(argv[1], "--version") == 0) {
+    if (std::strcmp(argv[1], "--help") == 0)
+        std::printf("%s%s", usage, help);
+    else if (std::strcmp(argv[1], "--version") == 0)
         std::puts("progressd " PROGRESS_VERSION);
-        return true;
-    }
-    return false;
+    else
+        return false;
+    return true;
 }
 
 /// Says on standard error what is wrong with the command line, if anything.
@@ -63,19 +75,12 @@ bool isUsable(const commandLine &line)
         std::fputs(usage, stderr);
         return false;
     }
-    if (!setLockFile(line.identifier) || !statisticsPathFits(line.identifier)) {
-        std::fputs("progressd: the identifier is too long\n", stderr);
+    const bool lockFits = line.isPrivate || setLockFile(line.identifier);
+    if (!lockFits || (line.statisticsName && !statisticsPathFits(line.statisticsName))) {
+        complain("the identifier is too long");
         return false;
     }
     return true;
-}
-
-/// The toolkit aborts where it cannot go on, above all without a display; that is no reason for a core file.
-void reportToolkitMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
-{
-    std::fprintf(stderr, "progressd: %s\n", qPrintable(text));
-    if (type == QtFatalMsg)
-        std::_Exit(EXIT_FAILURE);
 }
 
 /// Sizes and positions of the protocol are real pixels, and the daemon places its own windows, which works
@@ -91,51 +96,19 @@ void preparePlatform()
     QGuiApplication::setDesktopSettingsAware(false);
 }
 
-/// The files' share of the shutdown. The toolkit also ends the process by itself, when the X server goes
-/// away; the files are left in order then, too.
-void leaveFiles()
-{
-    const char *identifier = std::exchange(servedIdentifier, nullptr);
-    if (!identifier)
-        return;
-    removeLockFile();
-    receiver::saveStatisticData(identifier);
-}
-
-int serve(const commandLine &line)
-{
-    handlers shared;
-    receiver commandServer(line.basePort, false);
-    receiver eventServer(eventPort(line.basePort), true);
-    QObject::connect(&commandServer, &receiver::clientGone, qApp, [&commandServer] {
-        if (commandServer.hasClients())
-            return;
-        dump("---- doing exit by last closed connection!", 0);
-        QCoreApplication::quit();
-    });
-    receiver::loadStatisticData(line.identifier);
-    servedIdentifier = line.identifier;
-    prepareDump();
-    std::atexit(leaveFiles);
-    writeLockFile(commandServer.getPort(), eventServer.getPort());
-
-    const int code = MyApplication::exec();
-
-    leaveFiles();
-    receiver::cleanup();
-    return code;
-}
-
 } // namespace
 
 int main(int argc, char **argv)
 {
+    secureStandardStreams();
     if (printedInformation(argc, argv))
-        return EXIT_SUCCESS;
-    if (!isUsable(parseCommandLine(argc, argv)))
+        return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    const commandLine given = parseCommandLine(argc, argv);
+    // The toolkit's own options may stand behind a private daemon's.
+    if (!given.isPrivate && !isUsable(given))
         return usageError;
 
-    qInstallMessageHandler(reportToolkitMessage);
+    reportToolkitMessages(cannotServe(given));
     preparePlatform();
     MyApplication application(argc, argv);
     // The toolkit has taken its own options out of the arguments.

@@ -31,8 +31,8 @@ constexpr auto lastPatience = 200ms;
 
 } // namespace
 
-localChannel::localChannel(int descriptor, handlers &shared, claimedSlots &claims)
-    : m_descriptor(descriptor), m_shared(shared), m_claims(claims),
+localChannel::localChannel(int descriptor, handlers &shared, claimedSlots &claims, bool mayEndDaemon)
+    : m_descriptor(descriptor), m_shared(shared), m_claims(claims), m_mayEndDaemon(mayEndDaemon),
       m_readable(descriptor, QSocketNotifier::Read), m_writable(descriptor, QSocketNotifier::Write)
 {
     m_writable.setEnabled(false);
@@ -69,13 +69,13 @@ void localChannel::receive()
 /// Until all that is complete has been handled nothing more is read.
 void localChannel::handleMessages()
 {
-    if (m_finished)
+    if (m_finished || m_stopped)
         return;
     const eventListeners::batch batch(m_shared.m_listeners);
     const auto end = clock::now() + turn;
     for (int count = 1; const std::optional<message> received = m_incoming.next(); ++count) {
         handle(*received);
-        if (m_finished)
+        if (m_finished || m_stopped)
             return;
         if (count % messagesPerLook == 0 && clock::now() > end) {
             m_readable.setEnabled(false);
@@ -101,8 +101,7 @@ void localChannel::handle(const message &received)
     m_isClient = true;
     switch (received.kind) {
     case messageKind::exit:
-        dump("---- got exit command by client!", 0);
-        emit exitRequested();
+        requestExit();
         break;
     case messageKind::claim:
         reply("<claimed>" + QByteArray::number(m_claims.claim(this)) + "</claimed>");
@@ -110,6 +109,16 @@ void localChannel::handle(const message &received)
     default:
         m_shared.handle(received, dialect::local, [this] { return nextAnswer(); });
     }
+}
+
+void localChannel::requestExit()
+{
+    dump("---- got exit command by client!", 0);
+    if (!m_mayEndDaemon)
+        return;
+    m_stopped = true;
+    m_readable.setEnabled(false);
+    emit exitRequested();
 }
 
 answerFunction localChannel::nextAnswer()

@@ -19,7 +19,7 @@ class localChannel : public QObject, public eventListener
 
 public:
     /// Takes over `descriptor`, a connected stream socket that does not block.
-    localChannel(int descriptor, handlers &shared, claimedSlots &claims);
+    localChannel(int descriptor, handlers &shared, claimedSlots &claims, bool mayEndDaemon);
     /// Gives the client a moment to take what still waits for it, then closes.
     ~localChannel() override;
 
@@ -33,13 +33,14 @@ public:
 signals:
     /// Nothing more comes of this channel.
     void finished();
-    /// The client wants the daemon to end; messages behind this are not handled if it does.
+    /// The client, which may end the daemon, wants it to end. The messages behind this are not handled.
     void exitRequested();
 
 private:
     void receive();
     void handleMessages();
     void handle(const message &received);
+    void requestExit();
     /// Bytes that the client waits for: they are not left out, but may end a channel that never reads.
     void reply(const QByteArray &bytes);
     answerFunction nextAnswer();
@@ -48,6 +49,7 @@ private:
     int m_descriptor;
     handlers &m_shared;
     claimedSlots &m_claims;
+    bool m_mayEndDaemon;
     QSocketNotifier m_readable;
     QSocketNotifier m_writable;
     messageStream m_incoming;
@@ -63,4 +65,6 @@ private:
     /// The client takes no more.
     bool m_deaf = false;
     bool m_finished = false;
+    /// The daemon is about to end.
+    bool m_stopped = false;
 };

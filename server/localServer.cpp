@@ -28,7 +28,10 @@ bool isTrusted(int descriptor)
 
 } // namespace
 
-localServer::localServer(handlers &shared) : m_shared(shared), m_claims(shared) {}
+localServer::localServer(handlers &shared, bool clientsMayEnd)
+    : m_shared(shared), m_clientsMayEnd(clientsMayEnd), m_claims(shared)
+{
+}
 
 localServer::~localServer()
 {
@@ -71,7 +74,7 @@ bool localServer::acceptOne()
 
 void localServer::add(int descriptor)
 {
-    auto *channel = new localChannel(descriptor, m_shared, m_claims);
+    auto *channel = new localChannel(descriptor, m_shared, m_claims, m_clientsMayEnd);
     m_channels.push_back(channel);
     connect(channel, &localChannel::exitRequested, this, &localServer::exitRequested);
     connect(channel, &localChannel::finished, this, [this, channel] { remove(channel); });
@@ -91,13 +94,16 @@ bool localServer::hasClients() const
                        [](const localChannel *channel) { return channel->isClient(); });
 }
 
-void localServer::close()
+void localServer::removeSocket()
 {
-    if (!m_incoming)
-        return;
-    m_shared.m_listeners.sendLocal("shutDown");
     m_incoming.reset();
     m_socket.close();
+}
+
+void localServer::close()
+{
+    m_shared.m_listeners.sendLocal("shutDown");
+    removeSocket();
     for (localChannel *channel : std::exchange(m_channels, {}))
         delete channel;
 }

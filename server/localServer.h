@@ -18,7 +18,8 @@ class localServer : public QObject
     Q_OBJECT
 
 public:
-    explicit localServer(handlers &shared);
+    /// Whether clients may end the daemon holds for all channels.
+    localServer(handlers &shared, bool clientsMayEnd);
     ~localServer() override;
 
     /// Opens the socket of `identifier`. Without it, all other operations do nothing.
@@ -27,6 +28,8 @@ public:
     const std::string &reason() const { return m_socket.reason(); }
     /// Whether a client that asked for more than to listen is there.
     bool hasClients() const;
+    /// Removes the socket from the file system; the channels stay.
+    void removeSocket();
     /// Tells the listeners of the end, removes the socket and closes the channels.
     void close();
 
@@ -42,6 +45,7 @@ private:
     void remove(localChannel *channel);
 
     handlers &m_shared;
+    bool m_clientsMayEnd;
     claimedSlots m_claims;
     localSocket m_socket;
     std::unique_ptr<QSocketNotifier> m_incoming;

@@ -1,0 +1,167 @@
+#include "app/serve.h"
+
+#include "app/MyApplication.h"
+#include "app/commandLine.h"
+#include "app/dump.h"
+#include "app/endSignals.h"
+#include "app/lockFile.h"
+#include "app/standardError.h"
+#include "app/toolkitMessages.h"
+#include "server/handlers.h"
+#include "server/localServer.h"
+#include "server/receiver.h"
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace
+{
+
+/// The servers of a daemon, and what its clients share.
+class servers
+{
+public:
+    explicit servers(const commandLine &line);
+
+    /// Opens the local socket; false when a private daemon has no other way in.
+    bool openLocalSocket();
+    /// Writes the lock file; false when that is impossible.
+    bool publishPorts() const;
+    /// The end of the local channels, which comes before that of the files.
+    void closeLocalChannels();
+    /// Leaves the files as after an orderly end: no socket, no lock file, the learned runs saved.
+    void leaveFiles();
+    /// Whether another daemon answers in this one's place.
+    bool isAnswered() const { return m_isAnswered; }
+
+private:
+    void endWithoutClients();
+
+    const commandLine &m_line;
+    handlers m_shared;
+    std::optional<receiver> m_commands;
+    std::optional<receiver> m_events;
+    localServer m_local;
+    bool m_isAnswered = false;
+};
+
+/// What is served while the files are to be left in order at exit, else null.
+servers *served = nullptr;
+
+servers::servers(const commandLine &line) : m_line(line), m_local(m_shared, line.basePort < 0)
+{
+    QObject::connect(&m_local, &localServer::exitRequested, qApp, &QCoreApplication::quit);
+    QObject::connect(&m_local, &localServer::clientGone, qApp, [this] { endWithoutClients(); });
+    if (line.isPrivate)
+        return;
+    m_commands.emplace(line.basePort, false);
+    m_events.emplace(eventPort(line.basePort), true);
+    QObject::connect(&*m_commands, &receiver::clientGone, qApp, [this] { endWithoutClients(); });
+}
+
+/// A daemon with a base port does not end when its clients have gone.
+void servers::endWithoutClients()
+{
+    if (m_line.basePort >= 0 || m_local.hasClients() || (m_commands && m_commands->hasClients()))
+        return;
+    dump("---- doing exit by last closed connection!", 0);
+    QCoreApplication::quit();
+}
+
+bool servers::openLocalSocket()
+{
+    const localSocket::outcome result = m_local.open(m_line.identifier);
+    m_isAnswered = result == localSocket::outcome::answered;
+    if (result == localSocket::outcome::listening)
+        return true;
+    if (m_line.isPrivate)
+        complain(m_local.reason());
+    else
+        dump(("---- no local socket: " + m_local.reason()).c_str(), 0);
+    return !m_line.isPrivate;
+}
+
+bool servers::publishPorts() const
+{
+    if (m_line.isPrivate)
+        return true;
+    const int commandPort = m_commands->getPort();
+    const int port = m_events->getPort();
+    if (commandPort == 0 || port == 0)
+        complain(std::string(m_line.identifier) + ": cannot listen on " +
+                 (commandPort == port ? "its ports" : "one of its ports") +
+                 "; does another daemon of this name run?");
+    if (writeLockFile(commandPort, port))
+        return true;
+    complain(std::string(lockFilePath()) + " is no regular file of this user's, and stays");
+    return false;
+}
+
+void servers::closeLocalChannels()
+{
+    m_shared.m_boxes.dismiss();
+    m_local.close();
+}
+
+void servers::leaveFiles()
+{
+    m_local.removeSocket();
+    if (!m_line.isPrivate)
+        removeLockFile();
+    if (m_line.statisticsName)
+        receiver::saveStatisticData(m_line.statisticsName);
+}
+
+/// The files' share of the shutdown. The toolkit also ends the process by itself, when the X server goes
+/// away; the files are left in order then, too.
+void leaveFiles()
+{
+    if (servers *all = std::exchange(served, nullptr))
+        all->leaveFiles();
+}
+
+void complainAboutLogs()
+{
+    for (const char *path : unusableLogs())
+        complain(std::string(path) + " is no regular file of this user's: nothing is logged there");
+}
+
+/// The event loop, from when the daemon is ready to when it has left.
+int run(servers &all)
+{
+    served = &all;
+    prepareDump();
+    std::atexit(leaveFiles);
+    logToolkitMessages();
+
+    const int code = MyApplication::exec();
+
+    all.closeLocalChannels();
+    leaveFiles();
+    receiver::cleanup();
+    return code;
+}
+
+} // namespace
+
+int cannotServe(const commandLine &line)
+{
+    constexpr int noPrivateDaemon = 2;
+    return line.isPrivate ? noPrivateDaemon : EXIT_FAILURE;
+}
+
+int serve(const commandLine &line)
+{
+    const endSignals signalsThatEnd;
+    complainAboutLogs();
+    servers all(line);
+    if (line.statisticsName)
+        receiver::loadStatisticData(line.statisticsName);
+    if (!all.openLocalSocket())
+        return all.isAnswered() ? EXIT_FAILURE : cannotServe(line);
+    if (!all.publishPorts())
+        return EXIT_FAILURE;
+    return run(all);
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+/// Standard error belongs to whoever started the daemon. It is for what goes wrong at the start, and may be a
+/// pipe that nobody reads, or that is closed: neither may stop or end the daemon.
+
+/// To be called first: opens whichever standard streams are closed, lest another file takes their number, and
+/// makes writing to standard error harmless.
+void secureStandardStreams();
+/// Writes a line that begins with the program's name; one that would have to wait is lost.
+void complain(std::string_view text);
+/// From now on nothing reaches standard error, whoever writes to it.
+void leaveStandardError();
