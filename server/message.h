@@ -26,6 +26,13 @@ inline constexpr messageTags allTags[] = {
 /// How many of them the ports know.
 inline constexpr size_t portKinds = 5;
 
+/// As the view's own, but inlined: this is asked several times for each message.
+inline bool beginsWith(QByteArrayView text, QByteArrayView start)
+{
+    return text.size() >= start.size() &&
+           std::memcmp(text.data(), start.data(), static_cast<size_t>(start.size())) == 0;
+}
+
 /// Where `tag` begins in `text` at `from` or later, -1 for nowhere. Between tags there are rarely other "<",
 /// so this is faster than searches that prepare themselves for longer needles.
 inline qsizetype indexOfTag(QByteArrayView text, QByteArrayView tag, qsizetype from = 0)

@@ -1,6 +1,19 @@
 #include "server/messageStream.h"
 
 #include <algorithm>
+#include <utility>
+
+namespace
+{
+
+/// An opening tag may be split over two reads.
+bool mayOpen(QByteArrayView rest)
+{
+    return std::any_of(std::begin(allTags), std::end(allTags),
+                       [rest](const messageTags &tags) { return beginsWith(tags.opening, rest); });
+}
+
+} // namespace
 
 char *messageStream::reserve(qsizetype size)
 {
@@ -43,25 +56,28 @@ std::optional<message> messageStream::next()
 /// Goes to the next opening tag, or to the end, as far as it is certain that no tag begins there.
 bool messageStream::enterMessage()
 {
-    const QByteArrayView text(m_text.constData(), m_end);
-    while (m_head < m_end) {
-        const qsizetype at = text.indexOf('<', m_head);
-        m_head = at < 0 ? m_end : at;
-        const QByteArrayView rest = text.sliced(m_head);
-        bool mayBegin = false;
-        for (const messageTags &tags : allTags) {
-            if (rest.startsWith(tags.opening)) {
-                m_open = &tags;
-                m_searched = m_head + tags.opening.size();
-                return true;
-            }
-            mayBegin = mayBegin || tags.opening.startsWith(rest);
-        }
-        if (mayBegin)
+    const char *const end = m_text.constData() + m_end;
+    const char *at = m_text.constData() + m_head;
+    while ((at = std::find(at, end, '<')) != end && !opens({at, end}) && !mayOpen({at, end}))
+        ++at;
+    m_head = at - m_text.constData();
+    if (m_open)
+        m_searched = m_head + m_open->opening.size();
+    return m_open;
+}
+
+/// The tag that came last is the likeliest.
+bool messageStream::opens(QByteArrayView rest)
+{
+    const auto begins = [rest](const messageTags &tags) { return beginsWith(rest, tags.opening); };
+    if (!begins(*m_last)) {
+        const auto *found = std::find_if(std::begin(allTags), std::end(allTags), begins);
+        if (found == std::end(allTags))
             return false;
-        ++m_head;
+        m_last = found;
     }
-    return false;
+    m_open = m_last;
+    return true;
 }
 
 std::optional<message> messageStream::finishMessage()

@@ -28,6 +28,7 @@ public:
 
 private:
     bool enterMessage();
+    bool opens(QByteArrayView rest);
     std::optional<message> finishMessage();
 
     QByteArray m_text;
@@ -36,7 +37,9 @@ private:
     qsizetype m_head = 0;
     /// Within a message, in front of where its closing tag does not begin.
     qsizetype m_searched = 0;
-    /// The tags of the message whose opening tag was seen last, or null.
+    /// The tags of the message whose opening tag has been seen and whose closing tag has not, or null; and
+    /// those of the last message.
     const messageTags *m_open = nullptr;
+    const messageTags *m_last = allTags;
     bool m_tooLong = false;
 };

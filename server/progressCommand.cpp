@@ -1,6 +1,7 @@
 #include "server/progressCommand.h"
 
 #include "server/limits.h"
+#include "server/message.h"
 
 #include <array>
 #include <charconv>
@@ -15,11 +16,11 @@ struct commandForm {
     argumentKind arguments;
 };
 
-/// By verb.
+/// By verb; no keyword begins another one, and the first is by far the most frequent.
 constexpr std::array forms{
-    commandForm{"messageStart", argumentKind::none},    commandForm{"messageStop", argumentKind::none},
-    commandForm{"activate", argumentKind::none},        commandForm{"busyOn", argumentKind::none},
-    commandForm{"busyOff", argumentKind::none},         commandForm{"update:", argumentKind::slotAndValue},
+    commandForm{"update:", argumentKind::slotAndValue}, commandForm{"messageStart", argumentKind::none},
+    commandForm{"messageStop", argumentKind::none},     commandForm{"activate", argumentKind::none},
+    commandForm{"busyOn", argumentKind::none},          commandForm{"busyOff", argumentKind::none},
     commandForm{"create:", argumentKind::slotAndText},  commandForm{"remove:", argumentKind::slot},
     commandForm{"addButt:", argumentKind::slotAndText}, commandForm{"delButt:", argumentKind::slot},
     commandForm{"addText:", argumentKind::slotAndText}, commandForm{"updateText:", argumentKind::slotAndText},
@@ -74,7 +75,7 @@ std::optional<progressCommand> readProgress(QByteArrayView payload, dialect from
 {
     for (size_t i = 0; i < forms.size(); ++i) {
         const commandForm &form = forms[i];
-        if (!payload.startsWith(form.keyword))
+        if (!beginsWith(payload, form.keyword))
             continue;
         progressCommand command{static_cast<progressVerb>(i), 0, 0, {}};
         if (form.arguments != argumentKind::none &&

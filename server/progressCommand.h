@@ -4,14 +4,14 @@
 
 #include <optional>
 
-/// The commands of the progress language, in the order in which their keywords are tried.
+/// The commands of the progress language.
 enum class progressVerb : quint8 {
+    update,
     messageStart,
     messageStop,
     activate,
     busyOn,
     busyOff,
-    update,
     create,
     remove,
     addButt,
