@@ -2,11 +2,11 @@
 
 #include "app/dump.h"
 #include "dialog/dialogHost.h"
+#include "dialog/dialogLayout.h"
 #include "widgets/appearance.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
-#include "widgets/progressStyle.h"
 
 CProgressDialog::~CProgressDialog()
 {
@@ -110,14 +110,8 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
 {
     for (int i = 0; i < MAX_ENTRIES; ++i)
         copySlot(i, src);
-    if (src.m_bgpixmap)
-        m_bgpixmap = std::make_unique<QPixmap>(*src.m_bgpixmap);
-    captionTotalBar();
-
-    m_frameColor = src.m_frameColor;
-    m_backgroundColor = src.m_backgroundColor;
-    m_alphaValue = src.m_alphaValue;
-    copyGrid(src);
+    m_layout->captionTotalBar();
+    m_layout->copyFrom(*src.m_layout);
     m_isActive = src.m_isActive;
     m_currentPercent = src.m_currentPercent;
     m_buttonPressed = src.m_buttonPressed;
@@ -157,21 +151,4 @@ void CProgressDialog::copySlot(int id, const CProgressDialog &src)
             connect(buttons[id], &QPushButton::clicked, this, &CProgressDialog::buttonClicked,
                     Qt::UniqueConnection);
     }
-}
-
-/// A copy across the two screen profiles keeps its own grid: the counts must fit its own widgets.
-void CProgressDialog::copyGrid(const CProgressDialog &src)
-{
-    if (maxBars != src.maxBars || maxButtons != src.maxButtons) {
-        reloadPixmap();
-        return;
-    }
-    m_desktopWidth = src.m_desktopWidth;
-    m_desktopHeight = src.m_desktopHeight;
-    m_framewidth = src.m_framewidth;
-    m_margin = src.m_margin;
-    m_xgap = src.m_xgap;
-    m_ygap = src.m_ygap;
-    m_Height = src.m_Height;
-    m_Width = src.m_Width;
 }

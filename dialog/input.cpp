@@ -2,7 +2,6 @@
 
 #include "dialog/dialogHost.h"
 #include "widgets/progressButton.h"
-#include "widgets/progressStyle.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
