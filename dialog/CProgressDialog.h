@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QEvent>
 #include <QHash>
 #include <QPoint>
 #include <QWidget>
@@ -96,12 +97,14 @@ private:
 
     // input.cpp
     void drag(QEvent *ev);
+    void forgetInput(QEvent::Type type);
     QPushButton *concernedButton(QObject *obj, int &index) const;
     bool handleKey(QObject *obj, const QKeyEvent *ev);
     bool keyReleased(int key, QPushButton *pressedButton, int index);
     void focusNext(int nextButton);
     void focusPrevious(QPushButton *pressedButton, int index);
     bool activateButton(QPushButton *pressedButton);
+    bool closeByUser();
     /// Sends the event of a shown slot button; false when `button` is none.
     bool sendClicked(const QObject *button);
     QPushButton *firstShownButton() const;

@@ -8,6 +8,8 @@
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 
+#include <QCloseEvent>
+
 CProgressDialog::~CProgressDialog()
 {
     if (testAttribute(Qt::WA_WState_Visible))
@@ -15,9 +17,10 @@ CProgressDialog::~CProgressDialog()
 }
 
 /// A close request just hides the window; the content stays.
-void CProgressDialog::closeEvent(QCloseEvent *)
+void CProgressDialog::closeEvent(QCloseEvent *event)
 {
-    m_host.closed();
+    if (event->spontaneous())
+        m_host.closed();
 }
 
 bool CProgressDialog::hasRow(int id) const
@@ -124,7 +127,7 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
     m_justcopied = true;
     ensureVisible();
     if (src.m_timerId != -1) {
-        m_timerId = startTimer(1000);
+        m_timerId = startTimer(1000, Qt::PreciseTimer);
         tick();
     }
 }

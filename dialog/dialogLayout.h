@@ -39,6 +39,8 @@ public:
     /// time may stand on the total bar.
     virtual void place(bool runs) = 0;
     virtual void paint(const QPaintEvent &event) = 0;
+    /// Whether Escape is the user's way to close the window.
+    virtual bool closesByEscape() const { return false; }
 
     /// The caption of the total bar while no remaining time is known.
     virtual void captionTotalBar() = 0;

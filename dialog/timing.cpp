@@ -34,7 +34,7 @@ void CProgressDialog::startRun()
     m_startTime = QDateTime::currentDateTime();
     m_runClock.start();
     clearSnapshots();
-    m_timerId = startTimer(1000);
+    m_timerId = startTimer(1000, Qt::PreciseTimer);
     m_cancelled = false;
     startEstimate();
 }
@@ -51,7 +51,9 @@ void CProgressDialog::endRun()
         return;
     m_stopTime = QDateTime::currentDateTime();
     const qint64 seconds = m_stopTime.toSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
-    if (seconds >= 1 && !clockWasSet(seconds))
+    if (clockWasSet(seconds))
+        dump("---- clock set during the run, not learned", static_cast<int>(seconds));
+    else if (seconds >= 1)
         recordRun(static_cast<int>(seconds));
 }
 
