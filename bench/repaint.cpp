@@ -4,6 +4,7 @@
 
 #include "dialog/CProgressDialog.h"
 #include "dialog/dialogHost.h"
+#include "widgets/appearance.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

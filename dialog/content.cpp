@@ -2,11 +2,13 @@
 
 #include "app/dump.h"
 #include "dialog/dialogHost.h"
+#include "dialog/dialogLayout.h"
 #include "widgets/appearance.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
-#include "widgets/progressStyle.h"
+
+#include <QCloseEvent>
 
 CProgressDialog::~CProgressDialog()
 {
@@ -15,9 +17,10 @@ CProgressDialog::~CProgressDialog()
 }
 
 /// A close request just hides the window; the content stays.
-void CProgressDialog::closeEvent(QCloseEvent *)
+void CProgressDialog::closeEvent(QCloseEvent *event)
 {
-    m_host.closed();
+    if (event->spontaneous())
+        m_host.closed();
 }
 
 bool CProgressDialog::hasRow(int id) const
@@ -110,14 +113,8 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
 {
     for (int i = 0; i < MAX_ENTRIES; ++i)
         copySlot(i, src);
-    if (src.m_bgpixmap)
-        m_bgpixmap = std::make_unique<QPixmap>(*src.m_bgpixmap);
-    captionTotalBar();
-
-    m_frameColor = src.m_frameColor;
-    m_backgroundColor = src.m_backgroundColor;
-    m_alphaValue = src.m_alphaValue;
-    copyGrid(src);
+    m_layout->captionTotalBar();
+    m_layout->copyFrom(*src.m_layout);
     m_isActive = src.m_isActive;
     m_currentPercent = src.m_currentPercent;
     m_buttonPressed = src.m_buttonPressed;
@@ -130,7 +127,7 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
     m_justcopied = true;
     ensureVisible();
     if (src.m_timerId != -1) {
-        m_timerId = startTimer(1000);
+        m_timerId = startTimer(1000, Qt::PreciseTimer);
         tick();
     }
 }
@@ -157,21 +154,4 @@ void CProgressDialog::copySlot(int id, const CProgressDialog &src)
             connect(buttons[id], &QPushButton::clicked, this, &CProgressDialog::buttonClicked,
                     Qt::UniqueConnection);
     }
-}
-
-/// A copy across the two screen profiles keeps its own grid: the counts must fit its own widgets.
-void CProgressDialog::copyGrid(const CProgressDialog &src)
-{
-    if (maxBars != src.maxBars || maxButtons != src.maxButtons) {
-        reloadPixmap();
-        return;
-    }
-    m_desktopWidth = src.m_desktopWidth;
-    m_desktopHeight = src.m_desktopHeight;
-    m_framewidth = src.m_framewidth;
-    m_margin = src.m_margin;
-    m_xgap = src.m_xgap;
-    m_ygap = src.m_ygap;
-    m_Height = src.m_Height;
-    m_Width = src.m_Width;
 }

@@ -1,8 +1,8 @@
 #include "dialog/CProgressDialog.h"
 
 #include "dialog/dialogHost.h"
+#include "dialog/dialogLayout.h"
 #include "widgets/progressButton.h"
-#include "widgets/progressStyle.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -31,16 +31,28 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
     const bool isKey = type == QEvent::KeyPress || type == QEvent::KeyRelease;
     // The second press of a double click presses a button as the first does.
     const bool isMousePress = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
-    if (m_host.isInputBlocked() && (isKey || isMousePress))
+    if (m_host.isInputBlocked() && (isKey || isMousePress || type == QEvent::Shortcut))
         return true;
 
-    if (obj == this)
+    if (obj == this) {
         drag(ev);
+        forgetInput(type);
+    }
     if (isKey)
         return handleKey(obj, static_cast<QKeyEvent *>(ev));
     if (type == QEvent::Show && obj == this)
         buttons[0]->setFocus();
     return false;
+}
+
+/// What is released elsewhere is never heard of: keys that were down when the keyboard went to another window,
+/// and whatever was down when the dialog was hidden.
+void CProgressDialog::forgetInput(QEvent::Type type)
+{
+    if (type == QEvent::WindowDeactivate || type == QEvent::Hide)
+        m_pressedKeys.clear();
+    if (type == QEvent::Hide)
+        m_buttonPressed = false;
 }
 
 void CProgressDialog::drag(QEvent *ev)
@@ -72,16 +84,24 @@ quint32 physicalKey(const QKeyEvent *ev)
     return ev->nativeScanCode() ? ev->nativeScanCode() : static_cast<quint32>(ev->key());
 }
 
+/// Keys that act when they are let go, and not while they are held.
+bool actsOnce(int key)
+{
+    return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Escape;
+}
+
 } // namespace
 
 bool CProgressDialog::handleKey(QObject *obj, const QKeyEvent *ev)
 {
     int index = -1;
     QPushButton *pressedButton = concernedButton(obj, index);
-    if (!pressedButton)
+    if (!pressedButton && !(ev->key() == Qt::Key_Escape && m_layout->closesByEscape()))
         return false;
     if (ev->type() == QEvent::KeyPress) {
-        m_pressedKeys.insert(physicalKey(ev), ev->key());
+        // A key that is held repeats in every window that gets the keyboard meanwhile.
+        if (!ev->isAutoRepeat())
+            m_pressedKeys.insert(physicalKey(ev), ev->key());
         return true;
     }
     // A key that went down elsewhere, say on a box that it answered, has no business here.
@@ -89,6 +109,8 @@ bool CProgressDialog::handleKey(QObject *obj, const QKeyEvent *ev)
     if (pressed == m_pressedKeys.constEnd())
         return false;
     const int key = *pressed;
+    if (ev->isAutoRepeat())
+        return actsOnce(key) || keyReleased(key, pressedButton, index);
     m_pressedKeys.erase(pressed);
     return keyReleased(key, pressedButton, index);
 }
@@ -111,6 +133,10 @@ QPushButton *CProgressDialog::concernedButton(QObject *obj, int &index) const
 
 bool CProgressDialog::keyReleased(int key, QPushButton *pressedButton, int index)
 {
+    if (key == Qt::Key_Escape && m_layout->closesByEscape())
+        return closeByUser();
+    if (!pressedButton)
+        return false;
     switch (key) {
     case Qt::Key_Tab:
     case Qt::Key_Right:
@@ -171,6 +197,13 @@ bool CProgressDialog::activateButton(QPushButton *pressedButton)
     if (!sendClicked(pressedButton))
         return false;
     willCancel();
+    return true;
+}
+
+bool CProgressDialog::closeByUser()
+{
+    setVisible(false);
+    m_host.closed();
     return true;
 }
 

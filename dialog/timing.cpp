@@ -2,11 +2,10 @@
 
 #include "app/dump.h"
 #include "dialog/dialogHost.h"
+#include "dialog/dialogLayout.h"
 #include "stats/estimate.h"
 #include "stats/recordRun.h"
-#include "stats/remainingText.h"
 #include "stats/snapshots.h"
-#include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 
 #include <algorithm>
@@ -35,7 +34,7 @@ void CProgressDialog::startRun()
     m_startTime = QDateTime::currentDateTime();
     m_runClock.start();
     clearSnapshots();
-    m_timerId = startTimer(1000);
+    m_timerId = startTimer(1000, Qt::PreciseTimer);
     m_cancelled = false;
     startEstimate();
 }
@@ -52,7 +51,9 @@ void CProgressDialog::endRun()
         return;
     m_stopTime = QDateTime::currentDateTime();
     const qint64 seconds = m_stopTime.toSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
-    if (seconds >= 1 && !clockWasSet(seconds))
+    if (clockWasSet(seconds))
+        dump("---- clock set during the run, not learned", static_cast<int>(seconds));
+    else if (seconds >= 1)
         recordRun(static_cast<int>(seconds));
 }
 
@@ -84,7 +85,7 @@ void CProgressDialog::tick()
         step = advanceEstimate(elapsed, dumpIdentity(this));
     }
     if (step == estimateStep::dropped)
-        captionTotalBar();
+        m_layout->captionTotalBar();
     else if (step == estimateStep::display)
         showEstimate(elapsed);
 }
@@ -95,24 +96,18 @@ void CProgressDialog::showEstimate(int elapsed)
     if (total <= 0)
         return;
     const int remaining = total - elapsed;
-    const QString text = remainingText(remaining);
-    if (text.isEmpty()) {
-        captionTotalBar();
+    if (remaining < 0) {
+        m_layout->captionTotalBar();
         m_totalBar->setValue(m_currentPercent);
         m_host.updateTotalPercent(m_currentPercent, -1);
-        m_totalBar->hide();
+        m_layout->showTotalBar(false);
         return;
     }
-    m_totalBar->setLabel(QStringLiteral("in progress... ") + text);
+    m_layout->showRemaining(remaining);
     const int percent = static_cast<int>(qint64{elapsed} * 100 / total);
     m_totalBar->setValue(percent);
     m_host.updateTotalPercent(percent, remaining);
-    m_totalBar->show();
-}
-
-void CProgressDialog::captionTotalBar()
-{
-    m_totalBar->setCaption(m_totalLabel->text());
+    m_layout->showTotalBar(true);
 }
 
 void CProgressDialog::updatePercent()
@@ -136,7 +131,7 @@ void CProgressDialog::updatePercent()
         return;
     m_totalBar->setValue(avgPercent);
     m_host.updateTotalPercent(avgPercent, -1);
-    m_totalBar->hide();
+    m_layout->showTotalBar(false);
 }
 
 void CProgressDialog::updateBar(int id, int percent)

@@ -1,10 +1,13 @@
-#include "dialog/CProgressDialog.h"
+#include "dialog/gridLayout.h"
 
 #include "dialog/roundRectRegion.h"
 #include "widgets/appearance.h"
+#include "widgets/imageFile.h"
+#include "widgets/progressStyle.h"
 
 #include <QLinearGradient>
 #include <QPainter>
+#include <QWidget>
 
 namespace
 {
@@ -48,10 +51,11 @@ QLinearGradient backgroundGradient(int height, const QColor &col)
 } // namespace
 
 /// Paints the whole window. What is left out stays transparent: the corners, except under an image.
-void CProgressDialog::paintEvent(QPaintEvent *)
+void gridLayout::paint(const QPaintEvent &)
 {
-    const windowShape &shape = shapeOf(size(), m_framewidth);
-    QPainter painter(this);
+    const QRect all = m_window.rect();
+    const windowShape &shape = shapeOf(all.size(), m_framewidth);
+    QPainter painter(&m_window);
     if (m_bgpixmap && !m_bgpixmap->isNull()) {
         // Holds for the frame as well.
         painter.setOpacity(m_alphaValue / 255.0);
@@ -60,27 +64,39 @@ void CProgressDialog::paintEvent(QPaintEvent *)
         QColor col = m_backgroundColor;
         col.setAlpha(m_alphaValue);
         painter.setClipRegion(shape.outer, Qt::ReplaceClip);
-        painter.fillRect(rect(), backgroundGradient(height(), col));
+        painter.fillRect(all, backgroundGradient(all.height(), col));
     }
     painter.setClipRegion(shape.frameregion, Qt::ReplaceClip);
-    painter.fillRect(rect(), QBrush(m_frameColor));
+    painter.fillRect(all, QBrush(m_frameColor));
+}
+
+void gridLayout::loadBackground()
+{
+    QPixmap progressPixmap;
+    if (progressPixmap.load(imageFile(appearance.m_windowPixmap))) {
+        setBackgroundPixmap(progressPixmap);
+        return;
+    }
+    QPalette gray;
+    gray.setBrush(m_window.backgroundRole(), QBrush(Qt::gray));
+    m_window.setPalette(gray);
 }
 
 /// Makes `newpixmap` the background, stretched to the dialog's size; a null image leaves the painted
 /// background as it is. The brush of the palette is what child windows would show.
-void CProgressDialog::setBackgroundPixmap(const QPixmap &newpixmap)
+void gridLayout::setBackgroundPixmap(const QPixmap &newpixmap)
 {
     QPalette palette;
     if (newpixmap.isNull()) {
-        palette.setBrush(backgroundRole(), QBrush(Qt::lightGray));
+        palette.setBrush(m_window.backgroundRole(), QBrush(Qt::lightGray));
     } else {
         scalePixmap(newpixmap);
-        palette.setBrush(backgroundRole(), QBrush(*m_bgpixmap));
+        palette.setBrush(m_window.backgroundRole(), QBrush(*m_bgpixmap));
     }
-    setPalette(palette);
+    m_window.setPalette(palette);
 }
 
-void CProgressDialog::scalePixmap(const QPixmap &newpixmap)
+void gridLayout::scalePixmap(const QPixmap &newpixmap)
 {
     const double wRatio = double(m_Width) / newpixmap.width();
     const double hRatio = double(m_Height) / newpixmap.height();
@@ -88,8 +104,14 @@ void CProgressDialog::scalePixmap(const QPixmap &newpixmap)
     m_bgpixmap = std::make_unique<QPixmap>(newpixmap.transformed(stretch, Qt::FastTransformation));
 }
 
-void CProgressDialog::reloadPixmap()
+void gridLayout::reloadPixmap()
 {
     if (m_bgpixmap && !m_bgpixmap->isNull())
         setBackgroundPixmap(QPixmap(*m_bgpixmap));
+}
+
+void gridLayout::dropImages()
+{
+    m_bgpixmap.reset();
+    m_window.setPalette({});
 }

@@ -1,0 +1,55 @@
+#include "dialog/dialogLayout.h"
+
+#include "dialog/gridLayout.h"
+#include "widgets/appearance.h"
+#include "widgets/progressButton.h"
+#include "widgets/progressLabel.h"
+#include "widgets/progressProcess.h"
+
+#include <algorithm>
+
+int dialogSlots::shownButtons() const
+{
+    return static_cast<int>(std::count(buttonVisible, buttonVisible + maxButtons, true));
+}
+
+bool dialogSlots::hasContent() const
+{
+    const auto anySet = [](const bool *flags, int count) {
+        return std::find(flags, flags + count, true) != flags + count;
+    };
+    return anySet(labelVisible, maxBars) || anySet(barVisible, maxBars) || anySet(buttonVisible, maxButtons);
+}
+
+std::unique_ptr<dialogLayout> dialogLayout::make(QWidget &window, dialogSlots &content)
+{
+    return std::make_unique<gridLayout>(window, content);
+}
+
+void dialogLayout::createWidgets()
+{
+    m_content.m_totalLabel = newLabel();
+    m_content.m_totalLabel->setText(QStringLiteral("total progress"));
+    m_content.m_totalBar = newBar();
+    m_content.m_totalBar->setValue(0);
+
+    m_content.m_hideButton = newButton();
+    m_content.m_hideButton->setText(QStringLiteral("Hide"));
+
+    for (int i = 0; i < m_content.maxBars; ++i) {
+        m_content.labels[i] = newLabel();
+        m_content.bars[i] = newBar();
+    }
+    shareBarPalette();
+    for (int i = 0; i < m_content.maxButtons; ++i)
+        m_content.buttons[i] = newButton();
+}
+
+void dialogLayout::shareBarPalette()
+{
+    BAR_PALETTE = m_content.m_totalBar->palette();
+    BAR_PALETTE.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_invertedNumberColor));
+    BAR_PALETTE.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_barColor));
+    BAR_PALETTE.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_barBackgroundColor));
+    m_content.m_totalBar->setPalette(BAR_PALETTE);
+}

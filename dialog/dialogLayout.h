@@ -1,0 +1,63 @@
+#pragma once
+
+#include "dialog/dialogSlots.h"
+
+#include <QtGlobal>
+
+#include <memory>
+
+class QPaintEvent;
+class QWidget;
+
+/// What differs between the looks of a dialog: how its window is set up, which children it has, where they
+/// are, and how the panel is painted. The dialog asks its layout; the layout knows the dialog only as a window
+/// and its slots (neither is owned, both outlive it).
+class dialogLayout
+{
+public:
+    /// The layout that the settings ask for, for a window that has just been constructed.
+    static std::unique_ptr<dialogLayout> make(QWidget &window, dialogSlots &content);
+
+    virtual ~dialogLayout() = default;
+
+    /// Creates every child that the dialog will ever have.
+    void createWidgets();
+    /// Gives the window its first size.
+    virtual void fixSize() = 0;
+    /// Places the window on the screen.
+    virtual void movePosition() = 0;
+    /// Loads the settings' background image.
+    virtual void loadBackground() = 0;
+    /// Applies the background image again, scaled to the window's size.
+    virtual void reloadPixmap() = 0;
+    /// Takes over from the layout of the dialog that is being copied what this one can use of it.
+    virtual void copyFrom(const dialogLayout &src) = 0;
+    /// Gives the background images back.
+    virtual void dropImages() = 0;
+
+    /// Places, shows and hides the children as the slots' flags say. `runs`: a run is timed, whose remaining
+    /// time may stand on the total bar.
+    virtual void place(bool runs) = 0;
+    virtual void paint(const QPaintEvent &event) = 0;
+    /// Whether Escape is the user's way to close the window.
+    virtual bool closesByEscape() const { return false; }
+
+    /// The caption of the total bar while no remaining time is known.
+    virtual void captionTotalBar() = 0;
+    /// Tells the remaining time, 0 or more.
+    virtual void showRemaining(int seconds) = 0;
+    virtual void showTotalBar(bool shown) = 0;
+
+protected:
+    dialogLayout(QWidget &window, dialogSlots &content) : m_window(window), m_content(content) {}
+    Q_DISABLE_COPY_MOVE(dialogLayout)
+
+    virtual progressLabel *newLabel() = 0;
+    virtual progressProcess *newBar() = 0;
+    virtual progressButton *newButton() = 0;
+    /// Rebuilds `BAR_PALETTE` and gives it to the total bar.
+    void shareBarPalette();
+
+    QWidget &m_window;
+    dialogSlots &m_content;
+};
