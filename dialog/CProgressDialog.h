@@ -59,9 +59,11 @@ public:
     void movePosition();
     /// Applies the background image again, scaled to the dialog's size.
     virtual void reloadPixmap();
-    /// For a dialog that has been replaced and will not be shown again: its native window and its images
-    /// go at once.
+    /// For a dialog that has been replaced, is in no operation and will not be shown again: what it holds
+    /// goes at once, its window, images and children.
     void giveBack();
+    /// The dialog was to be shown and is replaced before it could be: its end is logged like a shown one's.
+    void countAsOpen() { m_countsAsOpen = true; }
 
 public slots:
     void buttonClicked();
@@ -125,6 +127,7 @@ private:
 
     /// A run is in progress: the dialog had content at the end of the last layout pass.
     bool m_isActive = false;
+    bool m_countsAsOpen = false;
     bool m_cancelled = false;
     /// Average of the bars; -1 before the first.
     int m_currentPercent = -1;

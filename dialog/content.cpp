@@ -12,7 +12,7 @@
 
 CProgressDialog::~CProgressDialog()
 {
-    if (testAttribute(Qt::WA_WState_Visible))
+    if (m_countsAsOpen || testAttribute(Qt::WA_WState_Visible))
         dump("---- destroying dialog while open", dumpIdentity(this));
 }
 

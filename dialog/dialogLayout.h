@@ -10,8 +10,8 @@ class QPaintEvent;
 class QWidget;
 
 /// What differs between the looks of a dialog: how its window is set up, which children it has, where they
-/// are, and how the panel is painted. The dialog asks its layout; the layout knows the dialog only as a window
-/// and its slots (neither is owned, both outlive it).
+/// are, and how the panel is painted. The dialog asks its layout; the layout knows the dialog only as a
+/// window and its slots (neither is owned, both outlive it).
 class dialogLayout
 {
 public:

@@ -106,8 +106,8 @@ void gridLayout::copyFrom(const dialogLayout &other)
 struct gridLayout::figures {
     explicit figures(const gridLayout &layout)
         : margin(layout.m_framewidth + layout.m_margin), right(layout.m_window.width()),
-          centerw(right - 2 * margin), cellh((layout.m_window.height() - 2 * margin) /
-                                             (layout.m_buttonRows + layout.m_content.maxBars)),
+          centerw(right - 2 * margin),
+          cellh((layout.m_window.height() - 2 * margin) / (layout.m_buttonRows + layout.m_content.maxBars)),
           buty(layout.m_window.height() - layout.m_buttonRows * cellh), xoffs(layout.m_xgap / 2),
           yoffs(layout.m_ygap / 2)
     {

@@ -45,8 +45,8 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
     return false;
 }
 
-/// What is released elsewhere is never heard of: keys that were down when the keyboard went to another window,
-/// and whatever was down when the dialog was hidden.
+/// What is released elsewhere is never heard of: keys that were down when the keyboard went to another
+/// window, and whatever was down when the dialog was hidden.
 void CProgressDialog::forgetInput(QEvent::Type type)
 {
     if (type == QEvent::WindowDeactivate || type == QEvent::Hide)

@@ -55,6 +55,10 @@ void CProgressDialog::focusFirstButton()
 
 void CProgressDialog::giveBack()
 {
+    if (m_timerId != -1)
+        killTimer(m_timerId);
     m_layout->dropImages();
     destroy();
+    static_cast<dialogSlots &>(*this) = {};
+    qDeleteAll(findChildren<QWidget *>(Qt::FindDirectChildrenOnly));
 }

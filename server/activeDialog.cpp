@@ -55,11 +55,39 @@ QWidget *activeDialog::window() const
     return m_progress;
 }
 
+bool activeDialog::isShown() const
+{
+    return m_progress && (m_frontPending || m_progress->isVisible());
+}
+
 void activeDialog::bringToFront()
 {
-    if (!appearance.m_modal_dialog)
-        replaceDialog();
+    if (appearance.m_modal_dialog) {
+        showInFront();
+        return;
+    }
+    replaceDialog();
+    if (!std::exchange(m_frontPending, true))
+        QMetaObject::invokeMethod(
+            m_splash, [this] { showPending(); }, Qt::QueuedConnection);
+}
+
+void activeDialog::showPending()
+{
+    if (m_frontPending)
+        showInFront();
+}
+
+void activeDialog::showInFront()
+{
+    m_frontPending = false;
     m_order.bringToFront(m_progress);
+}
+
+void activeDialog::hideDialog()
+{
+    m_frontPending = false;
+    m_progress->hide();
 }
 
 void activeDialog::replaceDialog()
@@ -67,6 +95,8 @@ void activeDialog::replaceDialog()
     auto *fresh = new CProgressDialog(*this);
     fresh->copyFromDialog(*m_progress);
     dump("---- queueing dialog for delete", dumpIdentity(m_progress));
+    if (m_frontPending)
+        m_progress->countAsOpen();
     queueForDeletion(m_progress);
     m_progress = fresh;
 }
@@ -79,10 +109,16 @@ void activeDialog::queueForDeletion(CProgressDialog *dialog)
         m_deleting[static_cast<size_t>(m_deletingCount++)] = dialog;
 }
 
+/// The dialogs are deleted when control is back in the event loop; a burst of replacements must not pile up
+/// what they hold until then. The one that is on the screen stays there until its copy is.
 void activeDialog::drainDeletionQueue()
 {
-    while (m_deletingCount > 0)
-        m_deleting[static_cast<size_t>(--m_deletingCount)]->deleteLater();
+    while (m_deletingCount > 0) {
+        CProgressDialog *dialog = m_deleting[static_cast<size_t>(--m_deletingCount)];
+        if (!dialog->isVisible())
+            dialog->giveBack();
+        dialog->deleteLater();
+    }
 }
 
 void activeDialog::activate()
@@ -95,8 +131,8 @@ void activeDialog::toggle()
 {
     if (isInputBlocked())
         return;
-    if (m_progress->isVisible())
-        m_progress->hide();
+    if (isShown())
+        hideDialog();
     else
         activate();
 }
@@ -104,14 +140,13 @@ void activeDialog::toggle()
 void activeDialog::messageStart()
 {
     m_progress->willCancel();
-    if (m_progress->isVisible())
-        m_progress->hide();
+    hideDialog();
 }
 
 void activeDialog::messageStop()
 {
     m_progress->willCancel();
-    if (m_windowIsActive && !m_progress->isVisible())
+    if (m_windowIsActive && !isShown())
         bringToFront();
 }
 
@@ -165,7 +200,7 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
         m_splash->setBusyPercent(-1);
         if (!m_busyActive)
             m_splash->hide();
-        m_progress->hide();
+        hideDialog();
     }
 }
 

@@ -25,6 +25,8 @@ public:
     /// Null before `createWindows()`.
     CProgressDialog *dialog() const { return m_progress; }
     QWidget *window() const;
+    /// Whether the dialog is on the screen, or about to be.
+    bool isShown() const;
     busyWidget *busyWindow() const { return m_splash; }
 
     /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy.
@@ -57,6 +59,9 @@ public:
 
 private:
     void showBusyWindow();
+    void hideDialog();
+    void showPending();
+    void showInFront();
     void replaceDialog();
     void queueForDeletion(CProgressDialog *dialog);
 
@@ -67,6 +72,9 @@ private:
     /// The active dialog has content (it may be hidden all the same).
     bool m_windowIsActive = false;
     bool m_busyActive = false;
+    /// The dialog, a fresh copy, is to be shown once the messages at hand have been handled: a burst of
+    /// replacements needs one window, not one each.
+    bool m_frontPending = false;
     std::array<CProgressDialog *, 32> m_deleting{};
     int m_deletingCount = 0;
 };

@@ -4,6 +4,7 @@
 #include "server/descriptors.h"
 #include "server/handlers.h"
 
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QNetworkInterface>
 #include <QTcpServer>
@@ -151,12 +152,14 @@ void receiver::shareListeners() const
     handlers::instance().m_listeners.setPortListeners(std::move(reached));
 }
 
-/// Gives a channel that still holds events the chance to take them before it is closed.
+/// Gives a channel that still holds events the chance to take all of them before it is closed.
 void receiver::drain(QTcpSocket *channel)
 {
     constexpr int patienceMs = 200;
-    if (channel->bytesToWrite() > 0)
-        channel->waitForBytesWritten(patienceMs);
+    const QDeadlineTimer deadline(patienceMs);
+    while (channel->bytesToWrite() > 0 &&
+           channel->waitForBytesWritten(static_cast<int>(deadline.remainingTime()))) {
+    }
 }
 
 #include "channels.moc"

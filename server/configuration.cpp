@@ -104,8 +104,8 @@ void setPaintOffset(QStringView value)
         return;
     if (busyWidget *busyWindow = windows().busyWindow(); busyWindow && busyWindow->isVisible())
         busyWindow->movePosition();
-    if (CProgressDialog *dialog = windows().dialog(); dialog && dialog->isVisible())
-        dialog->movePosition();
+    if (windows().isShown())
+        windows().dialog()->movePosition();
 }
 
 void setScreenGeometry(QStringView value)
