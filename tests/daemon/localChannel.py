@@ -1,0 +1,336 @@
+"""The local channel, byte by byte, and what it keeps others from."""
+
+import os
+import re
+import shutil
+import socket
+import struct
+import subprocess
+import sys
+import threading
+import unittest
+
+from harness import ORDERLY, Case, Channel, Daemon, Log, configuration, main, progress, until
+
+NOBODY = 65534
+MIB = 1 << 20
+OK_BOX = "<msgbox>0[#]{}[#]x[#]1024</msgbox>"
+
+
+class Client(Channel):
+    """A client on the socket."""
+
+    def item(self):
+        """The next thing that comes, as "event isShown"."""
+        while not (found := re.match(rb"<(event|answer|claimed)>([^<]*)</\1>", self.received)):
+            assert self.more(), f"closed after {self.received!r}"
+        self.received = self.received[found.end():]
+        return f"{found[1].decode()} {found[2].decode()}"
+
+    def ask(self, text):
+        self.send(text.encode())
+        return self.item()
+
+    def finish(self):
+        """Ends the sending direction; when the daemon hangs up, everything was handled."""
+        self.socket.shutdown(socket.SHUT_WR)
+        return self.rest()
+
+
+class LocalChannel(Case):
+    def folder(self):
+        return os.path.join(self.screen.environment["XDG_RUNTIME_DIR"], "progressd")
+
+    def path(self, daemon):
+        return os.path.join(self.folder(), daemon.identifier + ".sock")
+
+    def connect(self, daemon, text=""):
+        def connected():
+            channel = socket.socket(socket.AF_UNIX)
+            try:
+                channel.connect(self.path(daemon))
+                return channel
+            except OSError:
+                channel.close()
+                assert daemon.process.poll() is None, daemon.stderr()
+                return None
+
+        client = Client(until(connected, "the socket"))
+        client.send(text.encode())
+        return client
+
+    def private(self, *arguments, **options):
+        """A private daemon, a listener, which does not count as a client, and a client."""
+        daemon = self.daemon(*arguments, private=True, **options)
+        listener = self.connect(daemon, "<events/>")
+        client = self.connect(daemon, "<claim/>")
+        client.item()
+        return daemon, listener, client
+
+    def heard(self, listener, client):
+        """What the listener hears of what the client has sent."""
+        client.progress("activate")
+        return [event.replace("totalProgress=0|-1", "0") for event in listener.until("isActivated")[:-1]]
+
+    def test_takes_messages_as_they_come(self):
+        shown, hidden = "<progress>addText:0;a</progress>", "<progress>delText:0</progress>"
+        for name, pieces, expected in (
+                ("in order", [shown, hidden, shown], "isShown 0 isHidden isShown"),
+                ("kinds in order", [f"{shown}<configuration></configuration>{hidden}"], "isShown 0 isHidden"),
+                ("in pieces", ["<progress>addText:0;a</prog", "ress", "><", "progress>delText:0</progress>"],
+                 "isShown 0 isHidden"),
+                ("outside tags", [f"a<{shown}</msgbox><progres>b</x><", f"{hidden}c"], "isShown 0 isHidden"),
+                ("no opening tag", [f"addText:0;a</progress>{shown}"], "isShown 0"),
+                ("to the first closing tag", ["<progress>addText:0;<progress></configuration></progress>"], "isShown 0"),
+                ("zero bytes", ["<pro\0gress>add\0Text:0;a</progress>\0<progress>delText:0\0</progress>"],
+                 "isShown 0 isHidden"),
+                ("rest in the text", ["<progress>addButt:0;a;b;c</progress><progress>update:0;1;2</progress>"], "isShown")):
+            with self.alone(name):
+                daemon, listener, client = self.private()
+                for piece in pieces:
+                    client.send(piece)
+                self.assertEqual(" ".join(self.heard(listener, client)), expected)
+
+    def test_shows_every_script(self):
+        daemon, listener, client = self.private()
+        for title in ("два; три", "混合 ✓", "\u202eعربى"):
+            text = f"<msgbox>0[#]{title}[#]x[#]1024</msgbox>".encode()
+            # In the middle of a character.
+            client.send(text[:14])
+            client.send(text[14:])
+            names = until(lambda: re.findall(r'_NET_WM_NAME\(UTF8_STRING\) = "(.*)"', self.screen.run(
+                "xprop", "-id", str(self.screen.window(r".*")[0].id) if False else self.box(), "_NET_WM_NAME")))
+            self.assertIn(title, names)
+            self.screen.key("Return")
+            self.assertTrue(client.item().startswith("answer "))
+
+    def box(self):
+        return until(lambda: self.screen.xdotool("getactivewindow").strip() or str(self.screen.focus()))
+
+    def test_numbers_the_answers_of_each_client(self):
+        daemon, listener, client = self.private()
+        client.send(OK_BOX.format("one") + OK_BOX.format("two") + "<progress>create:0;x</progress>")
+        self.assertEqual(listener.event(), "isShown")
+        other = self.connect(daemon, OK_BOX.format("three"))
+        for title in ("three", "two", "one"):
+            self.screen.focused(title)
+            self.screen.key("Return")
+            self.screen.gone(title)
+        self.assertEqual([client.item(), client.item()], ["answer 2;1024", "answer 1;1024"])
+        self.assertEqual(other.item(), "answer 1;1024")
+        # An answer that is open when its client goes, goes nowhere.
+        other.send(OK_BOX.format("four"))
+        self.screen.window("four")
+        self.assertEqual(other.finish(), b"")
+        self.screen.key("Return")
+        self.screen.gone("four")
+        self.assertEqual(self.heard(listener, client), ["0"])
+
+    def test_reserves_slots(self):
+        daemon, listener, client = self.private()
+        client.progress("addText:1;a", "addButt:2;b")
+        other = self.connect(daemon)
+        self.assertEqual([other.ask("<claim/>") for _ in range(8)],
+                         [f"claimed {slot}" for slot in (3, 4, 5, 6, 7, 8, 9, -1)])
+        other.progress("create:3;x", "addButt:3;y", "create:4;z", "update:4;100")
+        client.progress("create:9;not its own", "delText:1", "delButt:2")
+        self.heard(listener, client)
+        other.socket.close()
+        # With the row of another in a claimed slot everything is gone.
+        self.assertEqual(listener.until("isHidden")[-1], "isHidden")
+        self.assertEqual([client.ask("<claim/>"), client.ask("<claim/>")], ["claimed 1", "claimed 2"])
+
+    def test_ends_with_its_last_client(self):
+        for name, arguments, last, status in (("left alone", [], "", 0), ("asked to", [], "<exit/>", 0),
+                                              ("with a base port", ["0"], "<exit/>", None)):
+            with self.alone(name):
+                daemon = self.daemon(*arguments)
+                listener = self.connect(daemon, "<events/>")
+                for _ in range(3):
+                    self.connect(daemon).close()
+                client = self.connect(daemon, "<progress>activate</progress>")
+                self.assertEqual(listener.event(), "isActivated")
+                client.send(last + "<progress>activate</progress>")
+                if status is None:
+                    self.assertEqual(listener.event(), "isActivated")
+                    client.finish()
+                    self.connect(daemon, "<progress>activate</progress>")
+                    self.assertEqual(listener.event(), "isActivated")
+                    continue
+                client.close()
+                self.assertEqual(listener.rest(), b"<event>shutDown</event>" if last
+                                 else b"<event>isActivated</event><event>shutDown</event>")
+                self.assertEqual(daemon.status(), status)
+                self.assertFalse(os.path.exists(self.path(daemon)))
+
+    def test_is_told_of_the_end_by_signal(self):
+        daemon, listener, client = self.private()
+        daemon.process.terminate()
+        self.assertEqual(listener.rest(), b"<event>shutDown</event>")
+        self.assertEqual(daemon.status(), ORDERLY)
+
+    def test_loses_nothing_of_a_client_that_hangs_up(self):
+        daemon, listener, client = self.private()
+        hasty = self.connect(daemon, "<events/>")
+        hasty.progress(*["activate"] * 1000)
+        # With events unread this is a reset.
+        hasty.socket.close()
+        self.assertEqual([listener.event() for _ in range(1000)], ["isActivated"] * 1000)
+
+    def test_hears_at_once(self):
+        """Also in the middle of a batch that takes long."""
+        daemon, listener, client = self.private()
+        client.progress(*["create:0;x", "remove:0"] * 1500, "addButt:0;end")
+        self.assertEqual(listener.event(), "isShown")
+        listener.received = b""
+        self.assertNotIn(b"end", listener.received)
+        listener.until("isHidden")
+
+    def test_has_bounds(self):
+        for name, text, survives in (("within", b"x" * (16 * MIB - 100), True), ("beyond", b"x" * (16 * MIB + 1), False)):
+            with self.alone(name):
+                daemon, listener, client = self.private()
+                log = Log()
+                greedy = self.connect(daemon)
+                greedy.send(progress("activate") + b"<assertion><progress>" + text)
+                self.assertEqual(listener.event(), "isActivated")
+                if survives:
+                    greedy.send(progress("</progress>activate"))
+                    self.assertEqual(listener.event(), "isActivated")
+                else:
+                    self.assertEqual(greedy.rest(), b"")
+                    log.has("too long")
+
+    def test_takes_sixty_four(self):
+        daemon, listener, client = self.private()
+        clients = [self.connect(daemon, "<claim/>") for _ in range(62)]
+        self.assertEqual(clients[-1].item(), "claimed -1")
+        self.assertEqual(self.connect(daemon).rest(), b"")
+        clients[0].close()
+        until(lambda: self.connect(daemon).ask("<claim/>").startswith("claimed "))
+
+    def test_does_not_wait_for_one_who_never_reads(self):
+        daemon, listener, client = self.private()
+        deaf = self.connect(daemon, "<events/>")
+        before = daemon.resident_kib()
+        stop = threading.Thread(target=lambda: [listener.more() for _ in iter(lambda: b"isHidden" in listener.received, True)])
+        batch = progress(*["activate"] * 20000)
+        stop.start()
+        for _ in range(50):
+            client.send(batch)
+            listener.received = b""
+        client.progress("addButt:0;x", "delButt:0")
+        stop.join()
+        self.assertLess(daemon.resident_kib() - before, 24 * 1024)
+        # It missed whole events, and an answer that does not fit ends it.
+        deaf.send("<claim/>")
+        rest = deaf.rest()
+        self.assertRegex(rest[-80:], rb"(<event>isActivated</event>)+$|<event>isHidden</event>$")
+        self.assertGreater(len(rest), 3 * MIB)
+
+    def test_leaves_nothing_of_those_who_come_and_go(self):
+        daemon, listener, client = self.private()
+        self.connect(daemon, "<claim/><events/>").item()
+        before = (daemon.resident_kib(), daemon.descriptors())
+        for _ in range(10000):
+            self.connect(daemon, "<events/><claim/><progress>update:0;1").socket.close()
+        self.heard(listener, client)
+        until(lambda: daemon.descriptors() <= before[1])
+        self.assertLess(daemon.resident_kib() - before[0], 2048)
+
+    def test_serves_no_other_user(self):
+        if os.geteuid() != 0:
+            self.skipTest("needs the right to become another user (root)")
+        daemon, listener, client = self.private()
+        path = self.path(daemon)
+        # The folder alone keeps others out; the kernel's word does so where somebody has opened it.
+        probe = ("import os, socket, sys; os.setgid({0}); os.setuid({0}); s = socket.socket(socket.AF_UNIX);"
+                 "s.connect(sys.argv[1]); s.sendall(b'<progress>activate</progress>'); print(s.recv(9))").format(NOBODY)
+        for opened, expected in ((False, "PermissionError"), (True, "b''")):
+            if opened:
+                os.chmod(path, 0o666)
+                for folder in (self.folder(), os.path.dirname(self.folder())):
+                    os.chmod(folder, 0o755)
+                    self.addCleanup(os.chmod, folder, 0o700)
+            run = subprocess.run([sys.executable, "-c", probe, path], capture_output=True, text=True)
+            self.assertRegex(run.stdout + run.stderr, expected + r"|ConnectionResetError|BrokenPipeError")
+        self.assertEqual(self.heard(listener, client), [])
+
+    def test_trusts_only_a_folder_of_its_own(self):
+        runtime = os.path.join(self.screen.environment["XDG_RUNTIME_DIR"], "planted")
+        folder = os.path.join(runtime, "progressd")
+        environment = {**self.screen.environment, "XDG_RUNTIME_DIR": runtime}
+
+        def link():
+            os.mkdir(os.path.join(runtime, "elsewhere"), 0o700)
+            os.symlink("elsewhere", folder)
+
+        def opened():
+            os.mkdir(folder)
+            os.chmod(folder, 0o750)
+
+        def foreign():
+            os.mkdir(folder, 0o700)
+            os.chown(folder, NOBODY, NOBODY)
+
+        for plant, complaint in ((link, "no folder"), (opened, "open to others"), (foreign, "somebody else")):
+            with self.alone(plant.__name__):
+                if plant is foreign and os.geteuid() != 0:
+                    self.skipTest("needs the right to give files away (root)")
+                os.mkdir(runtime, 0o700)
+                self.addCleanup(shutil.rmtree, runtime)
+                plant()
+                log = Log()
+                daemon = self.daemon(env=environment)
+                log.has("no local socket")
+                self.assertEqual(os.listdir(folder), [])
+                private = self.daemon(private=True, wait=False, env=environment)
+                self.assertEqual(private.status(), 2)
+                self.assertIn(complaint, private.stderr())
+
+    def test_takes_its_place_once(self):
+        first = self.daemon(private=True)
+        second = [self.daemon(private=True, wait=False, identifier=first.identifier) for _ in range(4)]
+        for daemon in second:
+            self.assertEqual(daemon.status(), 1)
+            self.assertIn("answers", daemon.stderr())
+        # A file that a crash has left behind does not count.
+        first.process.kill()
+        first.status()
+        again = self.daemon(private=True, identifier=first.identifier)
+        self.connect(again).close()
+        racers = [self.daemon(private=True, wait=False, identifier=first.identifier + "-race") for _ in range(6)]
+        until(lambda: sum(racer.process.poll() is None for racer in racers) == 1, "all but one to give up")
+        for racer in racers:
+            if racer.process.poll() is not None:
+                self.assertEqual(racer.status(), 1)
+                racer.stderr()
+        # Somebody else's socket in the place is not removed at the end.
+        os.remove(self.path(again))
+        other = socket.socket(socket.AF_UNIX)
+        other.bind(self.path(again))
+        again.process.terminate()
+        again.status()
+        self.assertTrue(os.path.exists(self.path(again)))
+        os.remove(self.path(again))
+
+    def test_learns_under_another_name(self):
+        for name, kept in (("job", True), ("", False)):
+            with self.alone(name):
+                daemon, listener, client = self.private("--learn", f"{name and name + str(os.getpid())}")
+                client.progress("create:0;x")
+                threading.Event().wait(1.1)
+                client.progress("update:0;50", "remove:0")
+                listener.until("isHidden")
+                client.send("<exit/>")
+                daemon.status()
+                paths = [p for p in (f"/var/{place}/currentTimestamps_{name}{os.getpid()}.txt"
+                                     for place in ("instrument", "tmp")) if os.path.exists(p)]
+                self.assertEqual(bool(paths), kept)
+                for path in paths:
+                    os.remove(path)
+                self.assertEqual(daemon.statistics(), "")
+
+
+if __name__ == "__main__":
+    main()
