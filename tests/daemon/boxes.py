@@ -226,7 +226,7 @@ class BoxesAndDialog(Case):
         if self.managers:
             self.screen.focused()
         time.sleep(0.2)  # in which it could take it
-        self.assertNotEqual(self.screen.xdotool("getwindowfocus").strip(), str(self.screen.window("mine").id))
+        self.assertNotEqual(self.screen.focus(), self.screen.window("mine").id)
 
     @on_all_screens
     def test_lie_in_front(self, mode):

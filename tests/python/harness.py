@@ -158,16 +158,28 @@ class Screen:
 
     def window(self, title="unknown"):
         """Waits until exactly one is shown."""
-        return until(lambda: (lambda found: len(found) == 1 and found[0])(self.windows(title)), f"the window {title}")
+        def only_one():
+            found = self.windows(title)
+            return len(found) == 1 and found[0]
+
+        try:
+            return until(only_one, f"the window {title}")
+        except AssertionError as error:
+            raise AssertionError(f"{error}; there are:\n{self.run('xwininfo', '-root', '-tree')}") from None
+
+    def focus(self):
+        return int(self.xdotool("getwindowfocus") or 0)
 
     def focused(self, title="unknown"):
         """The same, and waits until it has the keyboard."""
-        window = self.window(title)
-        until(lambda: self.xdotool("getwindowfocus").strip() == str(window.id), f"the focus on {title}")
-        return window
+        until(lambda: self.focus() == self.window(title).id, f"the focus on {title}")
+        return self.window(title)
 
     def gone(self, title="unknown"):
+        """Waits until none is shown, and until a window manager has given the keyboard to somebody else."""
         until(lambda: not self.windows(title), f"the end of the window {title}")
+        root = int(re.search(r"Window id: (\w+)", self.run("xwininfo", "-root")).group(1), 16)
+        until(lambda: not self.managers or self.focus() not in (0, 1, root), "the manager's turn")
 
     def picture(self):
         return Picture(self.run("import", "-silent", "-window", "root", "-depth", "8", "ppm:-", text=False))
@@ -208,19 +220,23 @@ class Channel:
         """The code of the button that answered a box."""
         return struct.unpack("=I", self.read(4))[0]
 
+    def event(self):
+        """The next event."""
+        while b"</event>" not in self.received:
+            assert self.more(), f"closed after {self.received!r}"
+        text, self.received = self.received.split(b"</event>", 1)
+        # Anything that is not an event, a text between two of them for instance, must not go unnoticed.
+        assert text.startswith(b"<event>"), f"not an event: {text}"
+        return text[len("<event>"):].decode("latin-1")
+
     def until(self, last):
         """The next events up to and including this one."""
         events = []
         while not events or events[-1] != last:
-            while b"</event>" not in self.received:
-                try:
-                    assert self.more(), f"closed before {last}, after {events[-20:]}"
-                except socket.timeout:
-                    raise AssertionError(f"no {last} after {events[-20:]}") from None
-            text, self.received = self.received.split(b"</event>", 1)
-            # Anything that is not an event, a text between two of them for instance, must not go unnoticed.
-            assert text.startswith(b"<event>"), f"not an event: {text}"
-            events.append(text[len("<event>"):].decode("latin-1"))
+            try:
+                events.append(self.event())
+            except (AssertionError, socket.timeout) as error:
+                raise AssertionError(f"no {last} after {events[-20:]}: {error}") from None
         return events
 
     def served(self):
@@ -328,7 +344,8 @@ class Daemon:
         status, errors = self.process.wait(PATIENCE), self.stderr()
         for path in self.files():
             shutil.rmtree(path) if os.path.isdir(path) else os.remove(path)
-        assert self.status_was_seen or status in ((ORDERLY, -signal.SIGTERM) if running else (0,)), f"ended with {status}: {errors}"
+        expected = (0, ORDERLY, -signal.SIGTERM) if running else (0,)
+        assert self.status_was_seen or status in expected, f"ended with {status}: {errors}"
         assert not errors, f"the daemon wrote: {errors}"
 
     # What it uses.
