@@ -414,8 +414,8 @@ class Case(unittest.TestCase):
     def screen(self):
         return screen(*self.managers)
 
-    def daemon(self, *arguments, **options):
-        daemon = Daemon(self.screen, *arguments, **options)
+    def daemon(self, *arguments, screen=None, **options):
+        daemon = Daemon(screen or self.screen, *arguments, **options)
         self.addCleanup(daemon.end)
         return daemon
 
