@@ -1,0 +1,273 @@
+"""Boxes as a user answers them, with and without a window manager."""
+
+import re
+import time
+
+from harness import OPENBOX, Case, main, on_all_screens, until
+
+ASSERTION = "Zerbak Quillet Assertion"
+OK, SAVE, YES, YES_TO_ALL, NO, ABORT, CANCEL, CLOSE = 0x400, 0x800, 0x4000, 0x8000, 0x10000, 0x40000, 0x400000, 0x200000
+DEFAULT, ESCAPE = 0x100, 0x200
+
+# The fields of a box titled Copy, the key that answers it, and the answer.
+ANSWERS = {
+    "other button": (f"2[#]Copy[#]Overwrite?[#]{YES}[#]{NO | DEFAULT}", "alt+y", YES),
+    "the last default counts": (f"4[#]Copy[#]x[#]{YES | DEFAULT}[#]{NO | DEFAULT}", "Return", NO),
+    "escape flag is cleared": (f"1[#]Copy[#]x[#]{OK | ESCAPE}", "Return", OK),
+    "Escape is Cancel": (f"1[#]Copy[#]x[#]{OK}[#]{CANCEL}", "Escape", CANCEL),
+    "closing is Escape": (f"1[#]Copy[#]x[#]{YES}[#]{NO | DEFAULT}", "alt+F4", NO),
+    "no text": ("0[#]Copy", "Return", 0),
+    "no number": ("x[#]Copy[#]x[#]Yes[#]", "Return", 0),
+    "empty fields keep their place": (f"[#]Copy[#][#][#]{OK | DEFAULT}", "Return", OK),
+    "only numbers of no button": ("1[#]Copy[#]x[#]1[#]-1", "Return", 0),
+    "numbers of no button": (f"99[#]Copy[#]x[#]7[#]-1[#]2147483647[#]{OK | DEFAULT}", "Return", OK),
+    "two buttons at once are none": (f"1[#]Copy[#]x[#]{OK | SAVE}[#]{YES}", "Return", YES),
+    "a bit beyond the last button": (f"1[#]Copy[#]x[#]{0x10000000}[#]{YES}", "Return", YES),
+    "only what is no button": (f"1[#]Copy[#]x[#]{YES | NO}", "Return", 0),
+    "a button twice": (f"1[#]Copy[#]x[#]{OK}[#]{OK | DEFAULT}", "Return", OK),
+    "buttons after the tenth": ("0[#]Copy[#]x" + "[#]0" * 9 + f"[#]{OK | DEFAULT}[#]{CANCEL | DEFAULT}", "Return", OK),
+}
+FIRST_AND_SECOND = f"<msgbox>1[#]First[#]x[#]{OK}</msgbox><msgbox>1[#]Second[#]x[#]{CLOSE}</msgbox>"
+# Makes the dialog magenta, so that a picture of the screen tells where it is seen.
+MAGENTA = ("windowStyle=#00f|#fff|#00f|#fff|#f0f|#f0f", "windowControls=#f0f|#f0f|#f0f|#f0f", "busyIndicator=0|0|40|40|empty")
+
+
+def box(title, *buttons, text="x"):
+    return f"<msgbox>1[#]{title}[#]{text}" + "".join(f"[#]{button}" for button in buttons) + "</msgbox>"
+
+
+def magenta(picture, area):
+    """How many of the area's pixels are of that colour, or nearly."""
+    return sum(count for colour, count in picture.colours(area).items() if re.match("[ef].00[ef].", colour))
+
+
+class Boxes(Case):
+    managers = OPENBOX
+
+    def test_answers(self):
+        daemon, events, commands = self.session()
+        for name, (fields, key, code) in ANSWERS.items():
+            with self.subTest(name):
+                commands.send(f"<msgbox>{fields}</msgbox>")
+                self.screen.focused("Copy")
+                self.screen.key(key)
+                self.assertEqual(commands.answer(), code)
+                self.screen.gone("Copy")
+        for key, code in (("Escape", ABORT), ("alt+F4", ABORT), ("alt+a", YES_TO_ALL)):
+            with self.subTest("assertion", key=key):
+                commands.send("<assert>if (a < b) x = <b>c</b>;</assert>")
+                self.screen.focused(ASSERTION)
+                self.screen.key(key)
+                self.assertEqual(commands.answer(), code)
+        self.assertEqual(commands.pending(), b"")
+
+    def test_save_the_assertion_on_the_clipboard(self):
+        daemon, events, commands = self.session()
+        text = 'if (a < b)\n\t<i>return</i> "\xe4";'
+        commands.send(f"<assert>{text}</assert>")
+        window = self.screen.focused(ASSERTION)
+        # The third of five buttons in a row is in the middle.
+        self.screen.click(window.x + window.width // 2, window.bottom - 24)
+        self.assertEqual(commands.answer(), YES)
+        self.assertEqual(self.screen.run("xclip", "-selection", "clipboard", "-o"), text)
+
+    def test_are_answered_to_whom_asked_in_any_order(self):
+        daemon, events, older = self.session()
+        newer, third = daemon.commands(), daemon.commands()
+        # The older one is wider, so that its button is not covered.
+        older.send(box("Older", OK, text="wide " * 16))
+        button = self.screen.focused("Older")
+        newer.send(box("Newer", CLOSE))
+        self.screen.focused("Newer")
+        third.send(box("Third", OK))
+        self.screen.focused("Third")
+        third.reset()
+        self.screen.click(button.right - 50, button.bottom - 24)
+        self.assertEqual(older.answer(), OK)
+        # Takes the slot, and possibly the place in memory, of the one that has gone.
+        later = daemon.commands()
+        for title in ("Third", "Newer"):
+            self.screen.focused(title)
+            self.screen.key("Return")
+            self.screen.gone(title)
+        self.assertEqual(newer.answer(), CLOSE)
+        self.assertEqual([channel.pending() for channel in (older, newer, later)], [b""] * 3)
+
+    def test_hold_back_what_is_behind_them(self):
+        daemon, events, asker = self.session()
+        asker.send(FIRST_AND_SECOND + "<progress>addText:0;x</progress>")
+        for title, code in (("First", OK), ("Second", CLOSE)):
+            self.screen.focused(title)
+            self.assertEqual(events.served(), [])
+            self.screen.key("Return")
+            self.assertEqual(asker.answer(), code)
+        events.until("isShown")
+        # Unless more arrives, even of another client.
+        other = daemon.commands()
+        asker.send(FIRST_AND_SECOND)
+        self.screen.focused("First")
+        other.progress("delText:0")
+        events.until("isHidden")
+        for title, code in (("Second", CLOSE), ("First", OK)):
+            self.screen.focused(title)
+            self.screen.key("Return")
+            self.assertEqual(asker.answer(), code)
+        self.assertEqual(other.pending(), b"")
+
+    def test_do_not_keep_the_daemon(self):
+        for ending in ("exit", "hang-up"):
+            daemon, events, asker = self.session()
+            for message, title in (("<assert>x</assert>", ASSERTION), (box("Cancel", OK, CANCEL), "Cancel"),
+                                   (box("No escape", YES, NO), "No escape")):
+                asker.send(message)
+                self.screen.window(title)
+            if ending == "exit":
+                asker.send("<exit/>")
+                self.assertEqual(asker.rest(), bytes(12))
+            else:
+                asker.close()
+            events.until("shutDown")
+            self.assertEqual(daemon.status(), 0)
+
+    def test_are_refused_when_there_are_too_many(self):
+        daemon, events, asker = self.session()
+        count, most = 5000, 32
+        asker.send(box("Copy", OK) * count)
+        # Makes the daemon go on with what waits behind the first box.
+        asker.progress("activate")
+        events.until("isActivated")
+        self.assertEqual(asker.read(4 * (count - most)).count(b"\0"), 4 * (count - most))
+        self.assertEqual(len(until(lambda: len(found := self.screen.windows("Copy")) >= most and found)), most)
+        self.assertEqual(asker.pending(), b"")
+
+    def test_fit_the_screen_and_the_memory(self):
+        """Whatever their text: 32 boxes of 5,000 lines."""
+        daemon, events, asker = self.session()
+        before = daemon.resident_kib()
+        asker.send(box("Copy", OK, text="line\n" * 5000) * 32)
+
+        def all_boxes():
+            asker.progress("nothing")
+            windows = self.screen.windows("Copy")
+            return len(windows) == 32 and windows
+
+        for window in until(all_boxes):
+            self.assertTrue(window.y >= 0 and window.bottom <= 600, window.area)
+        self.assertLess(daemon.resident_kib() - before, 100_000)
+
+
+class BoxesAndDialog(Case):
+    """In both modes, with and without a window manager."""
+
+    @on_all_screens
+    def test_keep_input_from_the_dialog(self, mode):
+        daemon, events, commands = self.session(*MAGENTA, mode)
+        commands.progress("addButt:0;Stop", "addButt:1;Go")
+        dialog = self.screen.focused()
+        stop = dialog.x + 84, dialog.bottom - 48
+        self.screen.click(*stop)
+        events.until("clicked:0")
+        commands.send(box("Copy", OK | DEFAULT))
+        window = self.screen.focused("Copy")
+        for place in (stop, stop, (20, 20)):  # the last is in the busy window
+            self.screen.click(*place)
+        self.screen.drag(dialog.x + 30, dialog.y + 10, 30, 20)
+        self.assertEqual(self.screen.window().area, dialog.area)
+        # The key that answers the box is released when the dialog already has the focus again.
+        self.screen.click(window.x + window.width // 2, window.y + 20)
+        self.screen.focused("Copy")
+        self.addCleanup(self.screen.xdotool, "keyup Return")
+        self.screen.xdotool("keydown Return")
+        self.assertEqual(commands.answer(), OK)
+        self.screen.gone("Copy")
+        self.assertEqual(events.served(), [])
+        self.screen.focused()
+        self.screen.xdotool("keyup Return")
+        self.assertEqual(events.served(), [])
+        self.screen.focused()
+        self.screen.click(*stop)
+        self.assertEqual(events.until("clicked:0"), ["clicked:0"])
+
+    @on_all_screens
+    def test_give_the_keyboard_back(self, mode):
+        daemon, events, commands = self.session(mode)
+        commands.progress("addButt:0;Stop")
+        events.until("isShown")
+        self.screen.focused()
+        commands.send(box("First", OK))
+        self.screen.focused("First")
+        commands.send(box("Second", OK))
+        for title in ("Second", "First"):
+            self.screen.focused(title)
+            self.screen.key("Return")
+            self.assertEqual(commands.answer(), OK)
+        self.screen.focused()
+        self.screen.key("Return")
+        self.assertEqual(events.until("clicked:0"), ["clicked:0"])
+
+    @on_all_screens
+    def test_do_not_take_the_keyboard_from_others(self, mode):
+        """A dialog that had not the keyboard when the first box opened does not get it when the last one closes."""
+        if self.managers and mode == "windowModal=off":
+            return  # It is the manager who hands the keyboard on, and to whom it likes.
+        daemon, events, commands = self.session(mode, "windowTitle=mine", "paintOffset=-100|0")
+        commands.progress("addButt:0;Stop")
+        events.until("isShown")
+        self.screen.focused("mine")
+        other, heard, _ = self.session("windowModal=off", "paintOffset=100|0")
+        heard.progress("addButt:0;Stop")
+        self.screen.focused()
+        commands.send(box("Copy", OK))
+        self.screen.focused("Copy")
+        self.screen.key("Return")
+        self.assertEqual(commands.answer(), OK)
+        self.screen.gone("Copy")
+        self.assertEqual(events.served(), [])
+        if self.managers:
+            self.screen.focused()
+        time.sleep(0.2)  # in which it could take it
+        self.assertNotEqual(self.screen.focus(), self.screen.window("mine").id)
+
+    @on_all_screens
+    def test_lie_in_front(self, mode):
+        daemon, events, commands = self.session(*MAGENTA, mode)
+        commands.progress("create:0;x")
+        dialog = self.screen.focused()
+        commands.send(box("Copy", YES, NO, text="Overwrite?"))
+        window = self.screen.focused("Copy")
+
+        def is_seen():
+            picture = self.screen.picture()
+            return magenta(picture, window.area) == 0 and magenta(picture, dialog.area) > 10_000
+
+        for attempt in ("activate", "create:1;y", "remove:1", "busyOn", "addButt:0;x", "messageStart", "messageStop"):
+            events.progress(attempt)
+            events.served()
+            until(is_seen if attempt != "messageStart" else lambda: True, f"the box after {attempt}")
+        self.screen.click(dialog.x + 30, dialog.y + 10)
+        events.configure(f"paintOffset=1|1;busyIndicator={window.x}|{window.y}|80|80|empty")
+        events.progress("busyOn")
+        events.served()
+        until(is_seen, "the box after a click")
+        until(lambda: self.screen.order("Copy", "progressd") == ["Copy", "progressd"], "the box over the busy window")
+        # And behind no box, the dialog is in front again.
+        self.screen.click(window.right - 50, window.bottom - 24)
+        self.assertEqual(commands.answer(), NO)
+        until(lambda: magenta(self.screen.picture(), window.area), "the dialog in front")
+
+    @on_all_screens
+    def test_leave_the_dialog_over_foreign_windows(self, mode):
+        foreign, heard, _ = self.session(mode, "windowTitle=foreign")
+        heard.progress("create:0;x")
+        self.screen.focused("foreign")
+        daemon, events, commands = self.session(mode)
+        commands.progress("create:0;x")
+        self.screen.focused()
+        commands.send(box("Copy", OK))
+        self.screen.focused("Copy")
+        until(lambda: self.screen.order("Copy", "unknown", "foreign") == ["Copy", "unknown", "foreign"],
+              "the dialog between the box and the foreign window")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,104 @@
+"""Many clients, few clients, and text that arrives in odd pieces."""
+
+from harness import Case, Log, configuration, main, progress
+
+
+class Channels(Case):
+    def test_refuse_the_eleventh(self):
+        daemon = self.daemon()
+        events, channels = daemon.events(), [daemon.commands() for _ in range(10)]
+        self.assertEqual(daemon.commands().rest(), b"")
+        # The last of the ten is served, and so is one that takes the place of another.
+        channels[-1].progress("create:0;x")
+        events.until("isShown")
+        channels[4].close()
+        late = daemon.commands()
+        late.progress("remove:0")
+        events.until("isHidden")
+        # Slot 0 is filled first.
+        also = [daemon.events() for _ in range(8)]
+        also.append(daemon.connect(daemon.event_port))
+        events.close()
+        first = daemon.events()
+        late.progress("activate")
+        for channel in (first, *also):
+            channel.until("isActivated")
+
+    def test_fill_no_slot_but_the_first_again(self):
+        daemon, events, commands = self.session()
+        second = daemon.events()
+        second.close()
+        deaf = daemon.connect(daemon.event_port)
+        deaf.progress("activate")
+        self.assertEqual(events.until("isActivated"), ["isActivated"])
+        deaf.close()
+        self.assertEqual(deaf.received, b"")
+
+    def test_serve_after_many_have_come_and_gone(self):
+        daemon = self.daemon("0")
+        events = daemon.events()
+        # Two at a time: the one in slot 1 comes first and goes last, so that new slots are used up.
+        for _ in range(25):
+            first, second = daemon.commands(), daemon.commands()
+            first.close()
+            second.progress("activate")
+            events.until("isActivated")
+
+    def test_frame_what_arrives(self):
+        """What is sent piece by piece, and the events that it causes."""
+        for name, pieces, expected in (
+                ("two in one", ["<progress>addText:0;a</progress>\n<progress>delText:0</progress>"], "isShown 0 isHidden"),
+                ("in pieces", ["<progress>addText:0;a</prog", "ress><", "progress>delText:0</progress>"],
+                 "isShown 0 isHidden"),
+                ("no opening tag", ["addText:0;a</progress>", "<progress>addText:0;a</progress>"], "isShown 0"),
+                ("other tags", ["<Progress>addText:0;a</Progress>", "<progress>addText:0;a<progress></progress>"],
+                 "isShown 0"),
+                ("behind a zero byte", ["<progress>addText:0;a</progress>\0<progress>delText:0</progress>"], "isShown 0"),
+                ("an earlier kind", ["<progress>addText:0;a</progress><configuration></configuration>"], ""),
+                ("an exit", ["<progress>addText:0;a<exit/>", "<progress>addButt:0;a</progress>"], "isShown")):
+            with self.alone(name):
+                # With a base port, exits are passed over.
+                daemon, events, commands = self.session(arguments=["0"])
+                heard = []
+                for piece in pieces:
+                    commands.send(piece)
+                    # The second answer comes from a later turn than the piece was there for.
+                    heard += events.served() + events.served()
+                self.assertEqual(" ".join(heard).replace("totalProgress=0|-1", "0"), expected)
+
+    def test_have_a_buffer_for_each_port(self):
+        daemon, events, commands = self.session()
+        events.send("<progress>create:0;")
+        commands.progress("create:1;x")
+        events.until("isShown")
+        events.send("x</progress>")
+        # Two bars, neither one nor three.
+        commands.progress("update:1;50")
+        events.until("totalProgress=25|-1")
+
+    def test_share_one_buffer(self):
+        """All clients of a port share it, so that a message of one can end what another began."""
+        daemon, events, commands = self.session()
+        for half in ("<progress>update:0;5</progres", "<configuration>paintOffset", "<", "</progress"):
+            gone = daemon.commands()
+            gone.send(progress("activate") + half.encode())
+            events.until("isActivated")
+            gone.close()
+            commands.progress("nothing")
+            commands.progress("addButt:1;y")
+            events.until("isShown")
+            commands.progress("delButt:1")
+            events.until("isHidden")
+
+    def test_log_who_is_refused(self):
+        """One that hangs up before it is accepted is no other machine's."""
+        daemon, events, commands = self.session()
+        log = Log()
+        for _ in range(50):
+            daemon.commands().reset()
+        events.served()
+        self.assertNotIn("another machine", log.text())
+
+
+if __name__ == "__main__":
+    main()

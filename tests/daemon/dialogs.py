@@ -1,0 +1,194 @@
+"""The dialog that stays, and the one that is replaced by a copy; and the runs that it learns."""
+
+import os
+import re
+import time
+
+from harness import SLOWNESS, Case, Log, main, until
+
+RUN = ("create:0;x", "addButt:0;y")
+
+
+def peak_kib(pid):
+    with open(f"/proc/{pid}/status") as status:
+        return int(re.search(r"VmHWM:\s+(\d+)", status.read()).group(1))
+
+
+class Dialogs(Case):
+    def bypasses_the_manager(self, window):
+        return "Override Redirect State: yes" in self.screen.facts(window)
+
+    def test_modal_one_stays(self):
+        daemon, log = self.daemon(), Log()
+        events = daemon.events()
+        events.progress("create:0;x")
+        dialog = self.screen.window()
+        self.assertTrue(self.bypasses_the_manager(dialog))
+        events.progress("activate", "messageStart", "messageStop", "remove:0", "create:0;x")
+        events.until("isHidden")
+        events.served()
+        self.assertEqual(self.screen.window().id, dialog.id)
+        self.assertNotIn("queueing", log.text())
+
+    def test_non_modal_one_is_replaced(self):
+        daemon, log = self.daemon(), Log()
+        events = daemon.events("windowModal=off", "windowStyle=#f00|#fff|#0f0|#fff|#00f|#ff0")
+        events.progress(*RUN, "update:0;50")
+        events.until("isShown")
+        seen = [self.screen.window()]
+        self.assertFalse(self.bypasses_the_manager(seen[0]))
+        log.has(": ---- queueing dialog for delete result=")
+        for command in ("activate", "messageStart", "messageStop"):
+            events.progress(command)
+            if command == "messageStart":
+                self.screen.gone()
+            else:
+                until(lambda: self.screen.window().id not in [window.id for window in seen])
+                seen.append(self.screen.window())
+        # It shows what the first one did, a bar at its half, and answers clicks.
+        dialog = self.screen.window()
+        until(lambda: self.screen.picture().colours(dialog.area)["ff0000"] > 300)
+        self.screen.click(dialog.x + 84, dialog.bottom - 48)
+        events.until("clicked:0")
+        events.progress("remove:0", "delButt:0")
+        events.until("isHidden")
+        self.screen.gone()
+
+    def test_mode_changes_while_shown(self):
+        daemon, events, _ = self.session()
+        events.progress("create:0;x")
+        modal = self.screen.window()
+        events.configure("windowModal=off", "windowTitle=Copy")
+        events.served()
+        copy = self.screen.window("Copy")
+        self.assertTrue(copy.id != modal.id and not self.bypasses_the_manager(copy))
+        self.screen.gone()
+        events.configure("windowModal=oN", "windowTitle=Never seen")
+        events.served()
+        self.assertEqual(self.screen.window("Copy").id, copy.id)
+
+    def test_many_replacements_between_two_messages(self):
+        daemon, events, _ = self.session("windowModal=off", "busyIndicator=0|0|40|40|empty")
+        events.progress("create:0;x")
+        self.screen.window()
+        # Each second click replaces the dialog: more than the queue for deletion holds.
+        self.screen.xdotool("mousemove 20 20 click --repeat 90 --delay 15 1")
+        self.screen.window()
+        events.progress("remove:0")
+        events.until("isHidden")
+
+    def test_a_burst_costs_what_its_messages_cost(self):
+        """Many replacements in one write: no window or picture each, and none larger than the screen."""
+        for settings, count in ((), 2200), (("screenGeometry=32767,32767",), 20), (("windowPixmap=big.ppm",), 200):
+            with self.alone(settings):
+                daemon = self.daemon()
+                with open(f"{daemon.folder}/big.ppm", "wb") as file:
+                    file.write(b"P6 800 600 255\n" + bytes(800 * 600 * 3))
+                events = daemon.events("windowModal=off", *settings)
+                events.progress("create:0;x")
+                events.served()
+                self.screen.picture()
+                processes = {"the daemon": daemon.pid, "the X server": self.screen.server.pid}
+                before, began = {name: peak_kib(pid) for name, pid in processes.items()}, time.monotonic()
+                events.progress(*["activate"] * count)
+                for _ in range(count):
+                    events.until("isActivated")
+                self.assertLess(time.monotonic() - began, 10 * SLOWNESS, "it takes a tenth of that")
+                for name, pid in processes.items():
+                    self.assertLess(peak_kib(pid) - before[name], 20_480 * SLOWNESS, name)
+
+    def test_mark_the_focus_when_shown_again(self):
+        daemon, events, _ = self.session("windowControls=#000000|#000000|#000000|#ff00ff")
+
+        def is_marked():
+            return self.screen.picture().colours(self.screen.window().area)["ff00ff"] > 100
+
+        events.progress(*RUN)
+        until(is_marked)
+        # The display has no time to take the keyboard away.
+        events.progress("delButt:0", "remove:0", *RUN)
+        events.until("isHidden")
+        until(is_marked)
+
+    def test_move_with_the_offset(self):
+        daemon, events, _ = self.session("screenGeometry=800,600")
+        events.progress("create:0;x")
+        x, y, width, height = self.screen.window().area
+        self.assertEqual((x, y, width, height), ((800 - 416) // 2, (600 - height) // 2, 416, height))
+        events.configure("screenGeometry=100,100", "paintOffset=5|-7")
+        until(lambda: self.screen.window().area == (x + 5, y - 7, width, height))
+        # A hidden one stays where it is.
+        events.progress("messageStart")
+        self.screen.gone()
+        events.configure("paintOffset=50|50")
+        events.served()
+        events.progress("messageStop")
+        self.assertEqual(self.screen.window().area, (x + 5, y - 7, width, height))
+
+
+class Runs(Case):
+    def test_are_learned(self):
+        """Or not, where somebody has interfered. All at the same time: each takes more than a second."""
+        runs = {}
+        for interference in ("none", "button by mouse", "button by key", "hidden by the client", "copied", "answered box",
+                             "open box"):
+            _, events, commands = runs[interference] = self.session(f"windowTitle={interference}")
+            commands.progress(*RUN)
+            dialog = self.screen.focused(interference)
+            if interference == "button by mouse":
+                self.screen.click(dialog.x + 84, dialog.bottom - 48)
+            elif interference == "button by key":
+                self.screen.key("Return")
+            elif interference == "hidden by the client":
+                commands.progress("messageStart", "messageStop")
+            elif interference == "copied":
+                commands.configure("windowModal=off")
+                commands.progress("activate")
+            elif interference.endswith("box"):
+                commands.send("<msgbox>1[#]Copy[#]x[#]1280</msgbox>")
+                self.screen.focused("Copy")
+                if interference == "answered box":
+                    self.screen.key("Return")
+                    self.assertEqual(commands.answer(), 1024)
+            if interference.startswith("button"):
+                events.until("clicked:0")
+        time.sleep(1.1)  # a run of less than a second would not be learned anyway
+        for interference, (daemon, events, commands) in runs.items():
+            with self.subTest(interference):
+                commands.progress("update:0;90", "delButt:0", "remove:0")
+                events.until("isHidden")
+                if interference == "none":
+                    self.assertEqual(daemon.statistics().count("\n"), 2, "it is saved at once")
+                commands.send("<exit/>")
+                self.assertEqual(daemon.status(), 0)
+                lines = daemon.statistics().split("\n")
+                self.assertEqual(lines[0], "fileversion=2")
+                self.assertEqual(len(lines) == 3, interference in ("none", "button by mouse", "copied"))
+
+    def test_follow_one_that_was_learned(self):
+        """The daemon tells what remains, across the replacement of the dialog, and learns the new run's end."""
+        identifier = f"learned{os.getpid()}"
+        with open(f"/var/tmp/currentTimestamps_{identifier}.txt", "w") as file:
+            course = "".join(f"{second * 1001:08}." for second in range(100))
+            file.write(f"fileversion=2\n001447671234:00000100:00000001:{course}\n")
+        daemon = self.daemon(identifier=identifier)
+        events = daemon.events("windowStyle=#f00|#fff|#0f0|#fff|#00f|#ff0")
+        events.progress("create:0;x")
+        began = time.monotonic()
+        for second in range(1, 6):
+            time.sleep(max(0, began + second - time.monotonic()))
+            events.progress(f"update:0;{second}")
+            if second == 3:
+                events.configure("windowModal=off")
+                events.progress("activate")
+        events.progress("remove:0")
+        heard = " ".join(events.until("isHidden"))
+        estimates = re.findall(r"totalProgress=(\d+)\|(\d+)", heard)
+        self.assertTrue(estimates, heard)
+        for elapsed, remaining in estimates:
+            self.assertTrue(2 <= int(elapsed) <= 6 and int(remaining) == 100 - int(elapsed), heard)
+        self.assertEqual(daemon.statistics().split("\n")[1][13:30], "00000052:00000002", "half of both durations")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,112 @@
+"""What the commands tell the event channels."""
+
+import re
+import time
+
+from harness import SLOWNESS, Case, main, progress
+
+# What is sent, command by command, and what comes until the "activate" that follows is answered.
+COMMANDS = {
+    "a run": ("create:0;Copying update:0;35 update:0;35 remove:0",
+              "isShown totalProgress=0|-1 totalProgress=35|-1 isHidden totalProgress=0|-1"),
+    "average of two bars": ("create:0;a create:9;b update:9;99 remove:0",
+                            "isShown totalProgress=0|-1 totalProgress=49|-1 totalProgress=99|-1"),
+    "hidden bars do not count": ("create:0;a create:1;b update:1;50 remove:1 create:1;c",
+                                 "isShown totalProgress=0|-1 totalProgress=25|-1 totalProgress=0|-1"),
+    "shown once by whatever comes first": ("addButt:3;Stop addText:1;one delButt:3 delText:1",
+                                           "isShown totalProgress=0|-1 isHidden"),
+    "shown again": ("addButt:0;a delButt:0 addButt:1;b", "isShown isHidden isShown"),
+    "cancelled bar": ("create:2;a update:2;-1", "isShown totalProgress=0|-1 totalProgress=100|-1"),
+    "values out of range": ("create:0;a update:0;101 update:0;-2 update:0;2147483648 update:0;7",
+                            "isShown totalProgress=0|-1 totalProgress=7|-1"),
+    "what is no number is 0": ("create:x;a update:x;50 update:0;y remove:",
+                               "isShown totalProgress=0|-1 totalProgress=50|-1 totalProgress=0|-1 isHidden"),
+    "bar restarts": ("create:0;a update:0;60 create:0;b",
+                     "isShown totalProgress=0|-1 totalProgress=60|-1 totalProgress=0|-1"),
+    "wrong number of parts": ("create:0 create:0;a;b addText:1;a;b addButt:1 updateText:1", ""),
+    "empty parts count": ("create:; remove:0; delText:0;1 update:0;5;", "isShown totalProgress=0|-1"),
+    "not commands": ("Create:0;x creat activat create;0;x \tcreate:0;x", ""),
+    "prefix decides": ("activate:now busyOnly messageStartle", "isActivated"),
+    "slots that do not exist": ("create:-1;x create:10;x addText:10;x addButt:10;x addButt:-1;x remove:10 "
+                                "updateText:11;x", ""),
+    "text line over a bar": ("create:0;a addText:0;b updateText:0;c delText:0",
+                             "isShown totalProgress=0|-1 isHidden"),
+    "bar under a text line": ("addText:4;b create:4;a remove:4", "isShown totalProgress=0|-1 isHidden"),
+    "removing what is not there": ("remove:3 delText:9 delButt:3", "totalProgress=0|-1"),
+    "hiding is no end": ("create:0;a update:0;5 messageStart messageStop activate messageStart remove:0",
+                         "isShown totalProgress=0|-1 totalProgress=5|-1 isActivated isHidden totalProgress=0|-1"),
+}
+BATCH = 65536 // len(progress("create:0;x", "remove:0"))
+
+
+class Events(Case):
+    def test_commands(self):
+        for name, (payloads, expected) in COMMANDS.items():
+            for mode in ("on", "off"):
+                with self.alone(name, windowModal=mode):
+                    daemon, events, commands = self.session(f"windowModal={mode}")
+                    for payload in payloads.split(" "):
+                        commands.progress(payload)
+                    commands.send(progress("activate") + b"<exit/>")
+                    received = events.until("shutDown")
+                    if mode == "off":
+                        # A copy has not averaged its bars yet: the first average may come twice.
+                        received = [event for event, before in zip(received, [""] + received)
+                                    if event != before or not event.startswith("totalProgress=")]
+                    self.assertEqual(received, f"{expected} isActivated shutDown".split())
+
+    def test_reach_every_channel_of_the_walk(self):
+        daemon, first, commands = self.session()
+        second, also = daemon.events(), daemon.commands()
+        commands.progress("create:0;x")
+        self.assertEqual([channel.until("totalProgress=0|-1")[-2:] for channel in (first, second)],
+                         [["isShown", "totalProgress=0|-1"]] * 2)
+        # Slot 0 is empty: the walk ends there, until a new channel fills it.
+        first.close()
+        also.progress("update:0;50")
+        also.close()
+        first = daemon.events()
+        self.assertEqual(second.until("isActivated"), ["isActivated"])
+
+    def test_leave_soon_in_a_long_batch(self):
+        """However many messages stand in one read, an event comes at most 20 ms after its cause."""
+        for mode in ("on", "off"):
+            with self.alone(windowModal=mode):
+                daemon, events, commands = self.session(f"windowModal={mode}")
+                commands.send(progress("create:0;x", "remove:0") * BATCH + progress("activate"))
+                times = []
+                while b"isActivated" not in events.received:
+                    self.assertTrue(events.more())
+                    times.append(time.monotonic())
+                self.assertEqual(events.received.count(b"isShown"), BATCH)
+                gaps = [later - earlier for earlier, later in zip(times, times[1:])]
+                self.assertGreater(len(gaps), 3)
+                self.assertLess(sorted(gaps)[-3], 0.05 * SLOWNESS, "the machine may be busy, but not all the time")
+
+    def test_reach_a_channel_that_reads_late_in_whole_events(self):
+        """13 MB of events; with the sockets' own buffers, less than that fits on the way to a lazy client."""
+        daemon, events, commands = self.session()
+        lazy = daemon.events()
+        commands.progress("create:0;x")
+        events.until("totalProgress=0|-1")
+        rounds, burst = 400, progress("update:0;1", "update:0;2") * 500 + progress("activate")
+        for _ in range(rounds):
+            commands.send(burst)
+            while not events.received.endswith(b"<event>isActivated</event>"):
+                self.assertTrue(events.more())
+            self.assertEqual(events.received.count(b"<event>"), 1001)
+            events.received = b""
+        commands.send(b"<exit/>")
+        # It takes its time, but not for ever.
+        while piece := lazy.socket.recv(16384):
+            lazy.received += piece
+            time.sleep(0.002)
+        received = lazy.received.split(b"</event>")
+        self.assertEqual(received.pop(), b"", "the last event is whole")
+        whole = re.compile(rb"<event>(totalProgress=\d\|-1|is\w+|shutDown)$")
+        self.assertTrue(all(map(whole.match, received)))
+        self.assertTrue(2 < len(received) < rounds * 1001, "it has missed events")
+
+
+if __name__ == "__main__":
+    main()

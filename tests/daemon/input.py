@@ -1,0 +1,178 @@
+"""Real keys, clicks and drags on the dialog."""
+
+from harness import OPENBOX, Case, main, on_all_screens, until
+
+BUSY = "busyIndicator=10|500|40|50|empty"
+# Buttons shown, keys, and the slots that the keys activate. In between, the focus moves along one line: the slots
+# in order, then the Hide button.
+KEYS = {
+    "forward": ("012", "Tab Return Right KP_Enter", "1 2"),
+    "forward with other keys": ("012", "Down Return Down Return", "1 2"),
+    "to the first": ("358", "Right Home Return Tab Tab Prior Return", "3 3"),
+    "to the last": ("358", "End Return Home Next Return", "8 8"),
+    "from Hide over gaps": ("049", "Tab Left Return End Tab Tab Up Return", "9 9"),
+    "backward stops at slot 0": ("012", "End Up Up Left Left Return End shift+Tab Return", "0 1"),
+    "a gap stops backward": ("02", "End Left Return", "2"),
+    "a gap ends forward": ("02", "Home Tab shift+Tab Return", "2"),
+    "Hide ends forward": ("01", "Tab Tab Tab Tab Left Return", "1"),
+    "other keys": ("012", "space x Escape alt+s 1 Shift_L", ""),
+}
+
+
+class Input(Case):
+    managers = OPENBOX
+
+    def test_keys(self):
+        daemon, events, _ = self.session(BUSY)
+        events.progress("create:0;x")
+        for name, (shown, keys, slots) in KEYS.items():
+            with self.subTest(name):
+                events.progress(*(f"addButt:{slot};Go" for slot in shown))
+                self.screen.focused()
+                events.served()
+                self.screen.key(*keys.split())
+                expected = [f"clicked:{slot}" for slot in slots.split()]
+                self.assertEqual([events.event() for _ in expected], expected)
+                self.assertEqual(events.served(), [])
+                self.screen.focused()
+                events.progress(*(f"delButt:{slot}" for slot in shown))
+
+    def test_hold_a_key_down(self):
+        """A key that repeats acts once, when it goes up."""
+        daemon, events, _ = self.session()
+        events.progress("addButt:0;Stop", "addButt:1;Go")
+        self.screen.focused()
+        events.served()
+        self.screen.run("xset", "r", "rate", "50", "100")
+        self.addCleanup(self.screen.xdotool, "keyup Return")
+        self.screen.xdotool("keydown Return sleep 0.3")
+        self.screen.xdotool("keyup Return")
+        events.until("clicked:0")
+        self.assertEqual(events.served(), [])
+
+    @on_all_screens
+    def test_forget_a_key_when_the_keyboard_goes(self, mode):
+        """A key that was down when the dialog lost the keyboard, and is pressed and released elsewhere."""
+        daemon, events, commands = self.session(mode)
+        commands.progress("addButt:0;Cancel")
+        events.until("isShown")
+        self.screen.focused()
+        self.addCleanup(self.screen.xdotool, "keyup Return")
+        self.screen.xdotool("keydown Return")
+        commands.send("<msgbox>1[#]Copy[#]x[#]1024</msgbox>")
+        self.screen.focused("Copy")
+        self.screen.xdotool("keyup Return")
+        self.screen.xdotool("keydown Return")
+        self.assertEqual(commands.answer(), 1024)
+        self.screen.gone("Copy")
+        self.screen.focused()
+        self.screen.xdotool("keyup Return")
+        self.assertEqual(events.served(), [])
+        self.screen.focused()
+        self.screen.key("Return")
+        self.assertEqual(events.until("clicked:0"), ["clicked:0"])
+
+    @on_all_screens
+    def test_clicks(self, mode):
+        daemon, events, _ = self.session(mode)
+        events.progress("create:0;x", "addButt:0;Stop", "addButt:1;Pause", "addButt:2;Skip", "addButt:2;Skip it")
+        events.served()
+        dialog = self.screen.focused()
+        self.assertEqual(dialog.x, 152)
+        # Two buttons in the first row, the third below the first.
+        x, y = dialog.x + 84, dialog.bottom - 48
+        for place in ((x, y), (x + 168, y), (x, y + (dialog.height - 16) // 12), (x, y - 100)):
+            self.screen.click(*place)
+        self.screen.xdotool(f"mousemove {x} {y} click --repeat 2 --delay 10 1")
+        expected = [f"clicked:{slot}" for slot in (0, 1, 2, 0, 0)]
+        self.assertEqual([events.event() for _ in expected], expected)
+        events.progress("delButt:0", "activate")
+        events.until("isActivated")
+        self.screen.focused()
+        self.screen.click(x, y)  # is button 1 now
+        self.screen.key("Home", "Return")
+        self.assertEqual([events.event(), events.event()], ["clicked:1"] * 2)
+
+    @on_all_screens
+    def test_hide_and_come_back(self, mode):
+        daemon, events, _ = self.session(mode, BUSY)
+        busy = 30, 520
+        self.screen.click(*busy)  # is not there yet
+        events.progress("create:0;x", "addButt:0;Stop")
+        dialog = self.screen.focused()
+        self.screen.click(*busy)
+        self.screen.gone()
+        self.screen.click(*busy)
+        self.screen.focused()
+        # Behind the buttons, Tab leads to the Hide button.
+        self.screen.key("Tab", "Return")
+        self.screen.gone()
+        events.progress("messageStop")
+        self.screen.focused()
+        # At the right end of the row above the buttons.
+        self.screen.click(dialog.right - 40, dialog.bottom - 80)
+        self.screen.gone()
+        events.progress("delButt:0", "remove:0")
+        events.until("isHidden")
+        events.served()
+        self.screen.click(*busy)  # is gone, and nothing is active
+        self.assertEqual(events.served(), [])
+        self.assertEqual(self.screen.windows("(?:unknown|progressd)"), [])
+
+    @on_all_screens
+    def test_take_the_keyboard_from_another_window(self, mode):
+        other, _, asker = self.session()
+        asker.send("<msgbox>1[#]Other[#]x[#]1024</msgbox>")
+        box = self.screen.focused("Other")
+        daemon, events, _ = self.session(mode)
+        events.progress("addButt:0;Stop")
+        self.screen.focused()
+        self.screen.key("Return")
+        events.until("clicked:0")
+        # It is hidden, the other has the keyboard again, and it comes back to the front.
+        events.progress("messageStart")
+        self.screen.gone()
+        self.screen.click(box.x + box.width // 2, box.y + 20)
+        events.progress("messageStop")
+        self.screen.focused()
+        self.screen.key("Return")
+        events.until("clicked:0")
+        self.assertEqual(asker.pending(), b"")
+
+    @on_all_screens
+    def test_drag(self, mode):
+        daemon, events, _ = self.session(mode)
+        events.progress("addButt:0;Stop")
+        dialog = self.screen.focused()
+        moved = (dialog.x + 50, dialog.y + 20, dialog.width, dialog.height)
+        self.screen.drag(dialog.x + 10, dialog.y + 10, 50, 20)
+        until(lambda: self.screen.window().area == moved, "the dialog at its new place")
+        # A button is no grip.
+        self.screen.drag(dialog.x + 110, dialog.bottom - 28, 20, 0)
+        events.until("clicked:0")
+        # Hidden in the middle of a drag, it does not stick to the pointer.
+        self.screen.xdotool(f"mousemove {dialog.x + 80} {dialog.y + 40} mousedown 1")
+        events.progress("messageStart")
+        self.screen.gone()
+        self.screen.xdotool("mouseup 1")
+        events.progress("messageStop")
+        place = moved if mode == "windowModal=on" else dialog.area  # where a copy is put
+        until(lambda: self.screen.window().area == place, "the dialog again")
+        self.screen.xdotool("mousemove_relative 30 30")
+        events.served()
+        self.assertEqual(self.screen.window().area, place)
+
+    def test_stay_on_close_requests(self):
+        daemon, events, _ = self.session("windowModal=off")
+        events.progress("create:0;x")
+        self.screen.focused()
+        self.screen.key("alt+F4")
+        self.screen.gone()
+        events.progress("update:0;50")
+        events.until("totalProgress=50|-1")
+        events.progress("activate")
+        self.screen.focused()
+
+
+if __name__ == "__main__":
+    main()
