@@ -10,12 +10,25 @@ function(compressed from to)
 endfunction()
 
 install(TARGETS progressd progressctl COMPONENT programs)
-foreach(page progressd.1 progressctl.1 progressd-protocol.7)
+# manual_page(SOURCE): installs progressd.1 and the like, compressed.
+function(manual_page source)
+    get_filename_component(page ${source} NAME)
     string(REGEX REPLACE ".*\\." "" section ${page})
-    compressed(${CMAKE_CURRENT_SOURCE_DIR}/docs/man/${page} ${page}.gz)
+    compressed(${source} ${page}.gz)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${page}.gz
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT programs)
-endforeach()
+endfunction()
+manual_page(${CMAKE_CURRENT_SOURCE_DIR}/docs/man/progressd.1)
+manual_page(${CMAKE_CURRENT_SOURCE_DIR}/docs/man/progressctl.1)
+find_program(LOWDOWN lowdown)
+if(LOWDOWN)
+    set(protocol_page ${CMAKE_CURRENT_BINARY_DIR}/progressd-protocol.7)
+    set(make_page ${CMAKE_CURRENT_SOURCE_DIR}/docs/man/protocol-page.sh ${CMAKE_CURRENT_SOURCE_DIR}/docs/protocol.md)
+    add_custom_command(OUTPUT ${protocol_page} COMMAND ${make_page} > ${protocol_page} DEPENDS ${make_page} VERBATIM)
+    manual_page(${protocol_page})
+else()
+    message(STATUS "lowdown is missing: the manual page progressd-protocol(7) is left out")
+endif()
 install(FILES client/completions/progressctl.bash RENAME progressctl
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programs)
 install(FILES client/completions/_progressctl
