@@ -47,7 +47,7 @@ struct progressClient::connection {
     bool read(const deadline &until);
     void sort(received &&one);
     void takeAnswer(const std::string &text);
-    void checkAlive() const;
+    void checkAlive(const deadline &until) const;
     button heard(int number, std::optional<button> answer);
     template <typename Found> bool waitFor(const Found &found, const deadline &until);
 };
@@ -95,9 +95,8 @@ void progressClient::connection::takeAnswer(const std::string &text)
 
 /// A daemon that is stopped keeps its channels open and says nothing, as one does that has nothing to say.
 /// But it does not serve another channel.
-void progressClient::connection::checkAlive() const
+void progressClient::connection::checkAlive(const deadline &until) const
 {
-    const deadline until(timeout / 2);
     localSocket::connect(identifier, until).finish(until);
 }
 
@@ -110,7 +109,7 @@ template <typename Found> bool progressClient::connection::waitFor(const Found &
             continue;
         if (until.isOver())
             return false;
-        checkAlive();
+        checkAlive(deadline(timeout / 2));
     }
     return true;
 }
@@ -146,6 +145,11 @@ progressClient::~progressClient() = default;
 pid_t progressClient::daemonProcess() const
 {
     return m_connection->socket.daemonProcess();
+}
+
+void progressClient::checkAlive()
+{
+    m_connection->checkAlive(m_connection->limit());
 }
 
 void progressClient::send(std::string_view message)

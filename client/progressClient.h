@@ -155,6 +155,10 @@ public:
     /// Hangs up. A daemon without a base port ends with its last client, apart from those that only listened.
     ~progressClient();
 
+    /// An error (timedOut) when the daemon does not get round to its clients before the time is up, as one
+    /// does not that is stopped. For who polls; calls that wait look by themselves.
+    void checkAlive();
+
     /// The daemon's process; 0 for one that this process cannot see.
     pid_t daemonProcess() const;
 
