@@ -46,7 +46,10 @@ std::string socketPath(const std::string &identifier)
 void makeSocketFolder()
 {
     const std::string folder = socketFolder();
-    if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST)
+    // The mode is set apart from the making, which the process's mask has its say in.
+    if (::mkdir(folder.c_str(), S_IRWXU) == 0)
+        ::chmod(folder.c_str(), S_IRWXU);
+    else if (errno != EEXIST)
         throw error(error::reason::system, systemText("cannot make " + folder));
 }
 
@@ -58,6 +61,6 @@ void checkSocketFolder()
     // A link would be somebody else's word for where the daemon is.
     if (::lstat(folder.c_str(), &about) != 0)
         return;
-    if (!S_ISDIR(about.st_mode) || about.st_uid != ::geteuid() || (about.st_mode & 0777) != S_IRWXU)
+    if (!S_ISDIR(about.st_mode) || about.st_uid != ::geteuid() || (about.st_mode & (S_IRWXG | S_IRWXO)) != 0)
         throw error(error::reason::notOurs, folder + " is no folder that belongs to this user alone");
 }

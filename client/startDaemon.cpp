@@ -45,7 +45,8 @@ std::string firstLineOf(const descriptor &file)
     char text[512];
     const ssize_t got = ::pread(file.get(), text, sizeof text, 0);
     const std::string_view all(text, got > 0 ? static_cast<std::size_t>(got) : 0);
-    return std::string(all.substr(0, all.find('\n')));
+    const std::string_view line = all.substr(0, all.find('\n'));
+    return std::string(line.substr(0, line.find_last_not_of(' ') + 1));
 }
 
 /// What the new process tells its starter through a pipe that closes when the program is running.
@@ -148,8 +149,8 @@ void waitUntilServing(const std::string &identifier, const processHandle &daemon
     while (!answers(identifier, until)) {
         if (daemon.hasEnded()) {
             const std::string why = firstLineOf(words);
-            throw error(error::reason::cannotStart, "the daemon ended before it was ready" +
-                                                        (why.empty() ? std::string() : " (" + why + ')'));
+            throw error(error::reason::cannotStart,
+                        "the daemon ended before it was ready" + (why.empty() ? "" : ": " + why));
         }
         if (until.isOver())
             throw error(error::reason::timedOut,

@@ -4,7 +4,6 @@
 #include "client/progressctl/iconFile.h"
 #include "client/progressctl/plainText.h"
 #include "client/progressctl/safeName.h"
-#include "client/progressctl/screen.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -60,8 +59,6 @@ pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options)
 
 void pipeWindow::startOwnDaemon()
 {
-    if (!canHaveDisplay())
-        throw failure(statusNoDaemon, "no display");
     const settingEntries settings = ownSettings();
     progressClient::daemonOptions options;
     options.program = daemonProgram();

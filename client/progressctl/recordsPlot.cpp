@@ -23,7 +23,8 @@ std::string scriptFor(const std::vector<runRecord> &records, const std::string &
 {
     std::string script = "set terminal svg size 900,540 noenhanced\nset title " + quoted(title) +
                          "\nset xlabel 'seconds'\nset ylabel 'progress'\nset key outside\nset grid\n";
-    std::string plot = "plot [0:][0:] NaN notitle";
+    // A plot wants something to draw.
+    std::string plot = records.empty() ? "plot [0:1][0:100] 0 notitle" : "plot [0:][0:] ";
     for (std::size_t i = 0; i < records.size(); ++i) {
         const runRecord &record = records[i];
         const std::string name = "$run" + std::to_string(i + 1);
@@ -32,7 +33,7 @@ std::string scriptFor(const std::vector<runRecord> &records, const std::string &
             script += std::to_string(moment.seconds) + ' ' + std::to_string(moment.progress) + '\n';
         const int last = record.course.empty() ? 0 : record.course.back().progress;
         script += std::to_string(record.seconds) + ' ' + std::to_string(last) + "\nEND\n";
-        plot += ", " + name + " with lines title '" + std::to_string(i + 1) + ": " +
+        plot += (i == 0 ? "" : ", ") + name + " with lines title '" + std::to_string(i + 1) + ": " +
                 std::to_string(record.seconds) + " s, " + std::to_string(record.timesFound) + " times'";
     }
     return script + plot + '\n';

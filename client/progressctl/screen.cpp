@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <memory>
-#include <string_view>
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 
@@ -56,14 +55,4 @@ std::optional<screenArea> findPrimaryScreen()
     if (const auto monitor = primaryMonitor(display.get(), screens.data->root))
         return monitor;
     return screenArea{0, 0, screens.data->width_in_pixels, screens.data->height_in_pixels};
-}
-
-bool canHaveDisplay()
-{
-    const char *platform = std::getenv("QT_QPA_PLATFORM");
-    const bool isX = !platform || !*platform || std::string_view(platform).substr(0, 3) == "xcb";
-    if (!isX || std::getenv("WAYLAND_DISPLAY"))
-        return true;
-    const std::unique_ptr<xcb_connection_t, disconnecter> display(xcb_connect(nullptr, nullptr));
-    return xcb_connection_has_error(display.get()) == 0;
 }

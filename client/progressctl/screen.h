@@ -12,6 +12,3 @@ struct screenArea {
 
 /// The user's primary monitor, or the whole screen where monitors are not told apart; none without a display.
 std::optional<screenArea> findPrimaryScreen();
-
-/// Whether a window can be had, as far as that can be told from here.
-bool canHaveDisplay();
