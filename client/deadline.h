@@ -14,6 +14,11 @@ public:
     {
     }
 
+    static deadline earlier(const deadline &one, const deadline &other)
+    {
+        return one.m_end < other.m_end ? one : other;
+    }
+
     bool isOver() const { return !m_never && clock::now() >= m_end; }
 
     /// What is left, in milliseconds rounded up, as poll(2) wants it: -1 for no limit.

@@ -21,19 +21,25 @@ std::optional<int> takePort(std::string_view &text)
     return port;
 }
 
+std::string lockFilePath(const std::string &identifier)
+{
+    return "/tmp/HalvornRunning_" + identifier + ".lock";
+}
+
 } // namespace
 
-std::optional<progressClient::ports> readLockFile(const std::string &path)
+std::optional<progressClient::ports> readLockFile(const std::string &identifier)
 {
-    // The folder is everybody's: a pipe in the file's place must not make us wait.
-    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    // The folder is everybody's: a pipe in the file's place must not make us wait, a link not mislead us.
+    constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    const int fd = ::open(lockFilePath(identifier).c_str(), flags);
     if (fd < 0)
         return std::nullopt;
     struct stat about {
     };
     char buffer[64];
     ssize_t size = -1;
-    if (::fstat(fd, &about) == 0 && S_ISREG(about.st_mode))
+    if (::fstat(fd, &about) == 0 && S_ISREG(about.st_mode) && about.st_uid == ::geteuid())
         size = ::read(fd, buffer, sizeof buffer);
     ::close(fd);
     if (size <= 0)
@@ -45,4 +51,9 @@ std::optional<progressClient::ports> readLockFile(const std::string &path)
     if (!command || !event)
         return std::nullopt;
     return progressClient::ports{*command, *event};
+}
+
+void removeLockFile(const std::string &identifier)
+{
+    ::unlink(lockFilePath(identifier).c_str());
 }

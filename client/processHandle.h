@@ -1,6 +1,7 @@
 #pragma once
 
 #include "client/deadline.h"
+#include "client/descriptor.h"
 
 #include <sys/types.h>
 
@@ -10,9 +11,6 @@ class processHandle
 public:
     /// Of a process that has ended already, or cannot be held, a handle that has ended.
     explicit processHandle(pid_t process);
-    processHandle(const processHandle &) = delete;
-    processHandle &operator=(const processHandle &) = delete;
-    ~processHandle();
 
     /// False when this user may not.
     bool signal(int number) const;
@@ -20,8 +18,8 @@ public:
     bool waitForEnd(const deadline &until) const;
     bool hasEnded() const;
     /// For poll(2): readable when the process has ended; -1 for a process that had ended before.
-    int fd() const { return m_fd; }
+    int fd() const { return m_fd.get(); }
 
 private:
-    int m_fd;
+    descriptor m_fd;
 };

@@ -1,19 +1,21 @@
 #include "client/progressClient.h"
 
-#include "client/channelSocket.h"
-#include "client/listeningSocket.h"
-#include "client/lockFile.h"
+#include "client/localSocket.h"
 #include "client/protocolText.h"
+#include "client/socketPath.h"
 
-#include <cstring>
+#include <deque>
+#include <map>
+#include <set>
 
 namespace
 {
 
 using error = progressClient::error;
 
-/// An event is short; what goes on without an end is no daemon.
-constexpr std::size_t longestEvent = 64 * 1024;
+/// What a daemon says is short; what goes on without an end is no daemon.
+constexpr std::size_t longestReceived = 64 * 1024;
+constexpr std::size_t mostEvents = 10'000;
 
 void checkSlot(int slot)
 {
@@ -21,113 +23,158 @@ void checkSlot(int slot)
         throw error(error::reason::badArgument, "slots run from 0 to 9, there is no " + std::to_string(slot));
 }
 
-progressClient::ports portsOf(const std::string &identifier)
-{
-    const std::string path = progressClient::lockFilePath(identifier);
-    const auto found = readLockFile(path);
-    if (!found)
-        throw error(error::reason::notRunning,
-                    "no daemon \"" + identifier + "\" is running (no lock file " + path + ")");
-    return *found;
-}
-
 } // namespace
 
+/// The socket, and what has come from it and was not asked for yet.
 struct progressClient::connection {
-    int eventPort = 0;
-    int commandPort = 0;
-    milliseconds timeout{};
-    channelSocket commands;
-    /// Progress commands may still be on their way through `commands`.
-    bool sentProgress = false;
-    channelSocket events;
-    std::string eventBytes; ///< what has come of events and was not taken yet
+    connection(std::string name, milliseconds longest)
+        : identifier(std::move(name)), timeout(longest), socket(localSocket::connect(identifier, limit()))
+    {
+    }
+
+    const std::string identifier;
+    const milliseconds timeout;
+    localSocket socket;
+    std::string incoming;
+    bool listens = false;
+    std::deque<event> events;
+    std::deque<int> claimed;
+    int boxes = 0;         ///< asked so far: the number of the last one
+    std::set<int> awaited; ///< boxes whose answers are wanted
+    std::map<int, button> answers;
 
     deadline limit() const { return deadline(timeout); }
-    channelSocket &openEvents()
-    {
-        if (!events.isOpen())
-            throw error(error::reason::badArgument, "this client has no event channel");
-        return events;
-    }
-    bool readEvents(const deadline &until);
+    bool read(const deadline &until);
+    void sort(received &&one);
+    void takeAnswer(const std::string &text);
+    void checkAlive(const deadline &until) const;
+    button heard(int number, std::optional<button> answer);
+    template <typename Found> bool waitFor(const Found &found, const deadline &until);
 };
 
-/// Waits for more of the event channel; false when the time is up.
-bool progressClient::connection::readEvents(const deadline &until)
+/// Takes in what comes first; false when the time is up.
+bool progressClient::connection::read(const deadline &until)
 {
     char buffer[4096];
-    const std::size_t got = openEvents().receive(buffer, sizeof buffer, until);
-    eventBytes.append(buffer, got);
-    if (eventBytes.size() > longestEvent)
-        throw error(error::reason::gone, "what comes on the event port are no events");
-    return got > 0;
+    const auto got = socket.receive(buffer, sizeof buffer, until);
+    if (got == std::size_t{0})
+        throwGone();
+    incoming.append(buffer, got.value_or(0));
+    while (auto one = takeReceived(incoming))
+        sort(std::move(*one));
+    if (incoming.size() > longestReceived)
+        throw error(error::reason::gone, "what answers is no progress daemon");
+    return got.has_value();
 }
 
-std::string progressClient::lockFilePath(const std::string &identifier)
+void progressClient::connection::sort(received &&one)
 {
-    return "/tmp/HalvornRunning_" + identifier + ".lock";
+    switch (one.what) {
+    case received::kind::event:
+        events.push_back(eventFromText(std::move(one.text)));
+        if (events.size() > mostEvents)
+            events.pop_front();
+        break;
+    case received::kind::claimed:
+        claimed.push_back(leadingNumber(one.text).value_or(-1));
+        break;
+    case received::kind::answer:
+        takeAnswer(one.text);
+        break;
+    }
 }
 
-std::optional<progressClient::ports> progressClient::findDaemon(const std::string &identifier)
+void progressClient::connection::takeAnswer(const std::string &text)
 {
-    const auto found = readLockFile(lockFilePath(identifier));
-    if (found && findListener(found->command) && findListener(found->event))
-        return found;
-    return std::nullopt;
+    const std::size_t separator = text.find(';');
+    const auto number = leadingNumber(text, ';');
+    if (!number || separator == std::string::npos || awaited.erase(*number) == 0)
+        return;
+    answers[*number] = static_cast<button>(leadingNumber(text.substr(separator + 1)).value_or(0));
 }
 
-progressClient::progressClient(const std::string &identifier, channels wanted, milliseconds timeout)
-    : progressClient(portsOf(identifier), wanted, timeout)
+/// A daemon that is stopped keeps its channels open and says nothing, as one does that has nothing to say.
+/// But it does not serve another channel.
+void progressClient::connection::checkAlive(const deadline &until) const
 {
+    localSocket::connect(identifier, until).finish(until);
 }
 
-progressClient::progressClient(const ports &daemonPorts, channels wanted, milliseconds timeout)
-    : m_connection(std::make_unique<connection>())
+/// Reads until `found()`; false when the time is up.
+template <typename Found> bool progressClient::connection::waitFor(const Found &found, const deadline &until)
 {
-    m_connection->commandPort = daemonPorts.command;
-    m_connection->eventPort = daemonPorts.event;
-    m_connection->timeout = timeout;
-    const deadline until = m_connection->limit();
-    if (wanted != channels::events)
-        m_connection->commands = channelSocket::connect(daemonPorts.command, until);
-    if (wanted != channels::commands)
-        m_connection->events = channelSocket::connect(daemonPorts.event, until);
+    while (!found()) {
+        const deadline silence(timeout / 2);
+        if (read(deadline::earlier(until, silence)))
+            continue;
+        if (until.isOver())
+            return false;
+        checkAlive(deadline(timeout / 2));
+    }
+    return true;
+}
+
+/// The answer of a box that nobody but the caller knows.
+progressClient::button progressClient::connection::heard(int number, std::optional<button> answer)
+{
+    awaited.erase(number);
+    if (!answer)
+        throw error(error::reason::timedOut, "nobody answers the box in time");
+    return *answer;
+}
+
+std::string progressClient::socketPath(const std::string &identifier)
+{
+    return ::socketPath(identifier);
+}
+
+bool progressClient::isRunning(const std::string &identifier, milliseconds timeout)
+{
+    return answers(identifier, deadline(timeout));
+}
+
+progressClient::progressClient(const std::string &identifier, milliseconds timeout)
+    : m_connection(std::make_unique<connection>(identifier, timeout))
+{
 }
 
 progressClient::progressClient(progressClient &&) noexcept = default;
 progressClient &progressClient::operator=(progressClient &&) noexcept = default;
 progressClient::~progressClient() = default;
 
-void progressClient::send(std::string_view message)
+pid_t progressClient::daemonProcess() const
 {
-    if (!m_connection->commands.isOpen())
-        throw error(error::reason::badArgument, "this client has no command channel");
-    m_connection->commands.send(message, m_connection->limit());
+    return m_connection->socket.daemonProcess();
 }
 
-/// Of the messages that arrive together, the daemon handles progress commands last, and each message drops
-/// those in front of it: another kind right behind them would wipe them out. On a channel of its own it
-/// cannot.
-void progressClient::sendBehindProgress(std::string_view message)
+void progressClient::checkAlive()
 {
-    if (m_connection->sentProgress && m_connection->commands.isOpen()) {
-        m_connection->commands = channelSocket::connect(m_connection->commandPort, m_connection->limit());
-        m_connection->sentProgress = false;
-    }
-    send(message);
+    m_connection->checkAlive(m_connection->limit());
+}
+
+void progressClient::send(std::string_view message)
+{
+    m_connection->socket.send(message, m_connection->limit());
 }
 
 void progressClient::finish()
 {
-    if (m_connection->commands.isOpen())
-        m_connection->commands.finish(m_connection->limit());
+    m_connection->socket.finish(m_connection->limit());
+}
+
+int progressClient::claim()
+{
+    auto &claimed = m_connection->claimed;
+    claimed.clear();
+    send("<claim/>");
+    if (!m_connection->waitFor([&] { return !claimed.empty(); }, m_connection->limit()))
+        throw error(error::reason::timedOut, "the daemon does not answer in time");
+    return claimed.front();
 }
 
 void progressClient::progress(std::string_view keyword)
 {
     send(message("progress", keyword));
-    m_connection->sentProgress = true;
 }
 
 void progressClient::progress(std::string_view keyword, int slot)
@@ -139,7 +186,7 @@ void progressClient::progress(std::string_view keyword, int slot)
 void progressClient::progress(std::string_view keyword, int slot, std::string_view text)
 {
     checkSlot(slot);
-    progress(std::string(keyword) + std::to_string(slot) + ';' + carried("a text", text, ";"));
+    progress((std::string(keyword) + std::to_string(slot) + ';').append(text));
 }
 
 void progressClient::createBar(int slot, std::string_view caption)
@@ -154,6 +201,11 @@ void progressClient::updateBar(int slot, int percent)
                     "a percent is 0 to 100, or -1 for a bar that is given up, not " +
                         std::to_string(percent));
     progress("update:", slot, std::to_string(percent));
+}
+
+void progressClient::pulse(int slot)
+{
+    progress("pulse:", slot);
 }
 
 void progressClient::removeBar(int slot)
@@ -214,43 +266,44 @@ void progressClient::busyOff()
 void progressClient::configure(const std::vector<std::pair<std::string, std::string>> &entries)
 {
     std::string payload;
-    for (const auto &[key, value] : entries) {
-        payload += carried("a key", key, ";") + '=' + carried("a value", value, ";") + ';';
-    }
-    sendBehindProgress(message("configuration", payload));
+    for (const auto &[key, value] : entries)
+        payload.append(field("a key", key, ";")).append("=").append(field("a value", value, ";")).append(";");
+    send(message("configuration", payload));
+}
+
+int progressClient::openBox(const question &box)
+{
+    send(message("msgbox", boxPayload(box)));
+    return *m_connection->awaited.insert(++m_connection->boxes).first;
+}
+
+int progressClient::openAssertion(std::string_view text)
+{
+    send(message("assert", text));
+    return *m_connection->awaited.insert(++m_connection->boxes).first;
+}
+
+std::optional<progressClient::button> progressClient::answer(int number, milliseconds timeout)
+{
+    auto &answers = m_connection->answers;
+    const auto isThere = [&] { return answers.count(number) > 0; };
+    if (!isThere() && m_connection->awaited.count(number) == 0)
+        throw error(error::reason::badArgument, "there is no open box " + std::to_string(number));
+    if (!m_connection->waitFor(isThere, deadline(timeout)))
+        return std::nullopt;
+    return answers.extract(number).mapped();
 }
 
 progressClient::button progressClient::ask(const question &box, milliseconds timeout)
 {
-    sendBehindProgress(message("msgbox", boxPayload(box)));
-    return answer(timeout);
+    const int number = openBox(box);
+    return m_connection->heard(number, answer(number, timeout));
 }
 
 progressClient::button progressClient::reportAssertion(std::string_view text, milliseconds timeout)
 {
-    sendBehindProgress(message("assert", carried("an assertion", text)));
-    return answer(timeout);
-}
-
-/// Four bytes in the machine's order on the channel that asked.
-progressClient::button progressClient::answer(milliseconds timeout)
-{
-    const deadline until(timeout);
-    char bytes[4];
-    std::size_t have = 0;
-    while (have < sizeof bytes) {
-        const std::size_t got = m_connection->commands.receive(bytes + have, sizeof bytes - have, until);
-        if (got == 0) {
-            // The box may still be answered; on this channel that would pass for the next box's answer.
-            m_connection->commands = channelSocket::connect(m_connection->commandPort, m_connection->limit());
-            throw error(error::reason::timedOut, "nobody answers the box in time");
-        }
-        have += got;
-    }
-    unsigned code = 0;
-    static_assert(sizeof code == sizeof bytes);
-    std::memcpy(&code, bytes, sizeof code);
-    return static_cast<button>(code);
+    const int number = openAssertion(text);
+    return m_connection->heard(number, answer(number, timeout));
 }
 
 void progressClient::exitDaemon()
@@ -258,43 +311,38 @@ void progressClient::exitDaemon()
     send("<exit/>");
 }
 
-int progressClient::eventFd() const
+void progressClient::listen()
 {
-    return m_connection->events.fd();
+    send("<events/>");
+    m_connection->listens = true;
 }
 
-int progressClient::commandFd() const
+int progressClient::fd() const
 {
-    return m_connection->commands.fd();
+    return m_connection->socket.fd();
 }
 
 std::optional<progressClient::event> progressClient::nextEvent(milliseconds timeout)
 {
-    const deadline until(timeout);
-    for (;;) {
-        if (auto taken = takeEvent(m_connection->eventBytes))
-            return taken;
-        if (!m_connection->readEvents(until))
-            return std::nullopt;
-    }
+    if (!m_connection->listens)
+        throw error(error::reason::badArgument, "this client does not listen");
+    auto &events = m_connection->events;
+    if (!m_connection->waitFor([&] { return !events.empty(); }, deadline(timeout)))
+        return std::nullopt;
+    event first = std::move(events.front());
+    events.pop_front();
+    return first;
 }
 
 std::size_t progressClient::handleEvents(const std::function<void(const event &)> &handler)
 {
-    m_connection->readEvents(deadline(milliseconds(0)));
+    if (m_connection->events.empty())
+        m_connection->read(deadline(milliseconds(0)));
     std::size_t handled = 0;
-    while (const auto taken = takeEvent(m_connection->eventBytes)) {
-        ++handled;
-        handler(*taken);
+    for (auto &events = m_connection->events; !events.empty(); ++handled) {
+        const event first = std::move(events.front());
+        events.pop_front();
+        handler(first);
     }
     return handled;
-}
-
-void progressClient::renewEventChannel()
-{
-    const deadline until = m_connection->limit();
-    // The daemon must have seen the old channel's end: its slot is the one that a new channel wants.
-    m_connection->openEvents().finish(until);
-    m_connection->eventBytes.clear();
-    m_connection->events = channelSocket::connect(m_connection->eventPort, until);
 }

@@ -17,19 +17,20 @@
 #define PROGRESSCLIENT_EXPORT
 #endif
 
-/// A client of one progress daemon: shows bars, texts and buttons, asks questions and hears events.
+/// A client of one progress daemon: shows bars, texts and buttons, asks questions and hears events, over the
+/// daemon's local channel. Only daemons of this user are spoken to.
 ///
-/// Texts are UTF-8. The protocol carries Latin-1: a character outside of it arrives as "?", and a byte that
-/// is no UTF-8 is taken as a Latin-1 character. No text may hold a zero byte or one of the protocol's tags
-/// ("<progress>", "<exit/>" and so on).
+/// Texts are UTF-8 and may hold anything but a zero byte and the closing tag of their message ("</progress>",
+/// "</configuration>", "</msgbox>", "</assert>"), up to 16 MiB.
 ///
 /// Errors: every function that can fail throws `progressClient::error`. Nothing waits longer than the
-/// time-out that it was given, and nothing raises SIGPIPE.
+/// time-out that it was given, and nothing raises SIGPIPE. A user may take for ever to answer; a daemon may
+/// not: while a call waits, it looks from time to time whether the daemon still gets round to its clients.
 ///
 /// Threads: one object belongs to one thread at a time; different objects are independent.
 ///
 /// The daemon answers no command, so a command that returns has been handed to the system, no more;
-/// `finish()` says whether the daemon has read everything.
+/// `finish()` says whether the daemon has handled everything.
 class PROGRESSCLIENT_EXPORT progressClient
 {
 public:
@@ -39,7 +40,7 @@ public:
     static constexpr int slots = 10;
     /// As a bar's percent: the bar is given up. The daemon shows it full.
     static constexpr int givenUp = -1;
-    /// As a base port: none. Such a daemon takes any free ports and ends with its last command channel.
+    /// As a base port: none. Such a daemon takes any free ports and ends with its last client.
     static constexpr int noBasePort = -2;
     /// As a time-out: as long as it takes.
     static constexpr milliseconds forever{-1};
@@ -51,9 +52,9 @@ public:
     public:
         enum class reason {
             badArgument, ///< an argument that the protocol cannot carry; nothing was sent
-            notRunning,  ///< no lock file, or one whose ports refuse
+            notRunning,  ///< nobody answers at the local channel
             cannotStart, ///< the daemon's program is missing or ended at once, or its port is taken
-            notOurs,     ///< the daemon belongs to somebody else
+            notOurs,     ///< the local channel, or its folder, belongs to somebody else
             gone,        ///< the daemon, or its connection to us, ended half-way
             timedOut,
             system, ///< a call to the system failed
@@ -65,6 +66,7 @@ public:
         reason m_why;
     };
 
+    /// For clients that speak to the daemon over TCP; 0 where there is none.
     struct ports {
         int command = 0;
         int event = 0;
@@ -74,6 +76,11 @@ public:
         std::string program = "progressd"; ///< looked for in PATH unless it holds a "/"
         int basePort = noBasePort;         ///< `noBasePort`, 0 (any free ports, but it stays), or 2 to 65534
         milliseconds timeout = milliseconds{10000};
+        /// No ports and no lock file: only this user's clients reach it. Excludes a base port.
+        bool isPrivate = false;
+        /// Of a private daemon: the name under which it learns runs, a part of a file name; empty: it learns
+        /// nothing. None: its identifier.
+        std::optional<std::string> learnName = std::nullopt;
     };
 
     /// A daemon that `startDaemon()` has found or made.
@@ -110,14 +117,14 @@ public:
 
     struct question {
         std::string title;                       ///< without "[#]", as the text
-        std::string text;                        ///< shown as it is, markup too
+        std::string text;                        ///< shown as it is: markup is no markup
         std::vector<button> buttons{button::ok}; ///< one to ten
         icon picture = icon::question;
         button preset = button::none; ///< the one that Return presses; one of `buttons`, or none
     };
 
     struct event {
-        enum class kind { isShown, isHidden, isActivated, clicked, totalProgress, shutDown, other };
+        enum class kind { isShown, isHidden, isActivated, clicked, totalProgress, shutDown, closed, other };
         kind what = kind::other;
         int slot = -1;             ///< of the button, for `clicked`
         int percent = -1;          ///< for `totalProgress`
@@ -125,46 +132,49 @@ public:
         std::string text;          ///< the event as it came
     };
 
-    enum class channels {
-        commands, ///< no events: `eventFd()` is -1
-        events,   ///< no commands. The daemon may end although this client listens
-        both,
-    };
+    /// Where the daemon of this identifier is to be reached: a socket below XDG_RUNTIME_DIR or /tmp.
+    static std::string socketPath(const std::string &identifier);
 
-    /// The ports of the running daemon of this identifier, if there is one. Opens no connection: one that is
-    /// closed again would end a daemon without a base port.
-    static std::optional<ports> findDaemon(const std::string &identifier);
+    /// Whether a daemon answers there. Asking ends no daemon.
+    static bool isRunning(const std::string &identifier, milliseconds timeout = defaultTimeout);
 
-    /// Starts the daemon unless it runs, and waits until it listens. The daemon is detached: it has its own
+    /// Starts the daemon unless it runs, and waits until it serves. The daemon is detached: it has its own
     /// session, no standard streams, and keeps the caller's working directory and environment (DISPLAY!). Of
     /// several callers at the same time, one starts it.
     static startedDaemon startDaemon(const std::string &identifier, const daemonOptions &options);
     static startedDaemon startDaemon(const std::string &identifier);
 
-    /// Ends the daemon and removes a lock file that it leaves behind. A daemon without a base port shuts down
-    /// in order; one with a base port knows no such request and is sent SIGTERM, if it is a process of this
-    /// user. Runs are saved when they end, so only the run that is shown is lost.
+    /// Ends the daemon in order and waits for its end. An error (notOurs) when what answers is no daemon.
     static void stopDaemon(const std::string &identifier, milliseconds timeout = defaultTimeout);
-
-    /// "/tmp/HalvornRunning_IDENTIFIER.lock".
-    static std::string lockFilePath(const std::string &identifier);
 
     /// Connects to the running daemon of this identifier. `timeout` is also the one of every later call that
     /// takes none.
-    explicit progressClient(const std::string &identifier, channels wanted = channels::both,
-                            milliseconds timeout = defaultTimeout);
-    progressClient(const ports &daemonPorts, channels wanted, milliseconds timeout = defaultTimeout);
+    explicit progressClient(const std::string &identifier, milliseconds timeout = defaultTimeout);
     progressClient(progressClient &&) noexcept;
     progressClient &operator=(progressClient &&) noexcept;
-    /// Closes the channels. A daemon without a base port ends with its last command channel.
+    /// Hangs up. A daemon without a base port ends with its last client, apart from those that only listened.
     ~progressClient();
 
-    // Progress. Slots are 0 to 9; captions, texts and labels hold no ";".
+    /// An error (timedOut) when the daemon does not get round to its clients before the time is up, as one
+    /// does not that is stopped. For who polls; calls that wait look by themselves.
+    void checkAlive();
+
+    /// The daemon's process; 0 for one that this process cannot see.
+    pid_t daemonProcess() const;
+
+    /// Reserves a slot of which neither the row nor the button shows anything, and gives its number, or -1
+    /// when there is none. What stands in the slot is removed when this object hangs up, however that
+    /// happens.
+    int claim();
+
+    // Progress. Slots are 0 to 9.
 
     /// Shows a bar at 0 percent; on a slot with a bar, starts it again. The bar reads "CAPTION PERCENT%".
     void createBar(int slot, std::string_view caption);
     /// `percent` is 0 to 100, or `givenUp`.
     void updateBar(int slot, int percent);
+    /// The bar moves to and fro, without a percent, until the next `updateBar()`.
+    void pulse(int slot);
     /// Removes the slot's bar or text.
     void removeBar(int slot);
     /// Shows a text line; it takes the place of a bar in the same slot.
@@ -189,10 +199,17 @@ public:
     /// come before the first progress command, which builds the dialog. A key or value holds no ";".
     void configure(const std::vector<std::pair<std::string, std::string>> &entries);
 
+    // Boxes. Several may be open and be answered in any order.
+
     /// Shows a box and waits for its answer. When the time is up the box stays on the screen, unheard.
     button ask(const question &box, milliseconds timeout = forever);
     /// Shows `text` as a failed assertion; the answer is yes, yesToAll, retry, abort or none.
     button reportAssertion(std::string_view text, milliseconds timeout = forever);
+    /// Shows a box and gives its number for `answer()`, without waiting.
+    int openBox(const question &box);
+    int openAssertion(std::string_view text);
+    /// Waits for the answer of a box that is open, which can be had once. None when the time is up.
+    std::optional<button> answer(int number, milliseconds timeout = forever);
 
     /// Asks the daemon to end; only one without a base port does.
     void exitDaemon();
@@ -200,35 +217,29 @@ public:
     /// Sends bytes as they are.
     void send(std::string_view message);
 
-    /// Says that nothing more will be sent, and waits until the daemon has read everything and closed the
-    /// command channel. Then only events are left to this object.
+    /// Says that nothing more will be sent, waits until the daemon has handled everything, and hangs up. Ends
+    /// the use of this object; claimed slots are free, open boxes stay unheard.
     void finish();
 
-    // Events.
+    // Events. A daemon tells them to who listens, from then on.
 
-    /// The event channel's file descriptor, for poll(2) (POLLIN), or -1. Owned by the object; do not read it.
-    /// When it is readable, call `handleEvents()`, or `nextEvent()` with a time-out of 0 until it gives none.
-    int eventFd() const;
-    /// The command channel's file descriptor, or -1: POLLOUT says that a command will not wait, POLLIN, while
-    /// no box is open, that the daemon has hung up. Owned by the object.
-    int commandFd() const;
+    void listen();
+    /// For poll(2), POLLIN: something has come, call `handleEvents()`. POLLOUT: a command will not wait.
+    /// Other calls take events in, too, so look with `handleEvents()` before you poll. Owned by the object;
+    /// do not read it.
+    int fd() const;
     /// Waits for the next event. None when the time is up; an error (gone) when the daemon has hung up.
     std::optional<event> nextEvent(milliseconds timeout);
-    /// Reads what has come (at most 4 KiB, so that a busy daemon cannot hold us), calls `handler` with each
+    /// Takes what has come (a bounded part, so that a busy daemon cannot hold us), calls `handler` with each
     /// event of it and returns how many; does not wait. An error (gone) when there are none left and the
-    /// daemon has hung up.
+    /// daemon has hung up. Of events that nobody takes the newest 10,000 are kept.
     std::size_t handleEvents(const std::function<void(const event &)> &handler);
-    /// Opens the event channel anew; events in between are lost. A daemon stops serving an event channel when
-    /// an older one closes, and this is the way out.
-    void renewEventChannel();
 
 private:
     struct connection;
-    void sendBehindProgress(std::string_view message);
     void progress(std::string_view keyword);
     void progress(std::string_view keyword, int slot);
     void progress(std::string_view keyword, int slot, std::string_view text);
-    button answer(milliseconds timeout);
 
     std::unique_ptr<connection> m_connection;
 };

@@ -6,21 +6,28 @@
 #include <string>
 #include <string_view>
 
-/// The texts of the protocol: making messages, reading events. Works on plain text, without sockets.
+/// The texts of the protocol: making messages, reading answers. Works on plain text, without sockets.
 
-/// UTF-8 to Latin-1: "?" for a character outside of it; what is no UTF-8 passes as it is.
-std::string latin1FromUtf8(std::string_view text);
-
-/// `text` in Latin-1, or an error (badArgument) if it holds a zero byte, a tag of the protocol, or one of
-/// `separator`. `what` names it in the error's text.
-std::string carried(std::string_view what, std::string_view text, std::string_view separator = {});
-
-/// "<TAG>payload</TAG>".
+/// "<TAG>payload</TAG>", or an error (badArgument) for a payload that would not arrive whole: with a zero
+/// byte or its own closing tag in it, or too long.
 std::string message(std::string_view tag, std::string_view payload);
+
+/// `text`, or an error (badArgument) if it holds `separator`. `what` names it in the error's text.
+std::string_view field(std::string_view what, std::string_view text, std::string_view separator);
 
 std::string boxPayload(const progressClient::question &box);
 
-/// Takes the first complete event off the front of `buffer`, with whatever stands before it.
-std::optional<progressClient::event> takeEvent(std::string &buffer);
+/// What a daemon sends on the local channel.
+struct received {
+    enum class kind { event, answer, claimed };
+    kind what = kind::event;
+    std::string text;
+};
+
+/// Takes the first complete one off the front of `buffer`, with whatever stands before it.
+std::optional<received> takeReceived(std::string &buffer);
 
 progressClient::event eventFromText(std::string text);
+
+/// The decimal number at the front of `text`, up to its end or to `stop`.
+std::optional<int> leadingNumber(std::string_view text, char stop = '\0');

@@ -1,18 +1,18 @@
 #include "client/progressClient.h"
 
+#include "client/descriptor.h"
+#include "client/localSocket.h"
 #include "client/lockFile.h"
 #include "client/processHandle.h"
+#include "client/socketPath.h"
 #include "client/waiting.h"
 
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
-#include <cstring>
 #include <fcntl.h>
 #include <linux/close_range.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
+#include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -21,38 +21,33 @@ namespace
 {
 
 using error = progressClient::error;
-using ports = progressClient::ports;
 
 constexpr std::chrono::milliseconds lookInterval{5};
 
-/// Of several processes that want to start the same daemon, one holds the turn. The kernel takes it back when
-/// the holder ends, and no file stays behind.
-class startTurn
+/// Of several processes that want to start a daemon, the one that has this open goes ahead. The kernel takes
+/// the turn back when its holder ends, and no file stays behind.
+descriptor takeTurn(const deadline &until)
 {
-public:
-    explicit startTurn(const std::string &identifier)
-        : m_fd(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)), m_name("progressd-start-" + identifier)
-    {
+    const std::string folder = socketFolder();
+    descriptor turn(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    while (::flock(turn.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK)
+            throw error(error::reason::system, systemText("no turn in " + folder));
+        if (until.isOver())
+            throw error(error::reason::timedOut, "another process starts a daemon and does not get on");
+        std::this_thread::sleep_for(lookInterval);
     }
-    startTurn(const startTurn &) = delete;
-    startTurn &operator=(const startTurn &) = delete;
-    ~startTurn() { ::close(m_fd); }
+    return turn;
+}
 
-    bool take()
-    {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        // A leading zero byte makes the name an abstract one.
-        const std::size_t length = std::min(m_name.size(), sizeof address.sun_path - 1);
-        std::memcpy(address.sun_path + 1, m_name.data(), length);
-        const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + length);
-        return ::bind(m_fd, reinterpret_cast<const sockaddr *>(&address), size) == 0;
-    }
-
-private:
-    int m_fd;
-    std::string m_name;
-};
+std::string firstLineOf(const descriptor &file)
+{
+    char text[512];
+    const ssize_t got = ::pread(file.get(), text, sizeof text, 0);
+    const std::string_view all(text, got > 0 ? static_cast<std::size_t>(got) : 0);
+    const std::string_view line = all.substr(0, all.find('\n'));
+    return std::string(line.substr(0, line.find_last_not_of(' ') + 1));
+}
 
 /// What the new process tells its starter through a pipe that closes when the program is running.
 struct startReport {
@@ -60,22 +55,21 @@ struct startReport {
     int failure = 0; ///< errno of the attempt to run the program
 };
 
-void closeStreams()
+void redirectStreams(int errors)
 {
     const int null = ::open("/dev/null", O_RDWR);
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    ::dup2(errors >= 0 ? errors : null, STDERR_FILENO);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO})
         ::dup2(null, stream);
-    if (null > STDERR_FILENO)
-        ::close(null);
 }
 
 /// In the daemon's process. Only calls that are allowed between fork and exec in a program with threads.
-[[noreturn]] void runProgram(int reportFd, char *const *arguments)
+[[noreturn]] void runProgram(int reportFd, int errors, char *const *arguments)
 {
     startReport report;
     report.process = ::getpid();
     ::setsid();
-    closeStreams();
+    redirectStreams(errors);
     // Whoever waits for the end of a file of the caller's must not wait for the daemon.
     ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
     sigset_t none;
@@ -91,15 +85,27 @@ void closeStreams()
     ::_exit(127);
 }
 
+std::vector<std::string> commandLine(const std::string &identifier,
+                                     const progressClient::daemonOptions &options)
+{
+    if (!options.isPrivate && options.basePort == progressClient::noBasePort)
+        return {options.program, identifier};
+    if (!options.isPrivate)
+        return {options.program, identifier, std::to_string(options.basePort)};
+    std::vector<std::string> words{options.program, "--private", identifier};
+    if (options.learnName)
+        words.insert(words.end(), {"--learn", *options.learnName});
+    return words;
+}
+
 /// A child that is gone at once makes its own child nobody's: the daemon is no child of the caller, who need
 /// not wait for it.
-pid_t spawnDetached(const std::string &program, const std::string &identifier, int basePort)
+pid_t spawnDetached(std::vector<std::string> words, int errors)
 {
-    std::string name = program;
-    std::string first = identifier;
-    std::string second = std::to_string(basePort);
-    char *arguments[] = {name.data(), first.data(),
-                         basePort == progressClient::noBasePort ? nullptr : second.data(), nullptr};
+    std::vector<char *> arguments;
+    for (std::string &each : words)
+        arguments.push_back(each.data());
+    arguments.push_back(nullptr);
     int reportPipe[2];
     if (::pipe2(reportPipe, O_CLOEXEC) != 0)
         throw error(error::reason::system, systemText("no pipe"));
@@ -110,7 +116,7 @@ pid_t spawnDetached(const std::string &program, const std::string &identifier, i
     const pid_t child = ::fork();
     if (child == 0) {
         if (::fork() == 0)
-            runProgram(reportFd, arguments);
+            runProgram(reportFd, errors, arguments.data());
         ::_exit(0);
     }
     ::close(reportFd);
@@ -132,51 +138,54 @@ pid_t spawnDetached(const std::string &program, const std::string &identifier, i
         throw error(error::reason::system, "cannot make a process");
     if (report.failure != 0) {
         errno = report.failure;
-        throw error(error::reason::cannotStart, systemText("cannot run " + program));
+        throw error(error::reason::cannotStart, systemText("cannot run " + words.front()));
     }
     return report.process;
 }
 
-/// A lock file whose daemon is gone would be taken for the new daemon's.
-void removeStaleLockFile(const std::string &path)
+void waitUntilServing(const std::string &identifier, const processHandle &daemon, const descriptor &words,
+                      const deadline &until)
 {
-    if (::unlink(path.c_str()) != 0 && errno != ENOENT)
-        throw error(error::reason::cannotStart, systemText("cannot remove the stale lock file " + path));
+    while (!answers(identifier, until)) {
+        if (daemon.hasEnded()) {
+            const std::string why = firstLineOf(words);
+            throw error(error::reason::cannotStart,
+                        "the daemon ended before it was ready" + (why.empty() ? "" : ": " + why));
+        }
+        if (until.isOver())
+            throw error(error::reason::timedOut,
+                        "the daemon does not answer at " + ::socketPath(identifier) +
+                            " in time (is it an older one, without a local channel?)");
+        std::this_thread::sleep_for(lookInterval);
+    }
+    localSocket::connect(identifier, until).finish(until);
 }
 
-ports waitUntilReady(const std::string &identifier, const processHandle &daemon, const deadline &until)
+/// A daemon that nobody could use is not left behind.
+progressClient::ports awaitDaemon(const std::string &identifier, const progressClient::daemonOptions &options,
+                                  const processHandle &daemon, const descriptor &words, const deadline &until)
 {
-    const std::string path = progressClient::lockFilePath(identifier);
-    for (;;) {
-        const auto found = readLockFile(path);
-        if (found && found->command != 0 && found->event != 0)
-            return *found;
-        if (found) {
-            daemon.signal(SIGTERM);
-            daemon.waitForEnd(until);
-            ::unlink(path.c_str());
+    try {
+        waitUntilServing(identifier, daemon, words, until);
+        const auto found = readLockFile(identifier).value_or(progressClient::ports{});
+        if (options.basePort >= 0 && (found.command == 0 || found.event == 0))
             throw error(error::reason::cannotStart,
                         "the daemon cannot listen: its port, or the next, is taken");
-        }
-        if (daemon.hasEnded())
-            throw error(error::reason::cannotStart,
-                        "the daemon ended before it was ready (no display? run it by hand to see why)");
-        if (until.isOver()) {
-            daemon.signal(SIGTERM);
-            throw error(error::reason::timedOut, "the daemon is not ready in time");
-        }
-        std::this_thread::sleep_for(lookInterval);
+        return found;
+    } catch (...) {
+        daemon.signal(SIGTERM);
+        daemon.waitForEnd(until);
+        throw;
     }
 }
 
-void check(const std::string &identifier, int basePort)
+void check(const progressClient::daemonOptions &options)
 {
-    if (identifier.empty() || identifier.find('/') != std::string::npos ||
-        identifier.find('\0') != std::string::npos)
-        throw error(error::reason::badArgument,
-                    "an identifier is a part of a file name: not empty, without \"/\"");
-    if (basePort != progressClient::noBasePort && basePort != 0 && (basePort < 2 || basePort > 65534))
+    const int port = options.basePort;
+    if (port != progressClient::noBasePort && port != 0 && (port < 2 || port > 65534))
         throw error(error::reason::badArgument, "a base port is 0 or 2 to 65534");
+    if (options.isPrivate && port != progressClient::noBasePort)
+        throw error(error::reason::badArgument, "a private daemon has no port");
 }
 
 } // namespace
@@ -184,25 +193,24 @@ void check(const std::string &identifier, int basePort)
 progressClient::startedDaemon progressClient::startDaemon(const std::string &identifier,
                                                           const daemonOptions &options)
 {
-    check(identifier, options.basePort);
+    check(options);
+    ::socketPath(identifier);
+    makeSocketFolder();
+    checkSocketFolder();
     const deadline until(options.timeout);
-    startTurn turn(identifier);
-    for (;;) {
-        if (const auto found = findDaemon(identifier))
-            return {*found, true, 0};
-        if (turn.take())
-            break;
-        if (until.isOver())
-            throw error(error::reason::timedOut, "another process starts this daemon and does not get on");
-        std::this_thread::sleep_for(lookInterval);
-    }
-    // It may have come up between the look and the turn.
-    if (const auto found = findDaemon(identifier))
-        return {*found, true, 0};
-    removeStaleLockFile(lockFilePath(identifier));
-    const pid_t process = spawnDetached(options.program, identifier, options.basePort);
+    // Of private ones the daemons themselves let one through.
+    const descriptor turn = options.isPrivate ? descriptor() : takeTurn(until);
+    if (answers(identifier, until))
+        return {readLockFile(identifier).value_or(ports{}), true, 0};
+    if (!options.isPrivate)
+        removeLockFile(identifier);
+    const descriptor words(::memfd_create("what the daemon says before it serves", MFD_CLOEXEC));
+    const pid_t process = spawnDetached(commandLine(identifier, options), words.get());
     const processHandle daemon(process);
-    return {waitUntilReady(identifier, daemon, until), false, process};
+    const ports found = awaitDaemon(identifier, options, daemon, words, until);
+    if (daemon.hasEnded())
+        return {found, true, 0};
+    return {found, false, process};
 }
 
 progressClient::startedDaemon progressClient::startDaemon(const std::string &identifier)

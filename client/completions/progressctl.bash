@@ -1,56 +1,28 @@
-# bash completion for progressctl
+# bash completion for progressctl: the program itself knows what may follow.
 
 _progressctl() {
-    local verbs='start stop bar update remove text update-text remove-text button remove-button activate
-        pause resume busy configure ask assert events send records pipe'
-    local buttons='ok yes yes-to-all no no-to-all cancel close abort retry ignore save save-all discard open
-        apply reset restore-defaults help'
-    local settings='windowFonts= busyIndicator= paintOffset= screenGeometry= windowTitle= windowPixmap=
-        windowIcon= windowStyle= windowControls= windowModal='
-    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} verb='' positional=0 i
+    local word=${COMP_WORDS[COMP_CWORD]} each i
+    local -a before=()
     for ((i = 1; i < COMP_CWORD; ++i)); do
-        case ${COMP_WORDS[i]} in
-        -i | --identifier | --limit | --title | --icon | --default | --timeout | --file | --plot | --theme | \
-            --caption | --text | --percentage | --slot | --cancel-label | --cancel-status | --ok-label) ((++i)) ;;
-        -*) ;;
-        *) if [[ -z $verb ]]; then verb=${COMP_WORDS[i]}; else ((++positional)); fi ;;
-        esac
+        if [[ ${COMP_WORDS[i]} == -- && " ${before[*]} " == *' pipe '* ]]; then
+            if declare -F _command_offset >/dev/null; then _command_offset $((i + 1)); else
+                mapfile -t COMPREPLY < <(compgen -c -- "$word")
+            fi
+            return
+        fi
+        # The shell takes "--theme=dark" for three words.
+        [[ ${COMP_WORDS[i]} == = ]] || before+=("${COMP_WORDS[i]}")
     done
+    [[ $word != = ]] || word=''
 
-    local words=''
-    case $before in
-    --icon) words='none information warning critical question' ;;
-    --default) words=$buttons ;;
-    --theme | --file)
-        mapfile -t COMPREPLY < <(compgen -f -- "$word")
-        [[ $verb == records ]] || words='light dark'
-        [[ $before == --theme ]] && words+=' none'
-        ;;
-    --plot) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
-    *)
-        local options='--identifier --limit --help'
-        case $verb in
-        '') words=$verbs options+=' --version' ;;
-        start) options+=' --theme' ;;
-        ask) options+=' --title --icon --default --timeout' && ((positional)) && words=$buttons ;;
-        assert) options+=' --timeout' ;;
-        busy) words='on off' ;;
-        configure)
-            words=$settings options+=' --file'
-            compopt -o nospace 2>/dev/null
-            ;;
-        records) options+=' --plot --file' ;;
-        pipe)
-            options+=' --title --caption --text --percentage --slot --theme --modal --time-remaining --no-cancel
-                --cancel-label --cancel-status --auto-kill --ok-label --auto-close --wait --expect-complete
-                --timeout --'
-            ;;
-        esac
-        [[ $word == -* ]] && words=$options
-        ;;
-    esac
-    local -a found
-    mapfile -t found < <(compgen -W "$words" -- "$word")
-    COMPREPLY+=("${found[@]}")
+    COMPREPLY=()
+    while IFS=$'\t' read -r each _; do
+        if [[ $each == FILES ]]; then
+            mapfile -t -O ${#COMPREPLY[@]} COMPREPLY < <(compgen -f -- "$word")
+        elif [[ $each == "$word"* && ($each != -* || $word == -*) ]]; then
+            COMPREPLY+=("$each")
+            [[ $each != *= ]] || compopt -o nospace 2>/dev/null
+        fi
+    done < <(progressctl complete -- "${before[@]}" 2>/dev/null)
 }
 complete -F _progressctl progressctl

@@ -53,13 +53,13 @@ int ask(const commonOptions &common, const arguments &given)
         box.buttons.push_back(namedButton(name));
     if (!given.preset.empty())
         box.preset = namedButton(given.preset);
-    progressClient client(common.identifier, progressClient::channels::commands, common.limit());
+    progressClient client(common.identifier, common.limit());
     return report(client.ask(box, given.timeout()));
 }
 
 int reportAssertion(const commonOptions &common, const arguments &given)
 {
-    progressClient client(common.identifier, progressClient::channels::commands, common.limit());
+    progressClient client(common.identifier, common.limit());
     return report(client.reportAssertion(given.text, given.timeout()));
 }
 
@@ -67,7 +67,7 @@ void addTimeout(CLI::App *verb, arguments &given)
 {
     verb->add_option("--timeout", given.timeoutSeconds,
                      "Seconds to wait for the answer; 0: as long as it takes")
-        ->check(CLI::Range(0.0, 1e6));
+        ->check(secondsWithin(0, 1e6));
 }
 
 void addAsk(commandLineSetup &setup)

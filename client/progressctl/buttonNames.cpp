@@ -76,6 +76,14 @@ bool isAccepting(button which)
     return found && found->accepts;
 }
 
+std::vector<std::string> buttonNames()
+{
+    std::vector<std::string> names;
+    for (const namedButton &each : buttons)
+        names.emplace_back(each.name);
+    return names;
+}
+
 std::string allButtonNames()
 {
     std::string all;

@@ -11,14 +11,14 @@ namespace
 
 struct startArguments {
     int basePort = 0;
-    std::string theme = defaultTheme;
+    lookOptions look;
 };
 
 /// A daemon that is started by a command has no client that stays: it gets a base port (0 stands for any), or
 /// it would end as soon as the first command had hung up.
 int start(const commonOptions &common, const startArguments &arguments)
 {
-    const themeEntries theme = loadTheme(arguments.theme);
+    const settingEntries look = loadLook(arguments.look);
     progressClient::daemonOptions options;
     options.program = daemonProgram();
     options.basePort = arguments.basePort;
@@ -28,7 +28,7 @@ int start(const commonOptions &common, const startArguments &arguments)
     if (started.wasRunning)
         complain("the daemon \"" + common.identifier + "\" already runs");
     else
-        applyTheme(common, theme);
+        actOnce(common, [&look](progressClient &client) { client.configure(look); });
     std::printf("%d %d\n", command, event);
     if (arguments.basePort != 0 && arguments.basePort != command)
         throw failure(statusNoDaemon, "its base port is " + std::to_string(command) + ", not " +
@@ -44,8 +44,7 @@ void addStart(commandLineSetup &setup)
     verb->add_option("PORT", given->basePort, "Command port; the event port is the next. 0: any")
         ->check(CLI::Range(0, 65534))
         ->capture_default_str();
-    verb->add_option("--theme", given->theme, "Look of a daemon that is started: light, dark, none or a file")
-        ->capture_default_str();
+    addLookOptions(*verb, given->look);
     verb->callback(
         [&setup, given] { setup.chosen = [&setup, given] { return start(setup.common, *given); }; });
 }

@@ -1,4 +1,5 @@
 #include "client/progressctl/exitStatus.h"
+#include "client/progressctl/pipeInput.h"
 #include "client/progressctl/verbs.h"
 
 #include <memory>
@@ -10,7 +11,6 @@ constexpr char slotHelp[] = "Slot, 0 to 9";
 
 struct arguments {
     int slot = 0;
-    int percent = 0;
     std::string text;
 };
 
@@ -54,7 +54,17 @@ void addTextVerb(commandLineSetup &setup, const std::string &name, const std::st
         (client.*command)(all.slot, all.text);
     });
     verb->add_option("SLOT", given->slot, slotHelp)->required();
-    verb->add_option("TEXT", given->text, "What it reads; no \";\"")->required();
+    verb->add_option("TEXT", given->text, "What it reads")->required();
+}
+
+/// As the lines of `pipe`: a fraction does not count, and a "%" may follow.
+int percentFrom(const std::string &text)
+{
+    const auto number = numberAtFront(text);
+    if (!number || (number->rest != "" && number->rest != "%") || number->whole < progressClient::givenUp ||
+        number->whole > 100)
+        throw failure(statusUsage, "PERCENT is 0 to 100, not \"" + text + '"');
+    return number->whole;
 }
 
 void addUpdate(commandLineSetup &setup)
@@ -62,10 +72,10 @@ void addUpdate(commandLineSetup &setup)
     auto given = std::make_shared<arguments>();
     auto *verb =
         addVerb(setup, "update", "Moves a bar", given, [](progressClient &client, const arguments &all) {
-            client.updateBar(all.slot, all.percent);
+            client.updateBar(all.slot, percentFrom(all.text));
         });
     verb->add_option("SLOT", given->slot, slotHelp)->required();
-    verb->add_option("PERCENT", given->percent, "0 to 100")->required();
+    verb->add_option("PERCENT", given->text, "0 to 100")->required();
 }
 
 void addBusy(commandLineSetup &setup)
@@ -96,6 +106,7 @@ void addDialogVerbs(commandLineSetup &setup)
     using client = progressClient;
     addTextVerb(setup, "bar", "Shows a bar, or starts it again", &client::createBar);
     addUpdate(setup);
+    addSlotVerb(setup, "pulse", "Moves a bar to and fro, until its next update", &client::pulse);
     addSlotVerb(setup, "remove", "Removes a bar or text", &client::removeBar);
     addTextVerb(setup, "text", "Shows a text line", &client::createText);
     addTextVerb(setup, "update-text", "Changes a text line", &client::updateText);

@@ -20,13 +20,17 @@ bool print(const std::string &text)
 }
 
 /// Until the daemon ends, or until the reader of our output has gone.
-void printEvents(progressClient &client)
+void printEvents(progressClient &client, const commonOptions &common)
 {
+    const int silence = deadline(common.limit() / 2).leftForPoll();
     bool goOn = true;
     while (goOn) {
         // Nothing is asked of the output but to say that its reader has gone.
-        pollfd both[] = {{client.eventFd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
-        if (::poll(both, 2, -1) < 0)
+        pollfd both[] = {{client.fd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+        const int found = ::poll(both, 2, silence);
+        if (found == 0)
+            client.checkAlive();
+        if (found <= 0)
             continue;
         if (both[1].revents & (POLLERR | POLLNVAL))
             break;
@@ -36,11 +40,11 @@ void printEvents(progressClient &client)
     }
 }
 
-/// Whether the daemon goes within a moment: when it is killed, its sockets close one after the other.
-bool daemonGoes(const std::string &identifier)
+/// Whether nobody answers any more: a daemon that was killed says nothing.
+bool daemonGoes(const commonOptions &common)
 {
     const deadline until(std::chrono::milliseconds(500));
-    while (progressClient::findDaemon(identifier)) {
+    while (progressClient::isRunning(common.identifier, common.limit())) {
         if (until.isOver())
             return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -51,12 +55,13 @@ bool daemonGoes(const std::string &identifier)
 int listen(const commonOptions &common)
 {
     std::signal(SIGPIPE, SIG_IGN);
-    progressClient client(common.identifier, progressClient::channels::events, common.limit());
+    progressClient client(common.identifier, common.limit());
+    client.listen();
+    client.checkAlive();
     try {
-        printEvents(client);
+        printEvents(client, common);
     } catch (const progressClient::error &problem) {
-        // A daemon that is stopped or killed says nothing; one that still runs has thrown us out.
-        if (problem.why() != progressClient::error::reason::gone || !daemonGoes(common.identifier))
+        if (problem.why() != progressClient::error::reason::gone || !daemonGoes(common))
             throw;
     }
     return statusOk;

@@ -1,20 +1,24 @@
 // progressctl: the command-line client.
 //
-// main            command line, errors, exit statuses
+// main            command line (words.h), errors, exit statuses
 // daemonVerbs     start, stop
 // dialogVerbs     bar, update, text, button, …: one message each; send
-// configureVerb   configure; the themes (theme.h)
+// configureVerb   configure; the keys and their values (settings.h), the looks (theme.h)
 // boxVerbs        ask, assert; the buttons' names (buttonNames.h)
 // eventsVerb      events
-// pipeVerb        the options of pipe; the work is done by progressPipe (progressPipe.h), which reads its
-// input
-//                 with pipeInput and runs or ends the writer with writer.h
+// pipeVerb        the options of pipe; the work is done by progressPipe, which shows in a pipeWindow what it
+// reads
+//                 with pipeInput, and runs or ends the writer with writer.h
 // recordsVerb     records; the file (runRecords.h) and the picture (recordsPlot.h)
+// completeVerb    what shells complete
 
 #include "client/progressctl/exitStatus.h"
 #include "client/progressctl/verbs.h"
+#include "client/progressctl/words.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -47,11 +51,26 @@ int statusOf(progressClient::error::reason why)
 
 int parseError(CLI::App &app, const CLI::ParseError &problem)
 {
-    if (problem.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
+    const bool isFine = problem.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
+    const std::vector<std::string> unknown = app.remaining();
+    if (isFine && app.get_subcommands().empty() && !unknown.empty()) {
+        complain("there is no verb \"" + unknown.front() + "\" (see --help)");
+        return statusUsage;
+    }
+    if (isFine)
         return app.exit(problem);
     const std::string text = problem.what();
     complain(text.substr(0, text.find('\n')) + " (see --help)");
     return statusUsage;
+}
+
+/// What was printed is worth nothing if it did not arrive.
+int flushed(int status)
+{
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return status;
+    complain("standard output cannot be written");
+    return status == statusOk || status == statusRejected ? statusFile : status;
 }
 
 /// A standard stream that was closed would give its number to the next file or socket, which would then pass
@@ -67,16 +86,16 @@ void openStandardStreams()
 int run(int argc, char **argv)
 {
     CLI::App app("Shows progress windows and asks questions through the daemon progressd.", "progressctl");
-    commandLineSetup setup{app, {}, {}};
+    givenWords given = wordsFrom(argc, argv);
+    commandLineSetup setup{app, {}, std::move(given.command), {}};
     app.footer(footer);
     app.require_subcommand(0, 1);
     app.fallthrough();
     app.set_version_flag("--version", "progressctl " PROGRESS_VERSION);
-    app.add_option("-i,--identifier", setup.common.identifier, "Identifier of the daemon")
-        ->envname("PROGRESS_IDENTIFIER")
-        ->default_str("user-UID");
+    auto *identifier = app.add_option("-i,--identifier", setup.common.identifier, "Identifier of the daemon");
+    identifier->envname("PROGRESS_IDENTIFIER")->default_str("user-UID");
     app.add_option("--limit", setup.common.limitSeconds, "Longest wait for the daemon, in seconds")
-        ->check(CLI::Range(0.001, 86400.0))
+        ->check(secondsWithin(0.001, 86400))
         ->capture_default_str();
     addDaemonVerbs(setup);
     addDialogVerbs(setup);
@@ -85,13 +104,20 @@ int run(int argc, char **argv)
     addEventsVerb(setup);
     addPipeVerb(setup);
     addRecordsVerb(setup);
+    addCompleteVerb(setup);
+    // The parser wants the last word first.
+    std::reverse(given.words.begin(), given.words.end());
     try {
-        app.parse(argc, argv);
+        app.parse(given.words);
     } catch (const CLI::ParseError &problem) {
         return parseError(app, problem);
     }
     if (!setup.chosen) {
         complain("a verb is missing (see --help)");
+        return statusUsage;
+    }
+    if (identifier->count() > 0 && setup.common.identifier.empty()) {
+        complain("--identifier is empty");
         return statusUsage;
     }
     if (setup.common.identifier.empty())
@@ -103,10 +129,22 @@ int run(int argc, char **argv)
 
 int actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act)
 {
-    progressClient client(common.identifier, progressClient::channels::commands, common.limit());
+    progressClient client(common.identifier, common.limit());
     act(client);
     client.finish();
     return statusOk;
+}
+
+CLI::Validator secondsWithin(double least, double most)
+{
+    const auto check = [=](const std::string &text) {
+        char *end = nullptr;
+        const double number = std::strtod(text.c_str(), &end);
+        // A number that is none is within nothing.
+        const bool isWithin = !text.empty() && *end == '\0' && number >= least && number <= most;
+        return isWithin ? std::string() : "\"" + text + "\" is no number of seconds";
+    };
+    return {check, "SECONDS", "seconds"};
 }
 
 void complain(const std::string &text)
@@ -118,7 +156,7 @@ int main(int argc, char **argv)
 {
     openStandardStreams();
     try {
-        return run(argc, argv);
+        return flushed(run(argc, argv));
     } catch (const progressClient::error &problem) {
         complain(problem.what());
         return statusOf(problem.why());

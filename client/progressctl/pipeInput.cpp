@@ -1,8 +1,7 @@
 #include "client/progressctl/pipeInput.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
+#include <strings.h>
 #include <utility>
 
 namespace
@@ -10,45 +9,64 @@ namespace
 
 /// In bytes. A longer line is cut; nobody can read it anyway.
 constexpr std::size_t longestLine = 1024;
+constexpr int mostWhole = 1'000'000;
+
+bool isDigit(char each)
+{
+    return each >= '0' && each <= '9';
+}
+
+bool isBlank(char each)
+{
+    return each == ' ' || (each >= '\t' && each <= '\r');
+}
 
 std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view blanks = " \t\r\v\f";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-std::optional<double> numberFrom(std::string_view text)
-{
-    if (text.back() == '%')
-        text = trimmed(text.substr(0, text.size() - 1));
-    if (text.size() > 1 && text[0] == '+' && text[1] != '-')
+    while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
-    double number = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (failure != std::errc{} || end != text.data() + text.size() || !std::isfinite(number))
-        return std::nullopt;
-    return number;
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 } // namespace
 
+std::optional<frontNumber> numberAtFront(std::string_view text)
+{
+    const bool isNegative = !text.empty() && text.front() == '-';
+    if (isNegative || (!text.empty() && text.front() == '+'))
+        text.remove_prefix(1);
+    const bool isFraction = text.size() > 1 && text.front() == '.' && isDigit(text[1]);
+    if (text.empty() || (!isDigit(text.front()) && !isFraction))
+        return std::nullopt;
+    int whole = 0;
+    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1))
+        whole = std::min(whole * 10 + (text.front() - '0'), mostWhole);
+    if (!text.empty() && text.front() == '.') {
+        text.remove_prefix(1);
+        while (!text.empty() && isDigit(text.front()))
+            text.remove_prefix(1);
+    }
+    return frontNumber{isNegative ? std::min(-whole, -1) : whole, text};
+}
+
 void pipeInput::feed(std::string_view bytes)
 {
     for (;;) {
-        const std::size_t end = bytes.find('\n');
-        if (end == std::string_view::npos)
+        const auto isEnd = [](char each) { return each == '\n' || each == '\r'; };
+        const auto at = std::find_if(bytes.begin(), bytes.end(), isEnd);
+        if (at == bytes.end())
             break;
+        const auto size = static_cast<std::size_t>(at - bytes.begin());
         if (m_partialLine.empty()) {
-            take(bytes.substr(0, end));
+            take(bytes.substr(0, size));
         } else {
-            keep(bytes.substr(0, end));
+            keep(bytes.substr(0, size));
             take(m_partialLine);
             m_partialLine.clear();
         }
-        bytes.remove_prefix(end + 1);
+        bytes.remove_prefix(size + 1);
     }
     keep(bytes);
 }
@@ -74,10 +92,15 @@ void pipeInput::take(std::string_view line)
     line = trimmed(line);
     if (line.empty())
         return;
-    if (line.front() == '#')
+    if (line.front() == '#') {
         takeText(trimmed(line.substr(1)));
-    else
-        takeNumber(line);
+    } else if (const auto number = numberAtFront(line)) {
+        m_percent = std::clamp(number->whole, 0, 100);
+        if (number->whole != *m_percent)
+            complain(m_outOfRangeTold, "a number is not within 0 to 100", line);
+    } else {
+        takeOther(line);
+    }
 }
 
 void pipeInput::takeText(std::string_view text)
@@ -85,22 +108,15 @@ void pipeInput::takeText(std::string_view text)
     if (!m_text)
         m_text.emplace();
     m_text->assign(text);
-    if (text.find(';') == std::string_view::npos)
-        return;
-    complain(m_separatorTold, "a text cannot hold \";\", it is shown as \",\"", text);
-    std::replace(m_text->begin(), m_text->end(), ';', ',');
 }
 
-void pipeInput::takeNumber(std::string_view line)
+void pipeInput::takeOther(std::string_view line)
 {
-    const auto number = numberFrom(line);
-    if (!number) {
+    constexpr std::string_view pulsate = "pulsate:";
+    if (line.substr(0, pulsate.size()) == pulsate)
+        m_pulsates = ::strcasecmp(std::string(trimmed(line.substr(pulsate.size()))).c_str(), "false") != 0;
+    else
         complain(m_notUnderstoodTold, "a line is neither a number nor a text behind \"#\"", line);
-        return;
-    }
-    if (*number < 0 || *number > 100)
-        complain(m_outOfRangeTold, "a number is not within 0 to 100", line);
-    m_percent = static_cast<int>(std::clamp(*number, 0.0, 100.0));
 }
 
 void pipeInput::complain(bool &told, const std::string &what, std::string_view line)

@@ -1,44 +1,37 @@
 #include "client/progressctl/exitStatus.h"
 #include "client/progressctl/progressPipe.h"
-#include "client/progressctl/theme.h"
 
 #include <memory>
 
 namespace
 {
 
-/// Options of other progress windows that have no meaning here, and whether they take a value.
-struct ignoredOption {
-    const char *name;
-    bool hasValue;
-};
-constexpr ignoredOption ignoredOptions[] = {
-    {"--pulsate", false}, {"--width", true}, {"--height", true}, {"--window-icon", true}, {"--attach", true}};
-
+/// Options of other progress windows that have no meaning here.
 void addIgnoredOptions(CLI::App *verb)
 {
-    for (const ignoredOption &each : ignoredOptions) {
-        const std::string name = each.name;
-        const auto tell = [name] { complain(name + " is ignored: there is no such thing here"); };
-        if (each.hasValue)
-            verb->add_option_function<std::string>(name, [tell](const std::string &) { tell(); })->group("");
-        else
-            verb->add_flag_callback(name, tell)->group("");
+    for (const char *name : {"--height", "--attach"}) {
+        const auto tell = [name](const std::string &) {
+            complain(std::string(name) + " is ignored: there is no such thing here");
+        };
+        verb->add_option_function<std::string>(name, tell)->group("");
     }
 }
 
 void addLook(CLI::App *verb, pipeOptions &given)
 {
-    verb->add_option("--title", given.title, "Title of the window and caption of the bar")
-        ->capture_default_str();
+    verb->add_option("--title", given.title, "Title of the window and caption of the bar");
     verb->add_option("--caption", given.caption, "Caption of the bar, when it is not the title");
     verb->add_option("--text", given.text, "Text below the bar, until a line starts with \"#\"");
+    verb->add_flag("!--no-markup", given.hasMarkup, "Shows markup in texts as it stands");
     verb->add_option("--percentage", given.percentage, "Where the bar starts")->check(CLI::Range(0, 100));
-    verb->add_option("--slot", given.slot, "Slot of the bar and the button; the text takes the next")
-        ->check(CLI::Range(0, progressClient::slots - 1))
-        ->capture_default_str();
-    verb->add_option("--theme", given.theme, "Look of a daemon that is started: light, dark, none or a file")
-        ->capture_default_str();
+    verb->add_flag("--pulsate", given.pulsates, "Moves the bar to and fro, until 100");
+    verb->add_option("--slot", given.slot, "Slot of the bar and the button, instead of any that is free")
+        ->check(CLI::Range(0, progressClient::slots - 1));
+    addLookOptions(*verb, given.look);
+    verb->add_option("--width", given.width, "Least width of a window of its own, in pixels")
+        ->check(CLI::Range(0, 8192));
+    verb->add_option("--window-icon", given.windowIcon, "Picture file for the icon of a window of its own");
+    verb->add_option("--icon-name", given.iconName, "Name of the icon, when it is no file");
     verb->add_flag("--modal", given.isModal, "A daemon that is started keeps its window above all others");
     verb->add_flag("--time-remaining", given.showsRemaining, "Shows how long it will still take");
 }
@@ -52,6 +45,8 @@ void addButtons(CLI::App *verb, pipeOptions &given)
         ->check(CLI::Range(0, 255))
         ->capture_default_str();
     verb->add_flag("--auto-kill", given.autoKill, "Ends the writer when Cancel is pressed");
+    verb->add_option("--extra-button", given.extraLabels, "A further button; prints its label, exit status 1")
+        ->allow_extra_args(false);
     verb->add_option("--ok-label", given.okLabel, "What the button of --wait reads")->capture_default_str();
 }
 
@@ -63,7 +58,21 @@ void addEnd(CLI::App *verb, pipeOptions &given)
     verb->add_flag("--expect-complete", given.expectsComplete,
                    "An input that ends below 100 is a failure (6)");
     verb->add_option("--timeout", given.timeoutSeconds, "Gives up after so many seconds (5)")
-        ->check(CLI::Range(0.0, 1e6));
+        ->check(secondsWithin(0, 1e6));
+    verb->add_option(
+        "--learn", given.learnName,
+        "Name under which the time is learned, instead of the title or the command's; empty: not");
+}
+
+/// A word that is no option's is most likely a part of a text that was not quoted; only what stands behind
+/// "--" is run.
+void tellIgnored(const std::vector<std::string> &words)
+{
+    std::string all;
+    for (const std::string &each : words)
+        all += each.empty() ? "" : ' ' + each;
+    if (!all.empty())
+        complain("ignored:" + all + " (a command stands behind \"--\")");
 }
 
 } // namespace
@@ -71,7 +80,6 @@ void addEnd(CLI::App *verb, pipeOptions &given)
 void addPipeVerb(commandLineSetup &setup)
 {
     auto given = std::make_shared<pipeOptions>();
-    given->theme = defaultTheme;
     auto *verb =
         setup.app.add_subcommand("pipe", "Shows what a writer tells: percents, and texts behind \"#\"");
     verb->footer("\nWith a COMMAND behind \"--\", runs it, reads its output and passes its exit status on; "
@@ -81,8 +89,13 @@ void addPipeVerb(commandLineSetup &setup)
     addButtons(verb, *given);
     addEnd(verb, *given);
     addIgnoredOptions(verb);
-    verb->add_option("COMMAND", given->command, "The writer, behind \"--\"");
-    verb->callback([&setup, given] {
-        setup.chosen = [&setup, given] { return progressPipe(setup.common, *given).run(); };
+    const auto others = std::make_shared<std::vector<std::string>>();
+    verb->add_option("WORD", *others)->group("");
+    verb->callback([&setup, given, others] {
+        setup.chosen = [&setup, given, others] {
+            tellIgnored(*others);
+            given->command = setup.command;
+            return progressPipe(setup.common, *given).run();
+        };
     });
 }

@@ -1,13 +1,14 @@
 #include "client/progressctl/progressPipe.h"
 
 #include "client/progressctl/exitStatus.h"
+#include "client/progressctl/plainText.h"
 #include "client/progressctl/remainingTime.h"
-#include "client/progressctl/theme.h"
 #include "client/waiting.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -17,12 +18,9 @@ namespace
 {
 
 using error = progressClient::error;
-using event = progressClient::event;
 
 constexpr std::chrono::milliseconds showInterval{40};
 constexpr std::chrono::milliseconds secondsTick{1000};
-/// Pipes at the same time that have a daemon of their own.
-constexpr int mostOwnDaemons = 20;
 
 /// Signals that are to take the window away before they end the program.
 sigset_t endingSignals()
@@ -53,12 +51,7 @@ progressPipe::progressPipe(const commonOptions &common, const pipeOptions &optio
 {
     const sigset_t set = endingSignals();
     ::sigprocmask(SIG_BLOCK, &set, nullptr);
-    m_signals = ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
-}
-
-progressPipe::~progressPipe()
-{
-    ::close(m_signals);
+    m_signals = descriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
 int progressPipe::run()
@@ -71,7 +64,7 @@ int progressPipe::run()
     m_started = clock::now();
     m_nextShow = m_started;
     state ending = watch();
-    if (ending == state::inputEnded && m_options.waitForOk && m_client)
+    if (ending == state::inputEnded && m_options.waitForOk && m_window && !m_wasClosed)
         ending = waitForOk();
     const int status = finalStatus(ending);
     closeWindow(status == statusOk);
@@ -86,84 +79,45 @@ int progressPipe::run()
 
 // The window.
 
+/// A command is not left out because it cannot be watched.
 void progressPipe::openWindow()
 {
-    const bool listens = m_options.hasCancel || m_options.waitForOk || m_options.showsRemaining;
-    const auto wanted = listens ? progressClient::channels::both : progressClient::channels::commands;
-    if (const auto running = progressClient::findDaemon(m_common.identifier))
-        m_client.emplace(*running, wanted, m_common.limit());
-    else
-        startOwnDaemon(wanted);
-    showContent();
-}
-
-/// A daemon without a base port ends with its last client, however that ends. Each of several pipes at a time
-/// has one; they are numbered, so that what they learn is found again.
-void progressPipe::startOwnDaemon(progressClient::channels wanted)
-{
-    const themeEntries theme = loadTheme(m_options.theme);
-    progressClient::daemonOptions options;
-    options.program = daemonProgram();
-    options.timeout = std::max(m_common.limit(), options.timeout);
-    for (int number = 1; number <= mostOwnDaemons; ++number) {
-        const std::string suffix = number == 1 ? "-pipe" : "-pipe-" + std::to_string(number);
-        const auto started = progressClient::startDaemon(m_common.identifier + suffix, options);
-        if (started.wasRunning)
-            continue;
-        m_ownsDaemon = true;
-        m_daemon = std::make_unique<processHandle>(started.process);
-        m_client.emplace(started.daemonPorts, wanted, m_common.limit());
-        m_client->configure(
-            {{"windowTitle", m_options.title}, {"windowModal", m_options.isModal ? "on" : "off"}});
-        applyTheme(*m_client, theme);
-        return;
+    const auto goOnWithout = [this](const std::string &why) {
+        complain("no window (" + why + "), the command runs without one");
+    };
+    try {
+        m_window = std::make_unique<pipeWindow>(m_common, m_options);
+    } catch (const error &problem) {
+        if (m_options.command.empty() || problem.why() == error::reason::badArgument)
+            throw;
+        goOnWithout(problem.what());
+    } catch (const failure &problem) {
+        if (m_options.command.empty() || problem.status() != statusNoDaemon)
+            throw;
+        goOnWithout(problem.what());
     }
-    throw failure(statusNoDaemon,
-                  "too many pipes have daemons of their own; start one with \"progressctl start\"");
 }
 
-void progressPipe::showContent()
-{
-    m_client->createBar(m_options.slot, m_options.caption.empty() ? m_options.title : m_options.caption);
-    if (m_options.percentage > 0)
-        showPercent(m_options.percentage);
-    if (!m_options.text.empty())
-        showText(m_options.text);
-    if (m_options.hasCancel)
-        m_client->addButton(m_options.slot, m_options.cancelLabel);
-}
-
-/// `isWorthLearning` is false for a run that has failed: an own daemon then forgets it.
+/// `isWorthLearning` is false for a run that has failed.
 void progressPipe::closeWindow(bool isWorthLearning)
 {
-    if (!m_client)
+    if (!m_window)
         return;
     try {
         if (isWorthLearning)
-            show();
-        else if (m_ownsDaemon)
-            m_client->messageStart();
-        m_client->removeBar(m_options.slot);
-        if (m_textIsShown)
-            m_client->removeText(textSlot());
-        if (m_options.hasCancel || m_options.waitForOk)
-            m_client->removeButton(m_options.slot);
-        if (m_ownsDaemon)
-            m_client->exitDaemon();
-        m_client->finish();
-        if (m_ownsDaemon)
-            m_daemon->waitForEnd(deadline(m_common.limit()));
+            m_window->show(wanted());
+        m_window->close(isWorthLearning);
     } catch (const error &problem) {
         complain(problem.what());
     }
-    m_client.reset();
+    m_window.reset();
 }
 
 void progressPipe::loseWindow(const char *why)
 {
     complain(why);
-    m_client.reset();
-    m_state = state::daemonGone;
+    m_window.reset();
+    m_state = state::windowGone;
 }
 
 // The loop.
@@ -177,7 +131,7 @@ progressPipe::state progressPipe::watch()
         if (m_state == state::full && m_writer)
             closeWindow(true);
         const bool goesOn = m_state == state::running ||
-                            (m_writer && (m_state == state::full || m_state == state::daemonGone));
+                            (m_writer && (m_state == state::full || m_state == state::windowGone));
         if (!goesOn)
             return m_state;
         m_state = state::running;
@@ -191,13 +145,12 @@ void progressPipe::wait()
         m_state = state::inputEnded;
         return;
     }
-    const bool isDue = m_client && hasNews() && clock::now() >= m_nextShow;
-    const short commandEvents = isDue ? POLLIN | POLLOUT : POLLIN;
+    const bool isDue = m_window && hasNews() && clock::now() >= m_nextShow;
+    const short windowEvents = isDue ? POLLIN | POLLOUT : POLLIN;
     pollfd fds[] = {{m_input, POLLIN, 0},
-                    {m_signals, POLLIN, 0},
+                    {m_signals.get(), POLLIN, 0},
                     {commandRuns ? m_writer->handle().fd() : -1, POLLIN, 0},
-                    {m_client ? m_client->eventFd() : -1, POLLIN, 0},
-                    {m_client ? m_client->commandFd() : -1, commandEvents, 0}};
+                    {m_window ? m_window->fd() : -1, windowEvents, 0}};
     // What a command has left in its pipe is there at once.
     const bool inputIsLast = m_writer && !commandRuns && m_input >= 0;
     if (::poll(fds, std::size(fds), inputIsLast ? 0 : waitingTime()) < 0)
@@ -206,31 +159,38 @@ void progressPipe::wait()
         readInput();
     else if (inputIsLast)
         endInput();
-    if (m_client)
-        tendWindow(fds[3].revents, fds[4].revents);
+    if (m_window)
+        tendWindow(fds[3].revents);
     if (m_options.timeoutSeconds > 0 && m_state == state::running && clock::now() >= timeLimit())
         m_state = state::timedOut;
     if (fds[1].revents)
         handleSignal();
 }
 
-/// Given what poll has found at the event and at the command channel.
-void progressPipe::tendWindow(short events, short commands)
+/// Given what poll has found at the window.
+void progressPipe::tendWindow(short events)
 {
     try {
-        if (events)
-            m_client->handleEvents([this](const event &each) { handleEvent(each); });
-        if (commands & (POLLIN | POLLERR | POLLHUP))
-            throw error(error::reason::gone, "the daemon has hung up");
-        if (commands & POLLOUT)
-            show();
-        if (const auto overdue = m_hearing.overdueAt(); overdue && clock::now() >= *overdue) {
-            m_client->renewEventChannel();
-            m_hearing.heard(m_shownPercent);
+        if (events & ~POLLOUT)
+            handleDeed(m_window->handleEvents());
+        if (events & POLLOUT) {
+            m_nextShow = clock::now() + showInterval;
+            m_window->show(wanted());
         }
     } catch (const error &problem) {
         loseWindow(problem.what());
     }
+}
+
+/// Closing the window is Cancel; without Cancel the work goes on out of sight.
+void progressPipe::handleDeed(pipeWindow::deed deed)
+{
+    m_wasClosed = m_wasClosed || deed == pipeWindow::deed::closed;
+    if (deed == pipeWindow::deed::pressedExtra)
+        m_state = state::extra;
+    else if (deed == pipeWindow::deed::pressedButton ||
+             (deed == pipeWindow::deed::closed && (m_options.hasCancel || m_waitsForOk)))
+        m_state = state::cancelled;
 }
 
 /// How long poll may wait, in milliseconds; -1 for ever.
@@ -238,13 +198,11 @@ int progressPipe::waitingTime() const
 {
     std::optional<clock::time_point> next;
     const auto consider = [&next](clock::time_point when) { next = next ? std::min(*next, when) : when; };
-    if (m_client && hasNews() && clock::now() < m_nextShow)
+    if (m_window && hasNews() && clock::now() < m_nextShow)
         consider(m_nextShow);
-    if (m_client && m_options.showsRemaining)
+    if (m_window && m_options.showsRemaining)
         consider(
             std::max(clock::now() + std::chrono::milliseconds(1), m_nextShow - showInterval + secondsTick));
-    if (const auto overdue = m_hearing.overdueAt(); m_client && overdue)
-        consider(*overdue);
     if (m_options.timeoutSeconds > 0)
         consider(timeLimit());
     return next ? millisecondsUntil(*next) : -1;
@@ -262,11 +220,15 @@ void progressPipe::readInput()
     const ssize_t got = ::read(m_input, buffer, sizeof buffer);
     if (got > 0)
         m_reading.feed({buffer, static_cast<std::size_t>(got)});
-    else if (got == 0 || (errno != EINTR && errno != EAGAIN))
+    else if (got == 0)
         endInput();
+    else if (errno != EINTR && errno != EAGAIN) {
+        complain(systemText("the input cannot be read"));
+        m_state = state::inputFailed;
+    }
     for (const std::string &each : m_reading.takeComplaints())
         complain(each);
-    if (m_options.autoClose && m_client && m_reading.percent() == 100)
+    if (m_options.autoClose && m_window && m_reading.percent() == 100)
         m_state = state::full;
 }
 
@@ -276,21 +238,10 @@ void progressPipe::endInput()
     m_input = -1;
 }
 
-void progressPipe::handleEvent(const event &each)
-{
-    m_hearing.heard(m_shownPercent);
-    if (each.what == event::kind::clicked && each.slot == m_options.slot)
-        m_state = state::cancelled;
-    else if (each.what == event::kind::totalProgress)
-        m_daemonEstimate = each.remainingSeconds;
-    else if (each.what == event::kind::shutDown)
-        throw error(error::reason::gone, "the daemon ends");
-}
-
 void progressPipe::handleSignal()
 {
     signalfd_siginfo about{};
-    if (::read(m_signals, &about, sizeof about) != static_cast<ssize_t>(sizeof about))
+    if (::read(m_signals.get(), &about, sizeof about) != static_cast<ssize_t>(sizeof about))
         return;
     m_signal = static_cast<int>(about.ssi_signo);
     m_state = state::interrupted;
@@ -300,77 +251,45 @@ void progressPipe::handleSignal()
 
 // What is shown.
 
-bool progressPipe::hasNews() const
+pipeContent progressPipe::wanted() const
 {
-    return m_reading.percent().value_or(m_shownPercent) != m_shownPercent || wantedText() != m_shownText;
+    const int shown = m_window ? m_window->shown().percent : 0;
+    const int percent = m_reading.percent().value_or(std::max(shown, m_options.percentage));
+    const bool pulsates = m_reading.pulsates().value_or(m_options.pulsates);
+    return {percent, wantedText(), pulsates && percent < 100};
 }
 
 std::string progressPipe::wantedText() const
 {
-    std::string text = m_reading.text().value_or(m_options.text);
+    std::string text = withoutEscapes(m_reading.text().value_or(m_options.text));
+    if (m_options.hasMarkup)
+        text = withoutMarkup(text);
     if (!m_options.showsRemaining)
         return text;
     const std::chrono::duration<double> elapsed = clock::now() - m_started;
-    const auto left = m_daemonEstimate >= 0 ? m_daemonEstimate : secondsLeft(elapsed.count(), m_shownPercent);
+    const int estimate = m_window->remainingSeconds();
+    const auto left = estimate >= 0 ? estimate : secondsLeft(elapsed.count(), m_window->shown().percent);
     if (!left)
         return text;
     return text.empty() ? remainingText(*left) : text + " (" + remainingText(*left) + ')';
 }
 
-void progressPipe::show()
-{
-    m_nextShow = clock::now() + showInterval;
-    const int percent = m_reading.percent().value_or(m_shownPercent);
-    if (percent != m_shownPercent)
-        showPercent(percent);
-    if (std::string text = wantedText(); text != m_shownText)
-        showText(std::move(text));
-}
-
-void progressPipe::showPercent(int percent)
-{
-    m_client->updateBar(m_options.slot, percent);
-    m_shownPercent = percent;
-    if (m_client->eventFd() >= 0)
-        m_hearing.moved(percent, clock::now());
-}
-
-void progressPipe::showText(std::string text)
-{
-    const auto tell = [this](const std::string &shown) {
-        if (std::exchange(m_textIsShown, true))
-            m_client->updateText(textSlot(), shown);
-        else
-            m_client->createText(textSlot(), shown);
-    };
-    m_shownText = text;
-    try {
-        tell(text);
-    } catch (const error &problem) {
-        if (problem.why() != error::reason::badArgument)
-            throw;
-        std::replace(text.begin(), text.end(), '<', '(');
-        std::replace(text.begin(), text.end(), '\0', ' ');
-        tell(text);
-    }
-}
-
 // The end.
 
-/// The Cancel button becomes one that ends the waiting.
+/// The Cancel button becomes one that ends the waiting, as closing the window does.
 progressPipe::state progressPipe::waitForOk()
 {
     m_waitsForOk = true;
     m_state = state::running;
     try {
-        show();
-        m_client->addButton(m_options.slot, m_options.okLabel);
+        m_window->show(wanted());
+        m_window->offerOk();
     } catch (const error &problem) {
         loseWindow(problem.what());
     }
     while (m_state == state::running)
         wait();
-    const bool isOk = m_state == state::cancelled || (m_state == state::daemonGone && m_writer);
+    const bool isOk = m_state == state::cancelled || (m_state == state::windowGone && m_writer);
     return isOk ? state::inputEnded : m_state;
 }
 
@@ -379,17 +298,27 @@ int progressPipe::finalStatus(state ending)
     switch (ending) {
     case state::cancelled:
         return cancelledStatus();
+    case state::extra:
+        std::printf("%s\n", m_window->pressedLabel().c_str());
+        return statusRejected;
     case state::timedOut:
         return statusTimedOut;
-    case state::daemonGone:
+    case state::windowGone:
         return statusGone;
     case state::interrupted:
         return 128 + m_signal;
+    case state::inputFailed:
+        return statusFile;
     case state::running:
     case state::full:
     case state::inputEnded:
         break;
     }
+    return endedStatus();
+}
+
+int progressPipe::endedStatus()
+{
     if (m_writer) {
         if (const int status = m_writer->exitStatus(); status != 0)
             return status;

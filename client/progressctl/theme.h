@@ -1,30 +1,25 @@
 #pragma once
 
+#include "client/progressctl/settings.h"
 #include "client/progressctl/verbs.h"
 
 #include <string>
-#include <utility>
-#include <vector>
 
-/// Settings of the daemon's look, as `progressClient::configure()` takes them.
-using themeEntries = std::vector<std::pair<std::string, std::string>>;
+/// How a daemon that is started here is to look.
+struct lookOptions {
+    std::string layout = "fitted";
+    std::string theme = "auto"; ///< "light", "dark", "auto", "none" (nothing is said), or a file's path
+};
 
-constexpr char defaultTheme[] = "light";
+/// `--layout` and `--theme`.
+void addLookOptions(CLI::App &verb, lookOptions &look);
 
-/// The entries of a text with a KEY=VALUE a line; empty lines and lines with "#" at the start do not count.
-/// `name` stands in the text of a failure (statusUsage).
-themeEntries entriesFromText(const std::string &text, const std::string &name);
+/// The settings of a theme: of a file those that it lists, else the daemon's own theme of this name.
+settingEntries loadTheme(const std::string &nameOrPath);
 
-/// KEY=VALUE, as one entry; fails (statusUsage) on a key that the daemon does not know.
-std::pair<std::string, std::string> entryFromText(const std::string &text);
-
-/// "light" and "dark" are built in, "none" is empty, everything else is a file's path.
-themeEntries loadTheme(const std::string &nameOrPath);
-
-/// Gives a daemon that has just been started its look; unless the theme says so itself, also the screen that
-/// its windows are to be centred on.
-void applyTheme(const commonOptions &common, themeEntries theme);
-void applyTheme(progressClient &client, themeEntries theme);
+/// All settings of the look. Unless a theme's file says so itself, also the screen that windows are to be
+/// centred on.
+settingEntries loadLook(const lookOptions &look);
 
 /// The daemon's program: the environment's PROGRESSD, else "progressd".
 std::string daemonProgram();

@@ -7,6 +7,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 /// What went wrong outside of the client library, with the exit status that it means.
 class failure : public std::runtime_error
@@ -35,6 +36,7 @@ struct commonOptions {
 struct commandLineSetup {
     CLI::App &app;
     commonOptions common;
+    std::vector<std::string> command; ///< behind "--", of `pipe`
     std::function<int()> chosen;
 };
 
@@ -46,6 +48,10 @@ void addBoxVerbs(commandLineSetup &setup);
 void addEventsVerb(commandLineSetup &setup);
 void addPipeVerb(commandLineSetup &setup);
 void addRecordsVerb(commandLineSetup &setup);
+void addCompleteVerb(commandLineSetup &setup);
+
+/// For an option's value: seconds from `least` to `most`, a number that is one.
+CLI::Validator secondsWithin(double least, double most);
 
 /// Connects, acts, and waits until the daemon has read everything.
 int actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act);

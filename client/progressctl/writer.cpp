@@ -76,16 +76,26 @@ writer::writer(const std::vector<std::string> &command)
     if (m_process == 0)
         runCommand(command, ends[1]);
     ::close(ends[1]);
-    m_output = ends[0];
-    ::fcntl(m_output, F_SETFL, O_NONBLOCK);
+    m_output = descriptor(ends[0]);
+    ::fcntl(output(), F_SETFL, O_NONBLOCK);
     if (m_process < 0)
         throw failure(statusInternal, systemText("cannot make a process"));
     m_handle = std::make_unique<processHandle>(m_process);
 }
 
-writer::~writer()
+std::string writer::outputToEnd()
 {
-    ::close(m_output);
+    std::string all;
+    char buffer[4096];
+    for (;;) {
+        const ssize_t got = ::read(output(), buffer, sizeof buffer);
+        if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR))
+            return all;
+        if (got > 0)
+            all.append(buffer, static_cast<std::size_t>(got));
+        else
+            waitFor(output(), POLLIN, deadline(std::chrono::milliseconds(-1)));
+    }
 }
 
 int writer::exitStatus()

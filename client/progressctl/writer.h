@@ -14,18 +14,16 @@ public:
     /// Starts it. A command that cannot be run says so on standard error and ends with 126 or 127, as in a
     /// shell.
     explicit writer(const std::vector<std::string> &command);
-    ~writer();
-    writer(const writer &) = delete;
-    writer &operator=(const writer &) = delete;
-
     /// The reading end. It does not block.
-    int output() const { return m_output; }
+    int output() const { return m_output.get(); }
+    /// All that it prints from here on.
+    std::string outputToEnd();
     const processHandle &handle() const { return *m_handle; }
     /// Its exit status, or 128 and the signal that has ended it. Waits for its end.
     int exitStatus();
 
 private:
-    int m_output = -1;
+    descriptor m_output;
     pid_t m_process = 0;
     std::unique_ptr<processHandle> m_handle;
 };

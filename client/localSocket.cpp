@@ -1,0 +1,153 @@
+#include "client/localSocket.h"
+
+#include "client/progressClient.h"
+#include "client/socketPath.h"
+#include "client/waiting.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace
+{
+
+using error = progressClient::error;
+
+/// Of what comes after the last word to the daemon, in bytes.
+constexpr std::size_t mostHeard = 1024 * 1024;
+
+[[noreturn]] void throwTimedOut(const char *what)
+{
+    throw error(error::reason::timedOut, std::string("the daemon does not ") + what + " in time");
+}
+
+[[noreturn]] void throwNotRunning(const std::string &identifier, const std::string &path)
+{
+    throw error(error::reason::notRunning, "no daemon \"" + identifier +
+                                               "\" is running, or it is one without a local channel (" +
+                                               systemText(path) + ')');
+}
+
+void checkSocketFile(const std::string &identifier, const std::string &path)
+{
+    struct stat about {
+    };
+    if (::lstat(path.c_str(), &about) != 0)
+        throwNotRunning(identifier, path);
+    if (!S_ISSOCK(about.st_mode) || about.st_uid != ::geteuid())
+        throw error(error::reason::notOurs, path + " is no socket of this user");
+}
+
+ucred peerOf(int fd)
+{
+    ucred peer{0, static_cast<uid_t>(-1), 0};
+    socklen_t size = sizeof peer;
+    ::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size);
+    return peer;
+}
+
+/// connect(2) waits as long as sending may, while the queue in front of a daemon that does not get on is
+/// full.
+void limitConnecting(int fd, const deadline &until)
+{
+    timeval limit{};
+    if (const int left = until.leftForPoll(); left >= 0) {
+        limit.tv_sec = left / 1000;
+        limit.tv_usec = std::max(left % 1000, 1) * 1000;
+    }
+    ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+} // namespace
+
+void throwGone()
+{
+    throw error(error::reason::gone, "the daemon has hung up (it ended, or has no room for another client)");
+}
+
+localSocket localSocket::connect(const std::string &identifier, const deadline &until)
+{
+    const std::string path = socketPath(identifier);
+    checkSocketFolder();
+    checkSocketFile(identifier, path);
+    localSocket made(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (made.fd() < 0)
+        throw error(error::reason::system, systemText("no socket"));
+
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.data(), path.size());
+    limitConnecting(made.fd(), until);
+    if (::connect(made.fd(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        if (errno == EAGAIN)
+            throwTimedOut("take the connection");
+        throwNotRunning(identifier, path);
+    }
+    const uid_t owner = peerOf(made.fd()).uid;
+    if (owner != ::geteuid() && owner != 0)
+        throw error(error::reason::notOurs, "somebody else answers at " + path);
+    ::fcntl(made.fd(), F_SETFL, O_NONBLOCK);
+    return made;
+}
+
+pid_t localSocket::daemonProcess() const
+{
+    return peerOf(fd()).pid;
+}
+
+void localSocket::send(std::string_view bytes, const deadline &until)
+{
+    while (!bytes.empty()) {
+        const ssize_t sent = ::send(fd(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (sent >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(sent));
+        else if (errno == EAGAIN) {
+            if (!waitFor(fd(), POLLOUT, until))
+                throwTimedOut("take the message");
+        } else if (errno != EINTR)
+            throwGone();
+    }
+}
+
+std::optional<std::size_t> localSocket::receive(char *buffer, std::size_t size, const deadline &until)
+{
+    for (;;) {
+        const ssize_t got = ::recv(fd(), buffer, size, 0);
+        if (got >= 0)
+            return static_cast<std::size_t>(got);
+        if (errno != EAGAIN && errno != EINTR)
+            throwGone();
+        if (errno == EAGAIN && !waitFor(fd(), POLLIN, until))
+            return std::nullopt;
+    }
+}
+
+std::string localSocket::finish(const deadline &until)
+{
+    ::shutdown(fd(), SHUT_WR);
+    std::string heard;
+    char buffer[4096];
+    while (const auto got = receive(buffer, sizeof buffer, until)) {
+        if (*got == 0)
+            return heard;
+        if (heard.size() < mostHeard)
+            heard.append(buffer, *got);
+    }
+    throwTimedOut("answer");
+}
+
+bool answers(const std::string &identifier, const deadline &until)
+{
+    try {
+        localSocket::connect(identifier, until);
+        return true;
+    } catch (const error &problem) {
+        if (problem.why() != error::reason::notRunning)
+            throw;
+        return false;
+    }
+}
