@@ -1,0 +1,153 @@
+// Messages with all that they do, on the offscreen platform, and a user who can do a few things. A control
+// character ends a piece and says which way it came in, or what the user does then. What an input leaves
+// behind ends with it.
+
+#include "dialog/CProgressDialog.h"
+#include "server/handlers.h"
+#include "server/messageBuffer.h"
+#include "server/messageStream.h"
+#include "stats/statisticsFile.h"
+#include "widgets/appearance.h"
+#include "widgets/busyWidget.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QImage>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QTemporaryDir>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+enum end : char { port = 1, local, acceptBox, rejectBox, clickButtons, pressBusyWindow, tick };
+
+class session
+{
+public:
+    ~session()
+    {
+        turn();
+        m_handlers.cleanup();
+        turn();
+        appearance = {};
+    }
+
+    void handlePiece(std::string_view piece, char end);
+
+private:
+    template <typename Buffer> void handleAll(Buffer &buffer, dialect from)
+    {
+        while (const auto received = buffer.next())
+            m_handlers.handle(*received, from, [] { return [](quint32) {}; });
+    }
+    void act(char end);
+    /// Gives everything that waits its turn.
+    static void turn()
+    {
+        for (int i = 0; i < 3; ++i) {
+            QCoreApplication::processEvents();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        }
+    }
+
+    handlers m_handlers;
+    messageBuffer m_port;
+    messageStream m_local;
+};
+
+void session::handlePiece(std::string_view piece, char end)
+{
+    if (end == local) {
+        const auto size = static_cast<qsizetype>(piece.size());
+        piece.copy(m_local.reserve(size), piece.size());
+        m_local.commit(size);
+        handleAll(m_local, dialect::local);
+    } else {
+        m_port.append(QByteArrayView(piece.data(), static_cast<qsizetype>(piece.size())));
+        handleAll(m_port, dialect::port);
+    }
+    turn();
+    act(end);
+    turn();
+}
+
+QList<QMessageBox *> boxes()
+{
+    QList<QMessageBox *> open;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (auto *box = qobject_cast<QMessageBox *>(window); box && box->isVisible())
+            open.append(box);
+    }
+    return open;
+}
+
+void session::act(char end)
+{
+    CProgressDialog *dialog = m_handlers.m_active.dialog();
+    if (const auto open = boxes(); !open.isEmpty()) {
+        if (end == acceptBox && !open.last()->buttons().isEmpty())
+            open.last()->buttons().constFirst()->click();
+        else if (end == rejectBox)
+            open.first()->reject();
+    }
+    if (!dialog)
+        return;
+    if (end == clickButtons) {
+        for (QAbstractButton *button : dialog->findChildren<QAbstractButton *>()) {
+            if (button->isVisible())
+                button->click();
+        }
+    } else if (end == pressBusyWindow) {
+        QMouseEvent press(QEvent::MouseButtonPress, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton, Qt::LeftButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(m_handlers.m_active.busyWindow(), &press);
+    } else if (end == tick) {
+        QTimerEvent second(0);
+        QCoreApplication::sendEvent(dialog, &second);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication::setDesktopSettingsAware(false);
+    static int argc = 1;
+    static char name[] = "fuzz";
+    static char *argv[] = {name, nullptr};
+    // Never deleted: it would have to go before static objects of the toolkit.
+    static const auto *const application = new QApplication(argc, argv);
+    Q_UNUSED(application)
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+
+    // The names of image files that an input makes up stay in here.
+    static const QTemporaryDir directory;
+    if (chdir(directory.path().toLocal8Bit().constData()) != 0)
+        std::abort();
+    QImage(48, 64, QImage::Format_RGB32).save(QStringLiteral("Busy.png"));
+    mkfifo("pipe", 0600);
+    // With an identifier that fits no path nothing is saved.
+    loadStatistics(std::string(8192, 'x').c_str());
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    std::string_view input(reinterpret_cast<const char *>(data), size);
+    session all;
+    while (!input.empty()) {
+        const std::size_t end = input.find_first_of("\x01\x02\x03\x04\x05\x06\x07");
+        const bool isLast = end == std::string_view::npos;
+        all.handlePiece(input.substr(0, end), isLast ? port : input[end]);
+        input.remove_prefix(isLast ? input.size() : end + 1);
+    }
+    return 0;
+}
