@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QPlainTextEdit>
+
+/// A text to read, which scrolls. However long it is, only as much is laid out as was scrolled to, and a
+/// little more. Its keyboard is left to the window; the mouse can select and copy.
+class scrolledText : public QPlainTextEdit
+{
+public:
+    /// Of a text that nobody would read to the end, the beginning and a line that says so.
+    static QString beginning(const QString &text);
+
+    scrolledText(const QString &text, QWidget *parent);
+
+    /// The height, in pixels, that shows so many lines.
+    int heightOfLines(int count) const;
+    /// Turns a page, -1 back or 1 forward.
+    void turnPage(int direction);
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void fill();
+    void addPart();
+
+    /// The text, and how many characters of it are laid out.
+    QString m_text;
+    qsizetype m_shown = 0;
+};
