@@ -101,6 +101,7 @@ private:
     bool clockWasSet(qint64 seconds) const;
     void tick();
     void showEstimate(int elapsed);
+    void showAverage();
     void captionTotalBar();
     /// Recomputes the average of the bars; a change of it is a snapshot of the run.
     void updatePercent();

@@ -34,7 +34,6 @@ void CProgressDialog::startRun()
 {
     m_startTime = QDateTime::currentDateTime();
     m_runClock.start();
-    clearSnapshots();
     m_timerId = startTimer(1000);
     m_cancelled = false;
     startEstimate();
@@ -75,16 +74,13 @@ void CProgressDialog::tick()
     constexpr qint64 farthest = 2147482;
     const qint64 seconds = QDateTime::currentSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
     const int elapsed = static_cast<int>(std::clamp(seconds, -farthest, farthest));
-    m_currentElapsed = elapsed;
-
-    estimateStep step = estimateStep::display;
-    if (m_timerId != -1) {
-        if (m_nextSnap < 3)
-            return;
-        step = advanceEstimate(elapsed, dumpIdentity(this));
-    }
+    const estimateStep step = m_timerId == -1
+                                  ? holdEstimate(elapsed)
+                                  : advanceEstimate(elapsed, m_currentPercent, dumpIdentity(this));
     if (step == estimateStep::dropped)
         captionTotalBar();
+    else if (step == estimateStep::vanished)
+        showAverage();
     else if (step == estimateStep::display)
         showEstimate(elapsed);
 }
@@ -96,18 +92,21 @@ void CProgressDialog::showEstimate(int elapsed)
         return;
     const int remaining = total - elapsed;
     const QString text = remainingText(remaining);
-    if (text.isEmpty()) {
-        captionTotalBar();
-        m_totalBar->setValue(m_currentPercent);
-        receiver::updateTotalPercent(m_currentPercent, -1);
-        m_totalBar->hide();
-        return;
-    }
+    if (text.isEmpty())
+        return showAverage();
     m_totalBar->setLabel(QStringLiteral("in progress... ") + text);
     const int percent = static_cast<int>(qint64{elapsed} * 100 / total);
     m_totalBar->setValue(percent);
     receiver::updateTotalPercent(percent, remaining);
     m_totalBar->show();
+}
+
+void CProgressDialog::showAverage()
+{
+    captionTotalBar();
+    m_totalBar->setValue(m_currentPercent);
+    receiver::updateTotalPercent(m_currentPercent, -1);
+    m_totalBar->hide();
 }
 
 void CProgressDialog::captionTotalBar()
