@@ -94,6 +94,7 @@ private:
     bool clockWasSet(qint64 seconds) const;
     void tick();
     void showEstimate(int elapsed);
+    void showAverage();
     /// Recomputes the average of the bars; a change of it is a snapshot of the run.
     void updatePercent();
 

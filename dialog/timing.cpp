@@ -33,7 +33,6 @@ void CProgressDialog::startRun()
 {
     m_startTime = QDateTime::currentDateTime();
     m_runClock.start();
-    clearSnapshots();
     m_timerId = startTimer(1000, Qt::PreciseTimer);
     m_cancelled = false;
     startEstimate();
@@ -76,16 +75,13 @@ void CProgressDialog::tick()
     constexpr qint64 farthest = 2147482;
     const qint64 seconds = QDateTime::currentSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
     const int elapsed = static_cast<int>(std::clamp(seconds, -farthest, farthest));
-    m_currentElapsed = elapsed;
-
-    estimateStep step = estimateStep::display;
-    if (m_timerId != -1) {
-        if (m_nextSnap < 3)
-            return;
-        step = advanceEstimate(elapsed, dumpIdentity(this));
-    }
+    const estimateStep step = m_timerId == -1
+                                  ? holdEstimate(elapsed)
+                                  : advanceEstimate(elapsed, m_currentPercent, dumpIdentity(this));
     if (step == estimateStep::dropped)
         m_layout->captionTotalBar();
+    else if (step == estimateStep::vanished)
+        showAverage();
     else if (step == estimateStep::display)
         showEstimate(elapsed);
 }
@@ -96,18 +92,21 @@ void CProgressDialog::showEstimate(int elapsed)
     if (total <= 0)
         return;
     const int remaining = total - elapsed;
-    if (remaining < 0) {
-        m_layout->captionTotalBar();
-        m_totalBar->setValue(m_currentPercent);
-        m_host.updateTotalPercent(m_currentPercent, -1);
-        m_layout->showTotalBar(false);
-        return;
-    }
+    if (remaining < 0)
+        return showAverage();
     m_layout->showRemaining(remaining);
     const int percent = static_cast<int>(qint64{elapsed} * 100 / total);
     m_totalBar->setValue(percent);
     m_host.updateTotalPercent(percent, remaining);
     m_layout->showTotalBar(true);
+}
+
+void CProgressDialog::showAverage()
+{
+    m_layout->captionTotalBar();
+    m_totalBar->setValue(m_currentPercent);
+    m_host.updateTotalPercent(m_currentPercent, -1);
+    m_layout->showTotalBar(false);
 }
 
 void CProgressDialog::updatePercent()

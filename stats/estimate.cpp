@@ -1,19 +1,29 @@
 #include "stats/estimate.h"
 
 #include "app/dump.h"
+#include "stats/adaptiveEstimate.h"
 #include "stats/findNearest.h"
+#include "stats/newestCourses.h"
 #include "stats/runTable.h"
 #include "stats/snapshots.h"
 #include "stats/toInt.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <span>
+#include <utility>
 
 int m_currentElapsed = -1;
 int m_currentTotal = -1;
 int m_currentFound = -1;
+estimateMode m_estimateMode = estimateMode::exact;
 
 namespace
 {
+
+/// The estimate in force, if any, is an adaptive one.
+bool m_isAdaptive = false;
 
 /// A run farther from its nearest record than this is none of the recorded ones.
 constexpr double dropDistance = 10.0;
@@ -50,20 +60,7 @@ void drop(int elapsed, int index, double incernity)
     resetEstimate();
 }
 
-} // namespace
-
-void startEstimate()
-{
-    m_currentElapsed = 0;
-}
-
-void resetEstimate()
-{
-    m_currentTotal = -1;
-    m_currentFound = -1;
-}
-
-estimateStep advanceEstimate(int elapsed, int dialogIdentity)
+estimateStep advanceExact(int elapsed, int dialogIdentity)
 {
     if (m_nextSnap < leastSnapshots)
         return estimateStep::nothing;
@@ -82,5 +79,51 @@ estimateStep advanceEstimate(int elapsed, int dialogIdentity)
         drop(elapsed, index, incernity);
         return estimateStep::dropped;
     }
+    return estimateStep::display;
+}
+
+/// Follows no record, so none is left or dropped.
+estimateStep advanceAdaptive(int elapsed, int percent)
+{
+    const std::span run(m_snapshots, static_cast<std::size_t>(m_nextSnap));
+    const auto remaining = adaptiveRemaining(newestCourses(), run, std::max(elapsed, 0), percent);
+    const int total = remaining ? toInt(elapsed + std::floor(*remaining + 0.5)) : -1;
+    if (total <= 0)
+        return estimateStep::nothing;
+    m_currentTotal = total;
+    return estimateStep::display;
+}
+
+} // namespace
+
+void startEstimate()
+{
+    m_currentElapsed = 0;
+    clearSnapshots();
+}
+
+void resetEstimate()
+{
+    m_currentTotal = -1;
+    m_currentFound = -1;
+}
+
+estimateStep advanceEstimate(int elapsed, int percent, int dialogIdentity)
+{
+    m_currentElapsed = elapsed;
+    const bool isAdaptive = m_estimateMode == estimateMode::adaptive;
+    const bool wasShown = m_currentTotal != -1;
+    const bool isNewKind = std::exchange(m_isAdaptive, isAdaptive) != isAdaptive;
+    if (isAdaptive || isNewKind)
+        resetEstimate();
+
+    const estimateStep step =
+        isAdaptive ? advanceAdaptive(elapsed, percent) : advanceExact(elapsed, dialogIdentity);
+    return wasShown && m_currentTotal == -1 && step == estimateStep::nothing ? estimateStep::vanished : step;
+}
+
+estimateStep holdEstimate(int elapsed)
+{
+    m_currentElapsed = elapsed;
     return estimateStep::display;
 }

@@ -1,31 +1,39 @@
 #pragma once
 
-/// The estimate of the run in progress, shared by all dialogs. All three are -1 until the first run starts.
+#include "stats/estimateMode.h"
+
+/// The estimate of the run in progress, shared by all dialogs. All three are -1 until the first run starts,
+/// and are written by the functions below only.
 ///
-/// Whole seconds from the start of the run to the last tick, stored by the dialog that ticks; the time part
-/// of new snapshots.
+/// Whole seconds from the start of the run to the last tick; the time part of new snapshots.
 extern int m_currentElapsed;
-/// Duration in seconds of the record that the run follows, or -1 while it follows none.
+/// Estimated duration of the run in seconds, or -1: that of the record that it follows, in the adaptive mode
+/// a new one at every tick.
 extern int m_currentTotal;
-/// Index of that record, or -1.
+/// Index of the record that the run follows, or -1.
 extern int m_currentFound;
 
-/// A run starts: no time has passed.
+/// A run starts: no time has passed, and it has no snapshots.
 void startEstimate();
 
-/// A run ends: no record is followed any more.
+/// A run ends: there is no estimate any more.
 void resetEstimate();
 
 /// What a tick leaves the dialog to do.
 enum class estimateStep {
     nothing,
-    /// The estimate was given up: the total bar gets its caption back.
+    /// The record was given up: the total bar gets its caption back.
     dropped,
+    /// There is no estimate where there was one: show the average again.
+    vanished,
     /// Show what remains of `m_currentTotal`.
     display,
 };
 
-/// Matches the run in progress against the records, once a second, and decides whether to follow the nearest,
-/// to hold on to the record followed so far, or to drop it. `elapsed` (seconds) and `dialogIdentity` go into
-/// the log.
-estimateStep advanceEstimate(int elapsed, int dialogIdentity);
+/// A tick, once a second, `elapsed` seconds after the run's start, while the average is `percent`. In the
+/// exact mode the run is matched against the records, which decides whether to follow the nearest, to hold on
+/// to the record followed so far, or to drop it. `dialogIdentity` goes into the log.
+estimateStep advanceEstimate(int elapsed, int percent, int dialogIdentity);
+
+/// A tick outside a run: the estimate stays as it is.
+estimateStep holdEstimate(int elapsed);

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
+#include <iterator>
 #include <string>
 
 namespace
@@ -29,16 +31,6 @@ std::size_t splitFields(std::string_view line, fieldArray &fields)
     return count;
 }
 
-/// Reads the digits at the start of `text`, of which the first nine always fit an int.
-int readDigits(const char *&text, const char *end)
-{
-    const char *stop = text + std::min<std::ptrdiff_t>(end - text, 9);
-    int value = 0;
-    for (; text != stop && *text >= '0' && *text <= '9'; ++text)
-        value = value * 10 + (*text - '0');
-    return value;
-}
-
 /// Snapshots beyond those that a run can have are never compared with any, and written out in full they would
 /// make a line that is too long to be read again.
 void readSnapshots(std::string_view text, std::vector<int> &snapshots)
@@ -47,8 +39,8 @@ void readSnapshots(std::string_view text, std::vector<int> &snapshots)
     snapshots.clear();
     const char *const end = text.data() + text.size();
     for (const char *part = text.data(); part != end && snapshots.size() < most;) {
-        const char *stop = part;
-        int value = readDigits(stop, end);
+        int value = 0; // stays 0 if the number is too large
+        const char *stop = std::from_chars(part, end, value).ptr;
         if (stop != end && *stop != '.') {
             stop = std::find(stop, end, '.');
             value = readNumber({part, stop});
@@ -58,34 +50,23 @@ void readSnapshots(std::string_view text, std::vector<int> &snapshots)
     }
 }
 
-/// The numbers from 0000 to 9999 as text, one behind the other.
-constexpr auto fourDigits = [] {
-    std::array<char, 40'000> texts{};
-    for (std::size_t number = 0; number < 10'000; ++number) {
-        std::size_t rest = number;
-        for (std::size_t digit = 4; digit-- > 0; rest /= 10)
-            texts[4 * number + digit] = static_cast<char>('0' + rest % 10);
-    }
-    return texts;
-}();
-
 /// At least eight characters, padded with zeros behind the sign; at most eleven.
 char *writeNumber(int value, char *out)
 {
     if (value < 0 || value > 99'999'999)
         return out + std::sprintf(out, "%08d", value);
-    const auto number = static_cast<std::size_t>(value);
-    out = std::copy_n(&fourDigits[4 * (number / 10'000)], 4, out);
-    return std::copy_n(&fourDigits[4 * (number % 10'000)], 4, out);
+    char digits[9];
+    std::to_chars(digits, std::end(digits), 100'000'000 + value); // the 1 in front keeps the zeros
+    return std::copy_n(digits + 1, 8, out);
 }
 
 } // namespace
 
 int readNumber(std::string_view text)
 {
-    const char *stop = text.data();
-    const int value = readDigits(stop, text.data() + text.size());
-    if (stop == text.data() + text.size())
+    int value = 0;
+    const char *const end = text.data() + text.size();
+    if (std::from_chars(text.data(), end, value).ptr == end)
         return value;
     // The toolkit would let a zero byte end the number.
     if (text.find('\0') != std::string_view::npos)

@@ -26,6 +26,8 @@ extern int m_snapshotfits[maxRecords];
 extern unsigned m_snapshotrevision[maxRecords];
 /// Number of records.
 extern int m_snapshotcount;
+/// Changes with the snapshots of any record and with the found counts that `lowerFoundCount` has lowered.
+extern unsigned m_tableRevision;
 
 /// Gives `record` a copy of `snapshots` in place of those it had. `record` lies inside the arrays; it may
 /// be the entry after the last record.

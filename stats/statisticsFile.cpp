@@ -1,21 +1,21 @@
 #include "stats/statisticsFile.h"
 
 #include "app/dump.h"
-#include "stats/fileDescriptor.h"
 #include "stats/lineReader.h"
 #include "stats/recordLine.h"
-#include "stats/replacedFile.h"
 #include "stats/runTable.h"
 #include "stats/toInt.h"
+#include "stats/trustedFile.h"
+
+#include <QIODevice>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 
 char datafile[1024];
 
@@ -38,23 +38,13 @@ bool writePath(char (&path)[sizeof datafile], const char *directory, const char 
     return false;
 }
 
-/// Opens a regular file: a directory in its place counts as no file, and a pipe would wait for a writer.
-fileDescriptor openForReading(const char *path)
-{
-    fileDescriptor file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat status;
-    if (file && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode))
-        return file;
-    return fileDescriptor();
-}
-
 fileDescriptor openDatafile(const char *identifier)
 {
     for (const char *directory : {firstDirectory, fallbackDirectory}) {
         if (!writePath(datafile, directory, identifier))
             continue;
-        if (fileDescriptor file = openForReading(datafile))
-            return file;
+        if (trustedFile file = openTrusted(datafile, O_RDONLY); file.descriptor)
+            return std::move(file.descriptor);
     }
     return fileDescriptor();
 }
@@ -68,37 +58,6 @@ void addRecord(const recordLine &line, const QDateTime &time)
     setRecordData(record, line.snapshots);
 }
 
-bool writeAll(int descriptor, std::string_view text)
-{
-    while (!text.empty()) {
-        const ssize_t count = write(descriptor, text.data(), text.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        text.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
-bool writeTable(int descriptor)
-{
-    std::vector<char> storage;
-    if (!writeAll(descriptor, "fileversion=2\n"))
-        return false;
-    for (int record = 0; record < m_snapshotcount; ++record) {
-        if (m_snapshotfound[record] <= 0)
-            continue;
-        const std::span snapshots(m_snapshotdata[record].get(),
-                                  static_cast<std::size_t>(m_snapshottlen[record]));
-        const auto time = static_cast<unsigned>(m_snapshottime[record].toSecsSinceEpoch());
-        if (!writeAll(descriptor, formatRecordLine(time, m_snapshottotal[record], m_snapshotfound[record],
-                                                   snapshots, storage)))
-            return false;
-    }
-    return true;
-}
-
 int sumOfFoundCounts()
 {
     std::int64_t sum = 0;
@@ -107,15 +66,21 @@ int sumOfFoundCounts()
     return toInt(sum);
 }
 
-/// False if the file at `path` cannot be written.
-bool writeTableTo(const char *path)
+void writeTable(QIODevice &file)
 {
-    replacedFile file(path);
-    if (!file.isOpen())
-        return false;
     dump("---- total statistics count", sumOfFoundCounts());
-    file.replace(writeTable);
-    return true;
+    file.write("fileversion=2\n");
+    std::vector<char> storage;
+    for (int record = 0; record < m_snapshotcount; ++record) {
+        if (m_snapshotfound[record] <= 0)
+            continue;
+        const std::span snapshots(m_snapshotdata[record].get(),
+                                  static_cast<std::size_t>(m_snapshottlen[record]));
+        const auto time = static_cast<unsigned>(m_snapshottime[record].toSecsSinceEpoch());
+        const std::string_view line =
+            formatRecordLine(time, m_snapshottotal[record], m_snapshotfound[record], snapshots, storage);
+        file.write(line.data(), static_cast<qint64>(line.size()));
+    }
 }
 
 } // namespace
@@ -162,8 +127,8 @@ void saveStatistics(const char *identifier)
         identifier = m_ownIdentifier.c_str();
     }
 
-    if (writeTableTo(datafile))
+    if (replaceTrusted(datafile, writeTable))
         return;
     writePath(datafile, fallbackDirectory, identifier);
-    writeTableTo(datafile);
+    replaceTrusted(datafile, writeTable);
 }

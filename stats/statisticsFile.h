@@ -2,7 +2,8 @@
 
 /// The statistics file keeps the run record table from one process to the next. There is one for each
 /// identifier of a daemon: "/var/instrument/currentTimestamps_<identifier>.txt", or the same name in
-/// "/var/tmp" where that one cannot be used.
+/// "/var/tmp" where that one cannot be used. Files that others have a hand in are passed over; see
+/// `trustedFile`.
 
 /// Path of the file in use; empty when no path fits.
 extern char datafile[1024];
@@ -18,5 +19,5 @@ void loadStatistics(const char *identifier);
 
 /// Writes the table to the file of `identifier`, or, for a null pointer (the save after each run), to the
 /// file in use. A file that cannot be written leaves the table as it is and is not reported; see
-/// `replacedFile` for what is left of the old one.
+/// `replaceTrusted` for what is left of the old one.
 void saveStatistics(const char *identifier);
