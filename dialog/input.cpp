@@ -37,6 +37,8 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
     if (obj == this) {
         drag(ev);
         forgetInput(type);
+        if (type == QEvent::LayoutRequest)
+            m_layout->placeAgain();
     }
     if (isKey)
         return handleKey(obj, static_cast<QKeyEvent *>(ev));
@@ -45,8 +47,8 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
     return false;
 }
 
-/// What is released elsewhere is never heard of: keys that were down when the keyboard went to another window,
-/// and whatever was down when the dialog was hidden.
+/// What is released elsewhere is never heard of: keys that were down when the keyboard went to another
+/// window, and whatever was down when the dialog was hidden.
 void CProgressDialog::forgetInput(QEvent::Type type)
 {
     if (type == QEvent::WindowDeactivate || type == QEvent::Hide)
