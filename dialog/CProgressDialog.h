@@ -47,6 +47,8 @@ public:
     void removeButton(int id);
     /// Sets a bar to `percent`, 0 to 100; -1 stands for a bar that would be cancelled and shows 100.
     void updateBar(int id, int percent);
+    /// The bar of the slot moves to and fro without a percent until its next update; it counts as it stood.
+    void pulseBar(int id);
 
     /// Whether the slot, 0 to 9, shows neither a row nor a button.
     bool isFree(int id) const { return !labelVisible[id] && !barVisible[id] && !buttonVisible[id]; }
@@ -83,6 +85,7 @@ private:
     void copySlot(int id, const CProgressDialog &src);
 
     // layout.cpp
+    void takeColors();
     /// The layout pass. Tells whether the dialog is in action: it shows a text line, a bar or a button.
     bool ensureVisible();
     void focusFirstButton();

@@ -87,6 +87,12 @@ void CProgressDialog::clearRow(int id)
     relayout();
 }
 
+void CProgressDialog::pulseBar(int id)
+{
+    if (hasRow(id))
+        bars[id]->pulse();
+}
+
 void CProgressDialog::addButton(int id, const QString &text)
 {
     if (!hasButton(id))
@@ -145,6 +151,8 @@ void CProgressDialog::copySlot(int id, const CProgressDialog &src)
         barVisible[id] = src.barVisible[id];
         copyLook(bars[id], src.bars[id]);
         bars[id]->setValue(src.bars[id]->value());
+        if (src.bars[id]->isPulsing())
+            bars[id]->pulse();
     }
     if (hasButton(id) && src.hasButton(id)) {
         buttonVisible[id] = src.buttonVisible[id];

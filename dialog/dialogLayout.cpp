@@ -1,10 +1,12 @@
 #include "dialog/dialogLayout.h"
 
+#include "dialog/fittedLayout.h"
 #include "dialog/gridLayout.h"
 #include "widgets/appearance.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
+#include "widgets/theme.h"
 
 #include <algorithm>
 
@@ -23,6 +25,8 @@ bool dialogSlots::hasContent() const
 
 std::unique_ptr<dialogLayout> dialogLayout::make(QWidget &window, dialogSlots &content)
 {
+    if (appearance.m_windowLayout == windowLayout::fitted)
+        return std::make_unique<fittedLayout>(window, content);
     return std::make_unique<gridLayout>(window, content);
 }
 
@@ -51,5 +55,7 @@ void dialogLayout::shareBarPalette()
     BAR_PALETTE.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_invertedNumberColor));
     BAR_PALETTE.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_barColor));
     BAR_PALETTE.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_barBackgroundColor));
+    if (const QColor text = panelTextColor(appearance.m_barBackgroundColor); text.isValid())
+        BAR_PALETTE.setBrush(QPalette::All, QPalette::Text, QBrush(text));
     m_content.m_totalBar->setPalette(BAR_PALETTE);
 }

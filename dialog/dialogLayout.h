@@ -38,6 +38,10 @@ public:
     /// Places, shows and hides the children as the slots' flags say. `runs`: a run is timed, whose remaining
     /// time may stand on the total bar.
     virtual void place(bool runs) = 0;
+    /// The same as before, after a child has changed what it asks for.
+    virtual void placeAgain() {}
+    /// Takes the settings' colours anew.
+    virtual void takeColors() = 0;
     virtual void paint(const QPaintEvent &event) = 0;
     /// Whether Escape is the user's way to close the window.
     virtual bool closesByEscape() const { return false; }

@@ -7,6 +7,7 @@
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 #include "widgets/progressStyle.h"
+#include "widgets/theme.h"
 
 #include <QFontMetrics>
 #include <QScreen>
@@ -41,7 +42,9 @@ void gridLayout::chooseScreenProfile()
 
 progressLabel *gridLayout::newLabel()
 {
-    return new progressLabel(&m_window);
+    auto *label = new progressLabel(&m_window);
+    colorLabel(*label);
+    return label;
 }
 
 progressProcess *gridLayout::newBar()
@@ -54,6 +57,29 @@ progressProcess *gridLayout::newBar()
 progressButton *gridLayout::newButton()
 {
     return new progressButton(&m_window);
+}
+
+/// Text lines have the toolkit's black unless the settings say more.
+void gridLayout::colorLabel(progressLabel &label) const
+{
+    const QColor text = panelTextColor(m_backgroundColor);
+    if (!text.isValid())
+        return;
+    QPalette palette = label.palette();
+    palette.setBrush(QPalette::All, QPalette::WindowText, QBrush(text));
+    label.setPalette(palette);
+}
+
+void gridLayout::takeColors()
+{
+    m_frameColor = appearance.m_dialogFrameColor;
+    m_backgroundColor = appearance.m_dialogBackgroundColor;
+    shareBarPalette();
+    for (int i = 0; i < m_content.maxBars; ++i) {
+        m_content.bars[i]->setPalette(BAR_PALETTE);
+        colorLabel(*m_content.labels[i]);
+    }
+    progressButton::forgetColors();
 }
 
 void gridLayout::fixSize()

@@ -25,6 +25,7 @@ public:
     void copyFrom(const dialogLayout &src) override;
     void dropImages() override;
     void place(bool runs) override;
+    void takeColors() override;
     void paint(const QPaintEvent &event) override;
     void captionTotalBar() override;
     void showRemaining(int seconds) override;
@@ -39,6 +40,7 @@ private:
     struct figures;
 
     void chooseScreenProfile();
+    void colorLabel(progressLabel &label) const;
     int placeHideButton(const figures &grid);
     void placeTotalBar(const figures &grid, int hidew);
     void placeRows(const figures &grid);

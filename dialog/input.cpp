@@ -37,6 +37,8 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
     if (obj == this) {
         drag(ev);
         forgetInput(type);
+        if (type == QEvent::LayoutRequest)
+            m_layout->placeAgain();
     }
     if (isKey)
         return handleKey(obj, static_cast<QKeyEvent *>(ev));

@@ -5,6 +5,7 @@
 #include "widgets/imageFile.h"
 #include "widgets/literalTitle.h"
 #include "widgets/progressButton.h"
+#include "widgets/theme.h"
 
 #include <QIcon>
 
@@ -21,6 +22,15 @@ CProgressDialog::CProgressDialog(dialogHost &host)
     setWindowIcon(QIcon(imageFile(appearance.m_windowIcon)));
     m_layout->loadBackground();
     installEventFilter(this);
+    connect(&theme::instance(), &theme::changed, this, &CProgressDialog::takeColors);
+}
+
+void CProgressDialog::takeColors()
+{
+    m_layout->takeColors();
+    for (auto *child : findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
+        child->update();
+    update();
 }
 
 void CProgressDialog::movePosition()

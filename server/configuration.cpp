@@ -5,6 +5,7 @@
 #include "server/limits.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
+#include "widgets/theme.h"
 
 #include <QStringTokenizer>
 
@@ -111,6 +112,7 @@ void setPaintOffset(QStringView value)
 void setScreenGeometry(QStringView value)
 {
     fieldReader(value, u',') >> appearance.m_desktopWidth >> appearance.m_desktopHeight;
+    appearance.m_desktopIsKnown = true;
 }
 
 void setWindowTitle(QStringView value)
@@ -154,6 +156,34 @@ void setWindowModal(QStringView value)
     appearance.m_dialog_flags = appearance.m_modal_dialog ? m_modal_flags : m_nonmodal_flags;
 }
 
+void setWindowLayout(QStringView value)
+{
+    if (value == QLatin1String("fitted"))
+        appearance.m_windowLayout = windowLayout::fitted;
+    else if (value == QLatin1String("grid"))
+        appearance.m_windowLayout = windowLayout::grid;
+}
+
+void setWindowTheme(QStringView value)
+{
+    if (value == QLatin1String("light"))
+        theme::instance().apply(windowTheme::light);
+    else if (value == QLatin1String("dark"))
+        theme::instance().apply(windowTheme::dark);
+    else if (value == QLatin1String("auto"))
+        theme::instance().apply(windowTheme::automatic);
+}
+
+void setWindowText(QStringView value)
+{
+    fieldReader(value, u'|') >> appearance.m_panelTextColor >> appearance.m_buttonTextColor;
+}
+
+void setWindowWidth(QStringView value)
+{
+    fieldReader(value, u'|') >> appearance.m_leastWidth;
+}
+
 struct configurationKey {
     QLatin1String name;
     void (*apply)(QStringView value);
@@ -170,6 +200,10 @@ const configurationKey keys[] = {
     {QLatin1String("windowStyle="), setWindowStyle},
     {QLatin1String("windowControls="), setWindowControls},
     {QLatin1String("windowModal="), setWindowModal},
+    {QLatin1String("windowLayout="), setWindowLayout},
+    {QLatin1String("windowTheme="), setWindowTheme},
+    {QLatin1String("windowText="), setWindowText},
+    {QLatin1String("windowWidth="), setWindowWidth},
 };
 
 } // namespace

@@ -48,6 +48,7 @@ void handlers::doProgress(const progressCommand &command)
         dialog.removeText(slot);
         break;
     case progressVerb::pulse:
+        dialog.pulseBar(slot);
         break;
     }
 }

@@ -11,12 +11,19 @@ inline constexpr Qt::WindowFlags m_modal_flags = Qt::CustomizeWindowHint | Qt::W
                                                  Qt::X11BypassWindowManagerHint | Qt::FramelessWindowHint;
 inline constexpr Qt::WindowFlags m_nonmodal_flags = Qt::CustomizeWindowHint | Qt::FramelessWindowHint;
 
+/// How dialogs place their children: in the fixed grid, or as the content asks for.
+enum class windowLayout { grid, fitted };
+/// Whole looks; `automatic` is light or dark, as the desktop prefers.
+enum class windowTheme { none, light, dark, automatic };
+
 /// The appearance settings, with the defaults that every start begins with. Lengths and positions are
 /// screen pixels. Every colour starts unset (invalid), which paints as opaque black.
 struct appearanceSettings {
-    /// Size of the screen that the progress dialog is centred on.
+    /// Size of the screen that the progress dialog is centred on, and whether a client has told it: the
+    /// fitted layout takes the real one until then.
     int m_desktopWidth = 640;
     int m_desktopHeight = 480;
+    bool m_desktopIsKnown = false;
     /// Added to every position of the dialog and of the busy window.
     int m_paintOffsetX = 0;
     int m_paintOffsetY = 0;
@@ -52,6 +59,17 @@ struct appearanceSettings {
     QColor m_shadowDarkColor;
     QColor m_buttonBaseColor;
     QColor m_focusFrameColor;
+
+    /// Text on the panel and the unfilled part of bars, and on buttons. Unset, it is black in the grid
+    /// without a theme, else black or white (see theme.h).
+    QColor m_panelTextColor;
+    QColor m_buttonTextColor;
+
+    /// Layout of each new dialog, and the least width of a fitted one.
+    windowLayout m_windowLayout = windowLayout::grid;
+    int m_leastWidth = 0;
+    /// The theme in force, whose colours and fonts are those above as far as nothing else was set later.
+    windowTheme m_windowTheme = windowTheme::none;
 
     /// Opacity of each new dialog's background, 0 (transparent) to 255.
     int m_dialogBackgroundAlphaval = 200;

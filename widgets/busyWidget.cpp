@@ -5,6 +5,7 @@
 #include "widgets/imageFile.h"
 #include "widgets/progressProcess.h"
 #include "widgets/progressStyle.h"
+#include "widgets/theme.h"
 
 #include <QFile>
 #include <QPainter>
@@ -31,13 +32,20 @@ busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progress
     m_progr->setTextDirection(QProgressBar::BottomToTop);
     m_progr->setFont(appearance.m_barLabelFont);
 
+    takeColors();
+    connect(&theme::instance(), &theme::changed, this, &busyWidget::takeColors);
+    setBusyPixmap(appearance.m_busyPixmap);
+}
+
+void busyWidget::takeColors()
+{
     QPalette palette = m_progr->palette();
     palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_busyInvertedNumberColor));
     palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_busyBarColor));
     palette.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_busyBarBackgroundColor));
+    if (const QColor text = panelTextColor(appearance.m_busyBarBackgroundColor); text.isValid())
+        palette.setBrush(QPalette::All, QPalette::Text, QBrush(text));
     m_progr->setPalette(palette);
-
-    setBusyPixmap(appearance.m_busyPixmap);
 }
 
 void busyWidget::setBusyPixmap(const QString &fileName)

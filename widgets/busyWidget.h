@@ -34,6 +34,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void takeColors();
     void loadPixmap(const QString &fileName);
 
     /// By how many pixels the window is wider and taller than its image.

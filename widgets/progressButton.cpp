@@ -1,6 +1,7 @@
 #include "widgets/progressButton.h"
 
 #include "widgets/appearance.h"
+#include "widgets/theme.h"
 
 #include <QLinearGradient>
 #include <QPainter>
@@ -58,9 +59,10 @@ QLinearGradient bodyGradient(int h)
     return gradient;
 }
 
+paintCache cache;
+
 const paintCache &cacheFor(int w, int h)
 {
-    static paintCache cache;
     if (w != cache.lastW || h != cache.lastH)
         cache.initialized = false;
     if (!cache.initialized)
@@ -77,18 +79,25 @@ progressButton::progressButton(QWidget *parent) : QPushButton(parent)
     setFlat(true);
 }
 
+void progressButton::forgetColors()
+{
+    cache.initialized = false;
+}
+
 void progressButton::paintEvent(QPaintEvent *)
 {
-    const paintCache &cache = cacheFor(width(), height());
+    const paintCache &look = cacheFor(width(), height());
     const QColor frame = hasFocus() ? appearance.m_focusFrameColor : appearance.m_buttonBaseColor;
 
     QPainter painter(this);
     painter.setPen(frame);
     painter.setBrush(QBrush(frame));
-    painter.drawPath(cache.roundRectBorder);
+    painter.drawPath(look.roundRectBorder);
 
     painter.setPen(Qt::black);
-    painter.setBrush(cache.linearGrad);
-    painter.drawPath(cache.roundRectPath);
+    painter.setBrush(look.linearGrad);
+    painter.drawPath(look.roundRectPath);
+    if (const QColor text = buttonTextColor(appearance.m_buttonBaseColor); text.isValid())
+        painter.setPen(text);
     painter.drawText(rect().adjusted(4, 4, -5, -5), Qt::AlignCenter, text());
 }

@@ -14,6 +14,8 @@ class progressButton : public QPushButton
 
 public:
     explicit progressButton(QWidget *parent);
+    /// Lets new colours reach the shared gradient at the next painting.
+    static void forgetColors();
 
 protected:
     /// Paints the whole button whatever the event's region is.

@@ -18,21 +18,42 @@ public:
     /// brings back the font of bars without a text.
     void setLabel(const QString &label);
     /// Captions the bar: `text`, a blank, the percent and a blank.
-    void setCaption(const QString &text) { setLabel(text + QStringLiteral(" %p% ")); }
+    void setCaption(const QString &text);
 
     /// The value, one below the minimum while the bar has none.
     int value() const { return m_value; }
-    /// As the toolkit's own, a value outside the range is ignored.
+    /// As the toolkit's own, a value outside the range is ignored. Ends the pulsing.
     void setValue(int value);
     /// Takes the value away.
     void reset();
 
+    /// Shows something that moves to and fro in the place of the percent, until the next value; the value
+    /// stays what it was.
+    void pulse();
+    bool isPulsing() const { return m_isPulsing; }
+
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+    /// Hands the value to the base class, within a painting.
+    void passValueOn();
+    /// Where the moving part is to be painted now.
+    QRect paintedPulse();
+    /// What it moves in.
+    virtual QRect pulseTrack() const;
 
 private:
     void changeValue(int value);
+    void endPulse();
+    void followClock(bool follows);
+    QRect pulseRect() const;
+    void movePulse();
+    void paintPulse();
 
     QString m_label;
     int m_value;
+    bool m_isPulsing = false;
+    QRect m_paintedPulse;
 };

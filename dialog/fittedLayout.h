@@ -1,0 +1,87 @@
+#pragma once
+
+#include "dialog/dialogLayout.h"
+
+#include <QPixmap>
+#include <QPoint>
+#include <QSize>
+#include <QString>
+
+#include <optional>
+#include <vector>
+
+class fittedBar;
+class fittedButton;
+class fittedLabel;
+
+/// As large as the content asks for: rows of their natural height, buttons of their natural width, a total
+/// row only when there is something to tell in it. In the modal mode the window is frameless with rounded
+/// corners, else the window manager's own. The top edge stays where it is, and the width only grows while
+/// there is content. All distances are made of the font of text lines; where the screen is too small for the
+/// content, everything is made smaller.
+///
+/// Sources: fittedLayout.cpp (window, children), fittedPlacement.cpp (sizes and places), fittedPanel.cpp
+/// (colours and painting).
+class fittedLayout : public dialogLayout
+{
+public:
+    fittedLayout(QWidget &window, dialogSlots &content);
+
+    void fixSize() override;
+    void movePosition() override;
+    void loadBackground() override;
+    void reloadPixmap() override;
+    void copyFrom(const dialogLayout &src) override;
+    void dropImages() override;
+    void takeColors() override;
+    void place(bool runs) override;
+    void placeAgain() override;
+    void paint(const QPaintEvent &event) override;
+    bool closesByEscape() const override { return true; }
+    void captionTotalBar() override;
+    void showRemaining(int seconds) override;
+    void showTotalBar(bool shown) override;
+
+protected:
+    progressLabel *newLabel() override;
+    progressProcess *newBar() override;
+    progressButton *newButton() override;
+
+private:
+    struct arrangement;
+    struct placing;
+
+    fittedBar &bar(int id) const;
+    fittedLabel &label(int id) const;
+    bool isManaged() const;
+    int shownBars() const;
+    bool showsTotalRow() const;
+    void showChildren();
+    void tellRemaining();
+
+    QSize roomOnScreen() const;
+    void useFonts(double scale);
+    arrangement arranged(double scale);
+    int contentWidth(const placing &sizes) const;
+    void arrangeRows(arrangement &plan, const placing &sizes);
+    void arrangeButtons(arrangement &plan, const placing &sizes) const;
+    void carryOut(const arrangement &plan);
+    void keepOnScreen();
+
+    void usePalette();
+    void paintFrameless(const QRect &dirty) const;
+    void cutCorners();
+
+    /// The time that is left, as text; empty while there is no estimate.
+    QString m_left;
+    bool m_estimateIsShown = false;
+    /// Width in pixels of the content so far; 0 while there is none.
+    int m_grownWidth = 0;
+    /// Lines that each text line has taken so far.
+    int m_grownLines[dialogSlots::MAX_ENTRIES] = {};
+    /// Where the window was put; it is elsewhere once the user has moved it.
+    std::optional<QPoint> m_placedAt;
+    /// The background image as it was loaded, and at the window's size.
+    QPixmap m_image;
+    QPixmap m_scaledImage;
+};

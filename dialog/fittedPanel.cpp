@@ -1,0 +1,112 @@
+#include "dialog/fittedLayout.h"
+
+#include "widgets/appearance.h"
+#include "widgets/contrast.h"
+#include "widgets/emLength.h"
+#include "widgets/progressProcess.h"
+#include "widgets/theme.h"
+
+#include <QBitmap>
+#include <QPaintEvent>
+#include <QPainter>
+
+namespace
+{
+
+constexpr double cornerRadius = 0.6; // em
+
+/// A setting's colour, that of the light theme where it is unset.
+QColor colorOf(QColor appearanceSettings::*setting)
+{
+    const QColor color = appearance.*setting;
+    return color.isValid() ? color : theme::lightColor(setting);
+}
+
+QColor textOn(const QColor &background, const QColor &setting)
+{
+    return setting.isValid() ? setting : readableOn(background);
+}
+
+} // namespace
+
+void fittedLayout::usePalette()
+{
+    constexpr double trackShare = 0.14;
+    const QColor panel = colorOf(&appearanceSettings::m_dialogBackgroundColor);
+    const QColor text = textOn(panel, appearance.m_panelTextColor);
+    const QColor button = colorOf(&appearanceSettings::m_buttonBaseColor);
+    QPalette palette;
+    palette.setColor(QPalette::Window, panel);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, mixed(panel, text, trackShare));
+    palette.setColor(QPalette::Mid, colorOf(&appearanceSettings::m_dialogFrameColor));
+    palette.setColor(QPalette::Highlight, colorOf(&appearanceSettings::m_barColor));
+    palette.setColor(QPalette::Button, button);
+    palette.setColor(QPalette::ButtonText, textOn(button, appearance.m_buttonTextColor));
+    palette.setColor(QPalette::Link, colorOf(&appearanceSettings::m_focusFrameColor));
+    m_window.setPalette(palette);
+}
+
+void fittedLayout::takeColors()
+{
+    usePalette();
+    shareBarPalette();
+    for (int i = 0; i < m_content.maxBars; ++i)
+        m_content.bars[i]->setPalette(BAR_PALETTE);
+}
+
+/// Stretches the background image to the window.
+void fittedLayout::reloadPixmap()
+{
+    if (!m_image.isNull())
+        m_scaledImage = m_image.scaled(m_window.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+void fittedLayout::paint(const QPaintEvent &event)
+{
+    if (!isManaged()) {
+        paintFrameless(event.rect());
+        return;
+    }
+    QPainter painter(&m_window);
+    if (m_scaledImage.isNull())
+        painter.fillRect(event.rect(), m_window.palette().color(QPalette::Window));
+    else
+        painter.drawPixmap(0, 0, m_scaledImage);
+}
+
+void fittedLayout::paintFrameless(const QRect &dirty) const
+{
+    const emLength em(appearance.m_labelFont, m_window);
+    const int radius = em(cornerRadius);
+    const QColor panel = m_window.palette().color(QPalette::Window);
+    QPainter painter(&m_window);
+    const QRect inside = m_window.rect().adjusted(radius, radius, -radius, -radius);
+    if (m_scaledImage.isNull() && inside.contains(dirty)) {
+        painter.fillRect(dirty, panel);
+        return;
+    }
+    const double line = std::max(1.0, em.exact(1.0 / 12));
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(m_window.palette().color(QPalette::Mid), line));
+    painter.setBrush(m_scaledImage.isNull() ? QBrush(panel) : QBrush(m_scaledImage));
+    painter.drawRoundedRect(QRectF(m_window.rect()).adjusted(line / 2, line / 2, -line / 2, -line / 2),
+                            radius, radius);
+}
+
+/// Without a compositing manager what is not painted would be black. The mask leaves a pixel more than the
+/// rounded outline takes, so that a compositing manager can blend its edge.
+void fittedLayout::cutCorners()
+{
+    if (isManaged())
+        return;
+    const double radius = emLength(appearance.m_labelFont, m_window).exact(cornerRadius) - 1;
+    QBitmap mask(m_window.size());
+    mask.clear();
+    QPainter painter(&mask);
+    painter.setBrush(Qt::color1);
+    painter.setPen(Qt::NoPen);
+    painter.drawRoundedRect(m_window.rect(), radius, radius);
+    painter.end();
+    m_window.setMask(mask);
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "widgets/progressProcess.h"
+
+/// A bar of the fitted layout with the text that belongs to it: the caption at the left, the percent and
+/// perhaps the remaining time at the right, and a flat, rounded bar below. Only the caption gives way when
+/// there is no room; the tool tip then shows the whole of it. Its colours are those of the palette:
+/// WindowText, Base for the unfilled part, Highlight.
+class fittedBar : public progressProcess
+{
+    Q_OBJECT
+
+public:
+    explicit fittedBar(QWidget *parent);
+
+    void showCaption(const QString &caption);
+    /// "15 s left"; empty for none.
+    void showRemaining(const QString &remaining);
+    /// Keeps room for a remaining time in the size hint.
+    void expectRemaining(bool expected) { m_expectsRemaining = expected; }
+
+    /// What it takes to show everything.
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    QRect pulseTrack() const override;
+
+private:
+    QString figuresText() const;
+    int captionWidth() const;
+    void updateToolTip();
+    QRect filledRect() const;
+
+    QString m_caption;
+    QString m_remaining;
+    bool m_expectsRemaining = false;
+};

@@ -1,0 +1,73 @@
+#include "widgets/fittedButton.h"
+
+#include "widgets/contrast.h"
+#include "widgets/emLength.h"
+#include "widgets/wrappedText.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace
+{
+
+// In em.
+constexpr double leastWidth = 5;
+constexpr double sidePadding = 1;
+constexpr double heightPadding = 0.45;
+constexpr double cornerRadius = 0.35;
+constexpr double focusWidth = 0.16;
+
+} // namespace
+
+fittedButton::fittedButton(QWidget *parent) : progressButton(parent)
+{
+    setAttribute(Qt::WA_Hover);
+}
+
+int fittedButton::textWidth() const
+{
+    return QFontMetrics(font(), this).size(Qt::TextShowMnemonic | Qt::TextSingleLine, text()).width();
+}
+
+QSize fittedButton::sizeHint() const
+{
+    const emLength em(*this);
+    return {std::max(em(leastWidth), textWidth() + 2 * em(sidePadding)),
+            QFontMetrics(font(), this).height() + 2 * em(heightPadding)};
+}
+
+void fittedButton::resizeEvent(QResizeEvent *event)
+{
+    const bool isCut = textWidth() > width() - emLength(*this)(sidePadding);
+    setToolTip(isCut ? toolTipText(text()) : QString());
+    progressButton::resizeEvent(event);
+}
+
+/// Nearer to the text's colour while the pointer is on it, and more so while it is held down.
+QColor fittedButton::bodyColor() const
+{
+    const double share = isDown() ? 0.2 : underMouse() ? 0.08 : 0;
+    return mixed(palette().color(QPalette::Button), palette().color(QPalette::ButtonText), share);
+}
+
+void fittedButton::paintEvent(QPaintEvent *)
+{
+    const emLength em(*this);
+    const bool focused = hasFocus();
+    const double line = std::max(1.0, focused ? em.exact(focusWidth) : em.exact(1.0 / 12));
+    const double inset = line / 2;
+
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette().color(focused ? QPalette::Link : QPalette::Mid), line));
+    painter.setBrush(bodyColor());
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), em.exact(cornerRadius),
+                            em.exact(cornerRadius));
+
+    const QRect inner = rect().adjusted(em(sidePadding / 2), 0, -em(sidePadding / 2), 0);
+    const QString shown =
+        fontMetrics().elidedText(text(), Qt::ElideRight, inner.width(), Qt::TextShowMnemonic);
+    painter.setPen(palette().color(QPalette::ButtonText));
+    painter.drawText(inner, Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextSingleLine, shown);
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "widgets/progressButton.h"
+
+/// A flat button of the fitted layout, as wide as its text asks for; the pointer, a press and the focus show.
+/// "&" in the text marks the letter that presses it together with Alt. Its colours are those of the palette:
+/// Button, ButtonText, Mid for the outline and Link for the focus.
+class fittedButton : public progressButton
+{
+    Q_OBJECT
+
+public:
+    explicit fittedButton(QWidget *parent);
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    int textWidth() const;
+    QColor bodyColor() const;
+};

@@ -1,0 +1,118 @@
+#include "widgets/theme.h"
+
+#include "widgets/contrast.h"
+#include "widgets/desktopPreference.h"
+
+#include <QCoreApplication>
+
+namespace
+{
+
+using settings = appearanceSettings;
+
+struct themeColor {
+    QColor settings::*setting;
+    QRgb light;
+    QRgb dark;
+};
+
+constexpr QRgb lightPanel = 0xfff3f5f8;
+constexpr QRgb darkPanel = 0xff23272e;
+constexpr QRgb lightBar = 0xff1b66c9;
+constexpr QRgb darkBar = 0xff62aef8;
+constexpr QRgb lightBarText = 0xffffffff;
+constexpr QRgb darkBarText = 0xff0d1218;
+
+constexpr themeColor colors[] = {
+    {&settings::m_barColor, lightBar, darkBar},
+    {&settings::m_invertedNumberColor, lightBarText, darkBarText},
+    {&settings::m_busyBarColor, lightBar, darkBar},
+    {&settings::m_busyInvertedNumberColor, lightBarText, darkBarText},
+    {&settings::m_dialogBackgroundColor, lightPanel, darkPanel},
+    {&settings::m_dialogFrameColor, 0xffa9b8cb, 0xff4d5766},
+    {&settings::m_barBackgroundColor, lightPanel, darkPanel},
+    {&settings::m_busyBarBackgroundColor, lightPanel, darkPanel},
+    {&settings::m_shadowLightColor, 0xffffffff, 0xff3b434f},
+    {&settings::m_shadowDarkColor, 0xffc3ceda, 0xff15181d},
+    {&settings::m_buttonBaseColor, 0xffe4eaf1, 0xff39414d},
+    {&settings::m_focusFrameColor, lightBar, darkBar},
+};
+
+QColor colorOf(const themeColor &color, bool dark)
+{
+    return QColor::fromRgb(dark ? color.dark : color.light);
+}
+
+void takeFonts()
+{
+    const auto sans = [](int points) { return QFont(QStringLiteral("Sans Serif"), points); };
+    appearance.m_buttonFont = appearance.m_barNumFont = appearance.m_barLabelFont = sans(10);
+    appearance.m_labelFont = sans(9);
+}
+
+QColor orReadable(const QColor &color, const QColor &background)
+{
+    if (color.isValid() || appearance.m_windowTheme == windowTheme::none)
+        return color;
+    return readableOn(background);
+}
+
+} // namespace
+
+theme::theme(QObject *parent) : QObject(parent), m_preference(new desktopPreference(this))
+{
+    connect(m_preference, &desktopPreference::changed, this, &theme::follow);
+}
+
+theme &theme::instance()
+{
+    static auto *const only = new theme(QCoreApplication::instance());
+    return *only;
+}
+
+void theme::apply(windowTheme which)
+{
+    if (which == windowTheme::none)
+        return;
+    if (which == windowTheme::automatic)
+        m_preference->watch();
+    appearance.m_windowTheme = which;
+    m_isDark = which == windowTheme::dark || (which == windowTheme::automatic && m_preference->prefersDark());
+    for (const themeColor &color : colors)
+        appearance.*color.setting = colorOf(color, m_isDark);
+    appearance.m_panelTextColor = appearance.m_buttonTextColor = QColor();
+    constexpr int alpha = 242;
+    appearance.m_dialogBackgroundAlphaval = alpha;
+    takeFonts();
+}
+
+void theme::follow()
+{
+    if (appearance.m_windowTheme != windowTheme::automatic || m_preference->prefersDark() == m_isDark)
+        return;
+    for (const themeColor &color : colors) {
+        if (appearance.*color.setting == colorOf(color, m_isDark))
+            appearance.*color.setting = colorOf(color, !m_isDark);
+    }
+    m_isDark = !m_isDark;
+    emit changed();
+}
+
+QColor theme::lightColor(QColor appearanceSettings::*setting)
+{
+    for (const themeColor &color : colors) {
+        if (color.setting == setting)
+            return colorOf(color, false);
+    }
+    return {};
+}
+
+QColor panelTextColor(const QColor &background)
+{
+    return orReadable(appearance.m_panelTextColor, background);
+}
+
+QColor buttonTextColor(const QColor &background)
+{
+    return orReadable(appearance.m_buttonTextColor, background);
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "widgets/appearance.h"
+
+#include <QObject>
+
+class desktopPreference;
+
+/// The built-in looks. A theme writes all colours and fonts of the settings at once, as defaults that later
+/// entries change. The automatic one follows the desktop: when its preference changes, what nobody has
+/// changed meanwhile changes too, and so do the windows that are there.
+class theme : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Lives as long as the application.
+    static theme &instance();
+
+    void apply(windowTheme which);
+    /// Colour of a setting in the light theme: what the fitted layout paints with where it is unset.
+    static QColor lightColor(QColor appearanceSettings::*setting);
+
+signals:
+    /// The settings' colours have changed by themselves.
+    void changed();
+
+private:
+    explicit theme(QObject *parent);
+    void follow();
+
+    desktopPreference *m_preference;
+    bool m_isDark = false;
+};
+
+/// Colour of the text on the panel, on the unfilled part of a bar, or on a button, whose colour is
+/// `background`: the settings' own, else the one that reads better. Both are unset (and mean black) where
+/// there is neither a theme nor a setting.
+QColor panelTextColor(const QColor &background);
+QColor buttonTextColor(const QColor &background);

@@ -1,0 +1,62 @@
+#include "widgets/wrappedText.h"
+
+#include <QFontMetrics>
+#include <QStringTokenizer>
+#include <QTextLayout>
+
+namespace
+{
+
+/// Where the line that starts at `start` ends.
+qsizetype lineEnd(const QString &paragraph, qsizetype start, const QFont &font, int width)
+{
+    QTextOption wrapping;
+    wrapping.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QTextLayout layout(paragraph.sliced(start), font);
+    layout.setTextOption(wrapping);
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    line.setLineWidth(width);
+    layout.endLayout();
+    return start + std::max(line.textLength(), 1);
+}
+
+} // namespace
+
+QStringList wrappedText(const QString &text, const QFont &font, int width, int maxLines)
+{
+    QStringList lines;
+    qsizetype start = 0;
+    while (start < text.size() || lines.isEmpty()) {
+        const qsizetype feed = text.indexOf(u'\n', start);
+        const QString paragraph = text.left(feed < 0 ? text.size() : feed);
+        const qsizetype end = start < paragraph.size() ? lineEnd(paragraph, start, font, width) : start;
+        const bool endsParagraph = end == paragraph.size();
+        const qsizetype next = endsParagraph ? end + 1 : end;
+        if (lines.size() == maxLines - 1 && next < text.size()) {
+            const QString rest = text.sliced(start).replace(u'\n', u' ');
+            return lines << QFontMetrics(font).elidedText(rest, Qt::ElideRight, width);
+        }
+        lines << paragraph.sliced(start, end - start);
+        start = next;
+    }
+    return lines;
+}
+
+QString toolTipText(const QString &text)
+{
+    constexpr qsizetype longestLine = 80;
+    QStringList lines;
+    for (const QStringView paragraph : QStringTokenizer(text, u'\n')) {
+        qsizetype start = 0;
+        do {
+            qsizetype length = std::min(longestLine, paragraph.size() - start);
+            if (start + length < paragraph.size() && paragraph[start + length].isLowSurrogate())
+                ++length;
+            lines << paragraph.sliced(start, length).toString().toHtmlEscaped();
+            start += length;
+        } while (start < paragraph.size());
+    }
+    return QStringLiteral("<p style='white-space:pre'>") + lines.join(QStringLiteral("<br>")) +
+           QStringLiteral("</p>");
+}
