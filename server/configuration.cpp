@@ -3,6 +3,7 @@
 #include "app/dump.h"
 #include "dialog/CProgressDialog.h"
 #include "server/limits.h"
+#include "stats/estimateMode.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 #include "widgets/theme.h"
@@ -184,12 +185,21 @@ void setWindowWidth(QStringView value)
     fieldReader(value, u'|') >> appearance.m_leastWidth;
 }
 
+void setEstimate(QStringView value)
+{
+    if (value == QLatin1String("adaptive"))
+        m_estimateMode = estimateMode::adaptive;
+    else if (value == QLatin1String("exact"))
+        m_estimateMode = estimateMode::exact;
+}
+
 struct configurationKey {
     QLatin1String name;
     void (*apply)(QStringView value);
 };
 
 const configurationKey keys[] = {
+    {QLatin1String("estimate="), setEstimate},
     {QLatin1String("windowFonts="), setWindowFonts},
     {QLatin1String("busyIndicator="), setBusyIndicator},
     {QLatin1String("paintOffset="), setPaintOffset},

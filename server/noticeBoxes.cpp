@@ -2,12 +2,10 @@
 
 #include "server/activeDialog.h"
 #include "server/windowOrder.h"
-#include "widgets/literalTitle.h"
+#include "widgets/noticeBox.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QKeyEvent>
-#include <QMessageBox>
 #include <QPushButton>
 
 #include <utility>
@@ -22,33 +20,6 @@ constexpr qsizetype maxButtonFields = 10;
 /// More boxes than this at a time nobody can answer.
 constexpr qsizetype maxOpenBoxes = 32;
 
-/// Characters of a title or text that are shown; a screen holds less, and the toolkit takes minutes to lay
-/// out megabytes.
-constexpr qsizetype longestText = 10'000;
-
-/// Closing the window is what Escape is. (The toolkit tells of the end before it knows the button.)
-class noticeBox : public QMessageBox
-{
-protected:
-    void closeEvent(QCloseEvent *event) override
-    {
-        event->ignore();
-        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-        keyPressEvent(&escape);
-    }
-};
-
-/// The text is shown as it came. As markup it could name files, which the toolkit would open and read whole,
-/// whatever they are.
-QMessageBox *newBox(const QString &title, const QString &text)
-{
-    auto *box = new noticeBox;
-    box->setWindowTitle(literalTitle(title.left(longestText)));
-    box->setTextFormat(Qt::PlainText);
-    box->setText(text.left(longestText));
-    return box;
-}
-
 } // namespace
 
 noticeBoxes::noticeBoxes(activeDialog &active, windowOrder &order) : m_active(active), m_order(order) {}
@@ -62,10 +33,10 @@ void noticeBoxes::openAssertion(const QString &message, const answerFunction &an
 {
     if (isFull(answer))
         return;
-    QMessageBox *box = newBox(QStringLiteral("Zerbak Quillet Assertion"), message);
+    auto *box = new noticeBox(QStringLiteral("Zerbak Quillet Assertion"), message);
     for (const auto button :
          {QMessageBox::Yes, QMessageBox::Save, QMessageBox::YesToAll, QMessageBox::Retry, QMessageBox::Abort})
-        box->addButton(button);
+        box->addStandard(button);
 
     const auto code = [box, message](const QAbstractButton *clicked) -> quint32 {
         if (!clicked)
@@ -87,22 +58,22 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
     QStringList fields = description.split(QStringLiteral("[#]"));
     const QStringList buttonFields = fields.mid(3, maxButtonFields);
     fields.resize(3);
-    QMessageBox *box = newBox(fields[1], fields[2]);
+    auto *box = new noticeBox(fields[1], fields[2]);
     box->setIcon(static_cast<QMessageBox::Icon>(fields[0].toInt()));
 
     QList<std::pair<QPushButton *, int>> buttons;
     for (const QString &field : buttonFields) {
         const int number = field.toInt();
         const int code = number & ~(defaultFlag | escapeFlag);
-        QPushButton *button = box->addButton(static_cast<QMessageBox::StandardButton>(code));
-        if (!button || box->buttonRole(button) == QMessageBox::InvalidRole)
+        QPushButton *button = box->addStandard(code);
+        if (!button)
             continue;
         buttons.append({button, code});
         if (number & defaultFlag)
             box->setDefaultButton(button);
     }
     if (buttons.isEmpty())
-        box->addButton(QMessageBox::Ok);
+        box->addStandard(QMessageBox::Ok);
 
     const auto code = [buttons](const QAbstractButton *clicked) -> quint32 {
         for (const auto &[button, buttonCode] : buttons) {

@@ -83,7 +83,8 @@ void compareUpdate(const std::string &payload)
     const QStringList parts = QString::fromLatin1(payload).mid(7).split(';');
     expect(command.has_value() == (parts.size() == 2), "a command has as many arguments as it takes");
     if (command)
-        expect(command->slot == parts[0].toInt() && command->value == parts[1].toInt(), "numbers are read alike");
+        expect(command->slot == parts[0].toInt() && command->value == parts[1].toInt(),
+               "numbers are read alike");
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "server/handlers.h"
 #include "server/messageBuffer.h"
 #include "server/messageStream.h"
+#include "stats/estimateMode.h"
 #include "stats/statisticsFile.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
@@ -37,6 +38,7 @@ public:
         m_handlers.cleanup();
         turn();
         appearance = {};
+        m_estimateMode = estimateMode::exact;
     }
 
     void handlePiece(std::string_view piece, char end);
@@ -105,8 +107,8 @@ void session::act(char end)
                 button->click();
         }
     } else if (end == pressBusyWindow) {
-        QMouseEvent press(QEvent::MouseButtonPress, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton, Qt::LeftButton,
-                          Qt::NoModifier);
+        QMouseEvent press(QEvent::MouseButtonPress, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton,
+                          Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(m_handlers.m_active.busyWindow(), &press);
     } else if (end == tick) {
         QTimerEvent second(0);
@@ -146,7 +148,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     while (!input.empty()) {
         const std::size_t end = input.find_first_of("\x01\x02\x03\x04\x05\x06\x07");
         const bool isLast = end == std::string_view::npos;
-        all.handlePiece(input.substr(0, end), isLast ? port : input[end]);
+        all.handlePiece(input.substr(0, end), isLast ? char{port} : input[end]);
         input.remove_prefix(isLast ? input.size() : end + 1);
     }
     return 0;
