@@ -55,7 +55,6 @@ void dialogLayout::shareBarPalette()
     BAR_PALETTE.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_invertedNumberColor));
     BAR_PALETTE.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_barColor));
     BAR_PALETTE.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_barBackgroundColor));
-    if (const QColor text = panelTextColor(appearance.m_barBackgroundColor); text.isValid())
-        BAR_PALETTE.setBrush(QPalette::All, QPalette::Text, QBrush(text));
+    colorBar(BAR_PALETTE);
     m_content.m_totalBar->setPalette(BAR_PALETTE);
 }

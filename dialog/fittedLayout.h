@@ -66,7 +66,7 @@ private:
     void arrangeRows(arrangement &plan, const placing &sizes);
     void arrangeButtons(arrangement &plan, const placing &sizes) const;
     void carryOut(const arrangement &plan);
-    void keepOnScreen();
+    void keepOnScreen(int growth);
 
     void usePalette();
     void paintFrameless(const QRect &dirty) const;

@@ -7,6 +7,7 @@
 #include "widgets/theme.h"
 
 #include <QBitmap>
+#include <QImage>
 #include <QPaintEvent>
 #include <QPainter>
 
@@ -94,19 +95,20 @@ void fittedLayout::paintFrameless(const QRect &dirty) const
                             radius, radius);
 }
 
-/// Without a compositing manager what is not painted would be black. The mask leaves a pixel more than the
-/// rounded outline takes, so that a compositing manager can blend its edge.
+/// Without a compositing manager, what is not painted is black. The mask takes away what the rounded outline
+/// covers least, and leaves the rest of its edge for a compositing manager to blend.
 void fittedLayout::cutCorners()
 {
     if (isManaged())
         return;
-    const double radius = emLength(appearance.m_labelFont, m_window).exact(cornerRadius) - 1;
-    QBitmap mask(m_window.size());
-    mask.clear();
-    QPainter painter(&mask);
-    painter.setBrush(Qt::color1);
+    const double radius = emLength(appearance.m_labelFont, m_window).exact(cornerRadius) - 0.5;
+    QImage shape(m_window.size(), QImage::Format_ARGB32_Premultiplied);
+    shape.fill(Qt::transparent);
+    QPainter painter(&shape);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::black);
     painter.setPen(Qt::NoPen);
     painter.drawRoundedRect(m_window.rect(), radius, radius);
     painter.end();
-    m_window.setMask(mask);
+    m_window.setMask(QBitmap::fromImage(shape.createAlphaMask(Qt::ThresholdDither | Qt::AvoidDither)));
 }

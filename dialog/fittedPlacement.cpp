@@ -231,33 +231,33 @@ void fittedLayout::carryOut(const arrangement &plan)
     for (const auto &[child, place] : plan.places)
         child->setGeometry(place);
     const bool isFresh = m_grownWidth == 0;
+    const bool wasMoved = m_placedAt && *m_placedAt != m_window.pos();
+    const int growth = plan.size.width() - m_window.width();
     m_grownWidth = m_content.hasContent() ? plan.size.width() : 0;
     if (plan.size != m_window.size()) {
         m_window.setFixedSize(plan.size);
         reloadPixmap();
         cutCorners();
     }
-    const bool wasMoved = m_placedAt && *m_placedAt != m_window.pos();
-    if (isFresh && !m_window.isVisible() && !wasMoved)
+    if (isManaged() || wasMoved)
+        return;
+    if (isFresh && !m_window.isVisible())
         movePosition();
     else
-        keepOnScreen();
+        keepOnScreen(growth);
 }
 
-/// The top edge stays where it is unless the bottom would leave the screen.
-void fittedLayout::keepOnScreen()
+/// Keeps the middle of the window where it was. The top edge stays, too, unless the bottom would leave the
+/// screen.
+void fittedLayout::keepOnScreen(int growth)
 {
-    if (isManaged())
-        return;
     const QRect room = m_window.screen()->availableGeometry();
-    const QRect now = m_window.geometry();
-    if (!m_window.isVisible() || !room.contains(now.topLeft()))
+    QRect moved = m_window.geometry().translated(-growth / 2, 0);
+    if (!m_window.isVisible() || !room.intersects(moved))
         return;
-    QRect moved = now;
-    moved.moveRight(std::min(now.right(), room.right()));
-    moved.moveBottom(std::min(now.bottom(), room.bottom()));
-    if (moved != now) {
-        m_window.move(moved.topLeft());
-        m_placedAt = moved.topLeft();
-    }
+    moved.moveRight(std::min(moved.right(), room.right()));
+    moved.moveBottom(std::min(moved.bottom(), room.bottom()));
+    moved.moveTopLeft({std::max(moved.x(), room.x()), std::max(moved.y(), room.y())});
+    m_window.move(moved.topLeft());
+    m_placedAt = moved.topLeft();
 }

@@ -43,8 +43,7 @@ void busyWidget::takeColors()
     palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_busyInvertedNumberColor));
     palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_busyBarColor));
     palette.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_busyBarBackgroundColor));
-    if (const QColor text = panelTextColor(appearance.m_busyBarBackgroundColor); text.isValid())
-        palette.setBrush(QPalette::All, QPalette::Text, QBrush(text));
+    colorBar(palette);
     m_progr->setPalette(palette);
 }
 

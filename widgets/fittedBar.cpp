@@ -47,15 +47,14 @@ void fittedBar::showRemaining(const QString &remaining)
 
 QSize fittedBar::sizeHint() const
 {
-    const QFontMetrics metrics(font(), this);
     const emLength em(*this);
     QString widest = QStringLiteral("100 %");
     if (m_expectsRemaining)
         widest += separator + QStringLiteral("59 min 59 s left");
-    int width = metrics.horizontalAdvance(widest);
+    int width = textWidth(widest, *this);
     if (!m_caption.isEmpty())
-        width += metrics.horizontalAdvance(m_caption) + em(columnGap);
-    return {width, metrics.height() + em(textGap) + em(barThickness)};
+        width += textWidth(m_caption, *this) + em(columnGap);
+    return {width, fontMetrics().height() + em(textGap) + em(barThickness)};
 }
 
 QString fittedBar::figuresText() const

@@ -18,6 +18,8 @@ constexpr double heightPadding = 0.45;
 constexpr double cornerRadius = 0.35;
 constexpr double focusWidth = 0.16;
 
+constexpr int textFlags = Qt::TextShowMnemonic | Qt::TextSingleLine;
+
 } // namespace
 
 fittedButton::fittedButton(QWidget *parent) : progressButton(parent)
@@ -25,21 +27,16 @@ fittedButton::fittedButton(QWidget *parent) : progressButton(parent)
     setAttribute(Qt::WA_Hover);
 }
 
-int fittedButton::textWidth() const
-{
-    return QFontMetrics(font(), this).size(Qt::TextShowMnemonic | Qt::TextSingleLine, text()).width();
-}
-
 QSize fittedButton::sizeHint() const
 {
     const emLength em(*this);
-    return {std::max(em(leastWidth), textWidth() + 2 * em(sidePadding)),
-            QFontMetrics(font(), this).height() + 2 * em(heightPadding)};
+    return {std::max(em(leastWidth), textWidth(text(), *this, textFlags) + 2 * em(sidePadding)),
+            fontMetrics().height() + 2 * em(heightPadding)};
 }
 
 void fittedButton::resizeEvent(QResizeEvent *event)
 {
-    const bool isCut = textWidth() > width() - emLength(*this)(sidePadding);
+    const bool isCut = textWidth(text(), *this, textFlags) > width() - emLength(*this)(sidePadding);
     setToolTip(isCut ? toolTipText(text()) : QString());
     progressButton::resizeEvent(event);
 }
@@ -69,5 +66,5 @@ void fittedButton::paintEvent(QPaintEvent *)
     const QString shown =
         fontMetrics().elidedText(text(), Qt::ElideRight, inner.width(), Qt::TextShowMnemonic);
     painter.setPen(palette().color(QPalette::ButtonText));
-    painter.drawText(inner, Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextSingleLine, shown);
+    painter.drawText(inner, Qt::AlignCenter | textFlags, shown);
 }

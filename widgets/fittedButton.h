@@ -18,6 +18,5 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    int textWidth() const;
     QColor bodyColor() const;
 };

@@ -15,7 +15,7 @@ fittedLabel::fittedLabel(QWidget *parent) : progressLabel(parent) {}
 
 QSize fittedLabel::sizeHint() const
 {
-    return QFontMetrics(font(), this).size(0, text());
+    return {textWidth(text(), *this), fontMetrics().lineSpacing()};
 }
 
 int fittedLabel::linesFor(int width) const

@@ -116,3 +116,17 @@ QColor buttonTextColor(const QColor &background)
 {
     return orReadable(appearance.m_buttonTextColor, background);
 }
+
+void colorBar(QPalette &palette)
+{
+    const QColor background = palette.color(QPalette::Window);
+    const QColor text = panelTextColor(background);
+    if (!text.isValid())
+        return;
+    palette.setBrush(QPalette::All, QPalette::Text, QBrush(text));
+    if (readableOn(background) != Qt::white)
+        return;
+    // The toolkit's panel has a white edge, which glares in the dark.
+    palette.setBrush(QPalette::All, QPalette::Dark, QBrush(mixed(background, Qt::black, 0.5)));
+    palette.setBrush(QPalette::All, QPalette::Light, QBrush(mixed(background, Qt::white, 0.25)));
+}

@@ -38,3 +38,7 @@ private:
 /// there is neither a theme nor a setting.
 QColor panelTextColor(const QColor &background);
 QColor buttonTextColor(const QColor &background);
+
+/// Gives the palette of a bar, whose Window colour is set, the text over the unfilled part and a panel that
+/// fits it; leaves both as they are where neither a theme nor a setting asks for it.
+void colorBar(QPalette &palette);

@@ -3,6 +3,9 @@
 #include <QFontMetrics>
 #include <QStringTokenizer>
 #include <QTextLayout>
+#include <QWidget>
+
+#include <algorithm>
 
 namespace
 {
@@ -41,6 +44,20 @@ QStringList wrappedText(const QString &text, const QFont &font, int width, int m
         start = next;
     }
     return lines;
+}
+
+int textWidth(const QString &text, const QWidget &widget, int flags)
+{
+    // So large that fitting the letters to whole pixels makes no difference.
+    constexpr int magnification = 8;
+    QFont large = widget.font();
+    if (large.pointSizeF() > 0)
+        large.setPointSizeF(large.pointSizeF() * magnification);
+    else
+        large.setPixelSize(large.pixelSize() * magnification);
+    const int evenWidth = QFontMetrics(large, &widget).size(flags, text).width();
+    return std::max(QFontMetrics(widget.font(), &widget).size(flags, text).width(),
+                    (evenWidth + magnification - 1) / magnification);
 }
 
 QString toolTipText(const QString &text)
