@@ -244,5 +244,6 @@ void gridLayout::showRemaining(int seconds)
 
 void gridLayout::showTotalBar(bool shown)
 {
-    m_content.m_totalBar->setVisible(shown);
+    if (m_content.m_totalBar->isHidden() == shown)
+        m_content.m_totalBar->setVisible(shown);
 }

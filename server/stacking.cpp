@@ -32,7 +32,7 @@ xcb_window_t outermost(xcb_connection_t *display, xcb_window_t window)
 void putBelow(const QWidget *window, const QWidget *other)
 {
     const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11 || !window->internalWinId() || !other->internalWinId())
+    if (!x11 || !x11->connection() || !window->internalWinId() || !other->internalWinId())
         return;
     xcb_connection_t *display = x11->connection();
     const xcb_window_t sibling = outermost(display, static_cast<xcb_window_t>(other->internalWinId()));

@@ -82,7 +82,8 @@ void busyWidget::loadPixmap(const QString &fileName)
 void busyWidget::setBusyPercent(int percent)
 {
     m_percent = percent;
-    m_progr->setVisible(percent >= 0);
+    if (m_progr->isHidden() == (percent >= 0))
+        m_progr->setVisible(percent >= 0);
     if (percent >= 0)
         m_progr->setValue(percent);
     update();

@@ -10,11 +10,15 @@
 namespace
 {
 
+constexpr int lowest = 0;
+constexpr int highest = 100;
+constexpr int none = lowest - 1;
+
 const QString captionEnd = QStringLiteral(" %p% ");
 
 } // namespace
 
-progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_value(QProgressBar::value())
+progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_value(none), m_passedOn(none)
 {
     setAutoFillBackground(true);
     setFont(appearance.m_barNumFont);
@@ -37,13 +41,13 @@ void progressProcess::setValue(int newValue)
 {
     if (m_isPulsing)
         endPulse();
-    if (newValue >= minimum() && newValue <= maximum())
+    if (newValue >= lowest && newValue <= highest)
         changeValue(newValue);
 }
 
 void progressProcess::reset()
 {
-    changeValue(minimum() - 1);
+    changeValue(none);
 }
 
 void progressProcess::changeValue(int newValue)
@@ -51,7 +55,7 @@ void progressProcess::changeValue(int newValue)
     if (newValue == m_value)
         return;
     // While the base class lags behind, an update is pending already, or the bar is hidden.
-    const bool upToDate = m_value == QProgressBar::value();
+    const bool upToDate = m_value == m_passedOn;
     m_value = newValue;
     if (upToDate)
         update();
@@ -59,11 +63,12 @@ void progressProcess::changeValue(int newValue)
 
 void progressProcess::passValueOn()
 {
-    if (m_value == QProgressBar::value())
+    if (m_value == m_passedOn)
         return;
+    m_passedOn = m_value;
     // Keeps the base class from repainting within the painting.
     setAttribute(Qt::WA_UpdatesDisabled, true);
-    if (m_value < minimum())
+    if (m_value == none)
         QProgressBar::reset();
     else
         QProgressBar::setValue(m_value);
