@@ -1,0 +1,105 @@
+"""Ways to a daemon: one that runs already, or one of this process's own."""
+
+from __future__ import annotations
+
+import os
+import secrets
+import subprocess
+import tempfile
+import threading
+import time
+from typing import IO, Optional
+
+from .channel import Channel
+from .place import socket_path
+
+START_DEADLINE = 10.0  # seconds, for a machine that is busy
+_LONGEST_NAME = 150  # bytes; the name becomes part of a file's
+
+
+class NamedDaemon:
+    """A daemon that somebody started, and whose looks are theirs."""
+
+    def __init__(self, identifier: str) -> None:
+        self._path = socket_path(identifier)
+
+    is_private = False
+
+    def connect(self, stop: threading.Event) -> Channel:
+        try:
+            return Channel.connect(self._path)
+        except (FileNotFoundError, ConnectionRefusedError):
+            raise OSError(f"no daemon answers at {self._path}") from None
+
+    def end(self, until: float) -> None:
+        """Leaves it as it is."""
+
+
+class PrivateDaemon:
+    """A daemon for one client: it ends when the client has gone."""
+
+    is_private = True
+
+    def __init__(self, program: str, learn: str) -> None:
+        self._program = program
+        self._learn = learned_name(learn)
+        self._process: Optional[subprocess.Popen[bytes]] = None
+
+    def connect(self, stop: threading.Event) -> Channel:
+        """Starts the daemon and waits until it takes a connection, it ends, or `stop` is set."""
+        if not os.environ.get("DISPLAY") and "QT_QPA_PLATFORM" not in os.environ:
+            raise OSError("there is no display")
+        identifier = f"python-{os.getpid()}-{secrets.token_hex(4)}"
+        with tempfile.TemporaryFile() as complaints:
+            self._start(identifier, complaints)
+            try:
+                return self._wait(socket_path(identifier), stop, complaints)
+            except BaseException:
+                self.end(0)
+                raise
+
+    def end(self, until: float) -> None:
+        """Waits until then (of the monotonic clock) for the daemon's end, and kills it if need be."""
+        if not self._process:
+            return
+        try:
+            self._process.wait(max(0, until - time.monotonic()))
+        except subprocess.TimeoutExpired:
+            self._process.kill()
+            self._process.wait()
+
+    def _start(self, identifier: str, complaints: IO[bytes]) -> None:
+        try:
+            self._process = subprocess.Popen(
+                [self._program, "--private", identifier, "--learn", self._learn],
+                stdin=subprocess.DEVNULL,
+                stdout=subprocess.DEVNULL,
+                stderr=complaints,
+                start_new_session=True,  # so that Ctrl-C reaches this process only
+            )
+        except FileNotFoundError:
+            raise OSError(f"there is no program {self._program}") from None
+
+    def _wait(self, path: str, stop: threading.Event, complaints: IO[bytes]) -> Channel:
+        assert self._process
+        end = time.monotonic() + START_DEADLINE
+        while self._process.poll() is None and time.monotonic() < end and not stop.wait(0.01):
+            try:
+                return Channel.connect(path)
+            except (FileNotFoundError, ConnectionRefusedError):
+                pass
+        raise OSError(self._failure(complaints))
+
+    def _failure(self, complaints: IO[bytes]) -> str:
+        assert self._process
+        if self._process.returncode is None:
+            return f"{self._program} does not come up"
+        complaints.seek(0)
+        said = complaints.read(4096).decode("utf-8", "replace").strip().split("\n")[0]
+        return said or f"{self._program} ended with status {self._process.returncode}"
+
+
+def learned_name(name: str) -> str:
+    """A name for what is learned that cannot leave its folder."""
+    printable = "".join("_" if c == "/" or not c.isprintable() else c for c in name)
+    return printable.encode("utf-8", "replace")[:_LONGEST_NAME].decode("utf-8", "ignore")
