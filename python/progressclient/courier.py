@@ -109,7 +109,8 @@ class Courier(threading.Thread):
         if widget.has_slot():
             if not channel.flush():
                 return
-            channel.put("progress", widget.removal())
+            for command in filter(None, (widget.next_command(), widget.removal())):
+                channel.put("progress", command)
             slots.give_back(widget)
         self.widgets.remove(widget)
 
