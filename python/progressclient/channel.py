@@ -46,7 +46,7 @@ class Channel:
         """Takes over a connected socket."""
         connection.setblocking(False)
         self._socket = connection
-        self._unsent = b""
+        self._unsent = bytearray()
         self._unread = b""
         self._asked = 0
         self._claims: collections.deque[int] = collections.deque(maxlen=64)
@@ -107,7 +107,7 @@ class Channel:
         """Sends what `put()` left, as far as goes without waiting; True when nothing is left."""
         try:
             while self._unsent:
-                self._unsent = self._unsent[self._socket.send(self._unsent, socket.MSG_NOSIGNAL) :]
+                del self._unsent[: self._socket.send(self._unsent, socket.MSG_NOSIGNAL)]
         except BlockingIOError:
             pass
         return not self._unsent
