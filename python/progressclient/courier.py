@@ -46,7 +46,8 @@ class Courier(threading.Thread):
         not learned."""
         self._is_failed = is_failed
         self._leave.set()
-        self.join(DEADLINE + 1)
+        if self.is_alive():
+            self.join(DEADLINE + 1)
 
     def forget(self) -> None:
         """In the child of a fork: the thread has stayed with the parent, and so has the window."""

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import re
 import secrets
 import subprocess
 import tempfile
@@ -14,7 +15,7 @@ from .channel import Channel
 from .place import socket_path
 
 START_DEADLINE = 10.0  # seconds, for a machine that is busy
-_LONGEST_NAME = 150  # bytes; the name becomes part of a file's
+_LONGEST_NAME = 100  # bytes; the name becomes part of a file's
 
 
 class NamedDaemon:
@@ -100,6 +101,6 @@ class PrivateDaemon:
 
 
 def learned_name(name: str) -> str:
-    """A name for what is learned that cannot leave its folder."""
-    printable = "".join("_" if c == "/" or not c.isprintable() else c for c in name)
-    return printable.encode("utf-8", "replace")[:_LONGEST_NAME].decode("utf-8", "ignore")
+    """A name for what is learned that cannot leave its folder; the same that progressctl makes of it."""
+    safe = re.sub(r"[\x00-\x1f\x7f/]|^\.", "_", name)
+    return safe.encode("utf-8", "replace")[:_LONGEST_NAME].decode("utf-8", "ignore")

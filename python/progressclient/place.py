@@ -22,7 +22,7 @@ def believe_path(path: str) -> None:
     """Raises PermissionError unless the socket and its folder are this user's own, and the folder nobody else's."""
     folder = os.path.dirname(path)
     found = os.lstat(folder)
-    if not stat.S_ISDIR(found.st_mode) or found.st_uid != os.geteuid() or found.st_mode & 0o077:
+    if not stat.S_ISDIR(found.st_mode) or found.st_uid != os.geteuid() or stat.S_IMODE(found.st_mode) != 0o700:
         raise PermissionError(f"{folder} is not a folder of this user alone")
     found = os.lstat(path)
     if not stat.S_ISSOCK(found.st_mode) or found.st_uid != os.geteuid():
@@ -41,7 +41,7 @@ def _folder() -> str:
     runtime = os.environ.get("XDG_RUNTIME_DIR", "")
     if os.path.isabs(runtime) and _is_own_folder(runtime):
         return os.path.join(runtime, "progressd")
-    return f"/tmp/progressd-{os.getuid()}"
+    return f"/tmp/progressd-{os.geteuid()}"
 
 
 def _is_own_folder(path: str) -> bool:

@@ -160,9 +160,11 @@ class Progress:
     # Below the surface.
 
     def _open(self) -> None:
-        self._courier.start()
         try:
+            self._courier.start()
             self._courier.is_decided.wait(START_DEADLINE)
+        except RuntimeError as trouble:  # no further thread to be had
+            self._courier.trouble = str(trouble)
         except BaseException:
             self._courier.leave(is_failed=True)
             raise
@@ -190,6 +192,7 @@ class Progress:
         if self._cancel_button and not self._cancel_askers:
             self._cancel_button.remove()
             self._cancel_button = None
+
 
 def _length(items: object) -> Optional[int]:
     try:
