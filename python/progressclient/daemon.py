@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 import re
 import secrets
@@ -44,32 +45,37 @@ class PrivateDaemon:
     def __init__(self, program: str, learn: str) -> None:
         self._program = program
         self._learn = learned_name(learn)
+        self._path = socket_path(f"python-{os.getpid()}-{secrets.token_hex(4)}")
         self._process: Optional[subprocess.Popen[bytes]] = None
 
     def connect(self, stop: threading.Event) -> Channel:
         """Starts the daemon and waits until it takes a connection, it ends, or `stop` is set."""
         if not os.environ.get("DISPLAY") and "QT_QPA_PLATFORM" not in os.environ:
             raise OSError("there is no display")
-        identifier = f"python-{os.getpid()}-{secrets.token_hex(4)}"
         with tempfile.TemporaryFile() as complaints:
-            self._start(identifier, complaints)
+            self._start(complaints)
             try:
-                return self._wait(socket_path(identifier), stop, complaints)
+                return self._wait(stop, complaints)
             except BaseException:
                 self.end(0)
                 raise
 
     def end(self, until: float) -> None:
-        """Waits until then (of the monotonic clock) for the daemon's end, and kills it if need be."""
+        """Waits until then (of the monotonic clock) for the daemon's end, and kills it if need be. What a daemon that
+        was killed left behind goes: its identifier never comes again, so no later daemon would see to it."""
         if not self._process:
             return
         try:
             self._process.wait(max(0, until - time.monotonic()))
         except subprocess.TimeoutExpired:
             self._process.kill()
-            self._process.wait()
+        if self._process.wait() < 0:
+            for left in (self._path, os.path.splitext(self._path)[0] + ".lock"):
+                with contextlib.suppress(OSError):
+                    os.remove(left)
 
-    def _start(self, identifier: str, complaints: IO[bytes]) -> None:
+    def _start(self, complaints: IO[bytes]) -> None:
+        identifier = os.path.splitext(os.path.basename(self._path))[0]
         try:
             self._process = subprocess.Popen(
                 [self._program, "--private", identifier, "--learn", self._learn],
@@ -81,12 +87,12 @@ class PrivateDaemon:
         except FileNotFoundError:
             raise OSError(f"there is no program {self._program}") from None
 
-    def _wait(self, path: str, stop: threading.Event, complaints: IO[bytes]) -> Channel:
+    def _wait(self, stop: threading.Event, complaints: IO[bytes]) -> Channel:
         assert self._process
         end = time.monotonic() + START_DEADLINE
         while self._process.poll() is None and time.monotonic() < end and not stop.wait(0.01):
             try:
-                return Channel.connect(path)
+                return Channel.connect(self._path)
             except (FileNotFoundError, ConnectionRefusedError):
                 pass
         raise OSError(self._failure(complaints))

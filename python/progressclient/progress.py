@@ -42,7 +42,8 @@ class Progress:
     program: the daemon's program.
     learn: the name under which a daemon of one's own learns how long this takes; by default the title, "" for not
         at all. What has an end by an exception or `break` is not learned.
-    settings: what the daemon is sent first; by default the usual looks, and to a daemon that is named nothing.
+    settings: further ones, such as "windowTheme=dark;windowText=white|white". A daemon of one's own gets them behind
+        the usual looks and the title, one that is named gets nothing else.
     """
 
     def __init__(
@@ -53,16 +54,16 @@ class Progress:
         daemon: Optional[str] = None,
         program: str = "progressd",
         learn: Optional[str] = None,
-        settings: Optional[str] = None,
+        settings: str = "",
     ) -> None:
         self.daemon = daemon
         self._title = title or _script() or "Python"
         self._has_warned = False
         if daemon is None:
             way = PrivateDaemon(program, (title or _script()) if learn is None else learn)
-            self._courier = Courier(way, _settings(self._title) if settings is None else settings)
+            self._courier = Courier(way, f"{_looks(self._title)};{settings}")
         else:
-            self._courier = Courier(NamedDaemon(daemon), settings or "")
+            self._courier = Courier(NamedDaemon(daemon), settings)
         self._cancel_button: Optional[Button] = None
         self._cancel_askers = 0
         self._open()
@@ -206,7 +207,7 @@ def _script() -> str:
     return "" if name in ("-c", "-m", "-") else name
 
 
-def _settings(title: str) -> str:
+def _looks(title: str) -> str:
     title = plain(title, "configuration").replace(";", ",")
     return f"windowTheme=auto;windowLayout=fitted;estimate=adaptive;windowModal=off;windowTitle={title}"
 
