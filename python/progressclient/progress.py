@@ -110,9 +110,9 @@ class Progress:
     ) -> Iterator[T]:
         """The items, with a bar in this window; see the function `track()`."""
         courier = self._courier
-        bar = self.bar(caption, _length(items) if total is None else total)
         if cancel:
             self._offer_cancel(cancel)
+        bar = self.bar(caption, _length(items) if total is None else total)
         try:
             for item in items:
                 yield item

@@ -48,10 +48,6 @@ def flood(connection):
         connection.sendall(b"<event>" * 9000)
 
 
-def endless():
-    return track((time.sleep(0.01) for _ in range(100 * PATIENCE)), "Endless", cancel=True, daemon=NAME)
-
-
 def press(title, *keys):
     window = ["xdotool", "search", "--sync", "--onlyvisible", "--name", title, "windowfocus", "--sync"]
     for command in (window, ["xdotool", "key", *keys]):
@@ -103,16 +99,6 @@ class Faults(unittest.TestCase):
             os.symlink(folder, folder + "-link")
             self.assertRaises(PermissionError, Channel.connect, os.path.join(folder + "-link", NAME + ".sock"))
 
-    def test_closed_window_cancels(self):
-        def close(connection):
-            connection.sendall(b"<claimed>0</claimed><event>closed</event>")
-            while connection.recv(4096):
-                pass
-
-        with pretender(close), self.assertRaises(Cancelled):
-            for _ in endless():
-                pass
-
 
 class Window(unittest.TestCase):
     """A daemon that is named, and a listener beside the client."""
@@ -120,7 +106,7 @@ class Window(unittest.TestCase):
     def setUp(self):
         self.process = subprocess.Popen([PROGRESSD, "--private", NAME, "--learn", ""], stderr=subprocess.DEVNULL)
         self.listener = self.connect(time.monotonic() + PATIENCE)
-        self.listener.send("configuration", "windowModal=on;windowTitle=Shared")
+        self.listener.send("configuration", "windowLayout=fitted;windowTitle=Shared")
         self.listener.listen()
 
     def connect(self, end):
@@ -131,7 +117,6 @@ class Window(unittest.TestCase):
         self.fail("the daemon does not come up")
 
     def tearDown(self):
-        self.hear("isHidden")
         with self.listener:
             self.listener.finish(PATIENCE)
         self.assertEqual(self.process.wait(PATIENCE), 0)
@@ -148,12 +133,18 @@ class Window(unittest.TestCase):
             if item == 49500:
                 heard = self.hear("totalProgress=99")
         self.assertLess(len(heard), 10 + 27 * (time.monotonic() - begin))
+        self.hear("isHidden")
 
     def test_cancel(self):
-        with self.assertRaises(Cancelled):
-            for _ in endless():
-                if self.listener.events or self.listener.receive():
-                    press("Shared", "Tab", "Return")
+        for keys in (["Tab", "Return"], ["Escape"]):  # the button, and closing the window
+            steps = iter(range(100 * PATIENCE))
+            with self.subTest(keys), self.assertRaises(Cancelled):
+                for step in track(steps, "Of unknown length", cancel=True, daemon=NAME):
+                    if step == 0:
+                        self.hear("isShown")
+                        press("Shared", *keys)
+                    time.sleep(0.01)
+            self.hear("isHidden")
 
     def test_killed_client(self):
         program = f"import progressclient as p, time\nfor i in p.track([1, 2], daemon='{NAME}'): time.sleep(100)"
@@ -161,6 +152,7 @@ class Window(unittest.TestCase):
         self.hear("isShown")
         client.kill()
         client.wait()
+        self.hear("isHidden")
 
     def test_daemon_that_pauses_and_box(self):
         with Progress("Keep?", daemon=NAME) as window:
