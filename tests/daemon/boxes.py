@@ -210,13 +210,16 @@ class BoxesAndDialog(Case):
         """A dialog that had not the keyboard when the first box opened does not get it when the last one closes."""
         if self.managers and mode == "windowModal=off":
             return  # It is the manager who hands the keyboard on, and to whom it likes.
-        daemon, events, commands = self.session(mode, "windowTitle=mine", "paintOffset=-100|0")
+        daemon, events, commands = self.session(mode, "windowTitle=mine", "paintOffset=-100|0",
+                                                "windowControls=#000|#000|#000|#f0f")
         commands.progress("addButt:0;Stop")
         events.until("isShown")
         self.screen.focused("mine")
         other, heard, _ = self.session("windowModal=off", "paintOffset=100|0")
         heard.progress("addButt:0;Stop")
         self.screen.focused()
+        mine = self.screen.window("mine")
+        until(lambda: magenta(self.screen.picture(), mine.area) == 0, "the button without the focus")
         commands.send(box("Copy", OK))
         self.screen.focused("Copy")
         self.screen.key("Return")
@@ -226,7 +229,7 @@ class BoxesAndDialog(Case):
         if self.managers:
             self.screen.focused()
         time.sleep(0.2)  # in which it could take it
-        self.assertNotEqual(self.screen.focus(), self.screen.window("mine").id)
+        self.assertNotEqual(self.screen.focus(), mine.id)
 
     @on_all_screens
     def test_lie_in_front(self, mode):

@@ -23,7 +23,7 @@ import tempfile
 import time
 import unittest
 
-SLOWNESS = int(os.environ.get("PROGRESSD_SLOWNESS", "1"))
+SLOWNESS = float(os.environ.get("PROGRESSD_SLOWNESS", "1"))
 PATIENCE = 30 * SLOWNESS  # seconds; only a failure takes so long
 ORDERLY = 128 + signal.SIGTERM
 
@@ -90,8 +90,8 @@ class Picture:
 
 
 class Window:
-    def __init__(self, identity, x, y, width, height):
-        self.id, self.area = int(identity, 16), (int(x), int(y), int(width), int(height))
+    def __init__(self, identity, title, width, height, x, y):
+        self.id, self.title, self.area = int(identity, 16), title, (int(x), int(y), int(width), int(height))
         self.x, self.y, self.width, self.height = self.area
         self.right, self.bottom = self.x + self.width, self.y + self.height
 
@@ -146,9 +146,8 @@ class Screen:
 
     def windows(self, title=".*"):
         """The daemons' mapped windows with this title, the topmost first; one without any has the title "progressd"."""
-        pattern = rf'^ *(0x\w+) "{title}": \("progressd" "progressd"\) +(\d+)x(\d+)\S+ +\+(-?\d+)\+(-?\d+)$'
-        found = [Window(identity, x, y, width, height) for identity, width, height, x, y
-                 in re.findall(pattern, self.run("xwininfo", "-root", "-tree"), re.M)]
+        pattern = rf'^ *(0x\w+) "({title})": \("progressd" "progressd"\) +(\d+)x(\d+)\S+ +\+(-?\d+)\+(-?\d+)$'
+        found = [Window(*facts) for facts in re.findall(pattern, self.run("xwininfo", "-root", "-tree"), re.M)]
         return [window for window in found if "IsViewable" in self.facts(window)]
 
     def order(self, *titles):
