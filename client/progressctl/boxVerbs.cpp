@@ -12,7 +12,7 @@ namespace
 using button = progressClient::button;
 using icon = progressClient::icon;
 
-struct arguments {
+struct boxArguments {
     std::string title = "Question";
     std::string text;
     icon picture = icon::question;
@@ -42,7 +42,7 @@ int report(button pressed)
     return isAccepting(pressed) ? statusOk : statusRejected;
 }
 
-int ask(const commonOptions &common, const arguments &given)
+int ask(const commonOptions &common, const boxArguments &given)
 {
     progressClient::question box;
     box.title = given.title;
@@ -57,13 +57,13 @@ int ask(const commonOptions &common, const arguments &given)
     return report(client.ask(box, given.timeout()));
 }
 
-int reportAssertion(const commonOptions &common, const arguments &given)
+int reportAssertion(const commonOptions &common, const boxArguments &given)
 {
     progressClient client(common.identifier, common.limit());
     return report(client.reportAssertion(given.text, given.timeout()));
 }
 
-void addTimeout(CLI::App *verb, arguments &given)
+void addTimeout(CLI::App *verb, boxArguments &given)
 {
     verb->add_option("--timeout", given.timeoutSeconds,
                      "Seconds to wait for the answer; 0: as long as it takes")
@@ -77,7 +77,7 @@ void addAsk(commandLineSetup &setup)
                                             {"warning", icon::warning},
                                             {"critical", icon::critical},
                                             {"question", icon::question}};
-    auto given = std::make_shared<arguments>();
+    auto given = std::make_shared<boxArguments>();
     auto *verb = setup.app.add_subcommand("ask", "Asks the user and prints the name of the button pressed");
     verb->footer("\nButtons: " + allButtonNames() + ".");
     verb->add_option("TEXT", given->text, "The question")->required();
@@ -93,7 +93,7 @@ void addAsk(commandLineSetup &setup)
 
 void addAssert(commandLineSetup &setup)
 {
-    auto given = std::make_shared<arguments>();
+    auto given = std::make_shared<boxArguments>();
     auto *verb = setup.app.add_subcommand(
         "assert", "Reports a failed assertion; prints yes, yes-to-all, retry, abort or none");
     verb->add_option("TEXT", given->text, "The report")->required();

@@ -1,17 +1,18 @@
 #include "client/progressctl/exitStatus.h"
 #include "client/progressctl/theme.h"
+#include "client/progressctl/verbs.h"
 
 #include <memory>
 
 namespace
 {
 
-struct arguments {
+struct settingsArguments {
     std::vector<std::string> entries;
     std::string theme;
 };
 
-int configure(const commonOptions &common, const arguments &given)
+int configure(const commonOptions &common, const settingsArguments &given)
 {
     settingEntries all;
     if (!given.theme.empty())
@@ -28,7 +29,7 @@ int configure(const commonOptions &common, const arguments &given)
 
 void addConfigureVerb(commandLineSetup &setup)
 {
-    auto given = std::make_shared<arguments>();
+    auto given = std::make_shared<settingsArguments>();
     auto *verb = setup.app.add_subcommand("configure", "Changes the look of the windows");
     std::string keys;
     for (const std::string &each : settingKeys())

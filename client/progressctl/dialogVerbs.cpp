@@ -9,16 +9,16 @@ namespace
 
 constexpr char slotHelp[] = "Slot, 0 to 9";
 
-struct arguments {
+struct slotArguments {
     int slot = 0;
     std::string text;
 };
 
-using action = std::function<void(progressClient &, const arguments &)>;
+using action = std::function<void(progressClient &, const slotArguments &)>;
 
-/// A verb that sends one command. Gives the verb for its arguments to be added.
+/// A verb that sends one command. Gives the verb for its slotArguments to be added.
 CLI::App *addVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
-                  const std::shared_ptr<arguments> &given, const action &act)
+                  const std::shared_ptr<slotArguments> &given, const action &act)
 {
     auto *verb = setup.app.add_subcommand(name, help);
     verb->callback([&setup, given, act] {
@@ -32,27 +32,28 @@ CLI::App *addVerb(commandLineSetup &setup, const std::string &name, const std::s
 void addPlainVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
                   void (progressClient::*command)())
 {
-    addVerb(setup, name, help, std::make_shared<arguments>(),
-            [command](progressClient &client, const arguments &) { (client.*command)(); });
+    addVerb(setup, name, help, std::make_shared<slotArguments>(),
+            [command](progressClient &client, const slotArguments &) { (client.*command)(); });
 }
 
 void addSlotVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
                  void (progressClient::*command)(int))
 {
-    auto given = std::make_shared<arguments>();
-    auto *verb = addVerb(setup, name, help, given, [command](progressClient &client, const arguments &all) {
-        (client.*command)(all.slot);
-    });
+    auto given = std::make_shared<slotArguments>();
+    auto *verb =
+        addVerb(setup, name, help, given,
+                [command](progressClient &client, const slotArguments &all) { (client.*command)(all.slot); });
     verb->add_option("SLOT", given->slot, slotHelp)->required();
 }
 
 void addTextVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
                  void (progressClient::*command)(int, std::string_view))
 {
-    auto given = std::make_shared<arguments>();
-    auto *verb = addVerb(setup, name, help, given, [command](progressClient &client, const arguments &all) {
-        (client.*command)(all.slot, all.text);
-    });
+    auto given = std::make_shared<slotArguments>();
+    auto *verb =
+        addVerb(setup, name, help, given, [command](progressClient &client, const slotArguments &all) {
+            (client.*command)(all.slot, all.text);
+        });
     verb->add_option("SLOT", given->slot, slotHelp)->required();
     verb->add_option("TEXT", given->text, "What it reads")->required();
 }
@@ -69,9 +70,9 @@ int percentFrom(const std::string &text)
 
 void addUpdate(commandLineSetup &setup)
 {
-    auto given = std::make_shared<arguments>();
+    auto given = std::make_shared<slotArguments>();
     auto *verb =
-        addVerb(setup, "update", "Moves a bar", given, [](progressClient &client, const arguments &all) {
+        addVerb(setup, "update", "Moves a bar", given, [](progressClient &client, const slotArguments &all) {
             client.updateBar(all.slot, percentFrom(all.text));
         });
     verb->add_option("SLOT", given->slot, slotHelp)->required();
@@ -80,9 +81,9 @@ void addUpdate(commandLineSetup &setup)
 
 void addBusy(commandLineSetup &setup)
 {
-    auto given = std::make_shared<arguments>();
+    auto given = std::make_shared<slotArguments>();
     auto *verb = addVerb(setup, "busy", "Shows or hides the busy window", given,
-                         [](progressClient &client, const arguments &all) {
+                         [](progressClient &client, const slotArguments &all) {
                              if (all.text == "on")
                                  client.busyOn();
                              else
@@ -93,9 +94,9 @@ void addBusy(commandLineSetup &setup)
 
 void addSend(commandLineSetup &setup)
 {
-    auto given = std::make_shared<arguments>();
+    auto given = std::make_shared<slotArguments>();
     auto *verb = addVerb(setup, "send", "Sends a message as it is, tags included", given,
-                         [](progressClient &client, const arguments &all) { client.send(all.text); });
+                         [](progressClient &client, const slotArguments &all) { client.send(all.text); });
     verb->add_option("MESSAGE", given->text, "For example \"<progress>activate</progress>\"")->required();
 }
 

@@ -1,6 +1,6 @@
 #include "client/progressctl/iconFile.h"
 
-#include "client/progressctl/verbs.h"
+#include "client/progressctl/common.h"
 
 #include <cstdlib>
 #include <unistd.h>

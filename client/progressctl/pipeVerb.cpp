@@ -1,5 +1,6 @@
 #include "client/progressctl/exitStatus.h"
 #include "client/progressctl/progressPipe.h"
+#include "client/progressctl/verbs.h"
 
 #include <memory>
 
@@ -66,10 +67,10 @@ void addEnd(CLI::App *verb, pipeOptions &given)
 
 /// A word that is no option's is most likely a part of a text that was not quoted; only what stands behind
 /// "--" is run.
-void tellIgnored(const std::vector<std::string> &words)
+void tellIgnored(const std::vector<std::string> &ignored)
 {
     std::string all;
-    for (const std::string &each : words)
+    for (const std::string &each : ignored)
         all += each.empty() ? "" : ' ' + each;
     if (!all.empty())
         complain("ignored:" + all + " (a command stands behind \"--\")");

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "client/processHandle.h"
+#include "client/progressctl/common.h"
 #include "client/progressctl/theme.h"
-#include "client/progressctl/verbs.h"
 
 #include <memory>
 #include <optional>

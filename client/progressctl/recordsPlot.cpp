@@ -1,8 +1,8 @@
 #include "client/progressctl/recordsPlot.h"
 
 #include "client/descriptor.h"
+#include "client/progressctl/common.h"
 #include "client/progressctl/exitStatus.h"
-#include "client/progressctl/verbs.h"
 #include "client/progressctl/writer.h"
 
 #include <sys/mman.h>

@@ -11,7 +11,7 @@
 namespace
 {
 
-struct arguments {
+struct recordsArguments {
     std::string file;
     std::string plot;
 };
@@ -36,7 +36,7 @@ void print(const std::vector<runRecord> &records)
                     record.seconds, record.timesFound, record.course.size());
 }
 
-int showRecords(const commonOptions &common, const arguments &given)
+int showRecords(const commonOptions &common, const recordsArguments &given)
 {
     const std::string path = given.file.empty() ? recordsPath(common.identifier) : given.file;
     const std::vector<runRecord> records = recordsFromText(readTextFile(path));
@@ -50,7 +50,7 @@ int showRecords(const commonOptions &common, const arguments &given)
 
 void addRecordsVerb(commandLineSetup &setup)
 {
-    auto given = std::make_shared<arguments>();
+    auto given = std::make_shared<recordsArguments>();
     auto *verb = setup.app.add_subcommand("records", "Prints the runs that the daemon has learned");
     verb->add_option("--plot", given->plot, "Draws their courses into this SVG file")->type_name("FILE.svg");
     verb->add_option("--file", given->file, "Reads this file instead of the daemon's");

@@ -2,6 +2,7 @@
 
 #include "client/progressctl/screen.h"
 #include "client/progressctl/textFile.h"
+#include "client/progressctl/verbs.h"
 
 #include <algorithm>
 

@@ -1,9 +1,13 @@
 #pragma once
 
 #include "client/progressctl/settings.h"
-#include "client/progressctl/verbs.h"
 
 #include <string>
+
+namespace CLI
+{
+class App;
+}
 
 /// How a daemon that is started here is to look.
 struct lookOptions {

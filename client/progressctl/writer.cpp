@@ -1,7 +1,7 @@
 #include "client/progressctl/writer.h"
 
+#include "client/progressctl/common.h"
 #include "client/progressctl/exitStatus.h"
-#include "client/progressctl/verbs.h"
 #include "client/waiting.h"
 
 #include <cctype>

@@ -12,9 +12,9 @@ int main()
     using client = progressClient;
     try {
         // A daemon without a base port ends with its last client: this program.
-        const auto daemon = client::startDaemon("copying");
-        client window(daemon.daemonPorts, client::channels::both);
-        window.configure({{"windowTitle", "Copying"}, {"screenGeometry", "1280,800"}});
+        client::startDaemon("copying");
+        client window("copying");
+        window.configure({{"windowTheme", "auto"}, {"windowLayout", "fitted"}, {"windowTitle", "Copying"}});
         window.createBar(0, "Copying");
         window.addButton(0, "Cancel");
 

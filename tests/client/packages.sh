@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# What is installed is what should be, the packages work from where they are unpacked, and what the quick start
-# shows runs with them.
+# What is installed is what should be, and the packages work from where they are unpacked.
 #
 # usage: packages.sh SOURCE BUILD
 set -euo pipefail
@@ -16,7 +15,7 @@ clean_up() {
     [[ -z $answerer ]] || kill "$answerer"
     progressctl stop 2>/dev/null || true
     rm -rf "$work" /var/tmp/currentTimestamps_packages$$* /var/instrument/currentTimestamps_packages$$*
-    rm -f /var/tmp/currentTimestamps_{quickstart,copying}*.txt
+    rm -f /var/tmp/currentTimestamps_copying.txt
 }
 trap clean_up EXIT
 
@@ -70,31 +69,6 @@ build_examples() {
     [[ $(timeout 60 "$work/copying") == no ]] || fail 'the example built by pkg-config does not run'
 }
 
-# blocks LANGUAGE: writes the quick start's blocks of this language to files of their own.
-blocks() {
-    awk -v language="$1" -v to="$work/block-$1-" '
-        $0 == "```" { writes = 0 }
-        writes { print > (to count) }
-        $0 == "```" language { writes = 1; ++count }' "$source/docs/quickstart.md"
-    compgen -G "$work/block-$1-*"
-}
-
-run_quick_start() {
-    local block output=''
-    for block in $(blocks bash); do
-        output+=$(timeout 60 bash -euo pipefail "$block") || fail "this block fails: $(<"$block")"
-    done
-    for block in 'done' kept 'nobody clicked'; do
-        [[ $output == *"$block"* ]] || fail "the shell blocks do not say $block: $output"
-    done
-    output=$(timeout 60 python3 "$(blocks python)") || fail 'the Python block fails'
-    [[ $output == *isShown*kept* ]] || fail "the Python block says: $output"
-    mv "$(blocks cpp)" "$work/block.cpp"
-    # shellcheck disable=SC2046
-    g++ -std=c++17 "$work/block.cpp" $(pkg-config --cflags --libs progressclient) -o "$work/block"
-    timeout 60 "$work/block" || fail 'the C++ block fails'
-}
-
 check_completions() {
     # shellcheck source=/dev/null
     source "$work/root/usr/share/bash-completion/completions/progressctl"
@@ -120,6 +94,5 @@ unpack_packages
 answer_boxes &
 answerer=$!
 build_examples
-run_quick_start
 check_completions
 echo 'packages.sh: all is well'
