@@ -83,8 +83,8 @@ class FakeDaemon:
         with contextlib.suppress(OSError), channel:
             if self.answer is not None:
                 channel.sendall(self.answer)
-                return
-            while piece := channel.recv(65536):
+                channel.shutdown(socket.SHUT_WR)
+            while self.answer != b"" and (piece := channel.recv(65536)):
                 self.heard += piece
                 for _ in re.findall(b"<claim/>", piece) if self.claims else ():
                     channel.sendall(b"<claimed>%d</claimed>" % next(self.claims))
