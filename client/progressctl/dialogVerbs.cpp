@@ -7,12 +7,17 @@
 namespace
 {
 
-constexpr char slotHelp[] = "Slot, 0 to 9";
-
 struct slotArguments {
     int slot = 0;
     std::string text;
 };
+
+void addSlot(CLI::App *verb, slotArguments &given)
+{
+    verb->add_option("SLOT", given.slot, "Slot, 0 to 9")
+        ->required()
+        ->check(CLI::Range(0, progressClient::slots - 1));
+}
 
 using action = std::function<void(progressClient &, const slotArguments &)>;
 
@@ -43,7 +48,7 @@ void addSlotVerb(commandLineSetup &setup, const std::string &name, const std::st
     auto *verb =
         addVerb(setup, name, help, given,
                 [command](progressClient &client, const slotArguments &all) { (client.*command)(all.slot); });
-    verb->add_option("SLOT", given->slot, slotHelp)->required();
+    addSlot(verb, *given);
 }
 
 void addTextVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
@@ -54,17 +59,17 @@ void addTextVerb(commandLineSetup &setup, const std::string &name, const std::st
         addVerb(setup, name, help, given, [command](progressClient &client, const slotArguments &all) {
             (client.*command)(all.slot, all.text);
         });
-    verb->add_option("SLOT", given->slot, slotHelp)->required();
+    addSlot(verb, *given);
     verb->add_option("TEXT", given->text, "What it reads")->required();
 }
 
 /// As the lines of `pipe`: a fraction does not count, and a "%" may follow.
-int percentFrom(const std::string &text)
+std::optional<int> percentFrom(const std::string &text)
 {
     const auto number = numberAtFront(text);
     if (!number || (number->rest != "" && number->rest != "%") || number->whole < progressClient::givenUp ||
         number->whole > 100)
-        throw failure(statusUsage, "PERCENT is 0 to 100, not \"" + text + '"');
+        return std::nullopt;
     return number->whole;
 }
 
@@ -73,10 +78,12 @@ void addUpdate(commandLineSetup &setup)
     auto given = std::make_shared<slotArguments>();
     auto *verb =
         addVerb(setup, "update", "Moves a bar", given, [](progressClient &client, const slotArguments &all) {
-            client.updateBar(all.slot, percentFrom(all.text));
+            client.updateBar(all.slot, percentFrom(all.text).value_or(0));
         });
-    verb->add_option("SLOT", given->slot, slotHelp)->required();
-    verb->add_option("PERCENT", given->text, "0 to 100")->required();
+    addSlot(verb, *given);
+    verb->add_option("PERCENT", given->text, "0 to 100")->required()->check([](const std::string &text) {
+        return percentFrom(text) ? std::string() : "it is 0 to 100, not \"" + text + '"';
+    });
 }
 
 void addBusy(commandLineSetup &setup)

@@ -1,0 +1,267 @@
+#!/usr/bin/env python3
+"""The verbs of progressctl, apart from `pipe`: what they send, and what they make of what comes back."""
+
+import os
+import shutil
+import signal
+import subprocess
+import unittest
+
+from client import ClientCase, FakeDaemon, Result
+from harness import main, scratch, until
+
+NOBODY = 65534
+
+
+class Verbs(ClientCase):
+    def test_refuse(self):
+        for arguments, status, message in (
+                ("", 2, "a verb is missing"),
+                ("nix", 2, "nix"),
+                ("nix --help", 2, 'no verb "nix"'),
+                ("bar 0 x --nix", 2, "--nix"),
+                ("bar 0", 2, "TEXT"),
+                ("bar 10 x", 2, "SLOT"),
+                ("update 0 5x", 2, "PERCENT"),
+                ("update 0 101", 2, "PERCENT"),
+                ("start 70000", 2, "PORT"),
+                ("start --layout round", 2, "round"),
+                ("--limit 0 activate", 2, "--limit"),
+                ("--limit nan activate", 2, "--limit"),
+                ("ask x --timeout inf", 2, "--timeout"),
+                ("-i '' stop", 2, "empty"),
+                ("-i a/b activate", 2, "identifier"),
+                (f"-i {'x' * 200} activate", 2, "too long"),
+                ("busy maybe", 2, "maybe"),
+                ("ask x --icon nix", 2, "nix"),
+                ("ask x nix", 2, 'no button "nix"; there are ok,'),
+                ("configure Window=1", 2, 'no setting "Window"'),
+                ("configure", 2, "nothing to configure"),
+                ("configure 'windowStyle=#12345|red'", 2, 'no colour "#12345"'),
+                ("configure windowControls=reddish", 2, 'no colour "reddish"'),
+                ("configure windowFonts=Sans,x", 2, "no font"),
+                ("configure windowTheme=pink", 2, "pink"),
+                ("configure --file /nix", 7, "/nix"),
+                ("start --theme /nix", 7, "/nix"),
+                ("update 0 5", 3, f"/{self.name}.sock"),
+                ("stop", 3, "no daemon"),
+                ("records", 7, "currentTimestamps_"),
+                ("records --file /dev/null --plot /nix/plot.svg", 7, "/nix"),
+                ("records --file /dev/null --plot /dev/full", 7, "/dev/full"),
+                ("--help >/dev/full", 7, "cannot be written")):
+            with self.subTest(arguments):
+                result = self.ctl(arguments)
+                self.assertEqual(result.status, status, result.errors)
+                self.check_line(result.errors, message)
+                self.assertTrue(result.errors.startswith("progressctl: "), result.errors)
+
+    def test_send(self):
+        fake = FakeDaemon(self.path)
+        self.addCleanup(fake.close)
+        for arguments, message in (
+                ("bar 3 Copying", "<progress>create:3;Copying</progress>"),
+                ("bar 3 'a; b; Ж🙂 <exit/>'", "<progress>create:3;a; b; Ж🙂 <exit/></progress>"),
+                ("bar 3 -- -x", "<progress>create:3;-x</progress>"),
+                ("bar 3 ''", "<progress>create:3;</progress>"),
+                ("update 3 -1", "<progress>update:3;-1</progress>"),
+                ("update 3 50.5", "<progress>update:3;50</progress>"),
+                ("update 3 50%", "<progress>update:3;50</progress>"),
+                ("pulse 3", "<progress>pulse:3</progress>"),
+                ("remove 3", "<progress>remove:3</progress>"),
+                ("text 1 update", "<progress>addText:1;update</progress>"),
+                ("update-text 1 x", "<progress>updateText:1;x</progress>"),
+                ("remove-text 1", "<progress>delText:1</progress>"),
+                ("button 9 Stop", "<progress>addButt:9;Stop</progress>"),
+                ("remove-button 9", "<progress>delButt:9</progress>"),
+                ("activate", "<progress>activate</progress>"),
+                ("pause", "<progress>messageStart</progress>"),
+                ("resume", "<progress>messageStop</progress>"),
+                ("busy on", "<progress>busyOn</progress>"),
+                ("busy off", "<progress>busyOff</progress>"),
+                ("configure windowTitle=a=b windowModal=on 'windowStyle=#fff|Dark Blue|'",
+                 "<configuration>windowTitle=a=b;windowModal=on;windowStyle=#fff|Dark Blue|;</configuration>"),
+                ("configure --file dark", "<configuration>windowTheme=dark;</configuration>"),
+                ("send '<x>;y'", "<x>;y"),
+                # With whoever answers nothing, the message is all that comes of it.
+                ("ask --timeout 0.2 --title Copy --icon Warning --default NO-To_all Sure? YES notoall",
+                 "<msgbox>2[#]Copy[#]Sure?[#]16384[#]131328</msgbox>"),
+                ("ask --timeout 0.2 Sure?", "<msgbox>4[#]Question[#]Sure?[#]16384[#]65536</msgbox>"),
+                ("assert --timeout 0.2 a;b".replace(";", "\\;"), "<assert>a;b</assert>")):
+            with self.subTest(arguments):
+                result = self.ctl(arguments)
+                self.assertEqual(result.status, 5 if "--timeout" in arguments else 0, result.errors)
+                self.assertEqual(fake.messages(), message)
+        result = self.ctl("bar 0 '</progress>'")
+        self.assertEqual(result.status, 2)
+        self.check_line(result.errors, "cannot be sent")
+
+    def test_start_one_daemon_and_stop_it(self):
+        callers = [self.begin("progressctl start") for _ in range(4)]
+        results = [Result(each) for each in callers]
+        self.assertEqual({result.status for result in results}, {0}, [each.errors for each in results])
+        self.assertEqual(sum("already runs" in result.errors for result in results), 3)
+        with open(f"/tmp/HalvornRunning_{self.name}.lock") as lock:
+            self.assertEqual({result.output for result in results}, {" ".join(lock.read().split()) + "\n"})
+        elsewhere = self.ctl("start 9")
+        self.assertEqual(elsewhere.status, 3)
+        self.assertEqual(self.ctl("update 0 5").status, 0)
+        self.assertEqual(self.ctl("stop").status, 0)
+        self.assertFalse(os.path.exists(self.path) or os.path.exists(f"/tmp/HalvornRunning_{self.name}.lock"))
+
+    def test_start_on_no_port_that_is_taken(self):
+        self.start_shared()
+        with open(f"/tmp/HalvornRunning_{self.name}.lock") as lock:
+            port = lock.readline().strip()
+        result = self.ctl(f"-i {self.name}x start {port}")
+        self.assertEqual(result.status, 3)
+        self.check_line(result.errors, "is taken")
+        self.assertFalse(os.path.exists(self.path.replace(".sock", "x.sock")))
+
+    def test_ask(self):
+        self.start_shared()
+        for arguments, title, key, printed, status in (
+                ("ask Sure? yes no --default yes --title Копия", "Копия", "Return", "yes", 0),
+                ("ask Sure? save discard cancel", "Question", "Escape", "cancel", 1),
+                ("assert nix", "Zerbak Quillet Assertion", "Escape", "abort", 1)):
+            with self.subTest(arguments):
+                asking = self.begin("progressctl " + arguments)
+                self.screen.focused(title)
+                self.screen.key(key)
+                result = Result(asking)
+                self.assertEqual((result.output, result.status), (printed + "\n", status), result.errors)
+                self.screen.gone(title)
+
+    def test_print_events_as_they_come(self):
+        self.start_shared()
+        listening = self.begin("exec progressctl events")
+        for arguments, event in (("activate", "isActivated"), ("bar 0 x", "isShown"), ("update 0 50", "totalProgress=50|-1")):
+            # The first try may come before it listens.
+            os.set_blocking(listening.stdout.fileno(), False)
+            heard = ""
+
+            def hears():
+                nonlocal heard
+                self.ctl(arguments)
+                heard += (listening.stdout.read() or b"").decode()
+                return event + "\n" in heard
+
+            until(hears, event)
+        self.assertEqual(self.ctl("stop").status, 0)
+        result = Result(listening)
+        self.assertEqual((result.status, result.errors), (0, ""))
+        self.assertTrue(result.output.endswith("shutDown\n"), result.output)
+
+    def test_end_events_with_their_reader(self):
+        self.start_shared()
+        self.assertEqual(self.run_script("progressctl events | :; echo ${PIPESTATUS[0]}").output, "0\n")
+
+    def test_believe_no_stranger(self):
+        """Folders and sockets that are not this user's own, or not a daemon's."""
+        aside = os.path.join(scratch(), "aside")
+
+        def run(prepare, undo, arguments, status, message):
+            with self.subTest(message):
+                prepare()
+                try:
+                    result = self.ctl(arguments)
+                    self.assertEqual(result.status, status, result.errors)
+                    self.check_line(result.errors, message)
+                finally:
+                    undo()
+
+        fake = FakeDaemon(self.path)
+        run(lambda: os.chmod(self.folder, 0o755), lambda: os.chmod(self.folder, 0o700), "activate", 3, self.folder + " is")
+        run(lambda: (os.rename(self.folder, aside), os.symlink(aside, self.folder)),
+            lambda: (os.unlink(self.folder), os.rename(aside, self.folder)), "activate", 3, "alone")
+        self.assertEqual(fake.messages(), "")
+        fake.close()
+        for answer, arguments, status, message in (
+                (b"", "update 0 5", 4, "hung up"),
+                (b"<answer>1;", "ask x", 4, "hung up"),
+                (b"<event>isShown</event><answer>2;0</answer>", "ask x", 4, "hung up"),
+                (b"x" * 100000 + b"<event>" + b"x" * 100000, "events", 4, "no progress daemon"),
+                (None, "stop", 3, "no daemon")):
+            fake = FakeDaemon(self.path, answer, claims=False)
+            run(lambda: None, fake.close, arguments, status, message)
+        with open(self.path, "w"):
+            run(lambda: None, lambda: os.unlink(self.path), "activate", 3, "no socket")
+
+    @unittest.skipUnless(os.geteuid() == 0, "planting another user's socket needs root")
+    def test_believe_no_other_user(self):
+        fake = FakeDaemon(self.path)
+        self.addCleanup(fake.close)
+        os.chown(self.path, NOBODY, -1)
+        self.check_line(self.ctl("activate").errors, "no socket of this user")
+        os.chown(self.path, 0, -1)
+        os.chown(self.folder, NOBODY, -1)
+        self.addCleanup(os.chown, self.folder, 0, -1)
+        self.check_line(self.ctl("activate").errors, "alone")
+        self.assertEqual(fake.messages(), "")
+
+    def test_keep_to_the_limit(self):
+        """On who listens and never answers, and on a daemon that is stopped."""
+        calls = ("update 0 5", "events", "ask x", "stop", "pipe")
+        fake = FakeDaemon(self.path, silent=True)
+        for arguments in calls:
+            with self.subTest(arguments):
+                result = self.ctl("--limit 0.3 " + arguments)
+                self.assertEqual(result.status, 5, result.errors)
+                self.check_line(result.errors, "in time")
+        fake.close()
+        self.start_shared()
+        listening = self.begin("exec progressctl --limit 1 events")
+        # Nothing but silence for more than the limit is no failure.
+        self.assertRaises(subprocess.TimeoutExpired, listening.wait, 1.5)
+        daemon = self.daemon_process()
+        os.kill(daemon, signal.SIGSTOP)
+        self.addCleanup(os.kill, daemon, signal.SIGCONT)
+        self.assertEqual(Result(listening).status, 5)
+        self.assertEqual(self.ctl("stop").status, 0)
+
+    def test_show_records(self):
+        file, plot = os.path.join(scratch(), "runs"), os.path.join(scratch(), "plot.svg")
+        for text, rows in (
+                ("fileversion=2\n000000086400:00000095:00000003:00000000.00001007.\n", ["95 3 2"]),
+                ("00000095:00000003:00000000.00001007.00002008\r\n0:0:0\nx\n12:1:5.\n", ["- 95 3 3", "- 12 1 1"]),
+                ("", [])):
+            with self.subTest(text):
+                with open(file, "w") as runs:
+                    runs.write(text)
+                result = self.ctl(f"records --file {file} --plot {plot}")
+                self.assertEqual((result.status, result.errors), (0, ""))
+                lines = [" ".join(line.split()) for line in result.output.splitlines()]
+                self.assertEqual(lines[0], "run last seen seconds times snapshots")
+                self.assertEqual([line.endswith(row) for line, row in zip(lines[1:], rows)], [True] * len(rows))
+                self.assertEqual(len(lines), len(rows) + 1)
+                with open(plot) as picture:
+                    self.assertEqual(picture.read().count(" times</text>"), len(rows))
+        self.environment["PATH"] = os.path.dirname(os.environ["PROGRESSCTL"]) + ":" + self.no_programs()
+        result = Result(self.begin(f"exec progressctl records --file {file} --plot {plot}"))
+        self.assertEqual(result.status, 7)
+        self.assertIn("needs gnuplot", result.errors)
+
+    def no_programs(self):
+        folder = os.path.join(scratch(), "bin")
+        os.makedirs(folder, exist_ok=True)
+        if not os.path.exists(folder + "/bash"):
+            os.symlink(shutil.which("bash"), folder + "/bash")
+        return folder
+
+    def test_complete(self):
+        for words, some in (
+                ("", "start pipe --limit"),
+                ("-i x", "start pipe"),
+                ("ask x", "retry restore-defaults --default"),
+                ("ask --default", "yes no"),
+                ("configure", "windowFonts= estimate="),
+                ("pipe --theme", "auto none FILES"),
+                ("pipe x", "--learn --no-cancel --identifier"),
+                ("bar", "0 9"),
+                ("busy", "on off")):
+            with self.subTest(words):
+                found = [line.split("\t")[0] for line in self.ctl("complete -- " + words).output.splitlines()]
+                self.assertLessEqual(set(some.split()), set(found))
+
+
+if __name__ == "__main__":
+    main()
