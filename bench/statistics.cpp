@@ -51,9 +51,11 @@ void fillTable()
 
 void fillPool(int count)
 {
-    clearSnapshots();
-    for (m_currentElapsed = 0; m_currentElapsed < count; ++m_currentElapsed)
-        addSnapshot(m_currentElapsed);
+    startEstimate();
+    for (int second = 0; second < count; ++second) {
+        holdEstimate(second);
+        addSnapshot(second);
+    }
 }
 
 /// The statistics file with the full table, made once and removed at the end.
@@ -140,6 +142,33 @@ void tick(benchmark::State &state)
 }
 BENCHMARK(tick)->Arg(0)->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMicrosecond);
 
+/// A tick of the adaptive estimate in the middle of a run, with 64 records and a run of as many rises as the
+/// argument says.
+void adaptiveTick(benchmark::State &state)
+{
+    const int count = static_cast<int>(state.range(0));
+    std::vector<int> rises;
+    for (int i = 0; i < count; ++i)
+        rises.push_back(i * snapshotScale + (i * 7 + 7) % snapshotScale);
+    m_snapshotcount = 0;
+    for (int record = 0; record < 64; ++record) {
+        m_snapshottotal[record] = count + record;
+        m_snapshotfound[record] = 1;
+        setRecordData(record, rises);
+    }
+    m_snapshotcount = 64;
+    startEstimate();
+    for (int i = 0; i < count * 9 / 10; ++i) {
+        holdEstimate(i);
+        addSnapshot(i * 7 + 7);
+    }
+    m_estimateMode = estimateMode::adaptive;
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(advanceEstimate(count, 50, 0));
+    m_estimateMode = estimateMode::exact;
+    resetEstimate();
+}
+
 void writeBytes(benchmark::State &state)
 {
     const std::string content = table().content();
@@ -148,6 +177,7 @@ void writeBytes(benchmark::State &state)
         const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         if (write(file, content.data(), content.size()) != static_cast<ssize_t>(content.size()))
             state.SkipWithError("short write");
+        fdatasync(file);
         close(file);
     }
     unlink(path.c_str());
@@ -212,6 +242,7 @@ void memory(benchmark::State &state)
     }
 }
 BENCHMARK(memory)->Iterations(1);
+BENCHMARK(adaptiveTick)->Arg(100)->Arg(maxSnapshots)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -100,6 +100,8 @@ void startEstimate()
 {
     m_currentElapsed = 0;
     clearSnapshots();
+    if (m_estimateMode == estimateMode::adaptive)
+        newestCourses(); // not at the first tick
 }
 
 void resetEstimate()
