@@ -66,7 +66,7 @@ void followRun()
     for (const int elapsed : {0, 1, 2, 5, 90, 2147482, -3}) {
         m_currentElapsed = elapsed;
         addSnapshot(elapsed % 1000);
-        advanceEstimate(elapsed, 0);
+        advanceEstimate(elapsed, 50, 0);
     }
 }
 

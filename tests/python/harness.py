@@ -277,7 +277,8 @@ class Daemon:
 
     count = 0
 
-    def __init__(self, screen, *arguments, identifier=None, program=None, wrapper=None, wait=True, **options):
+    def __init__(self, screen, *arguments, identifier=None, program=None, wrapper=None, wait=True,
+                 private=False, **options):
         Daemon.count += 1
         self.identifier = identifier or f"test{os.getpid()}-{Daemon.count}"
         self.folder = tempfile.mkdtemp(dir=scratch())
@@ -285,9 +286,10 @@ class Daemon:
         self.errors = tempfile.TemporaryFile()
         wrapper = shlex.split(os.environ.get("PROGRESSD_WRAPPER", "")) if wrapper is None else wrapper
         options = {"cwd": self.folder, "env": screen.environment, "stderr": self.errors, **options}
-        self.process = start([*wrapper, program or os.environ["PROGRESSD"], self.identifier, *arguments], **options)
+        self.process = start([*wrapper, program or os.environ["PROGRESSD"],
+                              *["--private"] * private, self.identifier, *arguments], **options)
         self.pid, self.status_was_seen = self.process.pid, False
-        if wait:
+        if wait and not private:
             self.command_port, self.event_port = until(self.ports, "the daemon")
 
     def ports(self):
