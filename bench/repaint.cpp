@@ -1,10 +1,10 @@
-// How long a full repaint of the progress dialog takes, beside the same widgets in the toolkit's Fusion
-// style: ten bars and ten buttons on a screen of 1920 by 1080. The two windows are repainted by turns, so
-// that whatever else the machine does hits both.
+// How long a full repaint of the progress dialog takes in both layouts, beside the same widgets in the
+// toolkit's Fusion style: ten bars and ten buttons on a screen of 1920 by 1080. The windows are repainted by
+// turns, so that whatever else the machine does hits all of them. And what an update of a bar costs.
 
 #include "dialog/CProgressDialog.h"
 #include "dialog/dialogHost.h"
-#include "widgets/appearance.h"
+#include "widgets/theme.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -26,21 +26,6 @@ constexpr int slotCount = CProgressDialog::MAX_ENTRIES;
 constexpr int warmups = 20;
 constexpr int rounds = 400;
 
-void applyLightLook()
-{
-    appearance.m_desktopWidth = 1920;
-    appearance.m_desktopHeight = 1080;
-    appearance.m_barColor = QColor("#1b66c9");
-    appearance.m_invertedNumberColor = QColor("#ffffff");
-    appearance.m_dialogBackgroundColor = appearance.m_barBackgroundColor = QColor("#f3f5f8");
-    appearance.m_dialogFrameColor = QColor("#a9b8cb");
-    appearance.m_shadowLightColor = QColor("#ffffff");
-    appearance.m_shadowDarkColor = QColor("#c3ceda");
-    appearance.m_buttonBaseColor = QColor("#e4eaf1");
-    appearance.m_focusFrameColor = QColor("#1b66c9");
-    appearance.m_dialogBackgroundAlphaval = 242;
-}
-
 class silentHost : public dialogHost
 {
 public:
@@ -52,9 +37,10 @@ public:
 };
 
 /// Never deleted: it lives as long as the process.
-CProgressDialog &filledDialog()
+CProgressDialog &filledDialog(windowLayout layout)
 {
     static silentHost host;
+    appearance.m_windowLayout = layout;
     CProgressDialog &dialog = *new CProgressDialog(host);
     for (int i = 0; i < slotCount; ++i) {
         dialog.createBar(i, QStringLiteral("Files copied to disk %1").arg(i));
@@ -121,38 +107,66 @@ figures summed(std::vector<double> &samples)
     return {samples[samples.size() / 2], samples[samples.size() * 95 / 100]};
 }
 
+struct subject {
+    const char *name;
+    QWidget *window;
+    std::vector<double> samples;
+};
+
+bool isShown(const subject &each)
+{
+    return QTest::qWaitForWindowExposed(each.window) && shownWidgets(*each.window) == 2 * slotCount;
+}
+
+void measureRepaints(std::vector<subject> &subjects)
+{
+    for (int i = -warmups; i < rounds; ++i) {
+        for (subject &each : subjects) {
+            const double ms = repaintMs(*each.window);
+            if (i >= 0)
+                each.samples.push_back(ms);
+        }
+    }
+    std::printf("full repaint, %d bars and %d buttons, %d rounds on %s\n", slotCount, slotCount, rounds,
+                qPrintable(QGuiApplication::platformName()));
+    std::printf("  %-8s %12s %9s %9s\n", "", "pixels", "median", "95 %");
+    for (subject &each : subjects) {
+        const figures ms = summed(each.samples);
+        std::printf("  %-8s %5d x %4d %6.2f ms %6.2f ms\n", each.name, each.window->width(),
+                    each.window->height(), ms.median, ms.percentile95);
+    }
+}
+
+/// Nothing is painted meanwhile, as in a burst of messages.
+double updateNs(CProgressDialog &dialog)
+{
+    constexpr int updates = 10'000'000;
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < updates; ++i)
+        dialog.updateBar(i % slotCount, i / slotCount % 101);
+    return double(timer.nsecsElapsed()) / updates;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
-    applyLightLook();
-    CProgressDialog &dialog = filledDialog();
+    appearance.m_desktopWidth = 1920;
+    appearance.m_desktopHeight = 1080;
+    theme::instance().apply(windowTheme::light);
+    CProgressDialog &grid = filledDialog(windowLayout::grid);
+    CProgressDialog &fitted = filledDialog(windowLayout::fitted);
     const std::unique_ptr<QStyle> fusion(QStyleFactory::create(QStringLiteral("Fusion")));
-    const std::unique_ptr<QWidget> copy = fusionCopy(dialog, fusion.get());
+    const std::unique_ptr<QWidget> copy = fusionCopy(grid, fusion.get());
     copy->show();
-    if (!QTest::qWaitForWindowExposed(&dialog) || !QTest::qWaitForWindowExposed(copy.get()) ||
-        shownWidgets(dialog) != 2 * slotCount || shownWidgets(*copy) != 2 * slotCount) {
+    std::vector<subject> subjects{{"grid", &grid, {}}, {"fitted", &fitted, {}}, {"Fusion", copy.get(), {}}};
+    if (!std::all_of(subjects.begin(), subjects.end(), isShown)) {
         std::fputs("repaint: the windows are not shown as they should be\n", stderr);
         return 1;
     }
-
-    std::vector<double> own;
-    std::vector<double> theirs;
-    for (int i = -warmups; i < rounds; ++i) {
-        const double first = repaintMs(dialog);
-        const double second = repaintMs(*copy);
-        if (i >= 0) {
-            own.push_back(first);
-            theirs.push_back(second);
-        }
-    }
-    const figures dialogMs = summed(own);
-    const figures fusionMs = summed(theirs);
-    std::printf("full repaint of %d x %d pixels, %d bars and %d buttons, %d rounds on %s\n", dialog.width(),
-                dialog.height(), slotCount, slotCount, rounds, qPrintable(QGuiApplication::platformName()));
-    std::printf("  %-8s %8s %8s\n", "", "median", "95 %");
-    std::printf("  %-8s %5.2f ms %5.2f ms\n", "dialog", dialogMs.median, dialogMs.percentile95);
-    std::printf("  %-8s %5.2f ms %5.2f ms\n", "Fusion", fusionMs.median, fusionMs.percentile95);
+    measureRepaints(subjects);
+    std::printf("update of a bar: grid %.0f ns, fitted %.0f ns\n", updateNs(grid), updateNs(fitted));
     return 0;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "dialog/dialogSlots.h"
+#include "dialog/heldKeys.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QEvent>
-#include <QHash>
 #include <QPoint>
 #include <QWidget>
 
@@ -139,7 +139,5 @@ private:
     /// Dragging: a mouse button is held on the dialog, and where it went down.
     bool m_buttonPressed = false;
     QPoint m_lastPoint;
-    /// The keys that went down on this dialog and are still held: by scan code, as a key may have another
-    /// name when it is released (Backtab is Tab once Shift is up).
-    QHash<quint32, int> m_pressedKeys;
+    heldKeys m_heldKeys;
 };

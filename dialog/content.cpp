@@ -125,7 +125,7 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
     m_currentPercent = src.m_currentPercent;
     m_buttonPressed = src.m_buttonPressed;
     m_lastPoint = src.m_lastPoint;
-    m_pressedKeys = src.m_pressedKeys;
+    m_heldKeys = src.m_heldKeys;
     m_startTime = src.m_startTime;
     m_stopTime = src.m_stopTime;
     m_runClock = src.m_runClock;

@@ -104,6 +104,7 @@ void fittedLayout::tellRemaining()
 void fittedLayout::captionTotalBar()
 {
     m_left.clear();
+    showEstimate();
 }
 
 void fittedLayout::showRemaining(int seconds)
@@ -116,6 +117,12 @@ void fittedLayout::showTotalBar(bool shown)
     if (!shown && !m_estimateIsShown)
         return;
     m_estimateIsShown = shown;
+    showEstimate();
+}
+
+/// Without a new arrangement, unless the total row comes or goes.
+void fittedLayout::showEstimate()
+{
     if (showsTotalRow() == m_content.m_totalBar->isHidden())
         placeAgain();
     else

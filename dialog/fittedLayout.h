@@ -58,6 +58,7 @@ private:
     bool showsTotalRow() const;
     void showChildren();
     void tellRemaining();
+    void showEstimate();
 
     QSize roomOnScreen() const;
     void useFonts(double scale);

@@ -3,6 +3,7 @@
 #include "widgets/appearance.h"
 #include "widgets/contrast.h"
 #include "widgets/emLength.h"
+#include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 #include "widgets/theme.h"
 
@@ -78,7 +79,7 @@ void fittedLayout::paint(const QPaintEvent &event)
 
 void fittedLayout::paintFrameless(const QRect &dirty) const
 {
-    const emLength em(appearance.m_labelFont, m_window);
+    const emLength em(*m_content.m_totalLabel);
     const int radius = em(cornerRadius);
     const QColor panel = m_window.palette().color(QPalette::Window);
     QPainter painter(&m_window);
@@ -101,7 +102,7 @@ void fittedLayout::cutCorners()
 {
     if (isManaged())
         return;
-    const double radius = emLength(appearance.m_labelFont, m_window).exact(cornerRadius) - 0.5;
+    const double radius = emLength(*m_content.m_totalLabel).exact(cornerRadius) - 0.5;
     QImage shape(m_window.size(), QImage::Format_ARGB32_Premultiplied);
     shape.fill(Qt::transparent);
     QPainter painter(&shape);

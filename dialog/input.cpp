@@ -52,7 +52,7 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
 void CProgressDialog::forgetInput(QEvent::Type type)
 {
     if (type == QEvent::WindowDeactivate || type == QEvent::Hide)
-        m_pressedKeys.clear();
+        m_heldKeys.clear();
     if (type == QEvent::Hide)
         m_buttonPressed = false;
 }
@@ -80,12 +80,6 @@ void CProgressDialog::drag(QEvent *ev)
 namespace
 {
 
-/// Tells the keys of a keyboard apart; events that come from none have only the name of a key.
-quint32 physicalKey(const QKeyEvent *ev)
-{
-    return ev->nativeScanCode() ? ev->nativeScanCode() : static_cast<quint32>(ev->key());
-}
-
 /// Keys that act when they are let go, and not while they are held.
 bool actsOnce(int key)
 {
@@ -100,21 +94,12 @@ bool CProgressDialog::handleKey(QObject *obj, const QKeyEvent *ev)
     QPushButton *pressedButton = concernedButton(obj, index);
     if (!pressedButton && !(ev->key() == Qt::Key_Escape && m_layout->closesByEscape()))
         return false;
-    if (ev->type() == QEvent::KeyPress) {
-        // A key that is held repeats in every window that gets the keyboard meanwhile.
-        if (!ev->isAutoRepeat())
-            m_pressedKeys.insert(physicalKey(ev), ev->key());
-        return true;
-    }
-    // A key that went down elsewhere, say on a box that it answered, has no business here.
-    const auto pressed = m_pressedKeys.constFind(physicalKey(ev));
-    if (pressed == m_pressedKeys.constEnd())
-        return false;
-    const int key = *pressed;
-    if (ev->isAutoRepeat())
-        return actsOnce(key) || keyReleased(key, pressedButton, index);
-    m_pressedKeys.erase(pressed);
-    return keyReleased(key, pressedButton, index);
+    const bool isPress = ev->type() == QEvent::KeyPress;
+    const std::optional<keyStroke> stroke = isPress ? m_heldKeys.pressed(*ev) : m_heldKeys.released(*ev);
+    if (!stroke)
+        return isPress;
+    const bool isIdle = stroke->isRepetition && actsOnce(stroke->key);
+    return isIdle || keyReleased(stroke->key, pressedButton, index) || isPress;
 }
 
 /// The button that a key on `obj` is meant for, and its slot (0 for the Hide button); null for none.

@@ -25,6 +25,8 @@ void desktopPreference::watch()
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
+    // Registered late, it is no parameter that the toolkit knows, and the signal would not come.
+    qRegisterMetaType<QDBusVariant>();
     bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
 

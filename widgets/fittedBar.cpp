@@ -107,7 +107,7 @@ void fittedBar::paintEvent(QPaintEvent *)
     QPainter painter(this);
     const QRect track = pulseTrack();
     const QRect text(0, 0, width(), track.top());
-    painter.setPen(palette().color(QPalette::WindowText));
+    painter.setPen(window()->palette().color(QPalette::WindowText));
     const QString caption = fontMetrics().elidedText(m_caption, Qt::ElideMiddle, captionWidth());
     painter.drawText(text, Qt::AlignLeft | Qt::AlignTop | Qt::TextSingleLine, caption);
     painter.drawText(text, Qt::AlignRight | Qt::AlignTop | Qt::TextSingleLine, figuresText());
@@ -118,8 +118,8 @@ void fittedBar::paintEvent(QPaintEvent *)
         painter.setBrush(brush);
         painter.drawRoundedRect(rect, rect.height() / 2.0, rect.height() / 2.0);
     };
-    drawRounded(track, palette().brush(QPalette::Base));
+    drawRounded(track, window()->palette().brush(QPalette::Base));
     const QRect filled = isPulsing() ? paintedPulse() : filledRect();
     if (!filled.isEmpty())
-        drawRounded(filled, palette().brush(QPalette::Highlight));
+        drawRounded(filled, window()->palette().brush(QPalette::Highlight));
 }

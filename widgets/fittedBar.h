@@ -4,7 +4,7 @@
 
 /// A bar of the fitted layout with the text that belongs to it: the caption at the left, the percent and
 /// perhaps the remaining time at the right, and a flat, rounded bar below. Only the caption gives way when
-/// there is no room; the tool tip then shows the whole of it. Its colours are those of the palette:
+/// there is no room; the tool tip then shows the whole of it. Its colours are those of the window's palette:
 /// WindowText, Base for the unfilled part, Highlight.
 class fittedBar : public progressProcess
 {

@@ -45,7 +45,8 @@ void fittedButton::resizeEvent(QResizeEvent *event)
 QColor fittedButton::bodyColor() const
 {
     const double share = isDown() ? 0.2 : underMouse() ? 0.08 : 0;
-    return mixed(palette().color(QPalette::Button), palette().color(QPalette::ButtonText), share);
+    return mixed(window()->palette().color(QPalette::Button), window()->palette().color(QPalette::ButtonText),
+                 share);
 }
 
 void fittedButton::paintEvent(QPaintEvent *)
@@ -57,7 +58,7 @@ void fittedButton::paintEvent(QPaintEvent *)
 
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(palette().color(focused ? QPalette::Link : QPalette::Mid), line));
+    painter.setPen(QPen(window()->palette().color(focused ? QPalette::Link : QPalette::Mid), line));
     painter.setBrush(bodyColor());
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), em.exact(cornerRadius),
                             em.exact(cornerRadius));
@@ -65,6 +66,6 @@ void fittedButton::paintEvent(QPaintEvent *)
     const QRect inner = rect().adjusted(em(sidePadding / 2), 0, -em(sidePadding / 2), 0);
     const QString shown =
         fontMetrics().elidedText(text(), Qt::ElideRight, inner.width(), Qt::TextShowMnemonic);
-    painter.setPen(palette().color(QPalette::ButtonText));
+    painter.setPen(window()->palette().color(QPalette::ButtonText));
     painter.drawText(inner, Qt::AlignCenter | textFlags, shown);
 }

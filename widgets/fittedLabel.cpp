@@ -2,7 +2,9 @@
 
 #include "widgets/wrappedText.h"
 
+#include <QHelpEvent>
 #include <QPainter>
+#include <QToolTip>
 
 namespace
 {
@@ -23,10 +25,20 @@ int fittedLabel::linesFor(int width) const
     return static_cast<int>(wrappedText(text(), font(), width, maxLines).size());
 }
 
+bool fittedLabel::event(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return progressLabel::event(event);
+    const bool isCut = wrappedText(text(), font(), width(), maxLines + 1).size() > maxLines;
+    QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(), isCut ? toolTipText(text()) : QString(),
+                       this);
+    return true;
+}
+
 void fittedLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::WindowText));
+    painter.setPen(window()->palette().color(QPalette::WindowText));
     const QStringList lines = wrappedText(text(), font(), width(), maxLines);
     QRect line(0, 0, width(), fontMetrics().lineSpacing());
     for (const QString &part : lines) {

@@ -17,5 +17,6 @@ public:
     int linesFor(int width) const;
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 };
