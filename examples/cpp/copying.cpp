@@ -6,15 +6,26 @@
 #include <progressclient/progressClient.h>
 
 #include <cstdio>
+#include <string>
+#include <unistd.h>
 
 int main()
 {
     using client = progressClient;
     try {
-        // A daemon without a base port ends with its last client: this program.
-        client::startDaemon("copying");
-        client window("copying");
-        window.configure({{"windowTheme", "auto"}, {"windowLayout", "fitted"}, {"windowTitle", "Copying"}});
+        // A private daemon ends with its last client: this program. What it learns is kept under "copying".
+        const std::string identifier = "copying-" + std::to_string(getpid());
+        client::daemonOptions options;
+        options.isPrivate = true;
+        options.learnName = "copying";
+        client::startDaemon(identifier, options);
+        client window(identifier);
+        window.configure({{"windowTitle", "Copying"},
+                          {"windowLayout", "fitted"},
+                          {"windowTheme", "auto"},
+                          {"windowModal", "off"},
+                          {"estimate", "adaptive"}});
+        window.listen();
         window.createBar(0, "Copying");
         window.addButton(0, "Cancel");
 
@@ -22,8 +33,9 @@ int main()
         for (int percent = 0; percent <= 100 && !isCancelled; percent += 2) {
             window.updateBar(0, percent);
             // The work would be done here; meanwhile events are waited for.
+            using kind = client::event::kind;
             while (const auto event = window.nextEvent(client::milliseconds(20)))
-                isCancelled = isCancelled || event->what == client::event::kind::clicked;
+                isCancelled = isCancelled || event->what == kind::clicked || event->what == kind::closed;
         }
         window.removeBar(0);
         window.removeButton(0);

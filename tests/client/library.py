@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """The client library: several boxes at once, claims, events, and arguments that it refuses."""
 
 from client import ClientCase

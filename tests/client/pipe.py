@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """`progressctl pipe` with real writers: what it makes of their lines, and how it ends."""
 
 import os

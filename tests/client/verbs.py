@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """The verbs of progressctl, apart from `pipe`: what they send, and what they make of what comes back."""
 
 import os

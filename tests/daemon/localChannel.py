@@ -233,7 +233,7 @@ class LocalChannel(Case):
             resident = daemon.resident_kib()
             for number in range(count):
                 self.connect(daemon, "<events/><claim/><progress>update:0;1").socket.close()
-                if number % 40 == 0:
+                if number % 20 == 0:
                     self.heard(listener, client)
             until(lambda: daemon.descriptors() <= before)
             self.assertLess(daemon.resident_kib() - resident, growth)
