@@ -39,6 +39,7 @@ void removeIndent(QLayout *layout)
 
 } // namespace
 
+/// As markup the text could name files, which the toolkit would open and read whole, whatever they are.
 noticeBox::noticeBox(const QString &title, const QString &text) : m_text(scrolledText::beginning(text))
 {
     setWindowTitle(literalTitle(title.left(mostUnscrolled)));
@@ -96,7 +97,7 @@ void noticeBox::scrollText()
     delete layout()->replaceWidget(label, m_scrolledText);
     label->hide();
     m_scrolledText->show();
-    if (icon() == NoIcon)
+    if (iconPixmap().isNull())
         removeIndent(layout());
 }
 
