@@ -48,6 +48,8 @@ void windowOrder::bringToFront(QWidget *dialog)
     dialog->setAttribute(Qt::WA_ShowWithoutActivating, boxIsOpen());
     dialog->show();
     if (boxIsOpen()) {
+        for (QWidget *box : std::as_const(m_boxes))
+            box->raise();
         keepBelowBoxes();
         return;
     }

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,8 +27,8 @@ constexpr const char *firstDirectory = "/var/instrument";
 constexpr const char *fallbackDirectory = "/var/tmp";
 constexpr std::string_view versionMark = "fileversion=";
 
-/// The identifier that the process was started with.
-std::string m_ownIdentifier;
+/// The identifier that the process was started with; none while nothing is to be kept.
+std::optional<std::string> m_ownIdentifier;
 
 bool writePath(char (&path)[sizeof datafile], const char *directory, const char *identifier)
 {
@@ -124,7 +125,9 @@ void saveStatistics(const char *identifier)
         writePath(datafile, firstDirectory, identifier);
     } else {
         dump("---- saving intermediate data with entry count", m_snapshotcount);
-        identifier = m_ownIdentifier.c_str();
+        if (!m_ownIdentifier)
+            return;
+        identifier = m_ownIdentifier->c_str();
     }
 
     if (replaceTrusted(datafile, writeTable))

@@ -81,7 +81,7 @@ class Events(Case):
                 self.assertEqual(events.received.count(b"isShown"), BATCH)
                 gaps = [later - earlier for earlier, later in zip(times, times[1:])]
                 self.assertGreater(len(gaps), 3)
-                self.assertLess(sorted(gaps)[-3], 0.05 * SLOWNESS, "the machine may be busy, but not all the time")
+                self.assertLess(sorted(gaps)[-3], 0.2 * SLOWNESS, "the machine may be busy, but not all the time")
 
     def test_reach_a_channel_that_reads_late_in_whole_events(self):
         """13 MB of events; with the sockets' own buffers, less than that fits on the way to a lazy client."""
