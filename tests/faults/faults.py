@@ -1,238 +1,272 @@
-#!/usr/bin/env python3
-"""usage: faults.py PROGRESSD FAULT
+"""Faults of the world around the daemon: it goes on, or ends in order, and loses no record of its statistics.
 
-Lets one thing go wrong below a running daemon, and checks that it goes on (or ends in order), that no record of
-its statistics is lost, and that all is well again once the fault is gone. Faults of the file system are made in
-a mount namespace of the script's own; without the right to make one (exit status 77) they are skipped.
+In mount and network namespaces of the script's own, for which it takes root or unprivileged user namespaces.
 """
 
-import contextlib
+import hashlib
 import os
-import shutil
+import random
+import signal
+import socket
 import subprocess
 import sys
-import tempfile
 import time
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../python"))
-from daemon import Daemon, progress, until  # noqa: E402
-from screen import Screen  # noqa: E402
+from harness import PATIENCE, Case, Log, main, start, until
 
-SKIPPED = 77
 LOG = "/tmp/VKT-progressbar.log"
-RECORDS = 20
+# Records that no run of this script comes near to.
+RECORDS = [f"{1700000000 + k:012}:{1000 + k:08}:00000001:" + "".join(f"{90000 + 10 * n:08}." for n in range(100))
+           for k in range(20)]
 
 
-def check(condition, what):
-    if not condition:
-        sys.exit(f"FAILED: {what}")
+def in_own_namespaces():
+    """Starts the script again where its mounts, its files in /tmp and its network are its own."""
+    if "OWN_NAMESPACES" in os.environ:
+        for folder in ("/tmp", "/var/tmp"):
+            mount("-t", "tmpfs", "tmpfs", folder)
+        return subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
+    unshare = ["unshare", "--mount", "--net", *([] if os.geteuid() == 0 else ["--map-root-user"])]
+    if subprocess.run([*unshare, "true"], stderr=subprocess.DEVNULL).returncode:
+        print("skipped: needs mount and network namespaces, as root or as anybody (unprivileged user namespaces)")
+        sys.exit(77)
+    os.execvpe(unshare[0], [*unshare, sys.executable, *sys.argv], {**os.environ, "OWN_NAMESPACES": "root" if os.geteuid() == 0 else "1"})
 
 
 def mount(*arguments):
     subprocess.run(["mount", *arguments], check=True)
 
 
-def in_own_namespace():
-    """Starts the script again where its mounts are its own."""
-    if "OWN_NAMESPACE" in os.environ:
-        return
-    unshare = ["unshare", "--map-root-user", "--mount"]
-    if subprocess.run([*unshare, "true"], capture_output=True).returncode:
-        print("skipped: no mount namespaces here")
-        sys.exit(SKIPPED)
-    os.environ["OWN_NAMESPACE"] = "1"
-    os.execvp(unshare[0], [*unshare, sys.executable, *sys.argv])
+class Faults(Case):
+    count = 0
 
-
-def record_lines(count=RECORDS):
-    """Records that no run of this script comes near to."""
-    return [f"{1700000000 + k:012}:{1000 + k:08}:00000001:" + "".join(f"{90000 + 10 * n:08}." for n in range(100))
-            for k in range(count)]
-
-
-class Statistics:
-    """The statistics file of a daemon that is yet to be started, filled with records."""
-
-    def __init__(self, identifier):
+    def running(self, **options):
+        """A daemon with records; without a base port it ends with its last command channel, which is kept."""
+        Faults.count += 1
+        identifier = f"fault{Faults.count}"
         self.path = f"/var/tmp/currentTimestamps_{identifier}.txt"
-        self.write()
-
-    def write(self):
         with open(self.path, "w") as file:
-            file.write("\n".join(["fileversion=2", *record_lines()]) + "\n")
+            file.write("\n".join(["fileversion=2", *RECORDS]) + "\n")
+        daemon = self.daemon(identifier=identifier, **options)
+        return daemon, daemon.commands()
 
-    def records(self):
+    def finish_a_run(self, daemon, channel):
+        """A run of more than a second, which the daemon records and saves."""
+        events = daemon.events()
+        channel.progress("create:0;Copying", "update:0;50")
+        time.sleep(1.2)
+        channel.progress("remove:0")
+        events.until("isHidden")
+        events.served()
+        events.close()
+
+    def assert_whole(self, further=0):
         with open(self.path) as file:
             lines = file.read().split("\n")
-        check(lines[0] == "fileversion=2" and lines[-1] == "", "the statistics file is not whole")
-        return lines[1:-1]
+        self.assertEqual(lines[:21], ["fileversion=2", *RECORDS])
+        self.assertEqual((len(lines) - 22, lines[-1]), (further, ""))
 
-    def check_whole(self, further=0):
-        records = self.records()
-        check(records[:RECORDS] == record_lines(), "a record was lost")
-        check(len(records) == RECORDS + further, f"{len(records)} records instead of {RECORDS + further}")
+    def end_in_order(self, daemon, channel):
+        channel.send("<exit/>")
+        self.assertEqual(daemon.status(), 0)
+        self.assertFalse(os.path.isfile(daemon.lock))
+        self.assert_whole(further=1)
 
+    def in_the_way(self, path, what):
+        """Puts something into a file's place; a link leads to what must not be changed."""
+        with open("/tmp/victim", "w") as file:
+            file.write("dear")
+        if what == "pipe":
+            os.mkfifo(path)
+        elif what == "folder":
+            os.mkdir(path)
+        elif what == "hard link":
+            os.link("/tmp/victim", path)
+        elif what.endswith("link"):
+            os.symlink("/tmp/victim", path)
+        else:
+            with open(path, "w") as file:
+                file.write("1\n2\n")
+        if what.startswith("another user's"):
+            if os.environ["OWN_NAMESPACES"] != "root":
+                self.skipTest("needs root, to give a file to another user")
+            os.chown(path, 65534, 65534, follow_symlinks=False)
+        self.addCleanup(lambda: os.path.lexists(path) and (os.rmdir if what == "folder" else os.remove)(path))
 
-def identifier(name):
-    return f"fault-{name}-{os.getpid()}"
+    def assert_untouched(self):
+        with open("/tmp/victim") as file:
+            self.assertEqual(file.read(), "dear")
 
+    def test_disk_is_full(self):
+        mount("-t", "tmpfs", "-o", "size=128k", "tmpfs", "/var/tmp")
+        self.addCleanup(subprocess.run, ["umount", "-l", "/var/tmp"])
+        daemon, channel = self.running()
+        with open("/var/tmp/filler", "wb", buffering=0) as filler:
+            try:
+                while True:
+                    filler.write(bytes(4096))
+            except OSError:
+                pass
+        self.finish_a_run(daemon, channel)
+        self.assert_whole()
+        self.assertEqual(len(os.listdir("/var/tmp")), 2, "a half-written file is left")
+        os.remove("/var/tmp/filler")
+        self.end_in_order(daemon, channel)
 
-def finish_a_run(daemon):
-    """A run of a second, which the daemon records and saves."""
-    with daemon.commands() as channel:
-        channel.sendall(progress("create:0;Copying", "update:0;50"))
-        time.sleep(2.1)
-        channel.sendall(progress("remove:0"))
-        check(daemon.answers(), "the daemon does not answer after the run")
-
-
-def end_in_order(daemon):
-    with daemon.commands() as channel:
-        channel.sendall(b"<exit/>")
-        check(daemon.process.wait(30) == 0, f"the daemon ended with {daemon.process.returncode}")
-    check(not os.path.isfile(daemon.lock), "the lock file stays")
-
-
-@contextlib.contextmanager
-def running(program, name, **options):
-    own = identifier(name)
-    statistics = Statistics(own)
-    with Screen(), Daemon(program, base_port=None, identifier=own, **options) as daemon:
-        daemon.wait_for_ports()
-        # Without a base port the daemon ends with its last command channel.
-        with daemon.commands():
-            yield daemon, statistics
-
-
-def disk_full(program):
-    in_own_namespace()
-    mount("-t", "tmpfs", "-o", "size=128k", "tmpfs", "/var/tmp")
-    with running(program, "full") as (daemon, statistics):
-        filler = "/var/tmp/filler"
-        with contextlib.suppress(OSError), open(filler, "wb", buffering=0) as file:
-            while True:
-                file.write(b"x" * 4096)
-        finish_a_run(daemon)
-        statistics.check_whole()
-        check(len(os.listdir("/var/tmp")) == 2, "a half-written file is left")
-        os.remove(filler)
-        end_in_order(daemon)
-        statistics.check_whole(further=1)
-
-
-def read_only_directory(program):
-    in_own_namespace()
-    mount("-t", "tmpfs", "tmpfs", "/var/tmp")
-    with running(program, "readonly") as (daemon, statistics):
+    def test_folder_cannot_be_written(self):
+        daemon, channel = self.running()
+        mount("--bind", "/var/tmp", "/var/tmp")
         mount("-o", "remount,bind,ro", "/var/tmp")
-        finish_a_run(daemon)
-        statistics.check_whole()
-        mount("-o", "remount,bind,rw", "/var/tmp")
-        end_in_order(daemon)
-        statistics.check_whole(further=1)
+        self.finish_a_run(daemon, channel)
+        self.assert_whole()
+        subprocess.run(["umount", "/var/tmp"], check=True)
+        self.end_in_order(daemon, channel)
 
+    def test_folder_vanishes(self):
+        daemon, channel = self.running()
+        subprocess.run(["umount", "/var/tmp"], check=True)
+        mount("-t", "tmpfs", "tmpfs", "/var/tmp")
+        self.finish_a_run(daemon, channel)
+        self.end_in_order(daemon, channel)
 
-def directory_vanishes(program):
-    in_own_namespace()
-    mount("-t", "tmpfs", "tmpfs", "/var")
-    os.mkdir("/var/tmp")
-    with running(program, "vanishes") as (daemon, statistics):
-        shutil.rmtree("/var/tmp")
-        finish_a_run(daemon)
-        os.mkdir("/var/tmp")
-        end_in_order(daemon)
-        statistics.check_whole(further=1)
+    def test_log_cannot_be_written(self):
+        """As none that is full or read only; and nothing that is no file of this user's is opened."""
+        for what in ("full", "read only", "pipe", "link", "hard link", "folder", "another user's"):
+            with self.alone(what):
+                if os.path.lexists(LOG):
+                    os.remove(LOG)
+                if what in ("full", "read only"):
+                    open(LOG, "w").close()
+                    mount("--bind", "/dev/full" if what == "full" else LOG, LOG)
+                    self.addCleanup(subprocess.run, ["umount", LOG], check=True)
+                    if what == "read only":
+                        mount("-o", "remount,bind,ro", LOG)
+                else:
+                    self.in_the_way(LOG, what)
+                before = os.lstat(LOG)
+                daemon, channel = self.running()
+                self.finish_a_run(daemon, channel)
+                self.end_in_order(daemon, channel)
+                self.assertIn(LOG, daemon.stderr())
+                self.assertEqual(os.lstat(LOG)[:7], before[:7])
+                if what.endswith("link"):
+                    self.assert_untouched()
 
+    def test_lock_file_is_something_else(self):
+        for what, status in (("folder", None), ("hard link", None), ("another user's", None), ("pipe", 1), ("link", 1)):
+            with self.alone(what):
+                identifier = f"lock{what.replace(' ', '')}"
+                lock = f"/tmp/HalvornRunning_{identifier}.lock"
+                self.in_the_way(lock, what)
+                log = Log()
+                daemon = self.daemon("5000", identifier=identifier, wait=False)
+                if status:
+                    self.assertEqual(daemon.status(), status)
+                    self.assertIn(lock, daemon.stderr())
+                else:
+                    until(lambda: socket.socket().connect_ex(("127.0.0.1", 5000)) == 0, "the command server")
+                    daemon.event_port = 5001
+                    daemon.events()
+                    if what == "folder":
+                        self.assertTrue(os.path.isdir(lock))
+                    else:
+                        self.assertEqual((daemon.ports(), os.stat(lock).st_uid), ((5000, 5001), os.getuid()))
+                    self.assertEqual("another user" in log.text(), what == "another user's")
+                self.assert_untouched()
 
-def log_not_writable(program):
-    in_own_namespace()
-    if not os.path.exists(LOG):
-        open(LOG, "a").close()
-    with tempfile.TemporaryDirectory() as directory:
-        log = os.path.join(directory, "log")
-        open(log, "w").close()
-        # A device that is always full takes the opening, but no record.
-        for target, options in ((log, ["-o", "remount,bind,ro"]), ("/dev/full", None)):
-            mount("--bind", target, LOG)
-            if options:
-                mount(*options, LOG)
-            with running(program, "log") as (daemon, statistics):
-                finish_a_run(daemon)
-                end_in_order(daemon)
-                statistics.check_whole(further=1)
-            subprocess.run(["umount", LOG], check=True)
+    def test_statistics_file_is_something_else(self):
+        for what in ("pipe", "folder", "another user's", "another user's link"):
+            with self.alone(what):
+                identifier = f"statistics{what[-5:].replace(' ', '')}"
+                path = f"/var/tmp/currentTimestamps_{identifier}.txt"
+                self.in_the_way(path, what)
+                log = Log()
+                daemon = self.daemon(identifier=identifier)
+                daemon.commands().send("<exit/>")
+                self.assertEqual(daemon.status(), 0)
+                self.assertEqual("passing over statistics" in log.text(), what.startswith("another"))
+                self.assert_untouched()
+                if what == "another user's":
+                    with open(path) as file:
+                        self.assertEqual(file.read(), "1\n2\n")
 
-
-def listening_ports(pid):
-    """The command and the event port, which was bound later, of a daemon that could not publish them."""
-    descriptors = {}
-    for entry in os.listdir(f"/proc/{pid}/fd"):
-        with contextlib.suppress(OSError):
-            descriptors[os.readlink(f"/proc/{pid}/fd/{entry}")] = int(entry)
-    with open("/proc/net/tcp") as table:
-        rows = [line.split() for line in table.readlines()[1:]]
-    found = [(descriptors[f"socket:[{row[9]}]"], int(row[1].split(":")[1], 16)) for row in rows
-             if row[3] == "0A" and f"socket:[{row[9]}]" in descriptors]
-    return [port for _, port in sorted(found)] if len(found) == 2 else None
-
-
-def lock_is_directory(program):
-    own = identifier("lock")
-    statistics = Statistics(own)
-    lock = f"/tmp/HalvornRunning_{own}.lock"
-    os.mkdir(lock)
-    try:
-        with Screen(), Daemon(program, base_port=None, identifier=own) as daemon:
-            ports = until(lambda: listening_ports(daemon.pid))
-            check(ports, "the daemon does not listen")
-            daemon.command_port, daemon.event_port = ports
-            with daemon.commands():
-                finish_a_run(daemon)
-                end_in_order(daemon)
-            check(os.path.isdir(lock), "the directory is gone")
-            statistics.check_whole(further=1)
-    finally:
-        os.rmdir(lock)
-
-
-def limit_descriptors(daemon, count):
-    subprocess.run(["prlimit", f"--pid={daemon.pid}", f"--nofile={count}:"], check=True)
-
-
-def no_descriptors(program):
-    with running(program, "descriptors") as (daemon, statistics):
+    def test_descriptors_run_out(self):
+        daemon, channel = self.running()
         used = daemon.descriptors()
-        # Some are left, but not enough for all clients; the daemon keeps what it needs itself.
-        limit_descriptors(daemon, used + 12)
-        crowd = [daemon.commands() for _ in range(9)]
-        crowd[0].sendall(progress("create:0;Copying", "update:0;50"))
-        time.sleep(2.1)
-        crowd[0].sendall(progress("remove:0"))
-        check(until(lambda: len(statistics.records()) > RECORDS), "the run was not saved")
-        statistics.check_whole(further=1)
-        for channel in crowd:
-            channel.close()
-        check(until(lambda: daemon.descriptors() <= used + 3), "descriptors stay in use")
 
+        def limit(count):
+            subprocess.run(["prlimit", f"--pid={daemon.pid}", f"--nofile={count}:"], check=True)
+
+        # Some are left, but not enough for all clients; the daemon keeps what it needs itself.
+        limit(used + 12)
+        crowd = [daemon.commands() for _ in range(9)]
+        crowd[0].progress("create:0;Copying", "update:0;50")
+        time.sleep(1.2)
+        crowd[0].progress("remove:0")
+        until(lambda: len(open(self.path).readlines()) > 21, "the run in the file")
+        self.assert_whole(further=1)
+        for other in crowd:
+            other.close()
+        until(lambda: daemon.descriptors() <= used + 3, "the end of their descriptors")
         # None is left.
-        limit_descriptors(daemon, daemon.descriptors())
+        limit(daemon.descriptors())
         crowd = [daemon.commands() for _ in range(5)]
         spent = daemon.cpu_seconds()
-        time.sleep(2)
-        spent = daemon.cpu_seconds() - spent
-        print(f"{spent:.2f} s of processor time in 2 s without descriptors")
-        check(spent < 1, "the daemon spins")
-        limit_descriptors(daemon, 1024)
-        for channel in crowd:
-            channel.close()
-        check(daemon.answers(), "the daemon stays deaf when there are descriptors again")
-        end_in_order(daemon)
-        statistics.check_whole(further=1)
+        time.sleep(1)
+        self.assertLess(daemon.cpu_seconds() - spent, 0.5, "it spins")
+        limit(1024)
+        crowd.clear()
+        daemon.events()
+        self.end_in_order(daemon, channel)
+
+    def test_another_machine_is_refused(self):
+        """Clients on this machine's own addresses are served."""
+        there = start(["unshare", "--net", "sleep", "1000"])
+        self.addCleanup(there.kill)
+        inside = ["nsenter", f"--net=/proc/{there.pid}/ns/net"]
+        until(lambda: os.readlink(f"/proc/{there.pid}/ns/net") != os.readlink("/proc/self/ns/net"), "the other machine")
+        for command in (f"ip link add wire0 type veth peer name wire0 netns {there.pid}", "ip addr add 10.77.0.1/24 dev wire0",
+                        "ip link set wire0 up"):
+            subprocess.run(command.split(), check=True)
+        for command in ("ip addr add 10.77.0.2/24 dev wire0", "ip link set wire0 up"):
+            subprocess.run([*inside, *command.split()], check=True)
+        daemon, channel = self.running()
+        events, log = daemon.events(), Log()
+        for address in ("127.0.0.1", "127.0.0.2", "10.77.0.1"):
+            with socket.create_connection((address, daemon.command_port)) as client:
+                client.sendall(b"<progress>activate</progress>")
+                events.until("isActivated")
+        refused = f"exec 3<>/dev/tcp/10.77.0.1/{daemon.command_port} && read -r -t {PATIENCE} -u 3 x; (($? <= 128))"
+        subprocess.run([*inside, "bash", "-c", refused], check=True)
+        log.has("refusing connection from another machine")
+
+    def test_killed_while_saving(self):
+        """At random moments of the final save; the file is always whole."""
+        chance, interrupted, kills = random.Random(1), 0, 60
+        course = "".join(f"{second * 1000 + second % 1000:08d}." for second in range(2000))
+        path = "/var/tmp/currentTimestamps_killed.txt"
+        with open(path, "w") as file:
+            file.write("fileversion=2\n")
+            file.writelines(f"{1447671234:012d}:{60 + n:08d}:00000001:{course}\n" for n in range(400))
+
+        def digest():
+            with open(path, "rb") as file:
+                return hashlib.sha256(file.read()).hexdigest()
+
+        whole = digest()
+        for kill in range(kills):
+            daemon = self.daemon(identifier="killed")
+            daemon.commands().send("<exit/>")
+            if kill:
+                time.sleep(chance.uniform(0, 0.05))
+                daemon.process.kill()
+            interrupted += daemon.status() == -signal.SIGKILL
+            self.assertEqual(digest(), whole, f"kill {kill}")
+            if os.path.exists(daemon.lock):
+                os.remove(daemon.lock)
+        self.assertGreater(interrupted, kills // 4)
 
 
-FAULTS = {"diskFull": disk_full, "readOnlyDirectory": read_only_directory,
-          "directoryVanishes": directory_vanishes, "logNotWritable": log_not_writable,
-          "lockIsDirectory": lock_is_directory, "noDescriptors": no_descriptors}
-
-FAULTS[sys.argv[2]](os.path.abspath(sys.argv[1]))
-print("survived")
+if __name__ == "__main__":
+    in_own_namespaces()
+    main()
