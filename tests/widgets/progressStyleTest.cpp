@@ -1,9 +1,9 @@
 #include "widgets/progressStyle.h"
-#include "widgets/progressProcess.h"
 
 #include <QImage>
 #include <QPainter>
 #include <QStyleOptionProgressBar>
+#include <QProgressBar>
 #include <QTest>
 
 #include <limits>
@@ -60,12 +60,13 @@ bool shows(const QImage &bar, bool vertical, int at, QRgb color)
     return false;
 }
 
-/// A bar of the product with colours that can be told apart and letters without grey edges.
-class testBar : public progressProcess
+/// A bar with any range, as the product's are painted, with colours that can be told apart and letters without grey edges.
+class testBar : public QProgressBar
 {
 public:
-    explicit testBar(const QSize &size) : progressProcess(nullptr)
+    explicit testBar(const QSize &size)
     {
+        setAutoFillBackground(true);
         setStyle(&m_style);
         setPalette(referencePalette());
         QFont font(QStringLiteral("Arial"), 10);
