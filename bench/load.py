@@ -17,28 +17,25 @@ import threading
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../tests/python"))
-from daemon import Daemon, progress, until  # noqa: E402
+from harness import Daemon, Screen  # noqa: E402
 
 TITLE = "loaded"
 LOOK = "windowStyle=#86f0e0|#10141c|#86f0e0|#10141c|#727d92|#1d2430"  # moving bars are to be seen
 ALLOWED_SECONDS = 0.1
 
 
-def xdotool(*arguments):
-    return subprocess.run(["xdotool", *arguments], capture_output=True, text=True).stdout
-
-
 class User(threading.Thread):
     """Clicks on the button once a second and takes a picture of the dialog now and then."""
 
-    def __init__(self, window):
+    def __init__(self, screen, window):
         super().__init__(daemon=True)
-        self.window = window
+        self.screen, self.window = screen, window
         self.clicks = []
         self.pictures = set()
         self.looks = 0
         self.ended = threading.Event()
-        self.mouse = subprocess.Popen(["xdotool", "-"], stdin=subprocess.PIPE, text=True, bufsize=1)
+        self.mouse = subprocess.Popen(["xdotool", "-"], stdin=subprocess.PIPE, text=True, bufsize=1,
+                                      env=screen.environment)
 
     def run(self):
         time.sleep(1)
@@ -47,7 +44,7 @@ class User(threading.Thread):
             self.mouse.stdin.write("click 1\n")
             self.mouse.stdin.flush()
             if len(self.clicks) % 2 == 0:
-                picture = subprocess.run(["import", "-window", self.window, "rgb:-"], capture_output=True).stdout
+                picture = self.screen.run("import", "-window", str(self.window.id), "rgb:-", text=False)
                 self.pictures.add(hashlib.sha256(picture).digest())
                 self.looks += 1
 
@@ -58,32 +55,33 @@ class User(threading.Thread):
         self.mouse.wait()
 
 
-def show_dialog(daemon):
+def show_dialog(screen, channel):
     """Returns its window, with the pointer over the button."""
-    with daemon.commands() as channel:
-        channel.sendall(f"<configuration>windowTitle={TITLE};screenGeometry=1280,1024;{LOOK}</configuration>".encode())
-        time.sleep(0.2)
-        channel.sendall(progress(*(f"create:{slot};bar {slot}" for slot in range(10)), "addButt:0;Click"))
-        window = until(lambda: xdotool("search", "--onlyvisible", "--name", f"^{TITLE}$").strip())
-    shape = dict(line.split("=") for line in xdotool("getwindowgeometry", "--shell", window).split())
+    channel.configure(f"windowTitle={TITLE}", "screenGeometry=1280,1024", LOOK)
+    channel.progress(*(f"create:{slot};bar {slot}" for slot in range(10)), "addButt:0;Click")
+    window = screen.window(TITLE)
     # The first button stands in the upper of the two rows of buttons, at the left.
-    xdotool("mousemove", "--window", window, "60", str(int(int(shape["HEIGHT"]) * 10.6 / 12)))
+    screen.xdotool(f"mousemove {window.x + 60} {window.y + int(window.height * 10.6 / 12)}")
     return window
 
 
 def run_rate(program, load, seconds, rate):
-    with Daemon(program) as daemon:
-        daemon.wait_for_ports()
-        window = show_dialog(daemon)
-        before = daemon.cpu_seconds()
-        user = User(window)
-        generator = subprocess.Popen([load, str(daemon.command_port), str(daemon.event_port), str(rate), str(seconds)],
-                                     stdout=subprocess.PIPE, text=True)
-        user.start()
-        time.sleep(seconds - 1)
-        user.end()
-        output = generator.communicate()[0]
-        used = daemon.cpu_seconds() - before
+    screen = Screen(size="1280x1024")
+    daemon = Daemon(screen, "0", program=program)
+    channel = daemon.commands()
+    window = show_dialog(screen, channel)
+    channel.close()
+    before = daemon.cpu_seconds()
+    user = User(screen, window)
+    generator = subprocess.Popen([load, str(daemon.command_port), str(daemon.event_port), str(rate), str(seconds)],
+                                 stdout=subprocess.PIPE, text=True)
+    user.start()
+    time.sleep(seconds - 1)
+    user.end()
+    output = generator.communicate()[0]
+    used = daemon.cpu_seconds() - before
+    daemon.end()
+    screen.end()
     return judge(rate, seconds, output, user, used)
 
 

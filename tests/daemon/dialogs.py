@@ -4,14 +4,9 @@ import os
 import re
 import time
 
-from harness import SLOWNESS, Case, Log, main, until
+from harness import SLOWNESS, Case, Log, main, resident_kib, until
 
 RUN = ("create:0;x", "addButt:0;y")
-
-
-def peak_kib(pid):
-    with open(f"/proc/{pid}/status") as status:
-        return int(re.search(r"VmHWM:\s+(\d+)", status.read()).group(1))
 
 
 class Dialogs(Case):
@@ -89,13 +84,13 @@ class Dialogs(Case):
                 events.served()
                 self.screen.picture()
                 processes = {"the daemon": daemon.pid, "the X server": self.screen.server.pid}
-                before, began = {name: peak_kib(pid) for name, pid in processes.items()}, time.monotonic()
+                before, began = {name: resident_kib(pid, "VmHWM") for name, pid in processes.items()}, time.monotonic()
                 events.progress(*["activate"] * count)
                 for _ in range(count):
                     events.until("isActivated")
                 self.assertLess(time.monotonic() - began, 10 * SLOWNESS, "it takes a tenth of that")
                 for name, pid in processes.items():
-                    self.assertLess(peak_kib(pid) - before[name], 20_480 * SLOWNESS, name)
+                    self.assertLess(resident_kib(pid, "VmHWM") - before[name], 20_480 * SLOWNESS, name)
 
     def test_mark_the_focus_when_shown_again(self):
         daemon, events, _ = self.session("windowControls=#000000|#000000|#000000|#ff00ff")

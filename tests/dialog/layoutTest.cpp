@@ -1,151 +1,203 @@
-#include "tests/dialog/dialogUnderTest.h"
+#include "dialog/CProgressDialog.h"
+#include "tests/dialog/silentHost.h"
+#include "widgets/appearance.h"
+#include "widgets/progressButton.h"
+#include "widgets/progressLabel.h"
+#include "widgets/progressProcess.h"
 
+#include <QFontMetrics>
 #include <QTest>
 
-/// Where the dialog and its children are, in pixels.
+#include <memory>
+
+namespace
+{
+
+silentHost host;
+
+using dialogPointer = std::unique_ptr<CProgressDialog>;
+
+/// A dialog for a screen, after commands: a letter of create, Text, update, Button, remove or Delete (a
+/// button), a slot, and a text or percent.
+dialogPointer newDialog(QSize screen, const QString &commands = {})
+{
+    appearance.m_desktopWidth = screen.width();
+    appearance.m_desktopHeight = screen.height();
+    auto dialog = std::make_unique<CProgressDialog>(host);
+    for (const QString &command : commands.split(' ', Qt::SkipEmptyParts)) {
+        const int slot = command[1].digitValue();
+        const QString text = command.mid(2);
+        switch (command[0].toLatin1()) {
+        case 'c':
+            dialog->createBar(slot, text);
+            break;
+        case 'T':
+            dialog->createText(slot, text);
+            break;
+        case 'u':
+            dialog->updateBar(slot, text.toInt());
+            break;
+        case 't':
+            dialog->updateText(slot, text);
+            break;
+        case 'B':
+            dialog->addButton(slot, text);
+            break;
+        case 'r':
+            dialog->removeBar(slot);
+            break;
+        case 'D':
+            dialog->removeButton(slot);
+            break;
+        default:
+            QTest::qFail(command.toLatin1(), __FILE__, __LINE__);
+        }
+    }
+    return dialog;
+}
+
+QString area(const QRect &rect)
+{
+    return QStringLiteral("%1,%2,%3,%4").arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
+}
+
+/// What a shown child shows, and where; the children's order tells them apart.
+QString fact(const QWidget *child)
+{
+    QString text;
+    if (const auto *label = qobject_cast<const progressLabel *>(child))
+        text = label->text();
+    else if (const auto *bar = qobject_cast<const progressProcess *>(child))
+        text = QStringLiteral("%1=%2").arg(bar->format().remove("%p% ").trimmed()).arg(bar->value());
+    else if (const auto *button = qobject_cast<const progressButton *>(child))
+        text = '[' + button->text() + ']';
+    return text + ':' + area(child->geometry());
+}
+
+QString facts(const CProgressDialog &dialog)
+{
+    QStringList all;
+    for (const QWidget *child : dialog.findChildren<QWidget *>(Qt::FindDirectChildrenOnly)) {
+        if (!child->isHidden())
+            all << fact(child);
+    }
+    return all.join(' ').remove("total progress=");
+}
+
+} // namespace
+
+/// Where the dialog and its children are, in pixels, and what they show.
 class layoutTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void init() { resetSettings(); }
-    void windowSize_data();
+    void init();
     void windowSize();
-    void rows_data();
-    void rows();
-    void totalBarAndHideButton();
-    void buttons_data();
-    void buttons();
-    void followsTheSettingsOfItsConstruction();
+    void children_data();
+    void children();
+    void hideButton();
+    void copies();
 };
 
-void layoutTest::windowSize_data()
+/// The defaults, with a font for the bars whose line spacing is 16 pixels.
+void layoutTest::init()
 {
-    QTest::addColumn<QSize>("screen");
-    QTest::addColumn<QRect>("expected");
-    QTest::newRow("default") << QSize(640, 480) << QRect(152, 40, 336, 400);
-    QTest::newRow("lowest normal") << QSize(640, 280) << QRect(152, -60, 336, 400);
-    QTest::newRow("highest low") << QSize(640, 279) << QRect(155, 44, 330, 190);
-    QTest::newRow("half the width") << QSize(640, 241) << QRect(155, 25, 330, 190);
-    QTest::newRow("three quarters of the width") << QSize(641, 240) << QRect(75, 25, 490, 190);
-    // Divisions truncate toward zero.
-    QTest::newRow("smaller than the dialog") << QSize(11, 281) << QRect(-5, -59, 21, 400);
+    appearance = {};
+    for (int pixels = 1; QFontMetrics(appearance.m_barNumFont).lineSpacing() != 16 && pixels < 30; ++pixels)
+        appearance.m_barNumFont.setPixelSize(pixels);
+    QCOMPARE(QFontMetrics(appearance.m_barNumFont).lineSpacing(), 16);
 }
 
 void layoutTest::windowSize()
 {
-    QFETCH(QSize, screen);
-    QFETCH(QRect, expected);
-    appearance.m_desktopWidth = screen.width();
-    appearance.m_desktopHeight = screen.height();
-    dialogUnderTest dialog;
-    QCOMPARE(dialog.geometry(), expected);
-    appearance.m_paintOffsetX = 5;
-    appearance.m_paintOffsetY = -7;
-    dialog.movePosition();
-    QCOMPARE(dialog.geometry(), expected.translated(5, -7));
-}
-
-void layoutTest::rows_data()
-{
-    QTest::addColumn<int>("screenHeight");
-    QTest::addColumn<QString>("commands");
-    QTest::addColumn<QList<int>>("tops"); // of the shown rows in slot order
-    QTest::newRow("packed") << 480 << "create:7;a addText:9;b create:2;c" << QList<int>{19, 51, 83};
-    QTest::newRow("closing a gap") << 480 << "addText:0;a create:1;b addText:2;c remove:1"
-                                   << QList<int>{19, 51};
-    QTest::newRow("low screen") << 279 << "create:0;a addText:4;b create:5;c" << QList<int>{17, 47};
-}
-
-void layoutTest::rows()
-{
-    QFETCH(int, screenHeight);
-    QFETCH(QString, commands);
-    QFETCH(QList<int>, tops);
-    appearance.m_desktopHeight = screenHeight;
-    dialogUnderTest dialog;
-    dialog.run(commands);
-    QList<QRect> shown;
-    for (qsizetype i = 0; i < dialog.bars().size(); ++i) {
-        for (const QWidget *widget :
-             std::initializer_list<const QWidget *>{dialog.labels()[i], dialog.bars()[i]}) {
-            if (widget->isVisible())
-                shown << widget->geometry();
-        }
+    const std::pair<QSize, QRect> sizes[] = {
+        {{640, 480}, {152, 40, 336, 400}},
+        {{640, 280}, {152, -60, 336, 400}},
+        {{640, 279}, {155, 44, 330, 190}},
+        {{640, 241}, {155, 25, 330, 190}},
+        {{641, 240}, {75, 25, 490, 190}},
+        // Divisions truncate toward zero.
+        {{11, 281}, {-5, -59, 21, 400}},
+    };
+    for (const auto &[screen, expected] : sizes) {
+        const dialogPointer dialog = newDialog(screen);
+        QCOMPARE(dialog->geometry(), expected);
+        // It is its own: later settings are for later dialogs. The offset alone is everybody's.
+        appearance.m_desktopWidth = 1;
+        appearance.m_paintOffsetX = 5;
+        appearance.m_paintOffsetY = -7;
+        dialog->movePosition();
+        QCOMPARE(dialog->geometry(), expected.translated(5, -7));
+        appearance.m_paintOffsetX = appearance.m_paintOffsetY = 0;
     }
-    QList<QRect> expected;
-    for (const int top : tops)
-        expected << QRect(screenHeight < 280 ? 8 : 11, top, 314, 26);
-    QCOMPARE(shown, expected);
 }
 
-void layoutTest::totalBarAndHideButton()
+void layoutTest::children_data()
+{
+    QTest::addColumn<int>("height"); // of the screen
+    QTest::addColumn<QString>("commands");
+    QTest::addColumn<QString>("shown");
+    const auto row = [](int height, const char *commands, const char *shown) {
+        QTest::newRow(commands) << height << commands << shown;
+    };
+    row(480, "c7a T9b c2c", "c=0:11,19,314,26 a=0:11,51,314,26 b:11,83,314,26");
+    row(480, "T0a c1b T2c r1", "a:11,19,314,26 c:11,51,314,26");
+    row(480, "c0a u0-1", "a=100:11,19,314,26");
+    row(480, "c0a u060 c0b u1050", "b=0:11,19,314,26");
+    row(480, "c0a t0b", "a=0:11,19,314,26");
+    row(480, "c0a T0b", "b:11,19,314,26");
+    row(480, "B0a B3b B9c", "[a]:8,339,154,26 [b]:168,339,154,26 [c]:8,371,154,26");
+    row(480, "B0a B1b B2c B3d B9e",
+        "[a]:8,339,10,26 [b]:24,339,10,26 [c]:40,339,10,26 [d]:56,339,10,26 [e]:72,339,10,26");
+    row(480, "B0a B1b B2c B3d B9e D1",
+        "[a]:8,339,154,26 [c]:168,339,154,26 [d]:8,371,154,26 [e]:168,371,154,26");
+    row(279, "c0a T4b c5c B2c", "a=0:8,17,314,26 b:8,47,314,26");
+    row(279, "B1a B2b", "[a]:5,161,320,30");
+    row(279, "B0a B1b", "[a]:5,161,154,30 [b]:165,161,154,30");
+}
+
+void layoutTest::children()
+{
+    QFETCH(int, height);
+    QFETCH(QString, commands);
+    QFETCH(QString, shown);
+    const dialogPointer dialog = newDialog({640, height}, commands);
+    // With the first average the total bar is hidden.
+    const QString total = height == 279 ? "0:8,132,308,26 " : "0:11,307,308,26 ";
+    QCOMPARE(facts(*dialog), shown.startsWith('[') ? total + shown : shown);
+}
+
+void layoutTest::hideButton()
 {
     appearance.m_busyXpos = 5; // half a position is none
-    dialogUnderTest dialog;
-    dialog.run("addText:0;a");
-    QVERIFY(!dialog.hideButton()->isVisible());
-    QCOMPARE(dialog.totalBar()->geometry(), QRect(11, 307, 308, 26));
-
+    QCOMPARE(facts(*newDialog({640, 480}, "B0a")), "0:11,307,308,26 [a]:8,339,154,26");
     appearance.m_busyYpos = 0;
-    dialog.run("addText:0;a");
-    QVERIFY(dialog.hideButton()->isVisible());
-    const int width = dialog.hideButton()->sizeHint().width();
-    QCOMPARE(dialog.totalBar()->geometry(), QRect(11, 307, 308 - width, 26));
-    QCOMPARE(dialog.hideButton()->geometry(), QRect(328 - width, 303, width, 34));
-
-    appearance.m_desktopHeight = 279;
-    dialogUnderTest lowDialog;
-    lowDialog.run("addText:0;a");
-    QCOMPARE(lowDialog.totalBar()->geometry(), QRect(8, 132, 308 - width, 26));
-    QCOMPARE(lowDialog.hideButton()->geometry(), QRect(325 - width, 128, width, 34));
+    const dialogPointer dialog = newDialog({640, 480}, "B0a");
+    const int width = dialog->findChild<progressButton *>()->sizeHint().width();
+    const QString expected("0:11,307,%1,26 [Hide]:%2,303,%3,34 [a]:8,339,154,26");
+    QCOMPARE(facts(*dialog), expected.arg(308 - width).arg(328 - width).arg(width));
 }
 
-void layoutTest::buttons_data()
+/// A copy shows what its source does, in its own grid where the screens differ, and keeps the colours.
+void layoutTest::copies()
 {
-    QTest::addColumn<int>("screenHeight");
-    QTest::addColumn<QString>("commands");
-    QTest::addColumn<QList<QRect>>("expected");
-    const QString five("addButt:0;a addButt:1;b addButt:2;c addButt:3;d addButt:9;e");
-    const QRect cell(8, 339, 154, 26);
-    const QRect narrow(8, 339, 10, 26);
-    const QList<QRect> inTwoRows{cell, cell.translated(160, 0), cell.translated(0, 32),
-                                 cell.translated(160, 32)};
-    QTest::newRow("three") << 480 << "addButt:0;a addButt:3;b addButt:9;c" << inTwoRows.first(3);
-    QTest::newRow("five") << 480 << five
-                          << QList<QRect>{narrow, narrow.translated(16, 0), narrow.translated(32, 0),
-                                          narrow.translated(48, 0), narrow.translated(64, 0)};
-    QTest::newRow("four of five") << 480 << five + " delButt:1" << inTwoRows;
-    QTest::newRow("one, low screen") << 279 << "addButt:1;a addButt:2;b" << QList<QRect>{{5, 161, 320, 30}};
-    QTest::newRow("two, low screen") << 279 << "addButt:0;a addButt:1;b"
-                                     << QList<QRect>{{5, 161, 154, 30}, {165, 161, 154, 30}};
-}
-
-void layoutTest::buttons()
-{
-    QFETCH(int, screenHeight);
-    QFETCH(QString, commands);
-    QFETCH(QList<QRect>, expected);
-    appearance.m_desktopHeight = screenHeight;
-    dialogUnderTest dialog;
-    dialog.run(commands);
-    QList<QRect> shown;
-    for (const QPushButton *button : dialog.buttons()) {
-        if (button->isVisible())
-            shown << button->geometry();
+    const QString content("c0a T4b u07 B1c");
+    const QString more(" c5d B9e");
+    for (const auto &[from, to] : {std::pair{480, 480}, std::pair{480, 200}, std::pair{200, 480}}) {
+        appearance.m_barColor = Qt::red;
+        const dialogPointer source = newDialog({640, from}, content + more);
+        appearance.m_barColor = Qt::green;
+        const dialogPointer same = newDialog({640, to}, from == 480 && to == 480 ? content + more : content);
+        const dialogPointer copy = newDialog({640, to});
+        copy->copyFromDialog(*source);
+        // The total bar is shown until the next average.
+        QCOMPARE(facts(*copy).section(' ', 1), facts(*same));
+        QCOMPARE(copy->geometry(), same->geometry());
+        QVERIFY(!copy->isVisible());
+        const auto *bar = copy->findChildren<progressProcess *>()[1];
+        QCOMPARE(bar->palette().color(QPalette::Highlight), QColor(Qt::red));
     }
-    QCOMPARE(shown, expected);
-}
-
-void layoutTest::followsTheSettingsOfItsConstruction()
-{
-    dialogUnderTest dialog;
-    appearance.m_desktopWidth = 1000;
-    appearance.m_desktopHeight = 200;
-    dialog.run("create:9;a");
-    dialog.movePosition();
-    QCOMPARE(dialog.geometry(), QRect(152, 40, 336, 400));
-    QCOMPARE(dialog.bars()[9]->geometry(), QRect(11, 19, 314, 26));
 }
 
 QTEST_MAIN(layoutTest)

@@ -272,6 +272,12 @@ class Channel:
         self.socket.close()
 
 
+def resident_kib(pid, what="VmRSS"):
+    """Memory of a process; with "VmHWM" the most that it ever had."""
+    with open(f"/proc/{pid}/status") as status:
+        return next(int(line.split()[1]) for line in status if line.startswith(what))
+
+
 class Daemon:
     """A daemon with an identifier and a folder of its own. Its files go with it."""
 
@@ -352,8 +358,7 @@ class Daemon:
     # What it uses.
 
     def resident_kib(self):
-        with open(f"/proc/{self.pid}/status") as status:
-            return next(int(line.split()[1]) for line in status if line.startswith("VmRSS"))
+        return resident_kib(self.pid)
 
     def descriptors(self):
         return len(os.listdir(f"/proc/{self.pid}/fd"))

@@ -1,279 +1,126 @@
 #!/usr/bin/env python3
-"""usage: soak.py PROGRESSD OBJECTCOUNTER SECONDS [SEED]
+"""usage: PROGRESSD=PROGRAM soak.py SECONDS [SEED]
 
-Keeps a daemon busy with ten command and ten event clients that come and go, vanish in the middle of a message
-or never read, while something answers the boxes. Once a minute all pause and the daemon is measured with
-nothing shown. Fails if something has grown since the first pause, or if a client is not answered.
+Keeps a daemon busy with ten command and ten event clients that come and go, vanish in the middle of a message or never
+read, while something answers the boxes. Once a minute all pause and the daemon is measured with nothing shown. Fails if
+something has grown since the first pause, or if a newcomer is not answered.
 """
 
 import os
 import random
-import socket
-import struct
-import subprocess
 import sys
-import tempfile
 import threading
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../python"))
-from daemon import Daemon, box_answer, display_resources, progress, read_until, until  # noqa: E402
+from harness import Daemon, Screen, progress, resident_kib, until  # noqa: E402
 
 CLIENTS = 10
-PAUSE_EVERY = 60  # seconds
+BOX = "<msgbox>4[#]soakbox[#]Go on?[#]16384[#]65536</msgbox>"
 ALLOWED_KIB = 2048
-BOX_TITLE = "soakbox"
-BOX = b"<msgbox>4[#]%s[#]Go on?[#]16384[#]65536</msgbox>" % BOX_TITLE.encode()
-
-
-class Crowd:
-    """What all clients share: the daemon, when to pause, and what they have done."""
-
-    def __init__(self, daemon):
-        self.daemon = daemon
-        self.working = threading.Event()
-        self.ended = False
-        self.done = {}
-        self.failures = []
-        self.idle = threading.Semaphore(0)
-        self.guard = threading.Lock()
-
-    def count(self, what):
-        with self.guard:
-            self.done[what] = self.done.get(what, 0) + 1
-
-    def fail(self, what):
-        with self.guard:
-            self.failures.append(what)
+CONTENT = ("create:{};bar", "remove:{}", "addText:{};text", "updateText:{};new", "delText:{}", "addButt:{};button", "delButt:{}",
+           "activate", "busyOn", "busyOff", "messageStart", "messageStop")
+SETTINGS = ("windowModal=on", "windowModal=off", "busyIndicator=10|10|48|64|empty", "busyIndicator=-1|-1|0|0|empty",
+            "paintOffset=3|4", "windowTitle=soak")
 
 
 class Client(threading.Thread):
-    def __init__(self, crowd, seed):
+    """One life after the other, as long as `working` is set; `idle` in between."""
+
+    def __init__(self, connect, live, chance, working):
         super().__init__(daemon=True)
-        self.crowd = crowd
-        self.random = random.Random(seed)
+        self.connect, self.live, self.chance, self.working = connect, live, chance, working
+        self.idle, self.lives = threading.Event(), 0
 
     def run(self):
-        while not self.crowd.ended:
-            self.crowd.working.wait()
-            if self.crowd.ended:
-                break
-            while self.crowd.working.is_set():
+        while self.working.wait():
+            self.idle.clear()
+            while self.working.is_set():
                 try:
-                    self.live()
-                except OSError:
-                    self.crowd.count("lost connections")
+                    channel = self.connect()
+                    self.live(self, channel)
+                    (channel.reset if self.chance.random() < 0.5 else channel.socket.close)()
+                    self.lives += 1
+                except OSError:  # refused, or hung up on
                     time.sleep(0.01)
-            self.crowd.idle.release()
-
-    def vanish(self, channel):
-        if self.random.random() < 0.5:
-            channel.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
-            self.crowd.count("connections reset")
-        channel.close()
+            self.idle.set()
 
 
-class CommandClient(Client):
-    def live(self):
-        channel = self.crowd.daemon.commands()
-        self.crowd.count("command connections")
-        for _ in range(self.random.randrange(1, 60)):
-            if not self.crowd.working.is_set():
-                break
-            self.random.choices((self.update, self.content, self.mode, self.box, self.fragments),
-                                (60, 25, 10, 1, 4))[0](channel)
-            time.sleep(self.random.random() * 0.01)
-        if self.random.random() < 0.2:
-            channel.sendall(b"<progress>create:0;I am go")
-            self.crowd.count("messages left unfinished")
-        self.vanish(channel)
+def command(client, channel):
+    chance = client.chance
+    for _ in range(chance.randrange(1, 60)):
+        slot = chance.randrange(-1, 11)
+        kind = chance.random()
+        if kind < 0.6:
+            channel.progress(*(f"update:{slot};{chance.randrange(-1, 102)}" for _ in range(20)))
+        elif kind < 0.9:
+            channel.progress(chance.choice(CONTENT).format(slot))
+        elif kind < 0.98:
+            channel.configure(chance.choice(SETTINGS))
+        else:
+            channel.send(BOX)
+        time.sleep(chance.random() * 0.01)
+    if chance.random() < 0.2:
+        channel.send("<progress>create:0;I am go")
 
-    def slot(self):
-        return self.random.randrange(-1, 11)
 
-    def update(self, channel):
-        channel.sendall(progress(*(f"update:{self.slot()};{self.random.randrange(-1, 102)}" for _ in range(20))))
-
-    def content(self, channel):
-        command = self.random.choice(("create:{};bar", "remove:{}", "addText:{};text", "updateText:{};new", "delText:{}",
-                                      "addButt:{};button", "delButt:{}"))
-        channel.sendall(progress(command.format(self.slot())))
-
-    def mode(self, channel):
-        entry = self.random.choice(("windowModal=on", "windowModal=off", "busyIndicator=10|10|48|64|empty",
-                                    "busyIndicator=-1|-1|0|0|empty", "paintOffset=3|4", "windowTitle=soak"))
-        channel.sendall(self.random.choice((b"<configuration>%s</configuration>" % entry.encode(),
-                                            progress("activate"), progress("busyOn"), progress("busyOff"),
-                                            progress("messageStart"), progress("messageStop"))))
-
-    def box(self, channel):
-        """Asks, and mostly waits for the answer."""
-        channel.sendall(BOX)
-        self.crowd.count("boxes")
-        if self.random.random() < 0.3:
-            return
-        channel.settimeout(60)
+def listen(client, channel):
+    reads = client.chance.random() < 0.7
+    channel.socket.settimeout(0.2)
+    for _ in range(client.chance.randrange(1, 40)):
         try:
-            answered = box_answer(channel)
-        except socket.timeout:
-            # A message that another client left unfinished has swallowed the question, which is how it is.
-            answered = None
-        self.crowd.count("boxes answered" if answered is not None else "boxes lost")
-
-    def fragments(self, channel):
-        message = progress(f"create:{self.slot()};in pieces")
-        for piece in (message[:5], message[5:20], message[20:]):
-            channel.sendall(piece)
-            time.sleep(0.002)
-
-
-class EventClient(Client):
-    def live(self):
-        channel = self.crowd.daemon.events()
-        self.crowd.count("event connections")
-        reads = self.random.random() < 0.7
-        channel.settimeout(0.2)
-        for _ in range(self.random.randrange(1, 40)):
-            if not self.crowd.working.is_set():
-                break
             if not reads:
-                time.sleep(0.2)
-                continue
-            try:
-                if not channel.recv(65536):
-                    break
-            except socket.timeout:
-                pass
-        self.crowd.count("event clients that read" if reads else "event clients that never read")
-        self.vanish(channel)
+                time.sleep(0.1)
+            elif not channel.socket.recv(65536):
+                break
+        except TimeoutError:
+            pass
 
 
-class Answerer(threading.Thread):
-    """Presses Return on whatever box there is."""
-
-    def __init__(self, crowd):
-        super().__init__(daemon=True)
-        self.crowd = crowd
-
-    def run(self):
-        while not self.crowd.ended:
-            found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{BOX_TITLE}$"],
-                                   capture_output=True, text=True)
-            for window in found.stdout.split():
-                subprocess.run(["xdotool", "windowfocus", window, "key", "--window", window, "Return"],
-                               stderr=subprocess.DEVNULL)
-            time.sleep(0.1)
+def answer_boxes(screen):
+    """Presses Return on whatever box there is, for ever."""
+    while True:
+        for window in screen.windows("soakbox"):
+            screen.xdotool(f"windowfocus {window.id} key --window {window.id} Return")
+        time.sleep(0.1)
 
 
-def boxes_left():
-    return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{BOX_TITLE}$"],
-                          capture_output=True, text=True).stdout.split()
-
-
-def show_nothing(daemon):
-    """Removes all content and ends what a vanished client left unfinished."""
-    with daemon.commands() as channel:
-        channel.sendall(progress("busyOff") + b"<configuration>windowModal=on;busyIndicator=-1|-1|0|0|empty</configuration>")
+def measure(screen, daemon):
+    until(lambda: not screen.windows("soakbox"), "the end of the last box")
+    channel = daemon.commands()
+    # What a vanished client has left unfinished ends with the first of these.
+    for text in (progress("busyOff"), b"<configuration>windowModal=on;busyIndicator=-1|-1|0|0|empty</configuration>",
+                 progress(*(f"{what}:{slot}" for slot in range(10) for what in ("remove", "delButt")))):
+        channel.send(text)
         time.sleep(0.3)
-        channel.sendall(progress(*(f"{command}:{slot}" for slot in range(10) for command in ("remove", "delButt"))))
-        time.sleep(0.3)
-
-
-def measure(daemon, object_file):
-    with open(object_file, "rb") as file:
-        objects = struct.unpack("=q", file.read(8))[0]
-    return {"resident KiB": daemon.resident_kib(), "descriptors": daemon.descriptors(), "objects": objects,
-            **display_resources()}
-
-
-def pause(crowd, threads, object_file):
-    crowd.working.clear()
-    for _ in threads:
-        crowd.idle.acquire()
-    if not until(lambda: not boxes_left()):
-        crowd.fail("a box stays open")
-    show_nothing(crowd.daemon)
-    if not crowd.daemon.answers():
-        crowd.fail("a newcomer is not answered")
+    daemon.connect(daemon.event_port).close()  # slot 0 may be empty, and newcomers deaf
+    daemon.events()
     time.sleep(1)
-    return measure(crowd.daemon, object_file)
-
-
-def check_survivors(crowd):
-    """All channels at once: each command client is answered, each event client hears all of them."""
-    daemon = crowd.daemon
-    listeners = [daemon.events() for _ in range(CLIENTS)]
-    speakers = [daemon.commands() for _ in range(CLIENTS)]
-    time.sleep(0.5)
-    for speaker in speakers:
-        speaker.sendall(progress("activate"))
-    # A box in the same read would come first and drop the other message.
-    time.sleep(0.5)
-    for number, speaker in enumerate(speakers):
-        speaker.sendall(BOX)
-        speaker.settimeout(30)
-        if box_answer(speaker) is None:
-            crowd.fail(f"command client {number} gets no answer")
-    heard = 0
-    for listener in listeners:
-        listener.settimeout(2)
-        events = read_until(listener, b"<event>isActivated</event>" * CLIENTS)
-        heard += events.count(b"isActivated") == CLIENTS
-    if heard < CLIENTS:
-        crowd.fail("not all event clients hear the command clients")
-    print(f"at the end: {CLIENTS} command clients answered, {heard} of {CLIENTS} event clients hear them")
-    for channel in speakers + listeners:
-        channel.close()
-
-
-def print_row(minute, figures):
-    print(f"{minute:8.1f} min  " + "  ".join(f"{name} {value}" for name, value in figures.items()), flush=True)
-
-
-def grown(first, last):
-    allowed = {"resident KiB": ALLOWED_KIB}
-    return [f"{name} grew from {first[name]} to {last[name]}" for name in first
-            if last[name] > first[name] + allowed.get(name, 0)]
+    return {"resident KiB": resident_kib(daemon.pid), "X server KiB": resident_kib(screen.server.pid),
+            "descriptors": daemon.descriptors(), "windows": screen.run("xwininfo", "-root", "-tree").count(" 0x")}
 
 
 def main():
-    program, counter, seconds = sys.argv[1], sys.argv[2], float(sys.argv[3])
-    seed = int(sys.argv[4]) if len(sys.argv) > 4 else random.randrange(1 << 30)
+    seconds, seed = float(sys.argv[1]), int(sys.argv[2]) if len(sys.argv) > 2 else random.randrange(1 << 30)
     print(f"seed {seed}")
-    with tempfile.TemporaryDirectory() as directory:
-        object_file = os.path.join(directory, "objects")
-        environment = {"LD_PRELOAD": counter, "OBJECT_COUNT_FILE": object_file}
-        with Daemon(program, environment=environment) as daemon:
-            daemon.wait_for_ports()
-            failures = soak(daemon, object_file, seconds, seed)
-    for failure in failures:
-        print(f"FAILED: {failure}")
-    sys.exit(1 if failures else 0)
-
-
-def soak(daemon, object_file, seconds, seed):
-    crowd = Crowd(daemon)
-    kinds = [CommandClient, EventClient] * CLIENTS
-    threads = [kind(crowd, seed * 100 + number) for number, kind in enumerate(kinds)]
-    for thread in threads:
+    screen, working, rows = Screen(), threading.Event(), []
+    daemon = Daemon(screen, "0")
+    clients = [Client(connect, live, random.Random(seed * 100 + number), working) for number in range(CLIENTS)
+               for connect, live in ((daemon.commands, command), (lambda: daemon.connect(daemon.event_port), listen))]
+    for thread in (*clients, threading.Thread(target=answer_boxes, args=[screen], daemon=True)):
         thread.start()
-    Answerer(crowd).start()
-
-    started = time.monotonic()
-    rows = []
-    while time.monotonic() < started + seconds or len(rows) < 2:
-        crowd.working.set()
-        time.sleep(min(PAUSE_EVERY, max(1.0, seconds / 2)))
-        rows.append(pause(crowd, threads, object_file))
-        print_row((time.monotonic() - started) / 60, rows[-1])
-        if daemon.process.poll() is not None:
-            crowd.fail(f"the daemon ended with {daemon.process.returncode}")
-            break
-    check_survivors(crowd)
-    crowd.ended = True
-    crowd.working.set()
-    print("  ".join(f"{what}: {count}" for what, count in sorted(crowd.done.items())))
-    return crowd.failures + grown(rows[0], rows[-1])
+    ends = time.monotonic() + seconds
+    while time.monotonic() < ends or len(rows) < 2:
+        working.set()
+        time.sleep(min(60, seconds / 2))
+        working.clear()
+        for client in clients:
+            client.idle.wait()
+        rows.append(measure(screen, daemon))
+        print(f"{sum(client.lives for client in clients)} clients so far:", rows[-1], flush=True)
+    daemon.end()
+    grown = [name for name, value in rows[-1].items() if value > rows[0][name] + (ALLOWED_KIB if "KiB" in name else 0)]
+    sys.exit(f"FAILED: {', '.join(grown)} grew" if grown else 0)
 
 
 main()
