@@ -26,8 +26,7 @@ extern "C" void noteSignal(int number)
 
 void handle(int number)
 {
-    struct sigaction action {
-    };
+    struct sigaction action = {};
     sigaction(number, nullptr, &action);
     if (action.sa_handler == SIG_IGN)
         return;

@@ -34,8 +34,7 @@ constexpr std::size_t mostHeard = 1024 * 1024;
 
 void checkSocketFile(const std::string &identifier, const std::string &path)
 {
-    struct stat about {
-    };
+    struct stat about = {};
     if (::lstat(path.c_str(), &about) != 0)
         throwNotRunning(identifier, path);
     if (!S_ISSOCK(about.st_mode) || about.st_uid != ::geteuid())

@@ -21,8 +21,7 @@ std::optional<progressClient::ports> readLockFile(const std::string &identifier)
     // The folder is everybody's: a pipe in the file's place must not make us wait, a link not mislead us.
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     const descriptor file(::open(lockFilePath(identifier).c_str(), flags));
-    struct stat about {
-    };
+    struct stat about = {};
     char text[64] = {};
     if (::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode) || about.st_uid != ::geteuid() ||
         ::read(file.get(), text, sizeof text - 1) <= 0)

@@ -16,8 +16,7 @@ using error = progressClient::error;
 
 bool isOwnFolder(const char *path)
 {
-    struct stat about {
-    };
+    struct stat about = {};
     return ::stat(path, &about) == 0 && S_ISDIR(about.st_mode) && about.st_uid == ::geteuid();
 }
 
@@ -56,8 +55,7 @@ void makeSocketFolder()
 void checkSocketFolder()
 {
     const std::string folder = socketFolder();
-    struct stat about {
-    };
+    struct stat about = {};
     // A link would be somebody else's word for where the daemon is.
     if (::lstat(folder.c_str(), &about) != 0)
         return;

@@ -1,4 +1,5 @@
-# What is installed, and where. Three components: the programs, the library, and what it takes to build with it.
+# What is installed, and where. Components: the programs with all that is to be read, the library, what it takes to
+# build with it, and the Python module.
 
 include(CMakePackageConfigHelpers)
 
@@ -35,10 +36,14 @@ install(FILES client/completions/_progressctl
         DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT programs)
 install(FILES client/completions/progressctl.fish
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT programs)
-install(FILES examples/light.conf examples/dark.conf examples/copy-tree.sh
-        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT programs)
-install(DIRECTORY examples/cpp
-        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT programs)
+install(DIRECTORY examples
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT programs USE_SOURCE_PERMISSIONS)
+# The pages, and the pictures that they show.
+install(DIRECTORY docs/
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT programs PATTERN man EXCLUDE)
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT programs)
+compressed(${CMAKE_CURRENT_SOURCE_DIR}/CHANGELOG.md changelog.gz)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT programs)
 
 install(TARGETS progressClient EXPORT progressClient
         LIBRARY COMPONENT library NAMELINK_COMPONENT development)
@@ -58,3 +63,7 @@ file(RELATIVE_PATH PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE
 configure_file(packaging/progressclient.pc.in progressclient.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressclient.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+# Where Debian's Python looks, for all its versions.
+install(DIRECTORY python/progressclient
+        DESTINATION lib/python3/dist-packages COMPONENT python PATTERN __pycache__ EXCLUDE)

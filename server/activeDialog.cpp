@@ -67,9 +67,9 @@ void activeDialog::bringToFront()
         return;
     }
     replaceDialog();
+    const auto show = [this] { showPending(); };
     if (!std::exchange(m_frontPending, true))
-        QMetaObject::invokeMethod(
-            m_splash, [this] { showPending(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(m_splash, show, Qt::QueuedConnection);
 }
 
 void activeDialog::showPending()

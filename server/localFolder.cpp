@@ -9,8 +9,7 @@
 std::string localFolder()
 {
     const char *runtime = std::getenv("XDG_RUNTIME_DIR");
-    struct stat found {
-    };
+    struct stat found = {};
     if (runtime && runtime[0] == '/' && stat(runtime, &found) == 0 && S_ISDIR(found.st_mode) &&
         found.st_uid == geteuid())
         return std::string(runtime) + "/progressd";
@@ -27,8 +26,7 @@ bool prepareLocalFolder(const std::string &folder, std::string &error)
         error = folder + ": " + std::strerror(errno);
         return false;
     }
-    struct stat found {
-    };
+    struct stat found = {};
     if (lstat(folder.c_str(), &found) != 0)
         error = folder + ": " + std::strerror(errno);
     else if (!S_ISDIR(found.st_mode))

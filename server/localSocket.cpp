@@ -39,8 +39,7 @@ int newSocket()
 
 bool isSameFile(const std::string &path, dev_t device, ino_t inode)
 {
-    struct stat found {
-    };
+    struct stat found = {};
     return lstat(path.c_str(), &found) == 0 && found.st_dev == device && found.st_ino == inode;
 }
 
@@ -101,8 +100,7 @@ bool localSocket::lock()
     closeDescriptor(m_lock);
     m_lock =
         ::open(m_lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR);
-    struct stat held {
-    };
+    struct stat held = {};
     return m_lock >= 0 && flock(m_lock, LOCK_EX | LOCK_NB) == 0 && fstat(m_lock, &held) == 0 &&
            isSameFile(m_lockPath, held.st_dev, held.st_ino);
 }
@@ -123,8 +121,7 @@ bool localSocket::listen()
     unlink(m_path.c_str());
     m_descriptor = newSocket();
     const sockaddr_un address = addressOf(m_path);
-    struct stat made {
-    };
+    struct stat made = {};
     if (m_descriptor >= 0 &&
         bind(m_descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
         ::listen(m_descriptor, backlog) == 0 && lstat(m_path.c_str(), &made) == 0) {

@@ -28,8 +28,7 @@ sigset_t endingSignals()
     sigset_t set;
     ::sigemptyset(&set);
     for (const int each : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction now {
-        };
+        struct sigaction now = {};
         // Under nohup, or in the background of a script, some are meant to be ignored.
         if (::sigaction(each, nullptr, &now) == 0 && now.sa_handler != SIG_IGN)
             ::sigaddset(&set, each);

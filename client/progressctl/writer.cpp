@@ -56,8 +56,7 @@ bool writesTo(const std::string &process, const struct stat &pipe)
     if (!folder)
         return false;
     while (const dirent *entry = ::readdir(folder.get())) {
-        struct stat about {
-        };
+        struct stat about = {};
         if (::stat((path + '/' + entry->d_name).c_str(), &about) == 0 && about.st_dev == pipe.st_dev &&
             about.st_ino == pipe.st_ino && isOpenForWriting(process, entry->d_name))
             return true;
@@ -108,8 +107,7 @@ int writer::exitStatus()
 
 bool endWriters(int inputFd)
 {
-    struct stat pipe {
-    };
+    struct stat pipe = {};
     if (::fstat(inputFd, &pipe) != 0 || !S_ISFIFO(pipe.st_mode))
         return false;
     const openFolder processes(::opendir("/proc"));

@@ -56,6 +56,8 @@ unpack_packages() {
     local config
     config=$(find "$work/root" -name progressclient.pc)
     export PKG_CONFIG_PATH=${config%/*} LD_LIBRARY_PATH=${config%/pkgconfig/*} CMAKE_PREFIX_PATH=$work/root/usr
+    PYTHONPATH=$work/root/usr/lib/python3/dist-packages python3 -c 'import progressclient' ||
+        fail 'the Python module is not where it should be'
     [[ $(command -v progressd) == "$work"/* ]] || fail 'progressd is not the one that was unpacked'
 }
 

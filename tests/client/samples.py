@@ -106,13 +106,13 @@ def check_document(source, name, words, folder):
     return "" if samples else f"{name}: has no samples"
 
 
-def prepare(source, build, folder):
+def prepare(build, folder):
     """The environment of a user who has installed everything, with an empty home."""
     subprocess.run(["cmake", "--install", build, "--prefix", f"{folder}/usr"], check=True, stdout=subprocess.DEVNULL)
     libraries = [root for root, _, files in os.walk(f"{folder}/usr") if "progressclient.pc" in files][0]
     os.environ.update(HOME=folder, XDG_RUNTIME_DIR=folder, PROGRESS_IDENTIFIER=f"samples{os.getpid()}",
                       LC_ALL="C.UTF-8", PATH=f"{folder}/usr/bin:{os.environ['PATH']}", PKG_CONFIG_PATH=libraries,
-                      LD_LIBRARY_PATH=os.path.dirname(libraries), PYTHONPATH=f"{source}/python")
+                      LD_LIBRARY_PATH=os.path.dirname(libraries), PYTHONPATH=f"{folder}/usr/lib/python3/dist-packages")
     for script in SCRIPTS:
         with open(os.path.join(folder, script), "w", encoding="ascii") as file:
             file.write("#!/bin/sh\necho 50\nsleep 0.2\necho 100\n")
@@ -124,7 +124,7 @@ def main(source, build):
     folder = tempfile.mkdtemp(prefix="samples-")
     answers = None
     try:
-        prepare(source, build, folder)
+        prepare(build, folder)
         answers = subprocess.Popen(["bash", "-c", ANSWER_BOXES], stderr=subprocess.DEVNULL, start_new_session=True)
         faults = [check_document(source, name, words, folder) for name, words in DOCUMENTS.items()]
     finally:
