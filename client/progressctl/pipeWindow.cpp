@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <sys/random.h>
+#include <utility>
 
 namespace
 {
@@ -130,15 +131,15 @@ int pipeWindow::nextSlot()
 
 std::optional<int> pipeWindow::slotAt(std::size_t index)
 {
-    while (m_slots.size() <= index && !m_isFull) {
+    while (m_slots.size() <= index) {
         const int slot = nextSlot();
-        m_isFull = slot < 0;
-        if (slot >= 0)
-            m_slots.push_back(slot);
-        else if (index > 0)
+        if (slot < 0 && index > 0 && !std::exchange(m_isFullTold, true))
             complain("the daemon has no slot left for the text, or for another button");
+        if (slot < 0)
+            return std::nullopt;
+        m_slots.push_back(slot);
     }
-    return m_slots.size() > index ? std::optional(m_slots[index]) : std::nullopt;
+    return m_slots[index];
 }
 
 void pipeWindow::show(const pipeContent &wanted)
@@ -161,7 +162,7 @@ void pipeWindow::showText(const std::string &text)
         m_client->updateText(*slot, text);
     else if (slot)
         m_client->createText(*slot, text);
-    m_hasText = slot.has_value();
+    m_hasText = m_hasText || slot;
 }
 
 void pipeWindow::offerOk()

@@ -89,8 +89,8 @@ private:
     std::optional<progressClient> m_client;
     std::unique_ptr<processHandle> m_ownDaemon;
     std::vector<int>
-        m_slots;           ///< of the bar and its button; of the text and the first extra button; of the next
-    bool m_isFull = false; ///< there was no further slot
+        m_slots; ///< of the bar and its button; of the text and the first extra button; of the next
+    bool m_isFullTold = false;
     pipeContent m_shown;
     bool m_hasText = false;
     bool m_hasButton = false;

@@ -177,14 +177,16 @@ class Ends(ClientCase):
     def test_leave_nothing_behind(self):
         """Pipes on one daemon have slots of their own, and a killed one's are free again."""
         self.start_shared()
-        pipes = [self.begin(f"exec progressctl pipe --caption c{i} --text t{i} < <(exec sleep 99)") for i in range(5)]
-        until(lambda: self.ctl("pipe </dev/null").status == 3, "the last slot")
+        script = "exec progressctl pipe -- sh -c 'echo ready >&2; exec cat'"
+        pipes = [self.begin(script, stdin=subprocess.PIPE) for _ in range(10)]
+        self.assertEqual({each.stderr.readline() for each in pipes}, {b"ready\n"})
+        self.assertEqual(self.ctl("pipe </dev/null").status, 3)
         full = self.ctl("pipe -- sh -c 'exit 9'")
         self.assertEqual(full.status, 9)
         self.check_line(full.errors, "no slot left")
-        pipes[2].kill()
+        pipes.pop(2).kill()
         until(lambda: self.ctl("pipe </dev/null").status == 0, "a free slot")
-        for each in (pipes[0], pipes[1], pipes[3], pipes[4]):
+        for each in pipes:
             each.terminate()
             self.assertEqual(each.wait(PATIENCE), -signal.SIGTERM)
         self.screen.gone(self.name)
