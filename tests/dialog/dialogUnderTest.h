@@ -16,7 +16,7 @@ public:
     void progressVisibilityChanged(bool isVisible) override;
     void updateTotalPercent(int currentPercent, int remainingSeconds) override;
     void clicked(int slot) override;
-    void closed() override {}
+    void closed() override { m_events << QStringLiteral("closed"); }
     bool isInputBlocked() const override { return false; }
 
     /// What happened since the last call, with blanks between.
