@@ -67,6 +67,9 @@ void CProgressDialog::giveBack()
 {
     if (m_timerId != -1)
         killTimer(m_timerId);
+    // What is still on its way to it finds no children any more.
+    removeEventFilter(this);
+    theme::instance().disconnect(this);
     m_layout->dropImages();
     destroy();
     static_cast<dialogSlots &>(*this) = {};

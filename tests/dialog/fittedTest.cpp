@@ -1,0 +1,308 @@
+#include "tests/dialog/dialogUnderTest.h"
+
+#include "dialog/timeLeft.h"
+#include "widgets/contrast.h"
+#include "widgets/emLength.h"
+#include "widgets/theme.h"
+#include "widgets/wrappedText.h"
+
+#include <QAccessible>
+#include <QTest>
+
+#include <algorithm>
+
+/// The fitted layout, the themes, pulsing bars, and what all of them are made of.
+class fittedTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void sizes_data();
+    void sizes();
+    void growsDownwards();
+    void isTwiceAsLargeWithTwiceTheFont();
+    void isReadable_data();
+    void isReadable();
+    void leavesLaterEntries();
+    void closesByEscape();
+    void ignoresRepetitions();
+    void tellsScreenReaders();
+    void pulses();
+    void wraps_data();
+    void wraps();
+    void timesLeft();
+};
+
+namespace
+{
+
+constexpr int emPixels = 10;
+
+QList<QWidget *> shownChildren(const QWidget &window)
+{
+    QList<QWidget *> children = window.findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+    children.removeIf([](const QWidget *child) { return child->isHidden(); });
+    return children;
+}
+
+/// Nothing is cut off by the window or by anything else.
+bool isTidy(const QWidget &window)
+{
+    const QList<QWidget *> children = shownChildren(window);
+    return std::all_of(children.begin(), children.end(), [&](const QWidget *child) {
+        const auto overlaps = [child](const QWidget *other) {
+            return other != child && other->geometry().intersects(child->geometry());
+        };
+        return window.rect().contains(child->geometry()) &&
+               std::none_of(children.begin(), children.end(), overlaps);
+    });
+}
+
+void useFonts(int pixels)
+{
+    QFont font(QStringLiteral("Sans Serif"));
+    font.setPixelSize(pixels);
+    appearance.m_labelFont = appearance.m_barLabelFont = appearance.m_buttonFont = font;
+}
+
+QString all(const QString &command, int count)
+{
+    QString commands;
+    for (int i = 0; i < count; ++i)
+        commands += command.arg(i);
+    return commands;
+}
+
+} // namespace
+
+void fittedTest::init()
+{
+    resetSettings();
+    appearance = {};
+    appearance.m_windowLayout = windowLayout::fitted;
+    theme::instance().apply(windowTheme::light);
+    useFonts(emPixels);
+}
+
+void fittedTest::sizes_data()
+{
+    QTest::addColumn<QString>("commands");
+    QTest::addColumn<int>("fontPixels");
+    QTest::addColumn<int>("leastEm");
+    QTest::addColumn<int>("mostEm");
+    QTest::newRow("one bar") << "create:0;a addButt:0;b" << 10 << 24 << 24;
+    QTest::newRow("a long caption") << "create:0;" + QString(400, 'w') << 10 << 40 << 40;
+    QTest::newRow("a long text") << "addText:0;" + QString(400, 'w') << 10 << 40 << 40;
+    QTest::newRow("everything") << all("create:%1;bar addButt:%1;Button%1 ", 10) << 10 << 40 << 40;
+    QTest::newRow("a long button") << "addButt:0;" + QString(400, 'w') + " addButt:1;b" << 10 << 40 << 40;
+    QTest::newRow("larger than the screen") << all("create:%1;bar addButt:%1;Button%1 ", 10) << 40 << 1 << 40;
+}
+
+void fittedTest::sizes()
+{
+    QFETCH(QString, commands);
+    QFETCH(int, fontPixels);
+    QFETCH(int, leastEm);
+    QFETCH(int, mostEm);
+    useFonts(fontPixels);
+    dialogUnderTest dialog;
+    dialog.run(commands);
+    QVERIFY(dialog.width() >= leastEm * fontPixels && dialog.width() <= mostEm * fontPixels);
+    QVERIFY(dialog.screen()->availableGeometry().contains(dialog.geometry()));
+    QVERIFY(isTidy(dialog));
+    for (const progressButton *button : dialog.buttons())
+        QVERIFY(button->isHidden() || button->width() >= 5 * emLength(*button)(1) - 2);
+}
+
+void fittedTest::growsDownwards()
+{
+    dialogUnderTest dialog;
+    dialog.run("create:0;a");
+    const QRect small = dialog.geometry();
+    dialog.run("create:1;" + QString(60, 'x') + " addButt:0;b");
+    const QRect large = dialog.geometry();
+    QVERIFY(large.height() > small.height() && large.width() > small.width());
+    QCOMPARE(large.top(), small.top());
+    dialog.run("remove:1 delButt:0");
+    QCOMPARE(dialog.geometry(), QRect(large.topLeft(), QSize(large.width(), small.height())));
+
+    // A text that comes later is wrapped, too, and then keeps its room.
+    dialog.run("addText:1;a");
+    const int oneLine = dialog.height();
+    dialog.run("updateText:1;" + QString(200, 'x'));
+    QTRY_VERIFY(dialog.height() > oneLine);
+    const int threeLines = dialog.height();
+    dialog.run("updateText:1;a create:2;b remove:2");
+    QCOMPARE(dialog.height(), threeLines);
+}
+
+void fittedTest::isTwiceAsLargeWithTwiceTheFont()
+{
+    const QString commands = "create:0;" + QString(30, 'x') + " addText:1;a addButt:0;Stop";
+    dialogUnderTest one;
+    one.run(commands);
+    useFonts(2 * emPixels);
+    dialogUnderTest two;
+    two.run(commands);
+    QVERIFY(qAbs(two.width() - 2 * one.width()) <= 4 && qAbs(two.height() - 2 * one.height()) <= 8);
+}
+
+void fittedTest::isReadable_data()
+{
+    QTest::addColumn<bool>("isDark");
+    QTest::newRow("light") << false;
+    QTest::newRow("dark") << true;
+}
+
+void fittedTest::isReadable()
+{
+    QFETCH(bool, isDark);
+    theme::instance().apply(isDark ? windowTheme::dark : windowTheme::light);
+    const dialogUnderTest dialog;
+    const auto color = [&dialog](QPalette::ColorRole role) { return dialog.palette().color(role); };
+    QCOMPARE(color(QPalette::WindowText), QColor(isDark ? Qt::white : Qt::black));
+    QVERIFY(contrast(color(QPalette::WindowText), color(QPalette::Window)) >= 4.5);
+    for (const double share : {0.0, 0.08, 0.2}) {
+        const QColor body = mixed(color(QPalette::Button), color(QPalette::ButtonText), share);
+        QVERIFY(contrast(color(QPalette::ButtonText), body) >= 4.5);
+    }
+    QVERIFY(contrast(color(QPalette::Highlight), color(QPalette::Base)) >= 3);
+    QVERIFY(contrast(color(QPalette::Link), color(QPalette::Window)) >= 3);
+    // In the grid.
+    QVERIFY(contrast(appearance.m_invertedNumberColor, appearance.m_barColor) >= 4.5);
+    const QColor caption = buttonTextColor(appearance.m_buttonBaseColor);
+    for (const QColor &part :
+         {appearance.m_shadowLightColor, appearance.m_buttonBaseColor, appearance.m_shadowDarkColor})
+        QVERIFY(contrast(caption, part) >= 4.5);
+}
+
+void fittedTest::leavesLaterEntries()
+{
+    appearance.m_dialogBackgroundColor = QColor("#222222");
+    const dialogUnderTest dark;
+    QCOMPARE(dark.palette().color(QPalette::Window), QColor("#222222"));
+    QCOMPARE(dark.palette().color(QPalette::WindowText), QColor(Qt::white));
+    appearance.m_panelTextColor = Qt::red;
+    QCOMPARE(dialogUnderTest().palette().color(QPalette::WindowText), QColor(Qt::red));
+    // Without a theme the grid has its black.
+    appearance = {};
+    QVERIFY(!panelTextColor(Qt::black).isValid() && !buttonTextColor(Qt::black).isValid());
+}
+
+void fittedTest::closesByEscape()
+{
+    dialogUnderTest dialog;
+    dialog.run("create:0;a");
+    dialog.events();
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(dialog.events(), "closed");
+}
+
+void fittedTest::ignoresRepetitions()
+{
+    dialogUnderTest dialog;
+    dialog.run("addButt:0;a");
+    dialog.events();
+    const auto send = [&dialog](QEvent::Type type, bool repeats) {
+        QKeyEvent event(type, Qt::Key_Return, Qt::NoModifier, QString(), repeats);
+        QCoreApplication::sendEvent(dialog.buttons()[0], &event);
+    };
+    const auto hold = [&send] {
+        send(QEvent::KeyRelease, true);
+        send(QEvent::KeyPress, true);
+    };
+    hold(); // was down before the dialog had the keyboard
+    send(QEvent::KeyRelease, false);
+    QCOMPARE(dialog.events(), "");
+    send(QEvent::KeyPress, false);
+    hold();
+    QCOMPARE(dialog.events(), "");
+    send(QEvent::KeyRelease, false);
+    QCOMPARE(dialog.events(), "clicked:0");
+
+    send(QEvent::KeyPress, false);
+    QEvent deactivation(QEvent::WindowDeactivate);
+    QCoreApplication::sendEvent(&dialog, &deactivation);
+    send(QEvent::KeyRelease, false);
+    QCOMPARE(dialog.events(), "");
+}
+
+void fittedTest::tellsScreenReaders()
+{
+    dialogUnderTest dialog;
+    dialog.run("create:0;Copying update:0;40 addText:1;Details addButt:0;&Stop");
+    dialog.grab();
+    const auto heard = [](QWidget *child) {
+        QAccessibleInterface *child_ = QAccessible::queryAccessibleInterface(child);
+        QAccessibleValueInterface *value = child_->valueInterface();
+        return QStringLiteral("%1:%2:%3")
+            .arg(child_->role() == QAccessible::ProgressBar  ? "bar"
+                 : child_->role() == QAccessible::StaticText ? "text"
+                                                             : "button",
+                 child_->text(QAccessible::Name), value ? value->currentValue().toString() : QString());
+    };
+    QCOMPARE(heard(dialog.bars()[0]), "bar:Copying:40");
+    QCOMPARE(heard(dialog.labels()[1]), "text:Details:");
+    QCOMPARE(heard(dialog.buttons()[0]), "button:Stop:");
+}
+
+void fittedTest::pulses()
+{
+    for (const windowLayout layout : {windowLayout::grid, windowLayout::fitted}) {
+        appearance.m_windowLayout = layout;
+        dialogUnderTest dialog;
+        dialog.run("create:0;a update:0;40 create:1;b update:1;60");
+        dialog.pulseBar(0);
+        QVERIFY(dialog.bars()[0]->isPulsing() && !dialog.bars()[1]->isPulsing());
+        const QImage before = dialog.grab().toImage();
+        QTRY_VERIFY(dialog.grab().toImage() != before);
+        dialog.events();
+        dialog.updateBar(1, 80);
+        QCOMPARE(dialog.events(), "totalProgress=60|-1");
+        dialogUnderTest copy;
+        copy.copyFromDialog(dialog);
+        QVERIFY(copy.bars()[0]->isPulsing());
+        dialog.updateBar(0, 40);
+        QVERIFY(!dialog.bars()[0]->isPulsing());
+        dialog.pulseBar(1);
+        dialog.run("create:1;b");
+        QVERIFY(!dialog.bars()[1]->isPulsing());
+    }
+}
+
+void fittedTest::wraps_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("lines");
+    QTest::newRow("nothing") << "" << QStringList{""};
+    QTest::newRow("short") << "a" << QStringList{"a"};
+    QTest::newRow("line feeds") << "a\n\nb" << QStringList{"a", "", "b"};
+    QTest::newRow("at the end") << "a\n" << QStringList{"a"};
+    QTest::newRow("too many") << "a\nb\nc\nd" << QStringList{"a", "b", "c d"};
+    QTest::newRow("words") << "wwww wwww wwww" << QStringList{"wwww ", "wwww ", "wwww"};
+    QTest::newRow("a long word") << "wwwwwwwwww" << QStringList{"wwwww", "wwwww"};
+    QTest::newRow("too long") << QString(40, 'w') << QStringList{"wwwww", "wwwww", "wwww…"};
+}
+
+void fittedTest::wraps()
+{
+    QFETCH(QString, text);
+    QFont font(QStringLiteral("Monospace"));
+    font.setPixelSize(20);
+    const int width = QFontMetrics(font).horizontalAdvance("wwwww.") - 1;
+    QTEST(wrappedText(text, font, width, 3), "lines");
+}
+
+void fittedTest::timesLeft()
+{
+    const std::pair<int, const char *> cases[] = {{0, "0 s left"},          {59, "59 s left"},
+                                                  {60, "1 min 0 s left"},   {3599, "59 min 59 s left"},
+                                                  {3600, "1 h 0 min left"}, {90000, "25 h 0 min left"}};
+    for (const auto &[seconds, text] : cases)
+        QCOMPARE(timeLeft(seconds), text);
+}
+
+QTEST_MAIN(fittedTest)
+#include "fittedTest.moc"
