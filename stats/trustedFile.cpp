@@ -60,7 +60,7 @@ bool isTrusted(int descriptor)
 /// link that somebody puts where there is no file yet: then it is a name that nobody foresees.
 QString nameToSave(const trustedFile &file)
 {
-    const QString name = QFile::decodeName(file.target.c_str());
+    QString name = QFile::decodeName(file.target.c_str());
     if (!file.isMissing && QFile::encodeName(name) == file.target.c_str())
         return name;
     const QString folder = name.left(name.lastIndexOf(u'/') + 1);

@@ -77,12 +77,13 @@ def check_going_on(probe):
 
 
 def check_full_table(probe):
-    """Another run takes the place of the oldest of the least found. The newest 64 are looked at."""
+    """Another run takes the place of the oldest of the least found. The newest 64 count, and 4094 snapshots."""
     odd = {300: (1, 9000), 700: (1, 8000), 900: (1, 8000)}
     table = [f"record 50 {odd.get(k, (2, k))[0]} 0.{k % 1000} {odd.get(k, (2, k))[1]}" for k in range(1024)]
     for run, place, record in (("0.3", 3, "55:3:0.3"), ("0.1000000", 700, "60:1:0.1000000")):
         records = probe.ask(*table, f"pool {run}", "run 60", "records")[-1].split()
         check(f"full table, {run}", (len(records), records[place]), (1024, record))
+    check("full pool", probe.ask(f"pool {'1.' * 5000}", "run 60", "records")[-1].count("."), 4093)
     for old in (1, 2):
         records = [f"record 1000 1 - {old}"] * 65 + ["record 20 1 - 2"] * 64
         check("newest 64", probe.ask(*records, "remaining 0 0")[-1], "20.000")
@@ -152,7 +153,7 @@ def check_places(probe):
 
 def check_log(probe):
     clear()
-    probe.ask("load id", "record 95 2 0.1000.2000.3000", "record 120 1 4.1004.2004.3024", "pool 0.1000.2000",
+    probe.ask("load id", "record 95 2 3.1000.2000.3000", "record 120 1 4.1004.2004.3024", "pool 0.1000.2000",
               "tick 2 0 77", "pool 3145", "tick 3 0 77", "run 47", "save id")
     check("log", [line.split(": ", 1)[1] for line in LOG.read_text().splitlines() if line], lines("log.txt"))
 
@@ -176,7 +177,8 @@ def check_strangers(_):
         FALLBACK.symlink_to("target")
         os.chown(FALLBACK, owner, owner, follow_symlinks=False)
         records = Probe(USER).ask("load id", "records", "record 97 1 8", "save")[1]
-        check(f"link of {owner}", (records != "", b"97" in TARGET.read_bytes()), (owner != STRANGER,) * 2)
+        check(f"link of {owner}", (records != "", b"97" in TARGET.read_bytes(), b"passing over" not in LOG.read_bytes()),
+              (owner != STRANGER,) * 3)
     for mode, is_written in ((0o600, True), (0o400, False)):
         clear()
         write(FIRST, SAVED + b"x" * 99, mode, USER, USER)
