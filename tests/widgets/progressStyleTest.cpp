@@ -2,8 +2,8 @@
 
 #include <QImage>
 #include <QPainter>
-#include <QStyleOptionProgressBar>
 #include <QProgressBar>
+#include <QStyleOptionProgressBar>
 #include <QTest>
 
 #include <limits>
@@ -60,7 +60,8 @@ bool shows(const QImage &bar, bool vertical, int at, QRgb color)
     return false;
 }
 
-/// A bar with any range, as the product's are painted, with colours that can be told apart and letters without grey edges.
+/// A bar with any range, as the product's are painted, with colours that can be told apart and letters
+/// without grey edges.
 class testBar : public QProgressBar
 {
 public:
