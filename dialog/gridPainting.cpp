@@ -70,6 +70,8 @@ void gridLayout::paint(const QPaintEvent &)
     painter.fillRect(all, QBrush(m_frameColor));
 }
 
+/// The brush of the palette, here and below, is what child windows would show; there are none, and nothing
+/// else reads it.
 void gridLayout::loadBackground()
 {
     QPixmap progressPixmap;
@@ -83,7 +85,7 @@ void gridLayout::loadBackground()
 }
 
 /// Makes `newpixmap` the background, stretched to the dialog's size; a null image leaves the painted
-/// background as it is. The brush of the palette is what child windows would show.
+/// background as it is.
 void gridLayout::setBackgroundPixmap(const QPixmap &newpixmap)
 {
     QPalette palette;

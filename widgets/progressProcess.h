@@ -6,8 +6,8 @@
 ///
 /// The toolkit's bar repaints synchronously whenever its value changes, which caps a client at a few
 /// thousand updates a second. This one keeps the value by itself and hands it on when it is painted, so a
-/// burst of updates costs no more than the last of them; `value()` of the base class lags behind. The range is
-/// the toolkit's first one, 0 to 100, and stays.
+/// burst of updates costs no more than the last of them; `value()` of the base class lags behind. The range
+/// is the toolkit's first one, 0 to 100, and stays.
 class progressProcess : public QProgressBar
 {
     Q_OBJECT
