@@ -9,12 +9,21 @@
 #include "widgets/fittedLabel.h"
 #include "widgets/imageFile.h"
 
+#include <QScreen>
+
 namespace
 {
 
 constexpr Qt::WindowFlags managedFlags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                          Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
                                          Qt::WindowCloseButtonHint;
+
+/// Not larger than the screen.
+QPixmap boundedTo(const QPixmap &image, const QSize &screen)
+{
+    const QSize size = image.size().boundedTo(screen);
+    return size == image.size() ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
 
 } // namespace
 
@@ -131,7 +140,8 @@ void fittedLayout::showEstimate()
 
 void fittedLayout::loadBackground()
 {
-    m_image.load(imageFile(appearance.m_windowPixmap));
+    static imageCache cache;
+    m_image = cache.image(appearance.m_windowPixmap, m_window.screen()->virtualSize(), boundedTo);
 }
 
 void fittedLayout::dropImages()

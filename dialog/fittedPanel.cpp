@@ -57,15 +57,16 @@ void fittedLayout::takeColors()
         m_content.bars[i]->setPalette(BAR_PALETTE);
 }
 
-/// Stretches the background image to the window.
+/// Stretched to the window when it is painted, since not every size is.
 void fittedLayout::reloadPixmap()
 {
-    if (!m_image.isNull())
-        m_scaledImage = m_image.scaled(m_window.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    m_scaledImage = QPixmap();
 }
 
 void fittedLayout::paint(const QPaintEvent &event)
 {
+    if (!m_image.isNull() && m_scaledImage.isNull())
+        m_scaledImage = m_image.scaled(m_window.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     if (!isManaged()) {
         paintFrameless(event.rect());
         return;

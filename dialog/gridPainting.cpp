@@ -48,6 +48,15 @@ QLinearGradient backgroundGradient(int height, const QColor &col)
     return grad1;
 }
 
+QPixmap stretched(const QPixmap &image, const QSize &size)
+{
+    if (image.size() == size)
+        return image;
+    const double wRatio = double(size.width()) / image.width();
+    const double hRatio = double(size.height()) / image.height();
+    return image.transformed(QTransform::fromScale(wRatio, hRatio), Qt::FastTransformation);
+}
+
 } // namespace
 
 /// Paints the whole window. What is left out stays transparent: the corners, except under an image.
@@ -70,10 +79,14 @@ void gridLayout::paint(const QPaintEvent &)
     painter.fillRect(all, QBrush(m_frameColor));
 }
 
+/// The brush of the palette, here and below, is what child windows would show; there are none, and nothing
+/// else reads it.
 void gridLayout::loadBackground()
 {
-    QPixmap progressPixmap;
-    if (progressPixmap.load(imageFile(appearance.m_windowPixmap))) {
+    static imageCache cache;
+    const QPixmap progressPixmap =
+        cache.image(appearance.m_windowPixmap, QSize(m_Width, m_Height), stretched);
+    if (!progressPixmap.isNull()) {
         setBackgroundPixmap(progressPixmap);
         return;
     }
@@ -83,7 +96,7 @@ void gridLayout::loadBackground()
 }
 
 /// Makes `newpixmap` the background, stretched to the dialog's size; a null image leaves the painted
-/// background as it is. The brush of the palette is what child windows would show.
+/// background as it is.
 void gridLayout::setBackgroundPixmap(const QPixmap &newpixmap)
 {
     QPalette palette;
@@ -98,10 +111,7 @@ void gridLayout::setBackgroundPixmap(const QPixmap &newpixmap)
 
 void gridLayout::scalePixmap(const QPixmap &newpixmap)
 {
-    const double wRatio = double(m_Width) / newpixmap.width();
-    const double hRatio = double(m_Height) / newpixmap.height();
-    const QTransform stretch = QTransform::fromScale(wRatio, hRatio);
-    m_bgpixmap = std::make_unique<QPixmap>(newpixmap.transformed(stretch, Qt::FastTransformation));
+    m_bgpixmap = std::make_unique<QPixmap>(stretched(newpixmap, QSize(m_Width, m_Height)));
 }
 
 void gridLayout::reloadPixmap()

@@ -83,11 +83,8 @@ private:
     static QFont font(int points) { return {QStringLiteral("Arial"), points, QFont::Normal}; }
 };
 
-/// The one set of settings of the process. The configuration command is its only writer.
+/// The one set of settings of the process. Its only writers are the configuration command and the themes.
 inline appearanceSettings appearance;
 
 /// The palette that all bars of the current dialog share; rebuilt by each construction of a dialog.
 inline QPalette BAR_PALETTE;
-
-/// Pixels of a window's side at most, whatever is configured: the image of such a window takes 256 MiB.
-inline constexpr int longestWindowSide = 8192;

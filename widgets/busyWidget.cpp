@@ -9,6 +9,7 @@
 
 #include <QFile>
 #include <QPainter>
+#include <QScreen>
 
 namespace
 {
@@ -52,8 +53,10 @@ void busyWidget::setBusyPixmap(const QString &fileName)
     m_width = appearance.m_busyWidth >= 1 ? appearance.m_busyWidth : unknown;
     m_height = appearance.m_busyHeight >= 1 ? appearance.m_busyHeight : unknown;
     loadPixmap(fileName);
-    m_width = qMin(m_width, longestWindowSide);
-    m_height = qMin(m_height, longestWindowSide);
+    // Whatever is configured, no window or image needs to be larger than the screen.
+    const QSize screenSize = screen()->virtualSize();
+    m_width = qMin(m_width, screenSize.width());
+    m_height = qMin(m_height, screenSize.height());
     diff_x = m_icon.isNull() ? 0 : qMax(0, m_width - m_icon.width());
     diff_y = m_icon.isNull() ? 0 : qMax(0, m_height - m_icon.height());
     resize(m_width, m_height);
@@ -69,6 +72,8 @@ void busyWidget::loadPixmap(const QString &fileName)
         m_icon.load(imageFile(fileName));
         if (!m_icon.isNull())
             size = m_icon.size();
+        if (const QSize screenSize = screen()->virtualSize(); size != size.boundedTo(screenSize))
+            m_icon = m_icon.copy(QRect(QPoint(), screenSize));
     } else {
         dump("++++ busy pixmap not found:", 0);
         dump(fileName.toLocal8Bit().constData(), 0);

@@ -1,7 +1,26 @@
 #pragma once
 
+#include <QDateTime>
+#include <QPixmap>
+#include <QSize>
 #include <QString>
 
 /// `fileName` where it names a regular file, else an empty name, which no image is loaded from. Clients
 /// choose the names: opening a pipe would make the daemon wait for a writer, and a device may have no end.
 QString imageFile(const QString &fileName);
+
+/// The last image that was made from a file for windows of one size. Each dialog of a series of copies asks
+/// for the same one; it is made once and shared.
+class imageCache
+{
+public:
+    /// What `fit` makes of the file's image and `size`; null where the file is no image.
+    QPixmap image(const QString &fileName, const QSize &size, QPixmap (*fit)(const QPixmap &, const QSize &));
+
+private:
+    QString m_fileName;
+    QDateTime m_changed;
+    qint64 m_bytes = -1;
+    QSize m_size;
+    QPixmap m_image;
+};
