@@ -55,6 +55,8 @@ public:
 
     /// The run in progress will not be recorded.
     void willCancel() { m_cancelled = true; }
+    /// The same, unless all bars are full.
+    void giveUpRun();
     /// Makes this dialog, just constructed, a copy of `src`; the run goes on in the copy.
     void copyFromDialog(const CProgressDialog &src);
     /// Centres the dialog on the screen.

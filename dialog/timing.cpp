@@ -64,6 +64,13 @@ bool CProgressDialog::clockWasSet(qint64 seconds) const
     return std::abs(seconds - m_runClock.elapsed() / 1000) > toleratedSeconds;
 }
 
+void CProgressDialog::giveUpRun()
+{
+    constexpr int full = 100;
+    if (m_currentPercent < full)
+        willCancel();
+}
+
 void CProgressDialog::timerEvent(QTimerEvent *)
 {
     tick();

@@ -182,7 +182,8 @@ void activeDialog::clearSlot(int slot)
 {
     if (!m_progress || m_progress->isFree(slot))
         return;
-    // The first removal may bring the dialog's end, and with it a copy.
+    // Whoever leaves content behind has given its run up, unless the bars were full.
+    m_progress->giveUpRun();
     m_progress->removeBar(slot);
     m_progress->removeButton(slot);
     drainDeletionQueue();

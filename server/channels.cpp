@@ -3,8 +3,8 @@
 #include "app/dump.h"
 #include "server/descriptors.h"
 #include "server/handlers.h"
+#include "server/lastPatience.h"
 
-#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QNetworkInterface>
 #include <QTcpServer>
@@ -155,10 +155,7 @@ void receiver::shareListeners() const
 /// Gives a channel that still holds events the chance to take all of them before it is closed.
 void receiver::drain(QTcpSocket *channel)
 {
-    constexpr int patienceMs = 200;
-    const QDeadlineTimer deadline(patienceMs);
-    while (channel->bytesToWrite() > 0 &&
-           channel->waitForBytesWritten(static_cast<int>(deadline.remainingTime()))) {
+    while (channel->bytesToWrite() > 0 && channel->waitForBytesWritten(lastPatienceMs())) {
     }
 }
 

@@ -3,6 +3,7 @@
 #include "app/dump.h"
 #include "server/claimedSlots.h"
 #include "server/handlers.h"
+#include "server/lastPatience.h"
 
 #include <QPointer>
 
@@ -26,8 +27,6 @@ constexpr auto turn = 20ms;
 constexpr int messagesPerLook = 16;
 /// Bytes that may wait for a client that does not read.
 constexpr qint64 maxBacklog = 4 * 1024 * 1024;
-/// For so long a client may take the last that it is told.
-constexpr auto lastPatience = 200ms;
 
 } // namespace
 
@@ -43,13 +42,9 @@ localChannel::localChannel(int descriptor, handlers &shared, claimedSlots &claim
 localChannel::~localChannel()
 {
     m_shared.m_listeners.removeLocal(this);
-    const auto deadline = clock::now() + lastPatience;
-    while (!m_finished && waiting() > 0 && !m_deaf && clock::now() < deadline) {
-        pollfd room{m_descriptor, POLLOUT, 0};
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now());
-        poll(&room, 1, std::max(0, static_cast<int>(left.count())));
+    pollfd room{m_descriptor, POLLOUT, 0};
+    while (!m_finished && waiting() > 0 && !m_deaf && poll(&room, 1, lastPatienceMs()) > 0)
         flush();
-    }
     m_readable.setEnabled(false);
     m_writable.setEnabled(false);
     ::close(m_descriptor);

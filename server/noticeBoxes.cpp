@@ -87,8 +87,7 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
 
 void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFunction &answer)
 {
-    box->setWindowFlags(box->windowFlags() | Qt::WindowStaysOnTopHint);
-    box->setWindowModality(Qt::WindowModal);
+    box->setWindowFlag(Qt::WindowStaysOnTopHint);
     connect(box, &QDialog::finished, this, [this, box, code, answer] {
         const quint32 result = code(box->clickedButton());
         close(box);
@@ -96,6 +95,8 @@ void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFun
     });
     m_active.cancelRun();
     m_open.append(box);
+    // As a modal window of the application, which it is by itself, it would block the other boxes.
+    box->open();
     m_order.openBox(box, m_active.window());
 }
 

@@ -64,7 +64,6 @@ void windowOrder::openBox(QWidget *box, const QWidget *dialog)
         m_dialogHadKeyboard = dialog && (dialog->isActiveWindow() || dialog == m_heir);
     m_boxes.append(box);
     box->installEventFilter(this);
-    box->show();
     box->windowHandle()->installEventFilter(this);
     box->raise();
     box->activateWindow();

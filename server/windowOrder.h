@@ -19,7 +19,7 @@ public:
 
     /// Shows the dialog in front of other windows, but behind boxes.
     void bringToFront(QWidget *dialog);
-    /// Shows `box` in front of everything; `dialog` is the active one, or null.
+    /// Keeps `box`, just shown, in front of everything; `dialog` is the active one, or null.
     void openBox(QWidget *box, const QWidget *dialog);
     /// `box` has been answered and is hidden; `dialog` is the active one, or null.
     void closeBox(QWidget *box, QWidget *dialog);
