@@ -290,6 +290,7 @@ class LocalChannel(Case):
 
     def test_takes_its_place_once(self):
         first = self.daemon(private=True)
+        self.connect(first).close()
         second = [self.daemon(private=True, wait=False, identifier=first.identifier) for _ in range(4)]
         for daemon in second:
             self.assertEqual(daemon.status(), 1)
