@@ -94,7 +94,7 @@ class Judged:
 
     def __init__(self, run, ends):
         self.run = run
-        first = next(i for i, end in enumerate(ends["linear"]) if end is not None or i == run.seconds - 2)
+        first = next((i for i, end in enumerate(ends["linear"]) if end is not None), run.seconds - 1)
         self.seconds = range(first + 1, run.seconds)
         self.ends = {method: ends[method][first:] for method in METHODS}
 
@@ -151,9 +151,18 @@ def print_table(title, judged):
         median = thirds(lambda part: f"{statistics.median(over_jobs(judged, method, part).values() or [math.nan]):.0f}")
         means = thirds(lambda part: f"{mean(mean(one.errors(method, part)) for one in present if one.errors(method, part)):.0f}")
         times = thirds(lambda part: f"{better(judged, method, part):.1f}")
-        print(f"| {method} | {median} % | {means} % | {times} | {worst:.1f} | "
-              f"{mean(one.there(method) for one in judged):.0f} % | "
-              f"{mean(mean(one.moves(method)) for one in present):.1f} %/s |")
+        row = (f"| {method} | {median} % | {means} % | {times} | {worst:.1f} | "
+               f"{mean(one.there(method) for one in judged):.0f} % | "
+               f"{mean(mean(one.moves(method)) for one in present if one.moves(method)):.1f} %/s |")
+        print(row.replace("nan", "-"))
+
+
+def print_jobs(jobs, judged):
+    print("\n| job | its runs took | linear | adaptive |\n|---|---|---|---|")
+    for job, runs in jobs.items():
+        errors = [thirds(lambda part: f"{over_jobs(judged, method, part)[job]:.0f}") for method in ("linear", "adaptive")]
+        print(f"| {job} | {', '.join(str(run.seconds) for run in runs[:4])}, cold {runs[4].seconds} s | "
+              f"{' % | '.join(errors)} % |")
 
 
 def draw(judged):
@@ -174,6 +183,7 @@ def main():
     judged = [one for runs in jobs.values() for one in judge(probe, runs)]
     learned = [one for one in judged if one.run.cache == "warm" and one.run is not jobs[one.run.job][0]]
     print_table("Runs with others before them", learned)
+    print_jobs(jobs, learned)
     print_table("Those of a minute and more", [one for one in learned if one.run.seconds >= 60])
     print_table("First runs", [one for one in judged if one.run is jobs[one.run.job][0]])
     print_table("Cold caches", [one for one in judged if one.run.cache == "cold"])
