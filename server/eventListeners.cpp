@@ -28,10 +28,11 @@ QByteArrayView fitting(QByteArrayView events, qint64 room)
     return last < 0 ? QByteArrayView() : cut.first(last + closingTag.size());
 }
 
-/// Takes a copy, since a channel that turns out to be gone leaves the list.
-void deliver(std::vector<eventListener *> listeners, QByteArrayView events)
+void deliver(const std::vector<eventListener *> &listeners, QByteArrayView events)
 {
-    for (eventListener *listener : listeners) {
+    // A channel that turns out to be gone leaves the list.
+    const std::vector<eventListener *> all(listeners.begin(), listeners.end());
+    for (eventListener *listener : all) {
         listener->write(fitting(events, maxBacklog - listener->waiting()));
         listener->flush();
     }
