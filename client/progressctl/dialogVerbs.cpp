@@ -67,8 +67,8 @@ void addTextVerb(commandLineSetup &setup, const std::string &name, const std::st
 std::optional<int> percentFrom(const std::string &text)
 {
     const auto number = numberAtFront(text);
-    if (!number || (!number->rest.empty() && number->rest != "%") || number->whole < progressClient::givenUp ||
-        number->whole > 100)
+    if (!number || (!number->rest.empty() && number->rest != "%") ||
+        number->whole < progressClient::givenUp || number->whole > 100)
         return std::nullopt;
     return number->whole;
 }
