@@ -23,8 +23,15 @@ RECORDS = [f"{1700000000 + k:012}:{1000 + k:08}:00000001:" + "".join(f"{90000 + 
 def in_own_namespaces():
     """Starts the script again where its mounts, its files in /tmp and its network are its own."""
     if "OWN_NAMESPACES" in os.environ:
+        with open(os.environ["PROGRESSD"], "rb") as file:
+            program = file.read()
         for folder in ("/tmp", "/var/tmp"):
             mount("-t", "tmpfs", "tmpfs", folder)
+        # It may have been built in a folder that is hidden now.
+        os.environ["PROGRESSD"] = "/tmp/progressd"
+        with open("/tmp/progressd", "wb") as file:
+            os.fchmod(file.fileno(), 0o755)
+            file.write(program)
         return subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
     unshare = ["unshare", "--mount", "--net", *([] if os.geteuid() == 0 else ["--map-root-user"])]
     if subprocess.run([*unshare, "true"], stderr=subprocess.DEVNULL).returncode:

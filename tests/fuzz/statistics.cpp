@@ -64,7 +64,7 @@ void followRun()
     resetEstimate();
     startEstimate();
     for (const int elapsed : {0, 1, 2, 5, 90, 2147482, -3}) {
-        m_currentElapsed = elapsed;
+        holdEstimate(elapsed);
         addSnapshot(elapsed % 1000);
         advanceEstimate(elapsed, 50, 0);
     }
