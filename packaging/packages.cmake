@@ -1,4 +1,4 @@
-# The Debian packages: progressd, libprogressclient1, libprogressclient-dev, python3-progressclient.
+# The Debian packages: progressd, libprogressclient2, libprogressclient-dev, python3-progressclient.
 # `cmake --build … --target package`.
 
 set(library_package libprogressclient${PROJECT_VERSION_MAJOR})

@@ -50,7 +50,7 @@ unpack_packages() {
     for package in libqt6widgets6 libqt6network6 libxcb-randr0; do
         [[ $depends == *$package* ]] || fail "the package does not depend on $package: $depends"
     done
-    [[ $(dpkg-deb -f "$work"/packages/libprogressclient-dev_*.deb Depends) == 'libprogressclient1 (= '* ]] ||
+    [[ $(dpkg-deb -f "$work"/packages/libprogressclient-dev_*.deb Depends) == 'libprogressclient2 (= '* ]] ||
         fail 'the -dev package does not depend on its library'
     export PATH=$work/root/usr/bin:$PATH
     local config

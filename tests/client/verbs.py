@@ -175,7 +175,6 @@ class Verbs(ClientCase):
         self.assertEqual(fake.messages(), "")
         fake.close()
         for answer, arguments, status, message in (
-                (b"", "update 0 5", 4, "hung up"),
                 (b"<answer>1;", "ask x", 4, "hung up"),
                 (b"<event>isShown</event><answer>2;0</answer>", "ask x", 4, "hung up"),
                 (b"x" * 100000 + b"<event>" + b"x" * 100000, "events", 4, "no progress daemon"),
