@@ -217,7 +217,9 @@ class LocalChannel(Case):
         stop.join()
         self.assertLess(daemon.resident_kib() - before, 24 * 1024)
         # An answer that does not fit ends a channel; another one missed whole events, and hears on.
+        channels = daemon.descriptors()
         silent.send("<claim/>" * 4)
+        until(lambda: daemon.descriptors() < channels, "the end of the channel")
         silent.rest()
         deaf.progress("busyOff", "addText:0;x")
         while b"isShown" not in deaf.received[-100:]:
