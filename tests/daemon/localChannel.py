@@ -231,7 +231,7 @@ class LocalChannel(Case):
     def test_leaves_nothing_of_those_who_come_and_go(self):
         daemon, listener, client = self.private()
         before = daemon.descriptors()
-        for count, growth in ((3000, 1 << 20), (10000, 1024)):
+        for count, growth in ((3000, 1 << 20), (10000, 4096)):
             resident = daemon.resident_kib()
             for number in range(count):
                 self.connect(daemon, "<events/><claim/><progress>update:0;1").socket.close()
