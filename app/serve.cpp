@@ -41,9 +41,10 @@ private:
 
     const commandLine &m_line;
     handlers m_shared;
+    localServer m_local;
+    // These go first: when the command channels close, the local ones are asked for, too.
     std::optional<receiver> m_commands;
     std::optional<receiver> m_events;
-    localServer m_local;
     bool m_isAnswered = false;
 };
 
