@@ -66,5 +66,8 @@ void reportToolkitMessages(int failureStatus)
 void logToolkitMessages()
 {
     qInstallMessageHandler(log);
+    // What it says while it takes itself apart would find nothing whole that a record needs.
+    std::atexit(
+        [] { qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {}); });
     leaveStandardError();
 }

