@@ -37,6 +37,8 @@ inline bool beginsWith(QByteArrayView text, QByteArrayView start)
 /// so this is faster than searches that prepare themselves for longer needles.
 inline qsizetype indexOfTag(QByteArrayView text, QByteArrayView tag, qsizetype from = 0)
 {
+    if (from >= text.size())
+        return -1; // also where there are no bytes at all, to which nothing points
     const char *at = text.begin() + from;
     while ((at = static_cast<const char *>(std::memchr(at, '<', static_cast<size_t>(text.end() - at))))) {
         if (text.end() - at < tag.size())

@@ -1,10 +1,5 @@
 #include "tests/dialog/dialogUnderTest.h"
 
-#include "widgets/appearance.h"
-
-#include <QFontMetrics>
-#include <QTest>
-
 #include <functional>
 
 void recordingHost::progressVisibilityChanged(bool isVisible)
@@ -56,46 +51,4 @@ void dialogUnderTest::run(const QString &commands)
                 carryOut(arguments.section(';', 0, 0).toInt(), arguments.section(';', 1));
         }
     }
-}
-
-QString dialogUnderTest::content() const
-{
-    QStringList shown;
-    for (qsizetype i = 0; i < bars().size(); ++i) {
-        if (!labels()[i]->isHidden())
-            shown << QStringLiteral("%1:%2").arg(i).arg(labels()[i]->text());
-        if (!bars()[i]->isHidden())
-            shown << QStringLiteral("%1:%2%3").arg(i).arg(bars()[i]->format()).arg(bars()[i]->value());
-    }
-    for (qsizetype i = 0; i < buttons().size(); ++i) {
-        if (!buttons()[i]->isHidden())
-            shown << QStringLiteral("[%1:%2]").arg(i).arg(buttons()[i]->text());
-    }
-    return shown.join(' ');
-}
-
-QString dialogUnderTest::focus() const
-{
-    if (focusWidget() == hideButton())
-        return QStringLiteral("hide");
-    for (qsizetype i = 0; i < buttons().size(); ++i) {
-        if (focusWidget() == buttons()[i])
-            return QString::number(i);
-    }
-    return QStringLiteral("none");
-}
-
-void resetSettings()
-{
-    appearance.m_desktopWidth = 640;
-    appearance.m_desktopHeight = 480;
-    appearance.m_paintOffsetX = appearance.m_paintOffsetY = 0;
-    appearance.m_busyXpos = appearance.m_busyYpos = -1;
-    appearance.m_modal_dialog = true;
-    appearance.m_dialog_flags = m_modal_flags;
-
-    QFont &font = appearance.m_barNumFont;
-    for (int pixels = 1; QFontMetrics(font).lineSpacing() != 16 && pixels < 30; ++pixels)
-        font.setPixelSize(pixels);
-    QCOMPARE(QFontMetrics(font).lineSpacing(), 16);
 }

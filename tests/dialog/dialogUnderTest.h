@@ -34,22 +34,13 @@ class dialogUnderTest : public recordingHost, public CProgressDialog
 public:
     dialogUnderTest();
 
-    using CProgressDialog::eventFilter;
-
     /// Carries out content commands of the protocol, with blanks between them.
     void run(const QString &commands);
 
+    // Without the total bar's and the Hide button, which come first.
     QList<progressLabel *> labels() const { return childrenBehindTheFirst<progressLabel>(); }
     QList<progressProcess *> bars() const { return childrenBehindTheFirst<progressProcess>(); }
     QList<progressButton *> buttons() const { return childrenBehindTheFirst<progressButton>(); }
-    // Those are without these, which come first.
-    progressProcess *totalBar() const { return findChild<progressProcess *>(); }
-    progressButton *hideButton() const { return findChild<progressButton *>(); }
-
-    /// What the slots show, for instance "0:text 1:bar 50 [2:Stop]".
-    QString content() const;
-    /// Name of the child that would get the keys: "0" to "9", "hide" or "none".
-    QString focus() const;
 
 private:
     template <typename Child> QList<Child *> childrenBehindTheFirst() const
@@ -57,6 +48,3 @@ private:
         return findChildren<Child *>(Qt::FindDirectChildrenOnly).mid(1);
     }
 };
-
-/// Back to the defaults, with a font for the bars whose line spacing is 16 pixels.
-void resetSettings();

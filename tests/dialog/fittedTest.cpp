@@ -26,7 +26,6 @@ private slots:
     void isReadable();
     void leavesLaterEntries();
     void closesByEscape();
-    void ignoresRepetitions();
     void tellsScreenReaders();
     void pulses();
     void wraps_data();
@@ -78,7 +77,6 @@ QString all(const QString &command, int count)
 
 void fittedTest::init()
 {
-    resetSettings();
     appearance = {};
     appearance.m_windowLayout = windowLayout::fitted;
     theme::instance().apply(windowTheme::light);
@@ -198,35 +196,6 @@ void fittedTest::closesByEscape()
     QTest::keyClick(&dialog, Qt::Key_Escape);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.events(), "closed");
-}
-
-void fittedTest::ignoresRepetitions()
-{
-    dialogUnderTest dialog;
-    dialog.run("addButt:0;a");
-    dialog.events();
-    const auto send = [&dialog](QEvent::Type type, bool repeats) {
-        QKeyEvent event(type, Qt::Key_Return, Qt::NoModifier, QString(), repeats);
-        QCoreApplication::sendEvent(dialog.buttons()[0], &event);
-    };
-    const auto hold = [&send] {
-        send(QEvent::KeyRelease, true);
-        send(QEvent::KeyPress, true);
-    };
-    hold(); // was down before the dialog had the keyboard
-    send(QEvent::KeyRelease, false);
-    QCOMPARE(dialog.events(), "");
-    send(QEvent::KeyPress, false);
-    hold();
-    QCOMPARE(dialog.events(), "");
-    send(QEvent::KeyRelease, false);
-    QCOMPARE(dialog.events(), "clicked:0");
-
-    send(QEvent::KeyPress, false);
-    QEvent deactivation(QEvent::WindowDeactivate);
-    QCoreApplication::sendEvent(&dialog, &deactivation);
-    send(QEvent::KeyRelease, false);
-    QCOMPARE(dialog.events(), "");
 }
 
 void fittedTest::tellsScreenReaders()
