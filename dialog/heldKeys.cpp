@@ -40,11 +40,9 @@ bool isDown(quint32 scanCode)
 std::optional<keyStroke> heldKeys::pressed(const QKeyEvent &event)
 {
     const quint32 physical = physicalKey(event);
-    const bool decides = std::exchange(m_undecided, 0) == physical;
-    const bool repeats = event.isAutoRepeat() || (decides && event.timestamp() == m_undecidedTime);
-    std::optional<keyStroke> stroke;
-    if (const auto held = m_held.constFind(physical); decides && held != m_held.constEnd())
-        stroke = {*held, repeats};
+    const bool decides = m_undecided == physical && event.timestamp() == m_undecidedTime;
+    const bool repeats = event.isAutoRepeat() || decides;
+    const std::optional<keyStroke> stroke = decide(decides);
     // Repetitions come to whichever window has the keyboard.
     if (!repeats)
         m_held.insert(physical, event.key());
@@ -55,15 +53,29 @@ std::optional<keyStroke> heldKeys::released(const QKeyEvent &event)
 {
     const quint32 physical = physicalKey(event);
     if (!event.isAutoRepeat() && isDown(event.nativeScanCode())) {
+        const std::optional<keyStroke> former = decide(false);
         m_undecided = physical;
         m_undecidedTime = event.timestamp();
-        return {};
+        return former;
     }
     const auto held = m_held.constFind(physical);
     if (held == m_held.constEnd())
         return {};
     const keyStroke stroke{*held, event.isAutoRepeat()};
     if (!stroke.isRepetition)
+        m_held.erase(held);
+    return stroke;
+}
+
+/// What the undecided release was, if there is one: a repetition, or the real end of a stroke whose key has
+/// gone down again since.
+std::optional<keyStroke> heldKeys::decide(bool isRepetition)
+{
+    const auto held = m_held.constFind(std::exchange(m_undecided, 0));
+    if (held == m_held.constEnd())
+        return {};
+    const keyStroke stroke{*held, isRepetition};
+    if (!isRepetition)
         m_held.erase(held);
     return stroke;
 }
