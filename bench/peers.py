@@ -161,4 +161,5 @@ def main():
               + (f"{heard:12,.0f}" if heard else f"{'-':>12}"))
 
 
-main()
+if __name__ == "__main__":
+    main()

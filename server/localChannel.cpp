@@ -15,7 +15,6 @@
 namespace
 {
 
-using clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 /// What is read at one go, in bytes. It stays in the processor's cache.
@@ -35,7 +34,7 @@ localChannel::localChannel(int descriptor, handlers &shared, claimedSlots &claim
       m_readable(descriptor, QSocketNotifier::Read), m_writable(descriptor, QSocketNotifier::Write)
 {
     m_writable.setEnabled(false);
-    connect(&m_readable, &QSocketNotifier::activated, this, &localChannel::receive);
+    connect(&m_readable, &QSocketNotifier::activated, this, &localChannel::takeTurn);
     connect(&m_writable, &QSocketNotifier::activated, this, &localChannel::flush);
 }
 
@@ -50,33 +49,24 @@ localChannel::~localChannel()
     ::close(m_descriptor);
 }
 
-void localChannel::receive()
-{
-    char *const room = m_incoming.reserve(readSize);
-    const ssize_t size = recv(m_descriptor, room, readSize, 0);
-    if (size > 0)
-        m_incoming.commit(size);
-    else if (size == 0 || (errno != EAGAIN && errno != EINTR))
-        m_ended = true;
-    handleMessages();
-}
-
-/// Until all that is complete has been handled nothing more is read.
-void localChannel::handleMessages()
+/// Nothing more is read before all that is complete has been handled.
+void localChannel::takeTurn()
 {
     if (m_finished || m_stopped)
         return;
     const eventListeners::batch batch(m_shared.m_listeners);
     const auto end = clock::now() + turn;
-    for (int count = 1; const std::optional<message> received = m_incoming.next(); ++count) {
-        handle(*received);
-        if (m_finished || m_stopped)
-            return;
-        if (count % messagesPerLook == 0 && clock::now() > end) {
-            m_readable.setEnabled(false);
-            QMetaObject::invokeMethod(this, &localChannel::handleMessages, Qt::QueuedConnection);
-            return;
-        }
+    bool complete = handleMessages(end);
+    for (bool more = true; more && complete && !m_incoming.isTooLong() && clock::now() < end;) {
+        more = receive();
+        complete = handleMessages(end);
+    }
+    if (m_finished || m_stopped)
+        return;
+    if (!complete) {
+        m_readable.setEnabled(false);
+        QMetaObject::invokeMethod(this, &localChannel::takeTurn, Qt::QueuedConnection);
+        return;
     }
     if (m_incoming.isTooLong())
         dump("---- closing a local channel, its message is too long", 0);
@@ -84,6 +74,29 @@ void localChannel::handleMessages()
         finish();
     else
         m_readable.setEnabled(true);
+}
+
+/// Whether more has probably come; the way through the event loop would cost as much as the reading.
+bool localChannel::receive()
+{
+    char *const room = m_incoming.reserve(readSize);
+    const ssize_t size = recv(m_descriptor, room, readSize, 0);
+    if (size > 0)
+        m_incoming.commit(size);
+    else if (size == 0 || (errno != EAGAIN && errno != EINTR))
+        m_ended = true;
+    return size == readSize;
+}
+
+/// Whether all complete messages have been handled before `end`, and the channel stays open.
+bool localChannel::handleMessages(clock::time_point end)
+{
+    for (int count = 1; const std::optional<message> received = m_incoming.next(); ++count) {
+        handle(*received);
+        if (m_finished || m_stopped || (count % messagesPerLook == 0 && clock::now() > end))
+            return false;
+    }
+    return true;
 }
 
 void localChannel::handle(const message &received)

@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QSocketNotifier>
 
+#include <chrono>
+
 class claimedSlots;
 class handlers;
 
@@ -37,8 +39,11 @@ signals:
     void exitRequested();
 
 private:
-    void receive();
-    void handleMessages();
+    using clock = std::chrono::steady_clock;
+
+    void takeTurn();
+    bool receive();
+    bool handleMessages(clock::time_point end);
     void handle(const message &received);
     void requestExit();
     /// Bytes that the client waits for: they are not left out, but may end a channel that never reads.

@@ -48,8 +48,20 @@ QString caption(QByteArrayView bytes, dialect from)
     return text;
 }
 
+/// Two plain numbers, as nearly every command has them, need no searching.
+bool readPlainNumbers(progressCommand &command, QByteArrayView text)
+{
+    const auto [semicolon, slotError] = std::from_chars(text.begin(), text.end(), command.slot);
+    if (slotError != std::errc() || semicolon == text.end() || *semicolon != ';')
+        return false;
+    const auto [end, valueError] = std::from_chars(semicolon + 1, text.end(), command.value);
+    return valueError == std::errc() && end == text.end();
+}
+
 bool readArguments(progressCommand &command, argumentKind kind, QByteArrayView text, dialect from)
 {
+    if (kind == argumentKind::slotAndValue && readPlainNumbers(command, text))
+        return true;
     const qsizetype semicolon = text.indexOf(';');
     if (kind == argumentKind::slot) {
         command.slot = number(text, from);
