@@ -218,21 +218,16 @@ class Verbs(ClientCase):
 
     def test_show_records(self):
         file, plot = os.path.join(scratch(), "runs"), os.path.join(scratch(), "plot.svg")
-        for text, rows in (
-                ("fileversion=2\n000000086400:00000095:00000003:00000000.00001007.\n", ["95 3 2"]),
-                ("00000095:00000003:00000000.00001007.00002008\r\n0:0:0\nx\n12:1:5.\n", ["- 95 3 3", "- 12 1 1"]),
-                ("", [])):
-            with self.subTest(text):
-                with open(file, "w") as runs:
-                    runs.write(text)
-                result = self.ctl(f"records --file {file} --plot {plot}")
-                self.assertEqual((result.status, result.errors), (0, ""))
-                lines = [" ".join(line.split()) for line in result.output.splitlines()]
-                self.assertEqual(lines[0], "run last seen seconds times snapshots")
-                self.assertEqual([line.endswith(row) for line, row in zip(lines[1:], rows)], [True] * len(rows))
-                self.assertEqual(len(lines), len(rows) + 1)
-                with open(plot) as picture:
-                    self.assertEqual(picture.read().count(" times</text>"), len(rows))
+        for text, ends in (("fileversion=2\n000000086400:00000095:00000003:00000000.00001007.\n", [" 95 3 2"]),
+                           ("00000095:00000003:00000000.00001007.\r\n0:0:0\nx\n12:1:5.\n", ["- 95 3 2", "- 12 1 1"])):
+            with open(file, "w") as runs:
+                runs.write(text)
+            result = self.ctl(f"records --file {file} --plot {plot}")
+            self.assertEqual((result.status, result.errors), (0, ""))
+            head, *rows = [" ".join(line.split()) for line in result.output.splitlines()]
+            self.assertEqual(head, "run last seen seconds times snapshots")
+            self.assertTrue(len(rows) == len(ends) and all(map(str.endswith, rows, ends)), rows)
+        self.assertGreater(os.path.getsize(plot), 0)
         self.environment["PATH"] = os.path.dirname(os.environ["PROGRESSCTL"]) + ":" + self.no_programs()
         result = Result(self.begin(f"exec progressctl records --file {file} --plot {plot}"))
         self.assertEqual(result.status, 7)

@@ -62,16 +62,6 @@ class Dialogs(Case):
         events.served()
         self.assertEqual(self.screen.window("Copy").id, copy.id)
 
-    def test_many_replacements_between_two_messages(self):
-        daemon, events, _ = self.session("windowModal=off", "busyIndicator=0|0|40|40|empty")
-        events.progress("create:0;x")
-        self.screen.window()
-        # Each second click replaces the dialog: more than the queue for deletion holds.
-        self.screen.xdotool("mousemove 20 20 click --repeat 90 --delay 15 1")
-        self.screen.window()
-        events.progress("remove:0")
-        events.until("isHidden")
-
     def test_a_burst_costs_what_its_messages_cost(self):
         """Many replacements in one write: no window or picture each, and none larger than the screen."""
         for settings, count in ((), 2200), (("screenGeometry=32767,32767",), 20), (("windowPixmap=big.ppm",), 200):

@@ -18,17 +18,14 @@ class fittedTest : public QObject
 
 private slots:
     void init();
-    void sizes_data();
     void sizes();
     void growsDownwards();
     void isTwiceAsLargeWithTwiceTheFont();
-    void isReadable_data();
     void isReadable();
     void leavesLaterEntries();
     void closesByEscape();
     void tellsScreenReaders();
     void pulses();
-    void wraps_data();
     void wraps();
     void timesLeft();
 };
@@ -83,34 +80,33 @@ void fittedTest::init()
     useFonts(emPixels);
 }
 
-void fittedTest::sizes_data()
-{
-    QTest::addColumn<QString>("commands");
-    QTest::addColumn<int>("fontPixels");
-    QTest::addColumn<int>("leastEm");
-    QTest::addColumn<int>("mostEm");
-    QTest::newRow("one bar") << "create:0;a addButt:0;b" << 10 << 24 << 24;
-    QTest::newRow("a long caption") << "create:0;" + QString(400, 'w') << 10 << 40 << 40;
-    QTest::newRow("a long text") << "addText:0;" + QString(400, 'w') << 10 << 40 << 40;
-    QTest::newRow("everything") << all("create:%1;bar addButt:%1;Button%1 ", 10) << 10 << 40 << 40;
-    QTest::newRow("a long button") << "addButt:0;" + QString(400, 'w') + " addButt:1;b" << 10 << 40 << 40;
-    QTest::newRow("larger than the screen") << all("create:%1;bar addButt:%1;Button%1 ", 10) << 40 << 1 << 40;
-}
-
 void fittedTest::sizes()
 {
-    QFETCH(QString, commands);
-    QFETCH(int, fontPixels);
-    QFETCH(int, leastEm);
-    QFETCH(int, mostEm);
-    useFonts(fontPixels);
-    dialogUnderTest dialog;
-    dialog.run(commands);
-    QVERIFY(dialog.width() >= leastEm * fontPixels && dialog.width() <= mostEm * fontPixels);
-    QVERIFY(dialog.screen()->availableGeometry().contains(dialog.geometry()));
-    QVERIFY(isTidy(dialog));
-    for (const progressButton *button : dialog.buttons())
-        QVERIFY(button->isHidden() || button->width() >= 5 * emLength(*button)(1) - 2);
+    const QString everything = all("create:%1;bar addButt:%1;Button%1 ", 10);
+    const QString longText(400, 'w');
+    const struct {
+        QString commands;
+        int fontPixels;
+        int leastEm;
+        int mostEm;
+    } cases[] = {
+        {"create:0;a addButt:0;b", 10, 24, 24},
+        {"create:0;" + longText, 10, 40, 40},
+        {"addText:0;" + longText, 10, 40, 40},
+        {everything, 10, 40, 40},
+        {"addButt:0;" + longText + " addButt:1;b", 10, 40, 40},
+        {everything, 40, 1, 40}, // larger than the screen
+    };
+    for (const auto &[commands, fontPixels, leastEm, mostEm] : cases) {
+        useFonts(fontPixels);
+        dialogUnderTest dialog;
+        dialog.run(commands);
+        QVERIFY(dialog.width() >= leastEm * fontPixels && dialog.width() <= mostEm * fontPixels);
+        QVERIFY(dialog.screen()->availableGeometry().contains(dialog.geometry()));
+        QVERIFY(isTidy(dialog));
+        for (const progressButton *button : dialog.buttons())
+            QVERIFY(button->isHidden() || button->width() >= 5 * emLength(*button)(1) - 2);
+    }
 }
 
 void fittedTest::growsDownwards()
@@ -146,33 +142,27 @@ void fittedTest::isTwiceAsLargeWithTwiceTheFont()
     QVERIFY(qAbs(two.width() - 2 * one.width()) <= 4 && qAbs(two.height() - 2 * one.height()) <= 8);
 }
 
-void fittedTest::isReadable_data()
-{
-    QTest::addColumn<bool>("isDark");
-    QTest::newRow("light") << false;
-    QTest::newRow("dark") << true;
-}
-
 void fittedTest::isReadable()
 {
-    QFETCH(bool, isDark);
-    theme::instance().apply(isDark ? windowTheme::dark : windowTheme::light);
-    const dialogUnderTest dialog;
-    const auto color = [&dialog](QPalette::ColorRole role) { return dialog.palette().color(role); };
-    QCOMPARE(color(QPalette::WindowText), QColor(isDark ? Qt::white : Qt::black));
-    QVERIFY(contrast(color(QPalette::WindowText), color(QPalette::Window)) >= 4.5);
-    for (const double share : {0.0, 0.08, 0.2}) {
-        const QColor body = mixed(color(QPalette::Button), color(QPalette::ButtonText), share);
-        QVERIFY(contrast(color(QPalette::ButtonText), body) >= 4.5);
+    for (const bool isDark : {false, true}) {
+        theme::instance().apply(isDark ? windowTheme::dark : windowTheme::light);
+        const dialogUnderTest dialog;
+        const auto color = [&dialog](QPalette::ColorRole role) { return dialog.palette().color(role); };
+        QCOMPARE(color(QPalette::WindowText), QColor(isDark ? Qt::white : Qt::black));
+        QVERIFY(contrast(color(QPalette::WindowText), color(QPalette::Window)) >= 4.5);
+        for (const double share : {0.0, 0.08, 0.2}) {
+            const QColor body = mixed(color(QPalette::Button), color(QPalette::ButtonText), share);
+            QVERIFY(contrast(color(QPalette::ButtonText), body) >= 4.5);
+        }
+        QVERIFY(contrast(color(QPalette::Highlight), color(QPalette::Base)) >= 3);
+        QVERIFY(contrast(color(QPalette::Link), color(QPalette::Window)) >= 3);
+        // In the grid.
+        QVERIFY(contrast(appearance.m_invertedNumberColor, appearance.m_barColor) >= 4.5);
+        const QColor caption = buttonTextColor(appearance.m_buttonBaseColor);
+        for (const QColor &part :
+             {appearance.m_shadowLightColor, appearance.m_buttonBaseColor, appearance.m_shadowDarkColor})
+            QVERIFY(contrast(caption, part) >= 4.5);
     }
-    QVERIFY(contrast(color(QPalette::Highlight), color(QPalette::Base)) >= 3);
-    QVERIFY(contrast(color(QPalette::Link), color(QPalette::Window)) >= 3);
-    // In the grid.
-    QVERIFY(contrast(appearance.m_invertedNumberColor, appearance.m_barColor) >= 4.5);
-    const QColor caption = buttonTextColor(appearance.m_buttonBaseColor);
-    for (const QColor &part :
-         {appearance.m_shadowLightColor, appearance.m_buttonBaseColor, appearance.m_shadowDarkColor})
-        QVERIFY(contrast(caption, part) >= 4.5);
 }
 
 void fittedTest::leavesLaterEntries()
@@ -241,27 +231,23 @@ void fittedTest::pulses()
     }
 }
 
-void fittedTest::wraps_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("lines");
-    QTest::newRow("nothing") << "" << QStringList{""};
-    QTest::newRow("short") << "a" << QStringList{"a"};
-    QTest::newRow("line feeds") << "a\n\nb" << QStringList{"a", "", "b"};
-    QTest::newRow("at the end") << "a\n" << QStringList{"a"};
-    QTest::newRow("too many") << "a\nb\nc\nd" << QStringList{"a", "b", "c d"};
-    QTest::newRow("words") << "wwww wwww wwww" << QStringList{"wwww ", "wwww ", "wwww"};
-    QTest::newRow("a long word") << "wwwwwwwwww" << QStringList{"wwwww", "wwwww"};
-    QTest::newRow("too long") << QString(40, 'w') << QStringList{"wwwww", "wwwww", "wwww…"};
-}
-
 void fittedTest::wraps()
 {
-    QFETCH(QString, text);
+    const std::pair<QString, QStringList> cases[] = {
+        {"", {""}},
+        {"a", {"a"}},
+        {"a\n\nb", {"a", "", "b"}},
+        {"a\n", {"a"}},
+        {"a\nb\nc\nd", {"a", "b", "c d"}},
+        {"wwww wwww wwww", {"wwww ", "wwww ", "wwww"}},
+        {"wwwwwwwwww", {"wwwww", "wwwww"}},
+        {QString(40, 'w'), {"wwwww", "wwwww", "wwww…"}},
+    };
     QFont font(QStringLiteral("Monospace"));
     font.setPixelSize(20);
     const int width = QFontMetrics(font).horizontalAdvance("wwwww.") - 1;
-    QTEST(wrappedText(text, font, width, 3), "lines");
+    for (const auto &[text, lines] : cases)
+        QCOMPARE(wrappedText(text, font, width, 3), lines);
 }
 
 void fittedTest::timesLeft()

@@ -1,9 +1,4 @@
-#include "dialog/CProgressDialog.h"
-#include "tests/dialog/silentHost.h"
-#include "widgets/appearance.h"
-#include "widgets/progressButton.h"
-#include "widgets/progressLabel.h"
-#include "widgets/progressProcess.h"
+#include "tests/dialog/dialogUnderTest.h"
 
 #include <QFontMetrics>
 #include <QTest>
@@ -13,46 +8,12 @@
 namespace
 {
 
-silentHost host;
-
-using dialogPointer = std::unique_ptr<CProgressDialog>;
-
-/// A dialog for a screen, after commands: a letter of create, Text, update, Button, remove or Delete (a
-/// button), a slot, and a text or percent.
-dialogPointer newDialog(QSize screen, const QString &commands = {})
+std::unique_ptr<dialogUnderTest> newDialog(QSize screen, const QString &commands = {})
 {
     appearance.m_desktopWidth = screen.width();
     appearance.m_desktopHeight = screen.height();
-    auto dialog = std::make_unique<CProgressDialog>(host);
-    for (const QString &command : commands.split(' ', Qt::SkipEmptyParts)) {
-        const int slot = command[1].digitValue();
-        const QString text = command.mid(2);
-        switch (command[0].toLatin1()) {
-        case 'c':
-            dialog->createBar(slot, text);
-            break;
-        case 'T':
-            dialog->createText(slot, text);
-            break;
-        case 'u':
-            dialog->updateBar(slot, text.toInt());
-            break;
-        case 't':
-            dialog->updateText(slot, text);
-            break;
-        case 'B':
-            dialog->addButton(slot, text);
-            break;
-        case 'r':
-            dialog->removeBar(slot);
-            break;
-        case 'D':
-            dialog->removeButton(slot);
-            break;
-        default:
-            QTest::qFail(command.toLatin1(), __FILE__, __LINE__);
-        }
-    }
+    auto dialog = std::make_unique<dialogUnderTest>();
+    dialog->run(commands);
     return dialog;
 }
 
@@ -94,7 +55,6 @@ class layoutTest : public QObject
 private slots:
     void init();
     void windowSize();
-    void children_data();
     void children();
     void hideButton();
     void copies();
@@ -121,7 +81,7 @@ void layoutTest::windowSize()
         {{11, 281}, {-5, -59, 21, 400}},
     };
     for (const auto &[screen, expected] : sizes) {
-        const dialogPointer dialog = newDialog(screen);
+        const auto dialog = newDialog(screen);
         QCOMPARE(dialog->geometry(), expected);
         // It is its own: later settings are for later dialogs. The offset alone is everybody's.
         appearance.m_desktopWidth = 1;
@@ -133,47 +93,41 @@ void layoutTest::windowSize()
     }
 }
 
-void layoutTest::children_data()
-{
-    QTest::addColumn<int>("height"); // of the screen
-    QTest::addColumn<QString>("commands");
-    QTest::addColumn<QString>("shown");
-    const auto row = [](int height, const char *commands, const char *shown) {
-        QTest::newRow(commands) << height << commands << shown;
-    };
-    row(480, "c7a T9b c2c", "c=0:11,19,314,26 a=0:11,51,314,26 b:11,83,314,26");
-    row(480, "T0a c1b T2c r1", "a:11,19,314,26 c:11,51,314,26");
-    row(480, "c0a u0-1", "a=100:11,19,314,26");
-    row(480, "c0a u060 c0b u1050", "b=0:11,19,314,26");
-    row(480, "c0a t0b", "a=0:11,19,314,26");
-    row(480, "c0a T0b", "b:11,19,314,26");
-    row(480, "B0a B3b B9c", "[a]:8,339,154,26 [b]:168,339,154,26 [c]:8,371,154,26");
-    row(480, "B0a B1b B2c B3d B9e",
-        "[a]:8,339,10,26 [b]:24,339,10,26 [c]:40,339,10,26 [d]:56,339,10,26 [e]:72,339,10,26");
-    row(480, "B0a B1b B2c B3d B9e D1",
-        "[a]:8,339,154,26 [c]:168,339,154,26 [d]:8,371,154,26 [e]:168,371,154,26");
-    row(279, "c0a T4b c5c B2c", "a=0:8,17,314,26 b:8,47,314,26");
-    row(279, "B1a B2b", "[a]:5,161,320,30");
-    row(279, "B0a B1b", "[a]:5,161,154,30 [b]:165,161,154,30");
-}
-
 void layoutTest::children()
 {
-    QFETCH(int, height);
-    QFETCH(QString, commands);
-    QFETCH(QString, shown);
-    const dialogPointer dialog = newDialog({640, height}, commands);
-    // With the first average the total bar is hidden.
-    const QString total = height == 279 ? "0:8,132,308,26 " : "0:11,307,308,26 ";
-    QCOMPARE(facts(*dialog), shown.startsWith('[') ? total + shown : shown);
+    const struct {
+        int height; // of the screen
+        const char *commands;
+        QString shown;
+    } cases[] = {
+        {480, "create:7;a addText:9;b create:2;c", "c=0:11,19,314,26 a=0:11,51,314,26 b:11,83,314,26"},
+        {480, "addText:0;a create:1;b addText:2;c remove:1", "a:11,19,314,26 c:11,51,314,26"},
+        {480, "create:0;a update:0;-1", "a=100:11,19,314,26"},
+        {480, "create:0;a update:0;60 create:0;b update:1;050", "b=0:11,19,314,26"},
+        {480, "create:0;a updateText:0;b", "a=0:11,19,314,26"},
+        {480, "create:0;a addText:0;b", "b:11,19,314,26"},
+        {480, "addButt:0;a addButt:3;b addButt:9;c", "[a]:8,339,154,26 [b]:168,339,154,26 [c]:8,371,154,26"},
+        {480, "addButt:0;a addButt:1;b addButt:2;c addButt:3;d addButt:9;e",
+         "[a]:8,339,10,26 [b]:24,339,10,26 [c]:40,339,10,26 [d]:56,339,10,26 [e]:72,339,10,26"},
+        {480, "addButt:0;a addButt:1;b addButt:2;c addButt:3;d addButt:9;e delButt:1",
+         "[a]:8,339,154,26 [c]:168,339,154,26 [d]:8,371,154,26 [e]:168,371,154,26"},
+        {279, "create:0;a addText:4;b create:5;c addButt:2;c", "a=0:8,17,314,26 b:8,47,314,26"},
+        {279, "addButt:1;a addButt:2;b", "[a]:5,161,320,30"},
+        {279, "addButt:0;a addButt:1;b", "[a]:5,161,154,30 [b]:165,161,154,30"},
+    };
+    for (const auto &[height, commands, shown] : cases) {
+        // With the first average the total bar is hidden.
+        const QString total = height == 279 ? "0:8,132,308,26 " : "0:11,307,308,26 ";
+        QCOMPARE(facts(*newDialog({640, height}, commands)), shown.startsWith('[') ? total + shown : shown);
+    }
 }
 
 void layoutTest::hideButton()
 {
     appearance.m_busyXpos = 5; // half a position is none
-    QCOMPARE(facts(*newDialog({640, 480}, "B0a")), "0:11,307,308,26 [a]:8,339,154,26");
+    QCOMPARE(facts(*newDialog({640, 480}, "addButt:0;a")), "0:11,307,308,26 [a]:8,339,154,26");
     appearance.m_busyYpos = 0;
-    const dialogPointer dialog = newDialog({640, 480}, "B0a");
+    const auto dialog = newDialog({640, 480}, "addButt:0;a");
     const int width = dialog->findChild<progressButton *>()->sizeHint().width();
     const QString expected("0:11,307,%1,26 [Hide]:%2,303,%3,34 [a]:8,339,154,26");
     QCOMPARE(facts(*dialog), expected.arg(308 - width).arg(328 - width).arg(width));
@@ -182,21 +136,20 @@ void layoutTest::hideButton()
 /// A copy shows what its source does, in its own grid where the screens differ, and keeps the colours.
 void layoutTest::copies()
 {
-    const QString content("c0a T4b u07 B1c");
-    const QString more(" c5d B9e");
+    const QString content("create:0;a addText:4;b update:0;7 addButt:1;c");
+    const QString more(" create:5;d addButt:9;e");
     for (const auto &[from, to] : {std::pair{480, 480}, std::pair{480, 200}, std::pair{200, 480}}) {
         appearance.m_barColor = Qt::red;
-        const dialogPointer source = newDialog({640, from}, content + more);
+        const auto source = newDialog({640, from}, content + more);
         appearance.m_barColor = Qt::green;
-        const dialogPointer same = newDialog({640, to}, from == 480 && to == 480 ? content + more : content);
-        const dialogPointer copy = newDialog({640, to});
+        const auto same = newDialog({640, to}, from == 480 && to == 480 ? content + more : content);
+        const auto copy = newDialog({640, to});
         copy->copyFromDialog(*source);
         // The total bar is shown until the next average.
         QCOMPARE(facts(*copy).section(' ', 1), facts(*same));
         QCOMPARE(copy->geometry(), same->geometry());
         QVERIFY(!copy->isVisible());
-        const auto *bar = copy->findChildren<progressProcess *>()[1];
-        QCOMPARE(bar->palette().color(QPalette::Highlight), QColor(Qt::red));
+        QCOMPARE(copy->bars()[0]->palette().color(QPalette::Highlight), QColor(Qt::red));
     }
 }
 

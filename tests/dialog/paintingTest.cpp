@@ -1,7 +1,6 @@
-#include "dialog/CProgressDialog.h"
+#include "tests/dialog/dialogUnderTest.h"
+
 #include "dialog/roundRectRegion.h"
-#include "tests/dialog/silentHost.h"
-#include "widgets/appearance.h"
 
 #include <QImage>
 #include <QTemporaryDir>
@@ -11,8 +10,6 @@
 
 namespace
 {
-
-silentHost host;
 
 const QColor light("#ff0000");
 const QColor dark("#0000ff");
@@ -114,7 +111,7 @@ void paintingTest::panel()
     for (const int screenWidth : {640, 1000, 640}) {
         init();
         appearance.m_desktopWidth = screenWidth;
-        CProgressDialog dialog(host);
+        dialogUnderTest dialog;
         // New shadows reach an open dialog; frame and background are its own.
         appearance.m_shadowLightColor = QColor("#00ffff");
         appearance.m_shadowDarkColor = QColor("#ffff00");
@@ -144,7 +141,7 @@ void paintingTest::translucentPanel()
 {
     for (const int alpha : {0, 200}) {
         appearance.m_dialogBackgroundAlphaval = alpha;
-        CProgressDialog dialog(host);
+        dialogUnderTest dialog;
         const QImage image = grabPanel(dialog);
         const QPoint middle = image.rect().center();
         QVERIFY(difference(image.pixelColor(middle),
@@ -168,7 +165,7 @@ void paintingTest::image()
         useImage(quarters);
         for (const int alpha : {200, 255}) {
             appearance.m_dialogBackgroundAlphaval = alpha;
-            CProgressDialog dialog(host);
+            dialogUnderTest dialog;
             dialog.reloadPixmap();
             const QImage image = grabPanel(dialog);
             const int w = image.width();
@@ -188,11 +185,11 @@ void paintingTest::image()
 
 void paintingTest::brokenImage()
 {
-    CProgressDialog plain(host);
+    dialogUnderTest plain;
     plain.reloadPixmap();
     useImage(QImage(10, 10, QImage::Format_RGB32));
     QVERIFY(QFile::resize(appearance.m_windowPixmap, 30));
-    CProgressDialog broken(host);
+    dialogUnderTest broken;
     QCOMPARE(grabPanel(broken), grabPanel(plain));
     QCOMPARE(broken.palette().color(QPalette::Window), QColor(Qt::gray));
 }

@@ -120,15 +120,6 @@ class Faults(Case):
         os.remove("/var/tmp/filler")
         self.end_in_order(daemon, channel)
 
-    def test_folder_cannot_be_written(self):
-        daemon, channel = self.running()
-        mount("--bind", "/var/tmp", "/var/tmp")
-        mount("-o", "remount,bind,ro", "/var/tmp")
-        self.finish_a_run(daemon, channel)
-        self.assert_whole()
-        subprocess.run(["umount", "/var/tmp"], check=True)
-        self.end_in_order(daemon, channel)
-
     def test_folder_vanishes(self):
         daemon, channel = self.running()
         subprocess.run(["umount", "/var/tmp"], check=True)

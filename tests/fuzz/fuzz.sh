@@ -7,7 +7,7 @@ build=$1 seconds=$2
 shift 2
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 harnesses=("$@")
-((${#harnesses[@]})) || harnesses=(messages session statistics clientReader)
+((${#harnesses[@]})) || harnesses=(messages session statistics)
 export LSAN_OPTIONS=suppressions=$here/../lsan.supp:print_suppressions=0
 
 fuzz() {

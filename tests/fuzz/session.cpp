@@ -80,24 +80,17 @@ void session::handlePiece(std::string_view piece, char end)
     turn();
 }
 
-QList<QMessageBox *> boxes()
-{
-    QList<QMessageBox *> open;
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (auto *box = qobject_cast<QMessageBox *>(window); box && box->isVisible())
-            open.append(box);
-    }
-    return open;
-}
-
 void session::act(char end)
 {
     CProgressDialog *dialog = m_handlers.m_active.dialog();
-    if (const auto open = boxes(); !open.isEmpty()) {
-        if (end == acceptBox && !open.last()->buttons().isEmpty())
-            open.last()->buttons().constFirst()->click();
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        auto *box = qobject_cast<QMessageBox *>(window);
+        if (!box || !box->isVisible())
+            continue;
+        if (end == acceptBox && !box->buttons().isEmpty())
+            box->buttons().constFirst()->click();
         else if (end == rejectBox)
-            open.first()->reject();
+            box->reject();
     }
     if (!dialog)
         return;

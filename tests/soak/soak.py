@@ -6,6 +6,7 @@ read, while something answers the boxes. Once a minute all pause and the daemon 
 something has grown since the first pause, or if a newcomer is not answered.
 """
 
+import contextlib
 import os
 import random
 import sys
@@ -13,7 +14,7 @@ import threading
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../python"))
-from harness import Daemon, Screen, progress, resident_kib, until  # noqa: E402
+from harness import Daemon, Screen, configuration, progress, resident_kib, until  # noqa: E402
 
 CLIENTS = 10
 BOX = "<msgbox>4[#]soakbox[#]Go on?[#]16384[#]65536</msgbox>"
@@ -36,45 +37,33 @@ class Client(threading.Thread):
         while self.working.wait():
             self.idle.clear()
             while self.working.is_set():
-                try:
+                with contextlib.suppress(OSError):  # refused, or hung up on
                     channel = self.connect()
-                    self.live(self, channel)
+                    self.live(channel, self.chance)
                     (channel.reset if self.chance.random() < 0.5 else channel.socket.close)()
                     self.lives += 1
-                except OSError:  # refused, or hung up on
-                    time.sleep(0.01)
             self.idle.set()
 
 
-def command(client, channel):
-    chance = client.chance
+def command(channel, chance):
     for _ in range(chance.randrange(1, 60)):
         slot = chance.randrange(-1, 11)
-        kind = chance.random()
-        if kind < 0.6:
-            channel.progress(*(f"update:{slot};{chance.randrange(-1, 102)}" for _ in range(20)))
-        elif kind < 0.9:
-            channel.progress(chance.choice(CONTENT).format(slot))
-        elif kind < 0.98:
-            channel.configure(chance.choice(SETTINGS))
-        else:
-            channel.send(BOX)
+        channel.send(chance.choices((
+            progress(*(f"update:{slot};{chance.randrange(-1, 102)}" for _ in range(20))),
+            progress(chance.choice(CONTENT).format(slot)), configuration(chance.choice(SETTINGS)), BOX), (60, 30, 8, 2))[0])
         time.sleep(chance.random() * 0.01)
     if chance.random() < 0.2:
         channel.send("<progress>create:0;I am go")
 
 
-def listen(client, channel):
-    reads = client.chance.random() < 0.7
-    channel.socket.settimeout(0.2)
-    for _ in range(client.chance.randrange(1, 40)):
-        try:
-            if not reads:
-                time.sleep(0.1)
-            elif not channel.socket.recv(65536):
-                break
-        except TimeoutError:
-            pass
+def listen(channel, chance):
+    """Or never read."""
+    reads = chance.random() < 0.7
+    for _ in range(chance.randrange(1, 40)):
+        time.sleep(0.1)
+        if reads:
+            channel.pending()
+            channel.received = b""
 
 
 def answer_boxes(screen):
@@ -89,7 +78,7 @@ def measure(screen, daemon):
     until(lambda: not screen.windows("soakbox"), "the end of the last box")
     channel = daemon.commands()
     # What a vanished client has left unfinished ends with the first of these.
-    for text in (progress("busyOff"), b"<configuration>windowModal=on;busyIndicator=-1|-1|0|0|empty</configuration>",
+    for text in (progress("busyOff"), configuration("windowModal=on", "busyIndicator=-1|-1|0|0|empty"),
                  progress(*(f"{what}:{slot}" for slot in range(10) for what in ("remove", "delButt")))):
         channel.send(text)
         time.sleep(0.3)

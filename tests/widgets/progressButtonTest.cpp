@@ -69,34 +69,18 @@ void progressButtonTest::geometry()
         const int w = size.width();
         const int h = size.height();
         const QRgb outside = progressButton(nullptr).palette().color(QPalette::Window).rgb();
-        const std::tuple<int, int, QRgb> pixels[] = {
-            // Frame and black outline from each edge; the right and the lower one are a pixel thinner.
-            {0, h / 2, base},
-            {3, h / 2, base},
-            {4, h / 2, black},
-            {5, h / 2, base},
-            {w - 6, h / 2, base},
-            {w - 5, h / 2, black},
-            {w - 4, h / 2, base},
-            {w - 1, h / 2, base},
-            {w / 2, 0, base},
-            {w / 2, 3, base},
-            {w / 2, 4, black},
-            {w / 2, h - 5, black},
-            {w / 2, h - 4, base},
-            {w / 2, h - 1, base},
-            // All corners are round: there is the dialog around the frame's, and frame around the body's.
-            {0, 0, outside},
-            {w - 1, 0, outside},
-            {0, h - 1, outside},
-            {w - 1, h - 1, outside},
-            {4, 4, base},
-            {w - 5, 4, base},
-            {4, h - 5, base},
-            {w - 5, h - 5, base},
-        };
-        for (const auto &[x, y, colour] : pixels)
-            QCOMPARE(image.pixel(x, y), colour);
+        // Frame and black outline from each edge; the right and the lower one are a pixel thinner.
+        for (const int x : {0, 3, 5, w - 6, w - 4, w - 1})
+            QCOMPARE(image.pixel(x, h / 2), base);
+        for (const int y : {0, 3, h - 4, h - 1})
+            QCOMPARE(image.pixel(w / 2, y), base);
+        for (const QPoint &edge : {QPoint(4, h / 2), {w - 5, h / 2}, {w / 2, 4}, {w / 2, h - 5}})
+            QCOMPARE(image.pixel(edge), black);
+        // All corners are round: there is the dialog around the frame's, and frame around the body's.
+        for (const QPoint &corner : {QPoint(0, 0), {w - 1, 0}, {0, h - 1}, {w - 1, h - 1}})
+            QCOMPARE(image.pixel(corner), outside);
+        for (const QPoint &corner : {QPoint(4, 4), {w - 5, 4}, {4, h - 5}, {w - 5, h - 5}})
+            QCOMPARE(image.pixel(corner), base);
     }
 }
 

@@ -1,9 +1,7 @@
 #include "widgets/progressStyle.h"
 
 #include <QImage>
-#include <QPainter>
 #include <QProgressBar>
-#include <QStyleOptionProgressBar>
 #include <QTest>
 
 #include <limits>
@@ -97,10 +95,8 @@ class progressStyleTest : public QObject
 
 private slots:
     void sameAsReferencePicture();
-    void fillOfOddBars();
     void labelChangesColour();
     void labelOfVerticalBarReads();
-    void labelOfNoBar();
 };
 
 void progressStyleTest::sameAsReferencePicture()
@@ -139,22 +135,6 @@ void progressStyleTest::sameAsReferencePicture()
         bar.setValue(value);
         QVERIFY2(grab(bar) == expected.convertToFormat(QImage::Format_RGB32), picture);
     }
-}
-
-void progressStyleTest::fillOfOddBars()
-{
-    testBar bar({200, 26});
-    bar.setTextVisible(false);
-    bar.setRange(std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
-    bar.setValue(0);
-    const QImage image = grab(bar);
-    QVERIFY(shows(image, false, 2 + 98 - 1, highlight));
-    QVERIFY(!shows(image, false, 2 + 98, highlight));
-    // Nothing but the panel.
-    testBar small({4, 4});
-    small.setValue(100);
-    for (int x = 0; x < 4; ++x)
-        QVERIFY(!shows(grab(small), false, x, highlight));
 }
 
 /// `edge` is the first column, from the left or from the top, behind the colour edge of the label. The
@@ -224,37 +204,6 @@ void progressStyleTest::labelOfVerticalBarReads()
         QVERIFY(letters(0) > 0 && letters(60) > 0);
         QCOMPARE(letters(60) > letters(0), how == upright);
     }
-}
-
-/// An option of another kind or none at all is no bar, and some bars have no label.
-void progressStyleTest::labelOfNoBar()
-{
-    QStyleOptionProgressBar opt;
-    opt.rect = QRect(0, 0, 24, 120);
-    opt.maximum = 100;
-    opt.progress = 40;
-    opt.textVisible = true;
-    opt.text = QStringLiteral("40%");
-    QStyleOptionProgressBar hidden(opt);
-    hidden.textVisible = false;
-    QStyleOptionProgressBar rangeless(opt);
-    rangeless.minimum = rangeless.maximum;
-    const QStyleOption other(1, QStyleOption::SO_Default);
-
-    QImage canvas(100, 200, QImage::Format_RGB32);
-    canvas.fill(windowColor);
-    const QImage empty = canvas;
-    QPainter painter(&canvas);
-    painter.translate(30, 40);
-    const QTransform before = painter.transform();
-    for (const QStyleOption *none :
-         {&other, static_cast<const QStyleOption *>(nullptr), static_cast<const QStyleOption *>(&hidden),
-          static_cast<const QStyleOption *>(&rangeless)})
-        progressStyle().drawControl(QStyle::CE_ProgressBarLabel, none, &painter);
-    QCOMPARE(canvas, empty);
-    progressStyle().drawControl(QStyle::CE_ProgressBarLabel, &opt, &painter);
-    QVERIFY(canvas != empty);
-    QCOMPARE(painter.transform(), before);
 }
 
 QTEST_MAIN(progressStyleTest)
