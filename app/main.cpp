@@ -19,6 +19,7 @@
 #include "app/serve.h"
 #include "app/standardError.h"
 #include "app/toolkitMessages.h"
+#include "server/localFolder.h"
 #include "stats/statisticsFile.h"
 
 #include <cstdio>
@@ -109,6 +110,7 @@ int main(int argc, char **argv)
         return usageError;
 
     reportToolkitMessages(cannotServe(given));
+    settleLocalFolder();
     preparePlatform();
     MyApplication application(argc, argv);
     // The toolkit has taken its own options out of the arguments.

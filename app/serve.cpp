@@ -67,6 +67,11 @@ void servers::endWithoutClients()
 {
     if (m_line.basePort >= 0 || m_local.hasClients() || (m_commands && m_commands->hasClients()))
         return;
+    if (m_local.mayGetClients()) {
+        QMetaObject::invokeMethod(
+            qApp, [this] { endWithoutClients(); }, Qt::QueuedConnection);
+        return;
+    }
     dump("---- doing exit by last closed connection!", 0);
     QCoreApplication::quit();
 }
@@ -77,10 +82,9 @@ bool servers::openLocalSocket()
     m_isAnswered = result == localSocket::outcome::answered;
     if (result == localSocket::outcome::listening)
         return true;
+    dump(("---- no local socket: " + m_local.reason()).c_str(), 0);
     if (m_line.isPrivate)
         complain(m_local.reason());
-    else
-        dump(("---- no local socket: " + m_local.reason()).c_str(), 0);
     return !m_line.isPrivate;
 }
 

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -42,7 +43,7 @@ localChannel::~localChannel()
 {
     m_shared.m_listeners.removeLocal(this);
     pollfd room{m_descriptor, POLLOUT, 0};
-    while (!m_finished && waiting() > 0 && !m_deaf && poll(&room, 1, lastPatienceMs()) > 0)
+    while (waiting() > 0 && !m_deaf && poll(&room, 1, lastPatienceMs()) > 0)
         flush();
     m_readable.setEnabled(false);
     m_writable.setEnabled(false);
@@ -52,7 +53,7 @@ localChannel::~localChannel()
 /// Nothing more is read before all that is complete has been handled.
 void localChannel::takeTurn()
 {
-    if (m_finished || m_stopped)
+    if (m_isOver || m_stopped)
         return;
     const eventListeners::batch batch(m_shared.m_listeners);
     const auto end = clock::now() + turn;
@@ -61,19 +62,27 @@ void localChannel::takeTurn()
         more = receive();
         complete = handleMessages(end);
     }
-    if (m_finished || m_stopped)
+    if (m_isOver || m_stopped)
         return;
     if (!complete) {
         m_readable.setEnabled(false);
         QMetaObject::invokeMethod(this, &localChannel::takeTurn, Qt::QueuedConnection);
         return;
     }
-    if (m_incoming.isTooLong())
+    if (m_incoming.isTooLong()) {
         dump("---- closing a local channel, its message is too long", 0);
-    if (m_ended || m_incoming.isTooLong())
+        cutOff();
+    } else if (m_ended) {
         finish();
-    else
+    } else {
         m_readable.setEnabled(true);
+    }
+}
+
+bool localChannel::hasUnread() const
+{
+    int bytes = 0;
+    return !m_isOver && ioctl(m_descriptor, FIONREAD, &bytes) == 0 && bytes > 0;
 }
 
 /// Whether more has probably come; the way through the event loop would cost as much as the reading.
@@ -93,7 +102,7 @@ bool localChannel::handleMessages(clock::time_point end)
 {
     for (int count = 1; const std::optional<message> received = m_incoming.next(); ++count) {
         handle(*received);
-        if (m_finished || m_stopped || (count % messagesPerLook == 0 && clock::now() > end))
+        if (m_isOver || m_stopped || (count % messagesPerLook == 0 && clock::now() > end))
             return false;
     }
     return true;
@@ -132,7 +141,7 @@ void localChannel::requestExit()
 answerFunction localChannel::nextAnswer()
 {
     return [channel = QPointer(this), number = ++m_boxCount](quint32 code) {
-        if (channel)
+        if (channel && !channel->m_isOver)
             channel->reply("<answer>" + QByteArray::number(number) + ';' + QByteArray::number(code) +
                            "</answer>");
     };
@@ -144,7 +153,7 @@ void localChannel::reply(const QByteArray &bytes)
     m_shared.m_listeners.flush();
     if (waiting() + bytes.size() > maxBacklog) {
         dump("---- closing a local channel that does not read its answers", 0);
-        finish();
+        cutOff();
         return;
     }
     write(bytes);
@@ -153,7 +162,7 @@ void localChannel::reply(const QByteArray &bytes)
 
 void localChannel::write(QByteArrayView bytes)
 {
-    if (m_deaf || m_finished)
+    if (m_deaf || m_isOver)
         return;
     if (m_sent == m_outgoing.size()) {
         m_outgoing.resize(0);
@@ -178,16 +187,29 @@ void localChannel::flush()
         m_outgoing.remove(0, m_sent);
         m_sent = 0;
     }
-    m_writable.setEnabled(waiting() > 0 && !m_deaf && !m_finished);
+    const bool mustWait = waiting() > 0 && !m_deaf;
+    m_writable.setEnabled(mustWait);
+    if (m_isOver && !mustWait && !std::exchange(m_finished, true))
+        emit finished();
 }
 
 void localChannel::finish()
 {
-    if (std::exchange(m_finished, true))
+    if (m_isOver)
         return;
+    // What its last messages have caused is its own, too.
+    m_shared.m_listeners.flush();
+    m_isOver = true;
     m_readable.setEnabled(false);
-    m_writable.setEnabled(false);
     m_shared.m_listeners.removeLocal(this);
     m_claims.release(this);
-    emit finished();
+    if (m_isClient)
+        emit clientGone();
+    flush();
+}
+
+void localChannel::cutOff()
+{
+    m_deaf = true;
+    finish();
 }

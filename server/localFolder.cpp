@@ -6,14 +6,38 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-std::string localFolder()
+namespace
 {
-    const char *runtime = std::getenv("XDG_RUNTIME_DIR");
+
+constexpr char variable[] = "XDG_RUNTIME_DIR";
+
+bool namesFolder(const char *runtime)
+{
     struct stat found = {};
-    if (runtime && runtime[0] == '/' && stat(runtime, &found) == 0 && S_ISDIR(found.st_mode) &&
-        found.st_uid == geteuid())
-        return std::string(runtime) + "/progressd";
-    return "/tmp/progressd-" + std::to_string(geteuid());
+    return runtime && runtime[0] == '/' && stat(runtime, &found) == 0 && S_ISDIR(found.st_mode) &&
+           found.st_uid == geteuid();
+}
+
+std::string findFolder()
+{
+    const char *runtime = std::getenv(variable);
+    return namesFolder(runtime) ? std::string(runtime) + "/progressd"
+                                : "/tmp/progressd-" + std::to_string(geteuid());
+}
+
+} // namespace
+
+const std::string &localFolder()
+{
+    static const std::string folder = findFolder();
+    return folder;
+}
+
+void settleLocalFolder()
+{
+    const std::string &folder = localFolder();
+    if (!namesFolder(std::getenv(variable)))
+        setenv(variable, folder.c_str(), 1);
 }
 
 bool prepareLocalFolder(const std::string &folder, std::string &error)

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -48,11 +49,10 @@ localSocket::outcome localServer::open(const char *identifier)
     return result;
 }
 
+/// One at a time: those who have come and gone meanwhile must not take the places of the others.
 void localServer::accept()
 {
-    while (acceptOne()) {
-    }
-    if (errno == EAGAIN || errno == EINTR || errno == ECONNABORTED)
+    if (acceptOne() || errno == EAGAIN || errno == EINTR || errno == ECONNABORTED)
         return;
     // Without a descriptor left, the connection that waits would call again and again.
     dump("---- cannot accept a local connection, trying again, error", errno);
@@ -77,6 +77,7 @@ void localServer::add(int descriptor)
     auto *channel = new localChannel(descriptor, m_shared, m_claims, m_clientsMayEnd);
     m_channels.push_back(channel);
     connect(channel, &localChannel::exitRequested, this, &localServer::exitRequested);
+    connect(channel, &localChannel::clientGone, this, &localServer::clientGone);
     connect(channel, &localChannel::finished, this, [this, channel] { remove(channel); });
 }
 
@@ -84,14 +85,18 @@ void localServer::remove(localChannel *channel)
 {
     m_channels.erase(std::find(m_channels.begin(), m_channels.end(), channel));
     channel->deleteLater();
-    if (channel->isClient())
-        emit clientGone();
 }
 
 bool localServer::hasClients() const
 {
     return std::any_of(m_channels.begin(), m_channels.end(),
                        [](const localChannel *channel) { return channel->isClient(); });
+}
+
+bool localServer::mayGetClients()
+{
+    return acceptOne() ||
+           std::any_of(m_channels.begin(), m_channels.end(), std::mem_fn(&localChannel::hasUnread));
 }
 
 void localServer::removeSocket()

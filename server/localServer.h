@@ -28,6 +28,8 @@ public:
     const std::string &reason() const { return m_socket.reason(); }
     /// Whether a client that asked for more than to listen is there.
     bool hasClients() const;
+    /// Whether somebody has sent what was not looked at yet. Takes in who waits to be accepted.
+    bool mayGetClients();
     /// Removes the socket from the file system; the channels stay.
     void removeSocket();
     /// Tells the listeners of the end, removes the socket and closes the channels.

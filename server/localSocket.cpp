@@ -57,7 +57,7 @@ localSocket::outcome localSocket::open(const char *identifier)
     const std::string name = identifier;
     if (name.empty() || name.find('/') != std::string::npos)
         return fail("the identifier is no file name");
-    const std::string folder = localFolder();
+    const std::string &folder = localFolder();
     m_path = folder + "/" + name + ".sock";
     m_lockPath = folder + "/" + name + ".lock";
     if (m_path.size() >= sizeof(sockaddr_un::sun_path))

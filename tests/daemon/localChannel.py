@@ -54,7 +54,8 @@ class LocalChannel(Case):
                 return None
 
         client = Client(until(connected, "the socket"))
-        client.send(text.encode())
+        if text:
+            client.send(text.encode())
         return client
 
     def private(self, *arguments, **options):
@@ -158,6 +159,14 @@ class LocalChannel(Case):
                 self.assertEqual(daemon.status(), status)
                 self.assertFalse(os.path.exists(self.path(daemon)))
 
+    def test_knows_clients_that_overlap(self):
+        daemon = self.daemon(private=True)
+        client = self.connect(daemon, "<progress>activate</progress>")
+        for _ in range(200):
+            gone, client = client, self.connect(daemon, "<progress>activate</progress>")
+            gone.socket.close()
+        self.assertEqual(client.ask("<claim/>"), "claimed 0")
+
     def test_is_told_of_the_end_by_signal(self):
         daemon, listener, client = self.private()
         daemon.process.terminate()
@@ -171,6 +180,10 @@ class LocalChannel(Case):
         # With events unread this is a reset.
         hasty.socket.close()
         self.assertEqual([listener.event() for _ in range(1000)], ["isActivated"] * 1000)
+        # One that only ends its sending gets all its answers: more than the socket itself holds.
+        hasty = self.connect(daemon, "<events/>" + "<progress>activate</progress><claim/>" * 1000)
+        told = hasty.finish()
+        self.assertEqual((told.count(b"isActivated"), told.count(b"<claimed>")), (1000, 1000))
 
     def test_hears_at_once(self):
         """Also in the middle of a batch that takes long."""
@@ -289,6 +302,14 @@ class LocalChannel(Case):
                 private = self.daemon(private=True, wait=False, env=environment)
                 self.assertEqual(private.status(), 2)
                 self.assertIn(complaint, private.stderr())
+
+    def test_has_a_place_without_a_runtime_folder(self):
+        for runtime in ("", "relative", "/tmp/nix"):
+            with self.alone(runtime):
+                daemon = self.daemon(private=True, env={**self.screen.environment, "XDG_RUNTIME_DIR": runtime})
+                path = f"/tmp/progressd-{os.getuid()}/{daemon.identifier}.sock"
+                until(lambda: os.path.exists(path), path)
+                self.assertFalse(os.path.exists("/tmp/nix"))
 
     def test_takes_its_place_once(self):
         first = self.daemon(private=True)
