@@ -102,13 +102,6 @@ class Dialogs(Case):
         self.assertEqual((x, y, width, height), ((800 - 416) // 2, (600 - height) // 2, 416, height))
         events.configure("screenGeometry=100,100", "paintOffset=5|-7")
         until(lambda: self.screen.window().area == (x + 5, y - 7, width, height))
-        # A hidden one stays where it is.
-        events.progress("messageStart")
-        self.screen.gone()
-        events.configure("paintOffset=50|50")
-        events.served()
-        events.progress("messageStop")
-        self.assertEqual(self.screen.window().area, (x + 5, y - 7, width, height))
 
 
 class Runs(Case):

@@ -24,8 +24,6 @@ namespace
 
 using arguments = std::vector<std::string>;
 
-using arguments = std::vector<std::string>;
-
 int number(const arguments &given, std::size_t at, int otherwise = 0)
 {
     return at < given.size() ? std::stoi(given[at]) : otherwise;

@@ -96,7 +96,6 @@ class progressStyleTest : public QObject
 private slots:
     void sameAsReferencePicture();
     void labelChangesColour();
-    void labelOfVerticalBarReads();
 };
 
 void progressStyleTest::sameAsReferencePicture()
@@ -184,25 +183,6 @@ void progressStyleTest::labelChangesColour()
             QVERIFY2(shows(image, vertical, at, isHighlighted ? highlightedText : text), where);
             QVERIFY2(!shows(image, vertical, at, isHighlighted ? text : highlightedText), where);
         }
-    }
-}
-
-void progressStyleTest::labelOfVerticalBarReads()
-{
-    for (const look how : {upright, downward}) {
-        testBar bar({24, 120});
-        setLook(bar, how);
-        bar.setFormat(QStringLiteral("MM ...."));
-        bar.setValue(0);
-        const QImage image = grab(bar);
-        const auto letters = [&](int top) {
-            int count = 0;
-            for (int i = 0; i < 24 * 60; ++i)
-                count += image.pixel(i % 24, top + i / 24) == text;
-            return count;
-        };
-        QVERIFY(letters(0) > 0 && letters(60) > 0);
-        QCOMPARE(letters(60) > letters(0), how == upright);
     }
 }
 
