@@ -2,8 +2,11 @@
 
 #include "widgets/literalTitle.h"
 #include "widgets/scrolledText.h"
+#include "widgets/theme.h"
+#include "widgets/wrappedButtons.h"
+#include "widgets/wrappedText.h"
 
-#include <QCoreApplication>
+#include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLayout>
@@ -11,6 +14,7 @@
 #include <QScreen>
 
 #include <bit>
+#include <optional>
 
 namespace
 {
@@ -19,7 +23,7 @@ namespace
 constexpr qsizetype mostUnscrolled = 10'000;
 /// Characters of a longer one that are its name for those who do not see it.
 constexpr qsizetype nameLength = 500;
-constexpr int scrolledWidth = 36; // em
+constexpr int readableWidth = 36; // em
 constexpr int scrolledLines = 40;
 
 bool isSingleButton(int code)
@@ -45,6 +49,14 @@ noticeBox::noticeBox(const QString &title, const QString &text) : m_text(scrolle
     setWindowTitle(literalTitle(title.left(mostUnscrolled)));
     setTextFormat(Qt::PlainText);
     setText(m_text.left(isHopeless() ? nameLength : mostUnscrolled));
+    takeColors();
+    connect(&theme::instance(), &theme::changed, this, &noticeBox::takeColors);
+}
+
+void noticeBox::takeColors()
+{
+    if (const std::optional<QPalette> colors = boxPalette())
+        setPalette(*colors);
 }
 
 QPushButton *noticeBox::addStandard(int code)
@@ -63,11 +75,61 @@ QSize noticeBox::roomOnScreen() const
     return screen()->availableSize() - QSize(frame, frame);
 }
 
-/// The toolkit computes the size when it is asked to lay out the box.
-void noticeBox::updateSize()
+QLabel *noticeBox::label() const
+{
+    return findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
+}
+
+/// Of a column of text, in pixels.
+int noticeBox::columnWidth() const
+{
+    return qMin(readableWidth * fontMetrics().height(), roomOnScreen().width() / 2);
+}
+
+/// The toolkit computes the size when it is asked to lay out the box. It allows itself 500 pixels, or up to
+/// 1,000 for a long word, however dense the screen is, and cuts off what needs more.
+void noticeBox::useToolkitSize()
 {
     QEvent request(QEvent::LayoutRequest);
-    QCoreApplication::sendEvent(this, &request);
+    QMessageBox::event(&request);
+}
+
+void noticeBox::updateSize()
+{
+    useToolkitSize();
+    widen();
+}
+
+/// Tells whether it has to.
+bool noticeBox::widen()
+{
+    const int most = roomOnScreen().width();
+    const auto needed = [this] { return layout()->totalMinimumSize().width(); };
+    if (auto *buttons = findChild<QDialogButtonBox *>(); buttons && needed() > most) {
+        const QMargins margins = layout()->contentsMargins();
+        wrapButtons(*buttons, most - margins.left() - margins.right());
+    }
+    if (!m_isWidened && needed() <= width())
+        return false;
+    m_isWidened = true;
+    const int wider = qMin(qMax(needed(), width()), most);
+    setFixedSize(wider, layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(wider)
+                                                      : layout()->totalMinimumSize().height());
+    return true;
+}
+
+/// Where the toolkit's size would cut a long word off. Screen readers get the text as it came.
+void noticeBox::breakLongWords()
+{
+    useToolkitSize();
+    QLabel *const shown = label();
+    if (!shown)
+        return;
+    const int others = width() - shown->width();
+    if (others + shown->minimumSizeHint().width() <= qMin(width(), roomOnScreen().width()))
+        return;
+    shown->setAccessibleName(shown->text());
+    shown->setText(withBreaks(shown->text(), shown->font(), columnWidth()));
 }
 
 /// Whether the text needs more room than there is, however it is laid out.
@@ -88,14 +150,14 @@ bool noticeBox::fitsScreen()
 /// In the label's place. This holds only when the icon has been set, which sets up the layout anew.
 void noticeBox::scrollText()
 {
-    auto *label = findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
-    if (!label)
+    QLabel *const toolkits = label();
+    if (!toolkits)
         return;
     m_scrolledText = new scrolledText(m_text, this);
-    m_scrolledText->setMinimumWidth(qMin(scrolledWidth * fontMetrics().height(), roomOnScreen().width() / 2));
+    m_scrolledText->setMinimumWidth(columnWidth());
     m_scrolledText->setFixedHeight(m_scrolledText->heightOfLines(1));
-    delete layout()->replaceWidget(label, m_scrolledText);
-    label->hide();
+    delete layout()->replaceWidget(toolkits, m_scrolledText);
+    toolkits->hide();
     m_scrolledText->show();
     if (iconPixmap().isNull())
         removeIndent(layout());
@@ -115,11 +177,27 @@ void noticeBox::shareScreen()
 /// The window exists by now, but is not on the screen yet.
 void noticeBox::showEvent(QShowEvent *event)
 {
+    if (!m_scrolledText && !isHopeless())
+        breakLongWords();
     if (!m_scrolledText && !fitsScreen())
         scrollText();
     if (m_scrolledText)
         shareScreen();
     QMessageBox::showEvent(event);
+    if (widen())
+        QDialog::showEvent(event); // puts it into the middle again
+}
+
+/// What makes the toolkit compute its size anew. A window that is seen must not flicker between that and
+/// ours.
+bool noticeBox::event(QEvent *event)
+{
+    const QEvent::Type type = event->type();
+    const bool isLayout = type == QEvent::LayoutRequest;
+    const bool isDone = (isLayout && m_isWidened) || QMessageBox::event(event);
+    if (isVisible() && (isLayout || type == QEvent::FontChange || type == QEvent::StyleChange))
+        widen();
+    return isDone;
 }
 
 /// (The toolkit tells of the end before it knows the button.)

@@ -2,11 +2,13 @@
 
 #include <QMessageBox>
 
+class QLabel;
 class scrolledText;
 
 /// A box with a text and standard buttons, which looks and answers as the toolkit's. What the toolkit lacks:
-/// a text that makes it outgrow the screen's work area scrolls inside it, and no button has an icon (the
-/// toolkit has some for a few). Closing the window is the same as Escape.
+/// a text that makes it outgrow the screen's work area scrolls inside it; words and buttons that need more
+/// width than the toolkit grants are not cut off; where a theme is in force the box has its colours; and no
+/// button has an icon (the toolkit has some for a few). Closing the window is the same as Escape.
 class noticeBox : public QMessageBox
 {
 public:
@@ -19,19 +21,27 @@ public:
     QPushButton *addStandard(int code);
 
 protected:
+    bool event(QEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void takeColors();
     QSize roomOnScreen() const;
+    QLabel *label() const;
+    int columnWidth() const;
+    void useToolkitSize();
     void updateSize();
+    bool widen();
+    void breakLongWords();
     bool isHopeless() const;
     bool fitsScreen();
     void scrollText();
     void shareScreen();
 
     QString m_text;
+    bool m_isWidened = false; ///< beyond the toolkit's size
     /// Takes the place of the toolkit's label when the text scrolls; else null. A child.
     scrolledText *m_scrolledText = nullptr;
 };

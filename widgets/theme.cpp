@@ -130,3 +130,20 @@ void colorBar(QPalette &palette)
     palette.setBrush(QPalette::All, QPalette::Dark, QBrush(mixed(background, Qt::black, 0.5)));
     palette.setBrush(QPalette::All, QPalette::Light, QBrush(mixed(background, Qt::white, 0.25)));
 }
+
+std::optional<QPalette> boxPalette()
+{
+    if (appearance.m_windowTheme == windowTheme::none)
+        return {};
+    const QColor panel = appearance.m_dialogBackgroundColor;
+    const QColor button = appearance.m_buttonBaseColor;
+    QPalette palette(button, panel);
+    const QColor text = panelTextColor(panel);
+    palette.setColor(QPalette::Base, mixed(panel, text, 0.05));
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::ButtonText, buttonTextColor(button));
+    palette.setColor(QPalette::Highlight, appearance.m_focusFrameColor);
+    palette.setColor(QPalette::HighlightedText, readableOn(appearance.m_focusFrameColor));
+    return palette;
+}

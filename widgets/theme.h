@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+#include <optional>
+
 class desktopPreference;
 
 /// The built-in looks. A theme writes all colours and fonts of the settings at once, as defaults that later
@@ -42,3 +44,6 @@ QColor buttonTextColor(const QColor &background);
 /// Gives the palette of a bar, whose Window colour is set, the text over the unfilled part and a panel that
 /// fits it; leaves both as they are where neither a theme nor a setting asks for it.
 void colorBar(QPalette &palette);
+
+/// The palette of message boxes; nothing, for the toolkit's own, where there is no theme.
+std::optional<QPalette> boxPalette();

@@ -10,13 +10,18 @@
 namespace
 {
 
+QTextOption wrapping()
+{
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    return option;
+}
+
 /// Where the line that starts at `start` ends.
 qsizetype lineEnd(const QString &paragraph, qsizetype start, const QFont &font, int width)
 {
-    QTextOption wrapping;
-    wrapping.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     QTextLayout layout(paragraph.sliced(start), font);
-    layout.setTextOption(wrapping);
+    layout.setTextOption(wrapping());
     layout.beginLayout();
     QTextLine line = layout.createLine();
     line.setLineWidth(width);
@@ -44,6 +49,28 @@ QStringList wrappedText(const QString &text, const QFont &font, int width, int m
         start = next;
     }
     return lines;
+}
+
+QString withBreaks(const QString &text, const QFont &font, int width)
+{
+    constexpr QChar zeroWidthSpace(0x200b);
+    QTextLayout layout(QString(text).replace(u'\n', QChar::LineSeparator), font);
+    layout.setTextOption(wrapping());
+    QString result;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width);
+        result += QStringView(text).mid(line.textStart(), line.textLength());
+        if (!result.isEmpty() && !result.back().isSpace())
+            result += zeroWidthSpace;
+    }
+    layout.endLayout();
+    return result;
+}
+
+Qt::LayoutDirection directionOf(const QString &text)
+{
+    return text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
 }
 
 int textWidth(const QString &text, const QWidget &widget, int flags)
