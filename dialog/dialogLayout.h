@@ -26,6 +26,8 @@ public:
     virtual void fixSize() = 0;
     /// Places the window on the screen.
     virtual void movePosition() = 0;
+    /// The user has moved the window.
+    virtual void takeMoved() {}
     /// Loads the settings' background image.
     virtual void loadBackground() = 0;
     /// Applies the background image again, scaled to the window's size.

@@ -161,6 +161,7 @@ void fittedLayout::copyFrom(const dialogLayout &other)
     if (src->m_window.isVisible()) {
         m_grownWidth = src->m_grownWidth;
         m_window.move(src->m_window.pos());
-        m_placedAt = m_window.pos();
+        m_anchor = src->m_anchor;
+        m_wasMoved = src->m_wasMoved;
     }
 }

@@ -7,7 +7,6 @@
 #include <QSize>
 #include <QString>
 
-#include <optional>
 #include <vector>
 
 class fittedBar;
@@ -15,10 +14,11 @@ class fittedButton;
 class fittedLabel;
 
 /// As large as the content asks for: rows of their natural height, buttons of their natural width, a total
-/// row only when there is something to tell in it. In the modal mode the window is frameless with rounded
-/// corners, else the window manager's own. The top edge stays where it is, and the width only grows while
-/// there is content. All distances are made of the font of text lines; where the screen is too small for the
-/// content, everything is made smaller.
+/// row only when there is something to tell in it. The width only grows while there is content. In the modal
+/// mode the window is frameless with rounded corners, else the window manager's own. A frameless one grows
+/// and shrinks around the middle of its top edge, and moves as far as the screen's work area asks for. All
+/// distances are made of the font of text lines; where the screen is too small for the content, everything is
+/// made smaller.
 ///
 /// Sources: fittedLayout.cpp (window, children), fittedPlacement.cpp (sizes and places), fittedPanel.cpp
 /// (colours and painting).
@@ -29,6 +29,7 @@ public:
 
     void fixSize() override;
     void movePosition() override;
+    void takeMoved() override;
     void loadBackground() override;
     void reloadPixmap() override;
     void copyFrom(const dialogLayout &src) override;
@@ -67,7 +68,7 @@ private:
     void arrangeRows(arrangement &plan, const placing &sizes);
     void arrangeButtons(arrangement &plan, const placing &sizes) const;
     void carryOut(const arrangement &plan);
-    void keepOnScreen(int growth);
+    void settle();
 
     void usePalette();
     void paintFrameless(const QRect &dirty) const;
@@ -80,8 +81,10 @@ private:
     int m_grownWidth = 0;
     /// Lines that each text line has taken so far.
     int m_grownLines[dialogSlots::MAX_ENTRIES] = {};
-    /// Where the window was put; it is elsewhere once the user has moved it.
-    std::optional<QPoint> m_placedAt;
+    /// The middle of the top edge of a frameless window, where it was put; the screen's work area may keep it
+    /// elsewhere. (What the window itself tells is behind the times while a move is under way.)
+    QPoint m_anchor;
+    bool m_wasMoved = false; ///< by the user
     /// The background image as it was loaded, and at the window's size.
     QPixmap m_image;
     QPixmap m_scaledImage;

@@ -34,6 +34,11 @@ void setScaledFont(QWidget &widget, const QFont &setting, double scale)
     widget.setFont(font);
 }
 
+QPoint middleOfTop(const QRect &rect)
+{
+    return {rect.center().x(), rect.top()};
+}
+
 } // namespace
 
 /// Places for the shown children, in pixels.
@@ -75,7 +80,13 @@ void fittedLayout::movePosition()
     QRect place(QPoint(), m_window.size());
     place.moveCenter(screen.center());
     m_window.move(place.topLeft());
-    m_placedAt = place.topLeft();
+    m_anchor = middleOfTop(place);
+}
+
+void fittedLayout::takeMoved()
+{
+    m_anchor = middleOfTop(m_window.geometry());
+    m_wasMoved = true;
 }
 
 void fittedLayout::place(bool runs)
@@ -230,34 +241,33 @@ void fittedLayout::carryOut(const arrangement &plan)
 {
     for (const auto &[child, place] : plan.places)
         child->setGeometry(place);
-    const bool isFresh = m_grownWidth == 0;
-    const bool wasMoved = m_placedAt && *m_placedAt != m_window.pos();
-    const int growth = plan.size.width() - m_window.width();
+    const bool isFresh = m_grownWidth == 0 && !m_window.isVisible() && !m_wasMoved;
+    const bool isResized = plan.size != m_window.size();
     m_grownWidth = m_content.hasContent() ? plan.size.width() : 0;
-    if (plan.size != m_window.size()) {
+    if (isResized) {
         m_window.setFixedSize(plan.size);
         reloadPixmap();
         cutCorners();
     }
-    if (isManaged() || wasMoved)
+    if (isManaged())
         return;
-    if (isFresh && !m_window.isVisible())
+    if (isFresh)
         movePosition();
-    else
-        keepOnScreen(growth);
+    else if (isResized)
+        settle();
 }
 
-/// Keeps the middle of the window where it was. The top edge stays, too, unless the bottom would leave the
-/// screen.
-void fittedLayout::keepOnScreen(int growth)
+/// Puts the window to its anchor, and from there into the work area, unless it is out of that altogether.
+void fittedLayout::settle()
 {
     const QRect room = m_window.screen()->availableGeometry();
-    QRect moved = m_window.geometry().translated(-growth / 2, 0);
-    if (!m_window.isVisible() || !room.intersects(moved))
-        return;
-    moved.moveRight(std::min(moved.right(), room.right()));
-    moved.moveBottom(std::min(moved.bottom(), room.bottom()));
-    moved.moveTopLeft({std::max(moved.x(), room.x()), std::max(moved.y(), room.y())});
-    m_window.move(moved.topLeft());
-    m_placedAt = moved.topLeft();
+    QRect place(QPoint(), m_window.size());
+    place.moveCenter({m_anchor.x(), 0});
+    place.moveTop(m_anchor.y());
+    if (room.intersects(place)) {
+        place.moveRight(std::min(place.right(), room.right()));
+        place.moveBottom(std::min(place.bottom(), room.bottom()));
+        place.moveTopLeft({std::max(place.x(), room.x()), std::max(place.y(), room.y())});
+    }
+    m_window.move(place.topLeft());
 }

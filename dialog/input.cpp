@@ -66,8 +66,10 @@ void CProgressDialog::drag(QEvent *ev)
         break;
     case QEvent::MouseMove:
         // Positions in the dialog would be those from before moves that are still under way.
-        if (m_buttonPressed)
+        if (m_buttonPressed) {
             move(static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - m_lastPoint);
+            m_layout->takeMoved();
+        }
         break;
     case QEvent::MouseButtonRelease:
         m_buttonPressed = false;

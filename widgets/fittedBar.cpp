@@ -109,7 +109,9 @@ void fittedBar::paintEvent(QPaintEvent *)
     const QRect text(0, 0, width(), track.top());
     painter.setPen(window()->palette().color(QPalette::WindowText));
     const QString caption = fontMetrics().elidedText(m_caption, Qt::ElideMiddle, captionWidth());
-    painter.drawText(text, Qt::AlignLeft | Qt::AlignTop | Qt::TextSingleLine, caption);
+    painter.setLayoutDirection(directionOf(m_caption));
+    painter.drawText(text, Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignTop | Qt::TextSingleLine, caption);
+    painter.setLayoutDirection(Qt::LeftToRight);
     painter.drawText(text, Qt::AlignRight | Qt::AlignTop | Qt::TextSingleLine, figuresText());
 
     painter.setRenderHint(QPainter::Antialiasing);

@@ -67,5 +67,6 @@ void fittedButton::paintEvent(QPaintEvent *)
     const QString shown =
         fontMetrics().elidedText(text(), Qt::ElideRight, inner.width(), Qt::TextShowMnemonic);
     painter.setPen(window()->palette().color(QPalette::ButtonText));
+    painter.setLayoutDirection(directionOf(text()));
     painter.drawText(inner, Qt::AlignCenter | textFlags, shown);
 }

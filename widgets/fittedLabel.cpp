@@ -39,6 +39,7 @@ void fittedLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setPen(window()->palette().color(QPalette::WindowText));
+    painter.setLayoutDirection(directionOf(text())); // what is left turns into right with it
     const QStringList lines = wrappedText(text(), font(), width(), maxLines);
     QRect line(0, 0, width(), fontMetrics().lineSpacing());
     for (const QString &part : lines) {

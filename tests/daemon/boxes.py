@@ -3,11 +3,13 @@
 import re
 import time
 
-from harness import OPENBOX, SLOWNESS, Case, main, on_all_screens, until
+from harness import OPENBOX, SLOWNESS, Case, Screen, main, on_all_screens, until
 
 ASSERTION = "Zerbak Quillet Assertion"
 OK, SAVE, YES, YES_TO_ALL, NO, ABORT, CANCEL, CLOSE = 0x400, 0x800, 0x4000, 0x8000, 0x10000, 0x40000, 0x400000, 0x200000
 DEFAULT, ESCAPE = 0x100, 0x200
+# Cancel is the eighth of them.
+TEN = (YES, NO, SAVE, 0x1000, 0x2000, 0x80000, 0x100000, 0x2000000, CANCEL, 0x1000000)
 
 # The fields of a box titled Copy, the key that answers it, and the answer.
 ANSWERS = {
@@ -154,6 +156,23 @@ class Boxes(Case):
         for window in until(all_boxes):
             self.assertTrue(window.y >= 0 and window.bottom <= 600, window.area)
         self.assertLess(daemon.resident_kib() - before, 100_000 * SLOWNESS)
+
+    def test_cut_nothing_off(self):
+        daemon, events, commands = self.session("windowTheme=dark")
+        commands.send(box("Copy", OK, text="w" * 300))
+        window = self.screen.focused("Copy")
+        self.assertLess(window.width, 600)
+        until(lambda: self.screen.picture().colours(window.area)["23272e"] > 10_000, "the theme's colour")
+        self.screen.key("Return")
+        self.screen.gone("Copy")
+        commands.send(box("Copy", *TEN))
+        window = self.screen.focused("Copy")
+        self.screen.click(window.right - 50, window.bottom - 24 - 30)  # the last in the upper of two lines
+        self.assertEqual([commands.answer(), commands.answer()], [OK, CANCEL])
+        large = Screen(*OPENBOX, size="1280x800")
+        asker = self.daemon(screen=large).commands()
+        asker.send(box("Copy", *TEN))
+        self.assertGreater(large.focused("Copy").width, 850)
 
 
 class BoxesAndDialog(Case):

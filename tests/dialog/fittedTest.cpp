@@ -27,6 +27,7 @@ private slots:
     void tellsScreenReaders();
     void pulses();
     void wraps();
+    void readsFromRightToLeft();
     void timesLeft();
 };
 
@@ -129,6 +130,18 @@ void fittedTest::growsDownwards()
     const int threeLines = dialog.height();
     dialog.run("updateText:1;a create:2;b remove:2");
     QCOMPARE(dialog.height(), threeLines);
+
+    // Where it was dragged to, as far as there is room.
+    const QRect room = dialog.screen()->availableGeometry();
+    dialog.run("remove:0 remove:1 create:0;a");
+    QTest::mousePress(&dialog, Qt::LeftButton, {}, {2, 2});
+    QTest::mouseMove(&dialog, room.bottomRight() - dialog.rect().bottomRight() - dialog.pos());
+    QTest::mouseRelease(&dialog, Qt::LeftButton);
+    const QRect dragged = dialog.geometry();
+    dialog.run("create:2;b create:3;" + QString(80, 'x'));
+    QVERIFY(dialog.width() > dragged.width() && room.contains(dialog.geometry()));
+    dialog.run("remove:0 remove:2 remove:3 create:0;a");
+    QCOMPARE(dialog.geometry(), dragged);
 }
 
 void fittedTest::isTwiceAsLargeWithTwiceTheFont()
@@ -248,6 +261,16 @@ void fittedTest::wraps()
     const int width = QFontMetrics(font).horizontalAdvance("wwwww.") - 1;
     for (const auto &[text, lines] : cases)
         QCOMPARE(wrappedText(text, font, width, 3), lines);
+}
+
+void fittedTest::readsFromRightToLeft()
+{
+    dialogUnderTest dialog;
+    for (const QString &text : {QString(20, u'a'), QString(20, u'\u05d0')}) {
+        dialog.run("addText:0;" + text);
+        const QImage halves = dialog.labels()[0]->grab().toImage().scaled(2, 1, {}, Qt::SmoothTransformation);
+        QCOMPARE(halves.pixelColor(0, 0).lightness() > halves.pixelColor(1, 0).lightness(), text[0] != u'a');
+    }
 }
 
 void fittedTest::timesLeft()
