@@ -3,7 +3,6 @@
 #include "client/progressctl/verbs.h"
 
 #include <cstdio>
-#include <map>
 #include <memory>
 
 namespace
@@ -72,11 +71,8 @@ void addTimeout(CLI::App *verb, boxArguments &given)
 
 void addAsk(commandLineSetup &setup)
 {
-    const std::map<std::string, icon> icons{{"none", icon::none},
-                                            {"information", icon::information},
-                                            {"warning", icon::warning},
-                                            {"critical", icon::critical},
-                                            {"question", icon::question}};
+    // In the order of their numbers.
+    const std::vector<std::string> icons{"none", "information", "warning", "critical", "question"};
     auto given = std::make_shared<boxArguments>();
     auto *verb = setup.app.add_subcommand("ask", "Asks the user and prints the name of the button pressed");
     verb->footer("\nButtons: " + allButtonNames() + ".");
@@ -84,7 +80,7 @@ void addAsk(commandLineSetup &setup)
     verb->add_option("BUTTON", given->buttons, "Names of one to ten buttons (yes no)");
     verb->add_option("--title", given->title, "Title of the box")->capture_default_str();
     verb->add_option("--icon", given->picture, "none, information, warning, critical or question")
-        ->transform(CLI::CheckedTransformer(icons, CLI::ignore_case).description(""))
+        ->transform(oneOf(icons, true))
         ->default_str("question");
     verb->add_option("--default", given->preset, "The button that Return presses");
     addTimeout(verb, *given);

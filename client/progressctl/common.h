@@ -3,6 +3,7 @@
 #include "client/progressClient.h"
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -20,11 +21,20 @@ private:
 /// The options that all verbs share.
 struct commonOptions {
     std::string identifier;
-    double limitSeconds = 5; ///< longest wait for the daemon
+    std::optional<double> limitSeconds; ///< longest wait for the daemon, if the user has set it
 
-    progressClient::milliseconds limit() const
+    progressClient::milliseconds limit() const { return limitOr(progressClient::defaultTimeout); }
+    /// The longest wait for a daemon that is being started.
+    progressClient::milliseconds startLimit() const
     {
-        return progressClient::milliseconds(static_cast<long long>(limitSeconds * 1000));
+        return limitOr(progressClient::daemonOptions().timeout);
+    }
+
+private:
+    progressClient::milliseconds limitOr(progressClient::milliseconds usual) const
+    {
+        return limitSeconds ? progressClient::milliseconds(static_cast<long long>(*limitSeconds * 1000))
+                            : usual;
     }
 };
 

@@ -1,3 +1,4 @@
+#include "client/progressctl/carriable.h"
 #include "client/progressctl/exitStatus.h"
 #include "client/progressctl/theme.h"
 #include "client/progressctl/verbs.h"
@@ -18,11 +19,12 @@ struct startArguments {
 /// it would end as soon as the first command had hung up.
 int start(const commonOptions &common, const startArguments &arguments)
 {
-    const settingEntries look = loadLook(arguments.look);
+    settingEntries look = loadLook(arguments.look);
+    look.insert(look.begin(), {"windowTitle", titleSetting(common.identifier)});
     progressClient::daemonOptions options;
     options.program = daemonProgram();
     options.basePort = arguments.basePort;
-    options.timeout = std::max(common.limit(), options.timeout);
+    options.timeout = common.startLimit();
     const auto started = progressClient::startDaemon(common.identifier, options);
     const auto [command, event] = started.daemonPorts;
     if (started.wasRunning)

@@ -96,7 +96,7 @@ void addBusy(commandLineSetup &setup)
                              else
                                  client.busyOff();
                          });
-    verb->add_option("STATE", given->text, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+    verb->add_option("STATE", given->text, "on or off")->required()->check(oneOf({"on", "off"}));
 }
 
 void addSend(commandLineSetup &setup)

@@ -83,6 +83,15 @@ void openStandardStreams()
     }
 }
 
+/// Of an option that is given again, the last one counts; those that collect values go on collecting.
+void takeLast(CLI::App &verb)
+{
+    for (CLI::Option *each : verb.get_options()) {
+        if (!each->get_positional() && each->get_items_expected_max() <= 1)
+            each->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    }
+}
+
 int run(int argc, char **argv)
 {
     CLI::App app("Shows progress windows and asks questions through the daemon progressd.", "progressctl");
@@ -96,7 +105,7 @@ int run(int argc, char **argv)
     identifier->envname("PROGRESS_IDENTIFIER")->default_str("user-UID");
     app.add_option("--limit", setup.common.limitSeconds, "Longest wait for the daemon, in seconds")
         ->check(secondsWithin(0.001, 86400))
-        ->capture_default_str();
+        ->default_str("5");
     addDaemonVerbs(setup);
     addDialogVerbs(setup);
     addConfigureVerb(setup);
@@ -105,6 +114,9 @@ int run(int argc, char **argv)
     addPipeVerb(setup);
     addRecordsVerb(setup);
     addCompleteVerb(setup);
+    takeLast(app);
+    for (CLI::App *verb : app.get_subcommands({}))
+        takeLast(*verb);
     // The parser wants the last word first.
     std::reverse(given.words.begin(), given.words.end());
     try {
@@ -145,6 +157,20 @@ CLI::Validator secondsWithin(double least, double most)
         return isWithin ? std::string() : "\"" + text + "\" is no number of seconds";
     };
     return {check, "SECONDS", "seconds"};
+}
+
+CLI::Validator oneOf(const std::vector<std::string> &words, bool isNumbered)
+{
+    const auto check = [=](std::string &text) {
+        const std::string wanted = isNumbered ? CLI::detail::to_lower(text) : text;
+        const auto found = std::find(words.begin(), words.end(), wanted);
+        if (found == words.end())
+            return '"' + text + "\" is none of " + CLI::detail::join(words, ", ");
+        if (isNumbered)
+            text = std::to_string(found - words.begin());
+        return std::string();
+    };
+    return {check, "", "words"};
 }
 
 void complain(const std::string &text)

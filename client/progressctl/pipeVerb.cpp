@@ -2,20 +2,23 @@
 #include "client/progressctl/progressPipe.h"
 #include "client/progressctl/verbs.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace
 {
 
-/// Options of other progress windows that have no meaning here.
+/// Options of other progress windows, and of their toolkit, that have no meaning here.
 void addIgnoredOptions(CLI::App *verb)
 {
-    for (const char *name : {"--height", "--attach"}) {
-        const auto tell = [name](const std::string &) {
-            complain(std::string(name) + " is ignored: there is no such thing here");
-        };
-        verb->add_option_function<std::string>(name, tell)->group("");
-    }
+    const auto telling = [](const std::string &name) {
+        return [name](const auto &) { complain(name + " is ignored: there is no such thing here"); };
+    };
+    for (const char *name :
+         {"--height", "--attach", "--class", "--name", "--display", "--screen", "--gtk-module", "--gtk-debug",
+          "--gtk-no-debug", "--gdk-debug", "--gdk-no-debug"})
+        verb->add_option_function<std::string>(name, telling(name))->group("");
+    verb->add_flag_function("--g-fatal-warnings", telling("--g-fatal-warnings"))->group("");
 }
 
 void addLook(CLI::App *verb, pipeOptions &given)
@@ -24,7 +27,7 @@ void addLook(CLI::App *verb, pipeOptions &given)
     verb->add_option("--caption", given.caption, "Caption of the bar, when it is not the title");
     verb->add_option("--text", given.text, "Text below the bar, until a line starts with \"#\"");
     verb->add_flag("!--no-markup", given.hasMarkup, "Shows markup in texts as it stands");
-    verb->add_option("--percentage", given.percentage, "Where the bar starts")->check(CLI::Range(0, 100));
+    verb->add_option("--percentage", given.percentage, "Where the bar starts");
     verb->add_flag("--pulsate", given.pulsates, "Moves the bar to and fro, until 100");
     verb->add_option("--slot", given.slot, "Slot of the bar and the button, instead of any that is free")
         ->check(CLI::Range(0, progressClient::slots - 1));
@@ -76,6 +79,18 @@ void tellIgnored(const std::vector<std::string> &ignored)
         complain("ignored:" + all + " (a command stands behind \"--\")");
 }
 
+/// As other progress windows take it: the nearest percent, and no button without a label.
+void putRight(pipeOptions &given)
+{
+    given.percentage = std::clamp(given.percentage, 0, 100);
+    if (given.cancelLabel.empty())
+        given.cancelLabel = pipeOptions().cancelLabel;
+    if (given.okLabel.empty())
+        given.okLabel = pipeOptions().okLabel;
+    auto &extra = given.extraLabels;
+    extra.erase(std::remove(extra.begin(), extra.end(), std::string()), extra.end());
+}
+
 } // namespace
 
 void addPipeVerb(commandLineSetup &setup)
@@ -95,6 +110,7 @@ void addPipeVerb(commandLineSetup &setup)
     verb->callback([&setup, given, others] {
         setup.chosen = [&setup, given, others] {
             tellIgnored(*others);
+            putRight(*given);
             given->command = setup.command;
             return progressPipe(setup.common, *given).run();
         };

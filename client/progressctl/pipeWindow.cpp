@@ -1,9 +1,11 @@
 #include "client/progressctl/pipeWindow.h"
 
+#include "client/progressctl/carriable.h"
 #include "client/progressctl/exitStatus.h"
 #include "client/progressctl/iconFile.h"
 #include "client/progressctl/plainText.h"
 #include "client/progressctl/safeName.h"
+#include "client/protocolText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -28,24 +30,6 @@ std::string uniqueIdentifier()
     return text;
 }
 
-/// A setting ends with ";", and its look-alike does not.
-std::string titleSetting(std::string title)
-{
-    constexpr char greekQuestionMark[] = "\xCD\xBE";
-    for (std::size_t at = 0; (at = title.find(';', at)) != std::string::npos;)
-        title.replace(at, 1, greekQuestionMark);
-    return title;
-}
-
-/// Without what a message cannot hold.
-std::string carriable(std::string text)
-{
-    text.erase(std::remove(text.begin(), text.end(), '\0'), text.end());
-    for (std::size_t at = 0; (at = text.find("</progress>", at)) != std::string::npos;)
-        text[at] = '(';
-    return text;
-}
-
 } // namespace
 
 pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options)
@@ -56,6 +40,7 @@ pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options)
     else
         startOwnDaemon();
     showContent();
+    send();
 }
 
 void pipeWindow::startOwnDaemon()
@@ -63,7 +48,7 @@ void pipeWindow::startOwnDaemon()
     const settingEntries settings = ownSettings();
     progressClient::daemonOptions options;
     options.program = daemonProgram();
-    options.timeout = std::max(m_common.limit(), options.timeout);
+    options.timeout = m_common.startLimit();
     options.isPrivate = true;
     options.learnName = learnName();
     const std::string identifier = uniqueIdentifier();
@@ -106,15 +91,45 @@ void pipeWindow::showContent()
     if (m_options.hasCancel || m_options.waitForOk || m_options.showsRemaining ||
         !m_options.extraLabels.empty())
         m_client->listen();
-    const std::string &title = m_options.title.empty() ? defaultTitle : m_options.title;
-    m_client->createBar(m_slots[0], m_options.caption.empty() ? title : m_options.caption);
+    tell("create:", m_slots[0], caption());
+    showButtons(m_options.hasCancel ? m_options.cancelLabel : std::string());
+    // Its user may have closed the window, which does not come back for further content.
+    if (!m_ownDaemon)
+        m_untold += message("progress", "activate");
+}
+
+/// The further ones and one with this label, if it has one.
+void pipeWindow::showButtons(const std::string &label)
+{
     for (std::size_t i = 0; i < m_options.extraLabels.size(); ++i) {
         if (const auto slot = slotAt(i + 1))
-            m_client->addButton(*slot, m_options.extraLabels[i]);
+            tell("addButt:", *slot, labelFromMnemonic(m_options.extraLabels[i]));
     }
-    if (m_options.hasCancel)
-        m_client->addButton(m_slots[0], m_options.cancelLabel);
-    m_hasButton = m_options.hasCancel;
+    if (!label.empty())
+        tell("addButt:", m_slots[0], labelFromMnemonic(label));
+    m_hasButton = !label.empty();
+}
+
+std::string pipeWindow::caption() const
+{
+    if (!m_options.caption.empty())
+        return m_options.caption;
+    return m_options.title.empty() ? defaultTitle : oneLine(m_options.title);
+}
+
+void pipeWindow::tell(const char *verb, int slot)
+{
+    m_untold += message("progress", verb + std::to_string(slot));
+}
+
+void pipeWindow::tell(const char *verb, int slot, const std::string &text)
+{
+    m_untold += message("progress", verb + std::to_string(slot) + ';' + carriable(text, "progress"));
+}
+
+void pipeWindow::send()
+{
+    m_client->send(std::exchange(m_untold, {}));
 }
 
 /// With a slot that was asked for, the others are the next ones, and below it those that are left.
@@ -146,29 +161,50 @@ void pipeWindow::show(const pipeContent &wanted)
 {
     const bool moves = wanted.pulsates && wanted.percent < 100;
     if (moves && !m_shown.pulsates)
-        m_client->pulse(m_slots[0]);
+        tell("pulse:", m_slots[0]);
     else if (!moves && (m_shown.pulsates || wanted.percent != m_shown.percent))
-        m_client->updateBar(m_slots[0], wanted.percent);
+        tell("update:", m_slots[0], std::to_string(wanted.percent));
     if (wanted.text != m_shown.text)
-        showText(carriable(wanted.text));
+        showText(wanted.text);
     m_shown = wanted;
     m_shown.pulsates = moves;
+    send();
 }
 
 void pipeWindow::showText(const std::string &text)
 {
     const auto slot = slotAt(1);
-    if (slot && m_hasText)
-        m_client->updateText(*slot, text);
-    else if (slot)
-        m_client->createText(*slot, text);
-    m_hasText = m_hasText || slot;
+    if (!slot)
+        return;
+    // A line for nothing but the remaining time goes with it.
+    const bool isUseless = m_hasText && text.empty() && m_options.showsRemaining;
+    if (isUseless)
+        tell("delText:", *slot);
+    else
+        tell(m_hasText ? "updateText:" : "addText:", *slot, text);
+    m_hasText = !isUseless;
 }
 
-void pipeWindow::offerOk()
+/// A run ends with the last of the content. So what stays is put up anew, as another run that is not learned:
+/// an own daemon is told so; another one, which may have other clients' runs to learn, gets a text in the
+/// bar's place.
+void pipeWindow::offerOk(bool isWorthLearning)
 {
-    m_client->addButton(m_slots[0], m_options.okLabel);
-    m_hasButton = true;
+    takeAway(isWorthLearning);
+    if (m_ownDaemon) {
+        // With so few moments as this run has, an exact estimate shows nothing.
+        m_untold += message("configuration", "estimate=exact");
+        tell("create:", m_slots[0], caption());
+        tell("update:", m_slots[0], std::to_string(m_shown.percent));
+    } else {
+        tell("addText:", m_slots[0], caption() + ' ' + std::to_string(m_shown.percent) + '%');
+    }
+    if (!m_shown.text.empty())
+        showText(m_shown.text);
+    showButtons(m_options.okLabel);
+    if (m_ownDaemon)
+        m_untold += message("progress", "messageStop");
+    send();
 }
 
 pipeWindow::deed pipeWindow::handleEvents()
@@ -201,18 +237,26 @@ pipeWindow::deed pipeWindow::deedOf(const event &each)
 
 void pipeWindow::close(bool isWorthLearning)
 {
-    if (m_ownDaemon && !isWorthLearning)
-        m_client->messageStart();
-    m_client->removeBar(m_slots[0]);
-    if (m_hasText)
-        m_client->removeText(m_slots[1]);
-    if (m_hasButton)
-        m_client->removeButton(m_slots[0]);
-    for (std::size_t i = 1; i <= m_options.extraLabels.size() && i < m_slots.size(); ++i)
-        m_client->removeButton(m_slots[i]);
+    takeAway(isWorthLearning);
+    send();
     if (m_ownDaemon)
         m_client->exitDaemon();
     m_client->finish();
     if (m_ownDaemon)
         m_ownDaemon->waitForEnd(deadline(m_common.limit()));
+}
+
+void pipeWindow::takeAway(bool isWorthLearning)
+{
+    if (m_ownDaemon && !isWorthLearning)
+        m_untold += message("progress", "messageStart");
+    if (m_hasText)
+        tell("delText:", m_slots[1]);
+    if (m_hasButton)
+        tell("delButt:", m_slots[0]);
+    for (std::size_t i = 1; i <= m_options.extraLabels.size() && i < m_slots.size(); ++i)
+        tell("delButt:", m_slots[i]);
+    // The last, or its going would be learned as a fall to 0 percent.
+    tell("remove:", m_slots[0]);
+    m_hasText = false;
 }

@@ -64,8 +64,9 @@ public:
     int remainingSeconds() const { return m_remaining; }
 
     void show(const pipeContent &wanted);
-    /// The Cancel button becomes one that ends the waiting.
-    void offerOk();
+    /// The run ends here, and is forgotten unless it `isWorthLearning`. What was shown stays, with one button
+    /// that ends the waiting, and is learned by no daemon.
+    void offerOk(bool isWorthLearning);
     /// What the user has done last.
     enum class deed { nothing, pressedButton, pressedExtra, closed };
     deed handleEvents();
@@ -78,8 +79,14 @@ private:
     void startOwnDaemon();
     settingEntries ownSettings() const;
     std::string learnName() const;
+    std::string caption() const;
     void showContent();
+    void showButtons(const std::string &label);
     void showText(const std::string &text);
+    void takeAway(bool isWorthLearning);
+    void tell(const char *verb, int slot);
+    void tell(const char *verb, int slot, const std::string &text);
+    void send();
     std::optional<int> slotAt(std::size_t index);
     int nextSlot();
     deed deedOf(const progressClient::event &each);
@@ -88,6 +95,7 @@ private:
     const pipeOptions &m_options;
     std::optional<progressClient> m_client;
     std::unique_ptr<processHandle> m_ownDaemon;
+    std::string m_untold; ///< messages for the daemon, which `send()` sends in one piece
     std::vector<int>
         m_slots; ///< of the bar and its button; of the text and the first extra button; of the next
     bool m_isFullTold = false;

@@ -94,6 +94,12 @@ std::size_t takeEntity(std::string_view text, std::string &made)
     return character ? end + 1 : 1;
 }
 
+/// What can be pressed together with Alt.
+bool isLetter(char each)
+{
+    return std::isalnum(static_cast<unsigned char>(each)) || static_cast<unsigned char>(each) >= 0x80;
+}
+
 } // namespace
 
 std::string withoutEscapes(std::string_view text)
@@ -131,4 +137,19 @@ std::string withoutMarkup(const std::string &text)
         }
     }
     return open.empty() ? made : text;
+}
+
+std::string labelFromMnemonic(std::string_view text)
+{
+    std::string made;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char next = i + 1 < text.size() ? text[i + 1] : ' ';
+        if (text[i] == '&')
+            made += "&&";
+        else
+            made += text[i] == '_' && isLetter(next) ? '&' : text[i];
+        if (text[i] == '_' && next == '_')
+            ++i;
+    }
+    return made;
 }

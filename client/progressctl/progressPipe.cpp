@@ -62,12 +62,11 @@ int progressPipe::run()
     }
     m_started = clock::now();
     m_nextShow = m_started;
-    state ending = watch();
-    if (ending == state::inputEnded && m_options.waitForOk && m_window && !m_wasClosed)
-        ending = waitForOk();
-    const int status = finalStatus(ending);
+    int status = finalStatus(watch());
+    if (m_state == state::inputEnded && m_options.waitForOk && m_window && !m_wasClosed)
+        status = statusAfterOk(status);
     closeWindow(status == statusOk);
-    if (ending == state::interrupted) {
+    if (m_state == state::interrupted) {
         const sigset_t set = endingSignals();
         ::signal(m_signal, SIG_DFL);
         ::raise(m_signal);
@@ -263,11 +262,11 @@ std::string progressPipe::wantedText() const
     std::string text = withoutEscapes(m_reading.text().value_or(m_options.text));
     if (m_options.hasMarkup)
         text = withoutMarkup(text);
-    if (!m_options.showsRemaining)
+    // The daemon shows its estimate itself.
+    if (!m_options.showsRemaining || m_waitsForOk || m_window->remainingSeconds() >= 0)
         return text;
     const std::chrono::duration<double> elapsed = clock::now() - m_started;
-    const int estimate = m_window->remainingSeconds();
-    const auto left = estimate >= 0 ? estimate : secondsLeft(elapsed.count(), m_window->shown().percent);
+    const auto left = secondsLeft(elapsed.count(), m_window->shown().percent);
     if (!left)
         return text;
     return text.empty() ? remainingText(*left) : text + " (" + remainingText(*left) + ')';
@@ -275,21 +274,22 @@ std::string progressPipe::wantedText() const
 
 // The end.
 
-/// The Cancel button becomes one that ends the waiting, as closing the window does.
-progressPipe::state progressPipe::waitForOk()
+/// The Cancel button becomes one that ends the waiting, as closing the window does. Nothing is learned of the
+/// waiting. `status` is the one that all has ended with so far.
+int progressPipe::statusAfterOk(int status)
 {
     m_waitsForOk = true;
     m_state = state::running;
     try {
         m_window->show(wanted());
-        m_window->offerOk();
+        m_window->offerOk(status == statusOk);
     } catch (const error &problem) {
         loseWindow(problem.what());
     }
     while (m_state == state::running)
         wait();
     const bool isOk = m_state == state::cancelled || (m_state == state::windowGone && m_writer);
-    return isOk ? state::inputEnded : m_state;
+    return isOk ? status : finalStatus(m_state);
 }
 
 int progressPipe::finalStatus(state ending)

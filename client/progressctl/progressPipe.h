@@ -49,7 +49,7 @@ private:
     bool hasNews() const { return !(wanted() == m_window->shown()); }
     int waitingTime() const;
     clock::time_point timeLimit() const;
-    state waitForOk();
+    int statusAfterOk(int status);
     int finalStatus(state ending);
     int cancelledStatus();
     int endedStatus();

@@ -47,7 +47,7 @@ std::string plotOf(const std::vector<runRecord> &records, const std::string &tit
     const std::string script = scriptFor(records, title);
     if (::write(file.get(), script.data(), script.size()) != static_cast<ssize_t>(script.size()))
         throw failure(statusInternal, "no memory for a plot");
-    writer gnuplot({"gnuplot", "/dev/fd/" + std::to_string(file.get())});
+    writer gnuplot({"gnuplot", "/dev/fd/" + std::to_string(file.get())}, false);
     std::string picture = gnuplot.outputToEnd();
     if (const int status = gnuplot.exitStatus(); status != 0)
         throw failure(statusFile,

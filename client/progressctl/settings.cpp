@@ -109,7 +109,7 @@ void check(const setting &known, const std::string &value)
         if (known.value == form::colours && !isColour(each))
             throw failure(statusUsage, key + ": there is no colour \"" + each + '"');
         if (known.value == form::fonts && !isFont(each))
-            throw failure(statusUsage, key + ": \"" + each + "\" is no font (FAMILY,SIZE)");
+            throw failure(statusUsage, key + ": \"" + each + "\" is no font (FAMILY or FAMILY,SIZE)");
     }
 }
 

@@ -29,3 +29,7 @@ void addCompleteVerb(commandLineSetup &setup);
 
 /// For an option's value: seconds from `least` to `most`, a number that is one.
 CLI::Validator secondsWithin(double least, double most);
+
+/// For an option's value: one of these words, as they are written. Their places count as its value if it
+/// `isNumbered`; then upper and lower case make no difference.
+CLI::Validator oneOf(const std::vector<std::string> &words, bool isNumbered = false);

@@ -23,7 +23,7 @@ struct folderCloser {
 };
 using openFolder = std::unique_ptr<DIR, folderCloser>;
 
-[[noreturn]] void runCommand(const std::vector<std::string> &command, int output)
+[[noreturn]] void runCommand(const std::vector<std::string> &command, int output, bool tellsFailure)
 {
     ::dup2(output, STDOUT_FILENO);
     sigset_t none;
@@ -36,7 +36,8 @@ using openFolder = std::unique_ptr<DIR, folderCloser>;
     arguments.push_back(nullptr);
     ::execvp(arguments[0], arguments.data());
     const int status = errno == ENOENT ? 127 : 126;
-    complain(systemText("cannot run " + command[0]));
+    if (tellsFailure)
+        complain(systemText("cannot run " + command[0]));
     ::_exit(status);
 }
 
@@ -66,14 +67,14 @@ bool writesTo(const std::string &process, const struct stat &pipe)
 
 } // namespace
 
-writer::writer(const std::vector<std::string> &command)
+writer::writer(const std::vector<std::string> &command, bool tellsFailure)
 {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0)
         throw failure(statusInternal, systemText("no pipe"));
     m_process = ::fork();
     if (m_process == 0)
-        runCommand(command, ends[1]);
+        runCommand(command, ends[1], tellsFailure);
     ::close(ends[1]);
     m_output = descriptor(ends[0]);
     ::fcntl(output(), F_SETFL, O_NONBLOCK);

@@ -12,8 +12,8 @@ class writer
 {
 public:
     /// Starts it. A command that cannot be run says so on standard error and ends with 126 or 127, as in a
-    /// shell.
-    explicit writer(const std::vector<std::string> &command);
+    /// shell; where not `tellsFailure`, it says nothing.
+    explicit writer(const std::vector<std::string> &command, bool tellsFailure = true);
     /// The reading end. It does not block.
     int output() const { return m_output.get(); }
     /// All that it prints from here on.

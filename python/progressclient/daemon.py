@@ -42,8 +42,8 @@ class PrivateDaemon:
 
     is_private = True
 
-    def __init__(self, program: str, learn: str) -> None:
-        self._program = program
+    def __init__(self, program: Optional[str], learn: str) -> None:
+        self._program = program or os.environ.get("PROGRESSD") or "progressd"
         self._learn = learned_name(learn)
         self._path = socket_path(f"python-{os.getpid()}-{secrets.token_hex(4)}")
         self._process: Optional[subprocess.Popen[bytes]] = None

@@ -24,7 +24,7 @@ def track(
     cancel: Union[bool, str] = False,
     title: str = "",
     daemon: Optional[str] = None,
-    program: str = "progressd",
+    program: Optional[str] = None,
     learn: Optional[str] = None,
 ) -> Iterator[T]:
     """The items, one by one, with a window that shows how far they are. The loop runs in any case.
@@ -44,7 +44,9 @@ def track(
 
 
 @contextmanager
-def _shared_window(title: str, daemon: Optional[str], program: str, learn: Optional[str]) -> Iterator[Progress]:
+def _shared_window(
+    title: str, daemon: Optional[str], program: Optional[str], learn: Optional[str]
+) -> Iterator[Progress]:
     """A window that is open already, else one that closes with the last loop that uses it."""
     with _sharing:
         window = next((window for window in open_windows if window.daemon == daemon), None)

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import math
 import os
+import re
 import sys
 import time
 import warnings
@@ -39,7 +40,7 @@ class Progress:
     cancel: True or a label for a Cancel button; then a click on it, or closing the window, has the next step in the
         window (of `track()`, `update()`, ...) raise `Cancelled`, and every one after it.
     daemon: the identifier of a daemon that runs; by default one is started, and ends with the window.
-    program: the daemon's program.
+    program: the daemon's program; by default that of the environment's PROGRESSD, else "progressd".
     learn: the name under which a daemon of one's own learns how long this takes; by default the title, "" for not
         at all. What has an end by an exception or `break` is not learned.
     settings: further ones, such as "windowTheme=dark;windowText=white|white". A daemon of one's own gets them behind
@@ -52,7 +53,7 @@ class Progress:
         *,
         cancel: Union[bool, str] = False,
         daemon: Optional[str] = None,
-        program: str = "progressd",
+        program: Optional[str] = None,
         learn: Optional[str] = None,
         settings: str = "",
     ) -> None:
@@ -88,15 +89,15 @@ class Progress:
 
     # What it shows.
 
-    def bar(self, caption: str = "", total: Optional[float] = 100) -> Bar:
+    def bar(self, caption: object = "", total: Optional[float] = 100) -> Bar:
         """Shows a bar, which is full at `total`; without one it moves to and fro."""
         return self._add(Bar(caption, total, self.check))
 
-    def text(self, text: str) -> Text:
-        """Shows a line of text."""
+    def text(self, text: object) -> Text:
+        """Shows a line of text, or what `str()` makes of something else."""
         return self._add(Text(text, self.check))
 
-    def button(self, label: str) -> Button:
+    def button(self, label: object) -> Button:
         """Shows a button."""
         return self._add(Button(label))
 
@@ -208,7 +209,8 @@ def _script() -> str:
 
 
 def _looks(title: str) -> str:
-    title = plain(title, "configuration").replace(";", ",")
+    """Settings; a title stands on one line, and the look-alike of ";" in its place, which would end the setting."""
+    title = re.sub(r"[\x01-\x1f]", " ", plain(title, "configuration")).replace(";", "\u037e")
     return f"windowTheme=auto;windowLayout=fitted;estimate=adaptive;windowModal=off;windowTitle={title}"
 
 

@@ -11,9 +11,10 @@ NO_SLOT = -1
 _PULSES = -2  # as what a bar shows, beside its percent
 
 
-def plain(text: str, kind: str = "progress") -> str:
-    """A text that does not end a message of this kind."""
-    return text.replace("\0", "").replace(f"</{kind}>", f"</\u200b{kind}>")
+def plain(text: object, kind: str = "progress") -> str:
+    """What an object reads, as a text that does not end a message of this kind: a character without a width stands
+    within what would be the end."""
+    return str(text).replace("\0", "").replace(f"</{kind}>", f"</\u200b{kind}>")
 
 
 class Widget:
@@ -55,7 +56,7 @@ class Widget:
 class Bar(Widget):
     """A bar. `value` may be set or counted up freely: it is shown at most 25 times a second."""
 
-    def __init__(self, caption: str, total: Optional[float], check: Check) -> None:
+    def __init__(self, caption: object, total: Optional[float], check: Check) -> None:
         super().__init__()
         self._caption = plain(caption)
         self._total = float(total) if total is not None else None
@@ -95,13 +96,13 @@ class Bar(Widget):
 class Text(Widget):
     """A line of text."""
 
-    def __init__(self, text: str, check: Check) -> None:
+    def __init__(self, text: object, check: Check) -> None:
         super().__init__()
         self._text = self._shown = plain(text)
         self._check = check
 
-    def update(self, text: str) -> None:
-        """Shows another text. Raises Cancelled if that was asked for."""
+    def update(self, text: object) -> None:
+        """Shows another text, or what `str()` makes of something else. Raises Cancelled if that was asked for."""
         self._text = plain(text)
         self._check()
 
@@ -124,7 +125,7 @@ class Button(Widget):
 
     kind = "button"
 
-    def __init__(self, label: str, cancels: bool = False) -> None:
+    def __init__(self, label: object, cancels: bool = False) -> None:
         super().__init__()
         self._label = plain(label)
         self.cancels = cancels

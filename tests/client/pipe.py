@@ -55,7 +55,7 @@ class Lines(ClientCase):
                 ("#<b>x</b> &lt;y&gt; <span color=\"red\">z</span> &#1046;\\n", (0, "x <y> z Ж", False), ""),
                 ("#<i>open & <file>\\n", (0, "<i>open & <file>", False), ""),
                 ("#AT&T <u>x</u> a<b\\n", (0, "AT&T x a<b", False), ""),
-                ("#</progress>\\0x\\n", (0, "(/progress>x", False), ""),
+                ("#</progress>\\0x\\n", (0, "</\u200bprogress>x", False), ""),
                 ("pulsate:true\\n40\\n", (0, None, True), ""),
                 ("pulsate:true\\n40\\npulsate:false\\n", (40, None, None), ""),
                 ("pulsate:true\\n100\\n", (100, None, None), "")):
@@ -78,8 +78,24 @@ class Lines(ClientCase):
         self.assertEqual(result.status, 0)
         self.assertEqual(
             fake.messages(), "".join(f"<progress>{each}</progress>" for each in (
-                "create:0;a;b", "addButt:1;Pause", "addButt:0;Cancel", "update:0;100", "addText:1;x", "remove:0",
-                "delText:1", "delButt:0", "delButt:1")))
+                "create:0;a;b", "addButt:1;Pause", "addButt:0;Cancel", "activate", "update:0;100", "addText:1;x",
+                "delText:1", "delButt:0", "delButt:1", "remove:0")))
+
+    def test_are_told_as_they_were_meant(self):
+        """Labels, captions, and what is given twice or is empty."""
+        fake = FakeDaemon(self.path)
+        self.addCleanup(fake.close)
+        for options, *told in (
+                ("--cancel-label 'R&D _quit __x'", "addButt:0;R&&D &quit _x<"),
+                ("--cancel-label= --extra-button=", "addButt:0;Cancel<", "activate"),
+                ("--title x --title $'a\nb</progress>' --text x --text y --pulsate --pulsate",
+                 "create:0;a b</\u200bprogress><", "addText:1;y<"),
+                ("--percentage 150 --extra-button '</progress>'", "addButt:1;</\u200bprogress><", "update:0;100<")):
+            with self.subTest(options):
+                result = self.ctl(f"pipe --slot 0 {options} </dev/null")
+                self.assertEqual((result.status, result.errors), (0, ""))
+                messages = fake.messages()
+                self.assertEqual([each for each in told if each not in messages], [], messages)
 
     def test_are_told_no_more_than_25_times_a_second(self):
         fake = FakeDaemon(self.path)
@@ -118,12 +134,13 @@ class Ends(ClientCase):
                 ("progressctl pipe --auto-close -- sh -c 'echo 100; sleep 0.2; exit 3'", 3, ""),
                 (WAITING.format("--timeout 0.2"), 5, ""),
                 ("progressctl pipe --height=9 --width 300 --modal --layout grid --theme dark </dev/null", 0, "--height is"),
+                ("progressctl pipe --display :9 </dev/null", 0, "--display is"),
                 ("progressctl pipe --icon-name no-such-icon </dev/null", 0, "no icon"),
                 ("progressctl pipe --text Please touch x stop </dev/null; test ! -e x", 0, "ignored: touch x stop"),
                 ("progressctl pipe --title 'a;b \"</title>' --learn ../../x </dev/null", 0, ""),
                 ("progressctl pipe <&-", 0, ""),
                 ("progressctl pipe </", 7, "directory"),
-                ("progressctl pipe --percentage 101 </dev/null", 2, "--percentage"),
+                ("progressctl pipe --percentage x </dev/null", 2, "--percentage"),
                 ("progressctl pipe --timeout nan </dev/null", 2, "--timeout"),
                 ("progressctl pipe --nix </dev/null", 2, "--nix"),
                 ("progressctl -i '' pipe </dev/null", 2, "empty"),
@@ -166,13 +183,29 @@ class Ends(ClientCase):
                 self.screen.gone(self.name)
 
     def test_wait_for_ok(self):
-        for key in ("Return", "Escape", "alt+F4"):
+        """A user who takes time is not learned, and what is learned is not forgotten."""
+        job = "(echo 50; sleep 1.2; echo 100) | progressctl pipe --title $TITLE --wait"
+        for key, begin in (("Return", lambda: None), ("Escape", lambda: None), ("alt+F4", self.start_shared)):
             with self.subTest(key):
-                running = self.begin("echo 100 | progressctl pipe --title $TITLE --wait")
-                self.assertRaises(subprocess.TimeoutExpired, running.wait, 0.5)
+                begin()
+                running = self.begin(job)
+                until(lambda: self.learned(self.name), "the end of the run")
+                self.assertRaises(subprocess.TimeoutExpired, running.wait, 1.5)
                 self.press(key)
                 self.assertEqual(Result(running).status, 0)
                 self.screen.gone(self.name)
+                self.assertRegex(self.ctl("records").output, r"^.*\n.* [12] +1 +\d+\n$")
+                os.unlink(f"/var/tmp/currentTimestamps_{self.name}.txt")
+
+    def test_come_into_a_window_that_was_closed(self):
+        self.start_shared()
+        self.ctl("bar 9 x")
+        self.press("Escape")
+        self.screen.gone(self.name)
+        running = self.begin("exec progressctl pipe < <(exec sleep 99)")
+        self.screen.window(self.name)
+        running.terminate()
+        running.wait(PATIENCE)
 
     def test_leave_nothing_behind(self):
         """Pipes on one daemon have slots of their own, and a killed one's are free again."""

@@ -17,7 +17,7 @@ import tempfile
 # Each document, and words that its samples print, in this order.
 DOCUMENTS = {
     "README.md": ["isShown", "totalProgress=", "16384"],
-    "docs/quickstart.md": ["done", "kept", "nobody clicked", "is kept", "copied", "yes", "isShown"],
+    "docs/quickstart.md": ["done", "kept", "nobody clicked", "is kept", "copied", "yes", "isShown\ntotalProgress=0|-1\ntotalProgress=50|-1\n"],
     "docs/protocol.md": ["isShown", "16384"],
     "docs/man/progressd.1": [],
     "docs/man/progressctl.1": ["kept"],

@@ -206,6 +206,9 @@ class Verbs(ClientCase):
                 self.assertEqual(result.status, 5, result.errors)
                 self.check_line(result.errors, "in time")
         fake.close()
+        slow = "export PROGRESSD=$XDG_RUNTIME_DIR/slow; echo 'exec sleep 99' >$PROGRESSD; chmod +x $PROGRESSD; "
+        for arguments in ("start", "pipe"):
+            self.check_line(self.run_script(slow + "progressctl --limit 0.3 " + arguments).errors, "in time")
         self.start_shared()
         listening = self.begin("exec progressctl --limit 1 events")
         # Nothing but silence for more than the limit is no failure.
@@ -231,7 +234,7 @@ class Verbs(ClientCase):
         self.environment["PATH"] = os.path.dirname(os.environ["PROGRESSCTL"]) + ":" + self.no_programs()
         result = Result(self.begin(f"exec progressctl records --file {file} --plot {plot}"))
         self.assertEqual(result.status, 7)
-        self.assertIn("needs gnuplot", result.errors)
+        self.check_line(result.errors, "needs gnuplot")
 
     def no_programs(self):
         folder = os.path.join(scratch(), "bin")

@@ -171,8 +171,12 @@ class Window(unittest.TestCase):
 class PrivateDaemon(unittest.TestCase):
     def test_learns_under_its_name_and_leaves_nothing(self):
         name = f"module test {os.getpid()}"
-        for _ in track(range(3), learn=name, program=PROGRESSD):
-            time.sleep(0.6)
+        os.environ["PROGRESSD"] = PROGRESSD
+        with Progress("a;\nb</configuration>", learn=name) as window:
+            for number in window.track(range(3)):
+                window.text(number)
+                press("^a.* b<.*>$", "Tab")
+                time.sleep(0.6)
         folder = "/var/instrument" if os.path.isdir("/var/instrument") else "/var/tmp"
         os.remove(f"{folder}/currentTimestamps_{name}.txt")
         self.assertEqual([f for f in os.listdir(os.path.dirname(socket_path("x"))) if "python-" in f], [])
