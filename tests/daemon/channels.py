@@ -34,16 +34,6 @@ class Channels(Case):
         deaf.close()
         self.assertEqual(deaf.received, b"")
 
-    def test_serve_after_many_have_come_and_gone(self):
-        daemon = self.daemon("0")
-        events = daemon.events()
-        # Two at a time: the one in slot 1 comes first and goes last, so that new slots are used up.
-        for _ in range(25):
-            first, second = daemon.commands(), daemon.commands()
-            first.close()
-            second.progress("activate")
-            events.until("isActivated")
-
     def test_frame_what_arrives(self):
         """What is sent piece by piece, and the events that it causes."""
         for name, pieces, expected in (

@@ -87,13 +87,6 @@ class StartAndEnd(Case):
                 daemon.commands().progress("create:0;x")
                 events.until("isShown")
 
-    def test_ignore_the_base_port_of_longer_command_lines(self):
-        base = free_base_port()
-        daemon = self.daemon(str(base), "more")
-        self.assertNotEqual(daemon.command_port, base)
-        daemon.commands().send("<exit/>")
-        self.assert_in_order(daemon)
-
     def test_start_a_second_time(self):
         """With the ports of the first one the second gets none, and says so on standard error."""
         base = free_base_port()
