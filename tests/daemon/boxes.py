@@ -169,6 +169,16 @@ class Boxes(Case):
         window = self.screen.focused("Copy")
         self.screen.click(window.right - 50, window.bottom - 24 - 30)  # the last in the upper of two lines
         self.assertEqual([commands.answer(), commands.answer()], [OK, CANCEL])
+        self.screen.gone("Copy")
+        commands.send(box("Copy", OK, text="\n".join(map(str, range(500)))))
+        area = self.screen.focused("Copy").area
+        until(lambda: max(self.screen.picture().colours(area).values()) > 50_000, "the text's ground")
+        seen = [self.screen.picture().colours(area)]
+        for key in ("Next", "Prior"):
+            self.screen.key(key)
+            until(lambda: self.screen.picture().colours(area) != seen[-1], f"another page by {key}")
+            seen.append(self.screen.picture().colours(area))
+        self.assertEqual(seen[2]["ffffff"], seen[0]["ffffff"], "the same letters")
         large = Screen(*OPENBOX, size="1280x800")
         asker = self.daemon(screen=large).commands()
         asker.send(box("Copy", *TEN))
