@@ -126,6 +126,7 @@ class Ends(ClientCase):
                 ("progressctl pipe -- sh -c 'echo 30; exit 7'", 7, ""),
                 ("progressctl pipe -- sh -c 'kill -9 $$'", 137, ""),
                 ("progressctl pipe -- /nix/command", 127, "/nix/command"),
+                ("trap '' TERM; progressctl pipe -- sh -c 'kill -TERM $PPID; sleep 0.2; exit 3'", 3, ""),
                 ("progressctl pipe -- printf '%s' --text", 0, "neither a number"),
                 ("progressctl pipe -- sh -c 'sleep 3 & echo 100'", 0, ""),
                 ("progressctl pipe -- sh -c 'exec >&-; sleep 0.2; exit 5'", 5, ""),
