@@ -189,13 +189,15 @@ void noticeBox::showEvent(QShowEvent *event)
 }
 
 /// What makes the toolkit compute its size anew. A window that is seen must not flicker between that and
-/// ours.
+/// ours. (The toolkit's part of any other event may be the box's end.)
 bool noticeBox::event(QEvent *event)
 {
     const QEvent::Type type = event->type();
     const bool isLayout = type == QEvent::LayoutRequest;
+    if (!isLayout && type != QEvent::FontChange && type != QEvent::StyleChange)
+        return QMessageBox::event(event);
     const bool isDone = (isLayout && m_isWidened) || QMessageBox::event(event);
-    if (isVisible() && (isLayout || type == QEvent::FontChange || type == QEvent::StyleChange))
+    if (isVisible())
         widen();
     return isDone;
 }
