@@ -184,8 +184,11 @@ void noticeBox::showEvent(QShowEvent *event)
     if (m_scrolledText)
         shareScreen();
     QMessageBox::showEvent(event);
-    if (widen())
-        QDialog::showEvent(event); // puts it into the middle again
+    if (widen()) {
+        // Into the middle again; the box's own part would compute its size anew.
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call)
+        QDialog::showEvent(event);
+    }
 }
 
 /// What makes the toolkit compute its size anew. A window that is seen must not flicker between that and
