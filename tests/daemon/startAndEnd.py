@@ -1,6 +1,7 @@
 """Command line, ports, lock file, and the ways in which the daemon ends or does not."""
 
 import os
+import random
 import signal
 import socket
 import subprocess
@@ -12,13 +13,14 @@ TOO_LONG = "progressd: the identifier is too long\n"
 
 
 def free_base_port():
-    """A port that is free, as is the one after it."""
+    """A port that is free, as is the one after it, and that the system hands out to nobody."""
     while True:
+        base = random.randrange(10000, 32000)
         with socket.socket() as first, socket.socket() as second:
-            first.bind(("", 0))
             try:
-                second.bind(("", first.getsockname()[1] + 1))
-                return first.getsockname()[1]
+                first.bind(("", base))
+                second.bind(("", base + 1))
+                return base
             except OSError:
                 continue
 
