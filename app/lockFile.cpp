@@ -1,6 +1,6 @@
 #include "app/lockFile.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

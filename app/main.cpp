@@ -11,7 +11,7 @@
 // MyApplication    the application object (app/MyApplication.h)
 // endSignals       the signals that end the daemon in order (app/endSignals.h)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
-// dump             the diagnostic log, written by all (app/dump.h)
+// dump             the diagnostic log, written by all (log/dump.h)
 
 #include "app/MyApplication.h"
 #include "app/commandLine.h"

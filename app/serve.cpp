@@ -2,11 +2,11 @@
 
 #include "app/MyApplication.h"
 #include "app/commandLine.h"
-#include "app/dump.h"
 #include "app/endSignals.h"
 #include "app/lockFile.h"
 #include "app/standardError.h"
 #include "app/toolkitMessages.h"
+#include "log/dump.h"
 #include "server/handlers.h"
 #include "server/localServer.h"
 #include "server/receiver.h"

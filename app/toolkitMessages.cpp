@@ -1,7 +1,7 @@
 #include "app/toolkitMessages.h"
 
-#include "app/dump.h"
 #include "app/standardError.h"
+#include "log/dump.h"
 
 #include <QByteArray>
 #include <QMessageLogContext>

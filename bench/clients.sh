@@ -5,7 +5,7 @@
 # usage: clients.sh BUILDFOLDER
 set -euo pipefail
 build=$(cd "$1" && pwd)
-export PATH=$build/client/progressctl:$PATH PROGRESSD=$build/app/progressd PROGRESS_IDENTIFIER=bench$$
+export PATH=$build/progressctl:$PATH PROGRESSD=$build/app/progressd PROGRESS_IDENTIFIER=bench$$
 rounds=5 commands=200 lines=1000000
 work=$(mktemp -d /tmp/bench-clients.XXXXXX)
 clean_up() {

@@ -1,8 +1,8 @@
 #include "dialog/CProgressDialog.h"
 
-#include "app/dump.h"
 #include "dialog/dialogHost.h"
 #include "dialog/dialogLayout.h"
+#include "log/dump.h"
 #include "widgets/appearance.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"

@@ -1,8 +1,8 @@
 #include "dialog/CProgressDialog.h"
 
-#include "app/dump.h"
 #include "dialog/dialogHost.h"
 #include "dialog/dialogLayout.h"
+#include "log/dump.h"
 #include "stats/estimate.h"
 #include "stats/recordRun.h"
 #include "stats/snapshots.h"

@@ -1,7 +1,7 @@
 #include "server/activeDialog.h"
 
-#include "app/dump.h"
 #include "dialog/CProgressDialog.h"
+#include "log/dump.h"
 #include "server/eventListeners.h"
 #include "server/windowOrder.h"
 #include "widgets/appearance.h"

@@ -1,7 +1,7 @@
 #include "server/handlers.h"
 
-#include "app/dump.h"
 #include "dialog/CProgressDialog.h"
+#include "log/dump.h"
 #include "server/limits.h"
 #include "stats/estimateMode.h"
 #include "widgets/appearance.h"

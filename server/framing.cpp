@@ -1,6 +1,6 @@
 #include "server/receiver.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 #include "server/handlers.h"
 #include "stats/statisticsFile.h"
 

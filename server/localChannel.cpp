@@ -1,6 +1,6 @@
 #include "server/localChannel.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 #include "server/claimedSlots.h"
 #include "server/handlers.h"
 #include "server/lastPatience.h"

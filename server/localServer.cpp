@@ -1,6 +1,6 @@
 #include "server/localServer.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 #include "server/descriptors.h"
 #include "server/handlers.h"
 #include "server/localChannel.h"

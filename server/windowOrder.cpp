@@ -1,6 +1,6 @@
 #include "server/windowOrder.h"
 
-#include "server/stacking.h"
+#include "platform/stacking.h"
 
 #include <QApplication>
 #include <QEvent>

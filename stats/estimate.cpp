@@ -1,6 +1,6 @@
 #include "stats/estimate.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 #include "stats/adaptiveEstimate.h"
 #include "stats/findNearest.h"
 #include "stats/newestCourses.h"

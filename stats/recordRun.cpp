@@ -1,6 +1,6 @@
 #include "stats/recordRun.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 #include "stats/findNearest.h"
 #include "stats/runTable.h"
 #include "stats/snapshots.h"

@@ -1,6 +1,6 @@
 #include "stats/statisticsFile.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 #include "stats/lineReader.h"
 #include "stats/recordLine.h"
 #include "stats/runTable.h"

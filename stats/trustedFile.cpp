@@ -1,6 +1,6 @@
 #include "stats/trustedFile.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 
 #include <QFile>
 #include <QSaveFile>

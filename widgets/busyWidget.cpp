@@ -1,6 +1,6 @@
 #include "widgets/busyWidget.h"
 
-#include "app/dump.h"
+#include "log/dump.h"
 #include "widgets/appearance.h"
 #include "widgets/imageFile.h"
 #include "widgets/progressProcess.h"

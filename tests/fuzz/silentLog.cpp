@@ -1,6 +1,6 @@
 // Takes the diagnostic log's place: the log is shared by all daemons of the machine, and a fuzzer says a lot.
 
-#include "app/dump.h"
+#include "log/dump.h"
 
 #include <QByteArray>
 

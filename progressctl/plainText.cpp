@@ -1,0 +1,155 @@
+#include "progressctl/plainText.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+constexpr std::string_view tagNames[] = {"a",   "b",     "big", "i",  "s", "span",
+                                         "sub", "small", "sup", "tt", "u", "markup"};
+constexpr std::pair<std::string_view, std::string_view> entities[] = {
+    {"amp", "&"}, {"lt", "<"}, {"gt", ">"}, {"quot", "\""}, {"apos", "'"}};
+
+struct tag {
+    std::string_view name;
+    bool opens = false;
+    bool closes = false;
+    std::size_t size = 0;
+};
+
+/// The end of the tag at the front of `text`, behind its ">"; a ">" within quotes is none.
+std::optional<std::size_t> tagEnd(std::string_view text)
+{
+    char quote = '\0';
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        if (quote != '\0')
+            quote = text[i] == quote ? '\0' : quote;
+        else if (text[i] == '"' || text[i] == '\'')
+            quote = text[i];
+        else if (text[i] == '>')
+            return i + 1;
+        else if (text[i] == '<')
+            break;
+    }
+    return std::nullopt;
+}
+
+std::optional<tag> tagAtFront(std::string_view text)
+{
+    const auto size = tagEnd(text);
+    if (!size)
+        return std::nullopt;
+    std::string_view inner = text.substr(1, *size - 2);
+    const bool isEnd = !inner.empty() && inner.front() == '/';
+    const bool isBoth = !isEnd && !inner.empty() && inner.back() == '/';
+    inner.remove_prefix(isEnd ? 1 : 0);
+    inner.remove_suffix(isBoth ? 1 : 0);
+    const std::string_view name = inner.substr(0, inner.find(' '));
+    if (std::find(std::begin(tagNames), std::end(tagNames), name) == std::end(tagNames))
+        return std::nullopt;
+    return tag{name, !isEnd, isEnd || isBoth, *size};
+}
+
+std::string utf8(unsigned code)
+{
+    const auto tail = [code](int shift) { return static_cast<char>(0x80 | (code >> shift & 0x3F)); };
+    if (code < 0x80)
+        return {static_cast<char>(code)};
+    if (code < 0x800)
+        return {static_cast<char>(0xC0 | code >> 6), tail(0)};
+    if (code < 0x10000)
+        return {static_cast<char>(0xE0 | code >> 12), tail(6), tail(0)};
+    return {static_cast<char>(0xF0 | code >> 18), tail(12), tail(6), tail(0)};
+}
+
+std::optional<std::string> characterNamed(std::string_view name)
+{
+    for (const auto &[known, character] : entities) {
+        if (known == name)
+            return std::string(character);
+    }
+    const bool isHex = name.substr(0, 2) == "#x";
+    if (name.substr(0, 1) != "#")
+        return std::nullopt;
+    const std::string_view digits = name.substr(isHex ? 2 : 1);
+    unsigned code = 0;
+    const auto [end, failure] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), code, isHex ? 16 : 10);
+    const bool isWhole = failure == std::errc{} && end == digits.data() + digits.size();
+    const bool isCharacter = code > 0 && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
+    return isWhole && isCharacter ? std::optional(utf8(code)) : std::nullopt;
+}
+
+/// Appends what stands for the front of `text`, which is "&", and says how much of it that was.
+std::size_t takeEntity(std::string_view text, std::string &made)
+{
+    const std::size_t end = std::min(text.find(';'), text.size());
+    const auto character = end < text.size() ? characterNamed(text.substr(1, end - 1)) : std::nullopt;
+    made += character.value_or("&");
+    return character ? end + 1 : 1;
+}
+
+/// What can be pressed together with Alt.
+bool isLetter(char each)
+{
+    return std::isalnum(static_cast<unsigned char>(each)) || static_cast<unsigned char>(each) >= 0x80;
+}
+
+} // namespace
+
+std::string withoutEscapes(std::string_view text)
+{
+    std::string made;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        constexpr std::string_view letters = "nt\\";
+        const auto which = text[i] == '\\' && i + 1 < text.size() ? letters.find(text[i + 1]) : letters.npos;
+        made += which == letters.npos ? text[i] : "\n \\"[which];
+        i += which == letters.npos ? 0 : 1;
+    }
+    return made;
+}
+
+std::string withoutMarkup(const std::string &text)
+{
+    std::string made;
+    std::vector<std::string_view> open;
+    for (std::string_view left = text; !left.empty();) {
+        const auto found = left.front() == '<' ? tagAtFront(left) : std::nullopt;
+        if (found && found->opens)
+            open.push_back(found->name);
+        if (found && found->closes) {
+            if (open.empty() || open.back() != found->name)
+                return text;
+            open.pop_back();
+        }
+        if (found) {
+            left.remove_prefix(found->size);
+        } else if (left.front() == '&') {
+            left.remove_prefix(takeEntity(left, made));
+        } else {
+            made += left.front();
+            left.remove_prefix(1);
+        }
+    }
+    return open.empty() ? made : text;
+}
+
+std::string labelFromMnemonic(std::string_view text)
+{
+    std::string made;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char next = i + 1 < text.size() ? text[i + 1] : ' ';
+        if (text[i] == '&')
+            made += "&&";
+        else
+            made += text[i] == '_' && isLetter(next) ? '&' : text[i];
+        if (text[i] == '_' && next == '_')
+            ++i;
+    }
+    return made;
+}

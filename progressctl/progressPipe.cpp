@@ -1,0 +1,344 @@
+#include "progressctl/progressPipe.h"
+
+#include "client/waiting.h"
+#include "progressctl/exitStatus.h"
+#include "progressctl/plainText.h"
+#include "progressctl/remainingTime.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+
+using error = progressClient::error;
+
+constexpr std::chrono::milliseconds showInterval{40};
+constexpr std::chrono::milliseconds secondsTick{1000};
+
+/// Signals that are to take the window away before they end the program.
+sigset_t endingSignals()
+{
+    sigset_t set;
+    ::sigemptyset(&set);
+    for (const int each : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction now = {};
+        // Under nohup, or in the background of a script, some are meant to be ignored.
+        if (::sigaction(each, nullptr, &now) == 0 && now.sa_handler != SIG_IGN)
+            ::sigaddset(&set, each);
+    }
+    return set;
+}
+
+int millisecondsUntil(std::chrono::steady_clock::time_point when)
+{
+    const auto left = when - std::chrono::steady_clock::now();
+    const auto rounded = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+    return static_cast<int>(std::clamp<long long>(rounded, 0, 1'000'000'000));
+}
+
+} // namespace
+
+progressPipe::progressPipe(const commonOptions &common, const pipeOptions &options)
+    : m_common(common), m_options(options)
+{
+    const sigset_t set = endingSignals();
+    ::sigprocmask(SIG_BLOCK, &set, nullptr);
+    m_signals = descriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+int progressPipe::run()
+{
+    openWindow();
+    if (!m_options.command.empty()) {
+        m_writer = std::make_unique<writer>(m_options.command);
+        m_input = m_writer->output();
+    }
+    m_started = clock::now();
+    m_nextShow = m_started;
+    int status = finalStatus(watch());
+    if (m_state == state::inputEnded && m_options.waitForOk && m_window && !m_wasClosed)
+        status = statusAfterOk(status);
+    closeWindow(status == statusOk);
+    if (m_state == state::interrupted) {
+        const sigset_t set = endingSignals();
+        ::signal(m_signal, SIG_DFL);
+        ::raise(m_signal);
+        ::sigprocmask(SIG_UNBLOCK, &set, nullptr);
+    }
+    return status;
+}
+
+// The window.
+
+/// A command is not left out because it cannot be watched.
+void progressPipe::openWindow()
+{
+    const auto goOnWithout = [this](const std::string &why) {
+        complain("no window (" + why + "), the command runs without one");
+    };
+    try {
+        m_window = std::make_unique<pipeWindow>(m_common, m_options);
+    } catch (const error &problem) {
+        if (m_options.command.empty() || problem.why() == error::reason::badArgument)
+            throw;
+        goOnWithout(problem.what());
+    } catch (const failure &problem) {
+        if (m_options.command.empty() || problem.status() != statusNoDaemon)
+            throw;
+        goOnWithout(problem.what());
+    }
+}
+
+/// `isWorthLearning` is false for a run that has failed.
+void progressPipe::closeWindow(bool isWorthLearning)
+{
+    if (!m_window)
+        return;
+    try {
+        if (isWorthLearning)
+            m_window->show(wanted());
+        m_window->close(isWorthLearning);
+    } catch (const error &problem) {
+        complain(problem.what());
+    }
+    m_window.reset();
+}
+
+void progressPipe::loseWindow(const char *why)
+{
+    complain(why);
+    m_window.reset();
+    m_state = state::windowGone;
+}
+
+// The loop.
+
+/// Until the input ends or something else does. A command that runs here goes on without its window; then its
+/// end counts.
+progressPipe::state progressPipe::watch()
+{
+    for (;;) {
+        wait();
+        if (m_state == state::full && m_writer)
+            closeWindow(true);
+        const bool goesOn = m_state == state::running ||
+                            (m_writer && (m_state == state::full || m_state == state::windowGone));
+        if (!goesOn)
+            return m_state;
+        m_state = state::running;
+    }
+}
+
+void progressPipe::wait()
+{
+    const bool commandRuns = m_writer && !m_writer->handle().hasEnded();
+    if (m_input < 0 && !commandRuns && !m_waitsForOk) {
+        m_state = state::inputEnded;
+        return;
+    }
+    const bool isDue = m_window && hasNews() && clock::now() >= m_nextShow;
+    const short windowEvents = isDue ? POLLIN | POLLOUT : POLLIN;
+    pollfd fds[] = {{m_input, POLLIN, 0},
+                    {m_signals.get(), POLLIN, 0},
+                    {commandRuns ? m_writer->handle().fd() : -1, POLLIN, 0},
+                    {m_window ? m_window->fd() : -1, windowEvents, 0}};
+    // What a command has left in its pipe is there at once.
+    const bool inputIsLast = m_writer && !commandRuns && m_input >= 0;
+    if (::poll(fds, std::size(fds), inputIsLast ? 0 : waitingTime()) < 0)
+        return;
+    if (fds[0].revents)
+        readInput();
+    else if (inputIsLast)
+        endInput();
+    if (m_window)
+        tendWindow(fds[3].revents);
+    if (m_options.timeoutSeconds > 0 && m_state == state::running && clock::now() >= timeLimit())
+        m_state = state::timedOut;
+    if (fds[1].revents)
+        handleSignal();
+}
+
+/// Given what poll has found at the window.
+void progressPipe::tendWindow(short events)
+{
+    try {
+        if (events & ~POLLOUT)
+            handleDeed(m_window->handleEvents());
+        if (events & POLLOUT) {
+            m_nextShow = clock::now() + showInterval;
+            m_window->show(wanted());
+        }
+    } catch (const error &problem) {
+        loseWindow(problem.what());
+    }
+}
+
+/// Closing the window is Cancel; without Cancel the work goes on out of sight.
+void progressPipe::handleDeed(pipeWindow::deed deed)
+{
+    m_wasClosed = m_wasClosed || deed == pipeWindow::deed::closed;
+    if (deed == pipeWindow::deed::pressedExtra)
+        m_state = state::extra;
+    else if (deed == pipeWindow::deed::pressedButton ||
+             (deed == pipeWindow::deed::closed && (m_options.hasCancel || m_waitsForOk)))
+        m_state = state::cancelled;
+}
+
+/// How long poll may wait, in milliseconds; -1 for ever.
+int progressPipe::waitingTime() const
+{
+    std::optional<clock::time_point> next;
+    const auto consider = [&next](clock::time_point when) { next = next ? std::min(*next, when) : when; };
+    if (m_window && hasNews() && clock::now() < m_nextShow)
+        consider(m_nextShow);
+    if (m_window && m_options.showsRemaining)
+        consider(
+            std::max(clock::now() + std::chrono::milliseconds(1), m_nextShow - showInterval + secondsTick));
+    if (m_options.timeoutSeconds > 0)
+        consider(timeLimit());
+    return next ? millisecondsUntil(*next) : -1;
+}
+
+progressPipe::clock::time_point progressPipe::timeLimit() const
+{
+    return m_started + std::chrono::duration_cast<clock::duration>(
+                           std::chrono::duration<double>(m_options.timeoutSeconds));
+}
+
+void progressPipe::readInput()
+{
+    static char buffer[64 * 1024];
+    const ssize_t got = ::read(m_input, buffer, sizeof buffer);
+    if (got > 0)
+        m_reading.feed({buffer, static_cast<std::size_t>(got)});
+    else if (got == 0)
+        endInput();
+    else if (errno != EINTR && errno != EAGAIN) {
+        complain(systemText("the input cannot be read"));
+        m_state = state::inputFailed;
+    }
+    for (const std::string &each : m_reading.takeComplaints())
+        complain(each);
+    if (m_options.autoClose && m_window && m_reading.percent() == 100)
+        m_state = state::full;
+}
+
+void progressPipe::endInput()
+{
+    m_reading.end();
+    m_input = -1;
+}
+
+void progressPipe::handleSignal()
+{
+    signalfd_siginfo about{};
+    if (::read(m_signals.get(), &about, sizeof about) != static_cast<ssize_t>(sizeof about))
+        return;
+    m_signal = static_cast<int>(about.ssi_signo);
+    m_state = state::interrupted;
+    if (m_writer)
+        m_writer->handle().signal(m_signal);
+}
+
+// What is shown.
+
+pipeContent progressPipe::wanted() const
+{
+    const int shown = m_window ? m_window->shown().percent : 0;
+    const int percent = m_reading.percent().value_or(std::max(shown, m_options.percentage));
+    const bool pulsates = m_reading.pulsates().value_or(m_options.pulsates);
+    return {percent, wantedText(), pulsates && percent < 100};
+}
+
+std::string progressPipe::wantedText() const
+{
+    std::string text = withoutEscapes(m_reading.text().value_or(m_options.text));
+    if (m_options.hasMarkup)
+        text = withoutMarkup(text);
+    // The daemon shows its estimate itself.
+    if (!m_options.showsRemaining || m_waitsForOk || m_window->remainingSeconds() >= 0)
+        return text;
+    const std::chrono::duration<double> elapsed = clock::now() - m_started;
+    const auto left = secondsLeft(elapsed.count(), m_window->shown().percent);
+    if (!left)
+        return text;
+    return text.empty() ? remainingText(*left) : text + " (" + remainingText(*left) + ')';
+}
+
+// The end.
+
+/// The Cancel button becomes one that ends the waiting, as closing the window does. Nothing is learned of the
+/// waiting. `status` is the one that all has ended with so far.
+int progressPipe::statusAfterOk(int status)
+{
+    m_waitsForOk = true;
+    m_state = state::running;
+    try {
+        m_window->show(wanted());
+        m_window->offerOk(status == statusOk);
+    } catch (const error &problem) {
+        loseWindow(problem.what());
+    }
+    while (m_state == state::running)
+        wait();
+    const bool isOk = m_state == state::cancelled || (m_state == state::windowGone && m_writer);
+    return isOk ? status : finalStatus(m_state);
+}
+
+int progressPipe::finalStatus(state ending)
+{
+    switch (ending) {
+    case state::cancelled:
+        return cancelledStatus();
+    case state::extra:
+        std::printf("%s\n", m_window->pressedLabel().c_str());
+        return statusRejected;
+    case state::timedOut:
+        return statusTimedOut;
+    case state::windowGone:
+        return statusGone;
+    case state::interrupted:
+        return 128 + m_signal;
+    case state::inputFailed:
+        return statusFile;
+    case state::running:
+    case state::full:
+    case state::inputEnded:
+        break;
+    }
+    return endedStatus();
+}
+
+int progressPipe::endedStatus()
+{
+    if (m_writer) {
+        if (const int status = m_writer->exitStatus(); status != 0)
+            return status;
+    }
+    const int percent = m_reading.percent().value_or(m_options.percentage);
+    if (m_options.expectsComplete && percent < 100) {
+        complain("the input ended at " + std::to_string(percent) + " percent");
+        return statusIncomplete;
+    }
+    return statusOk;
+}
+
+int progressPipe::cancelledStatus()
+{
+    if (m_options.autoKill) {
+        if (m_writer)
+            m_writer->handle().signal(SIGTERM);
+        if (m_input >= 0 && !endWriters(m_input))
+            complain("--auto-kill: standard input is no pipe, there is no writer to end");
+        if (m_writer)
+            m_writer->handle().waitForEnd(deadline(m_common.limit()));
+    }
+    return m_options.cancelStatus;
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "progressctl/pipeInput.h"
+#include "progressctl/pipeWindow.h"
+#include "progressctl/writer.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+/// Shows what a writer says about its progress. Reads as fast as the writer writes, and tells the daemon the
+/// newest at most 25 times a second.
+class progressPipe
+{
+public:
+    progressPipe(const commonOptions &common, const pipeOptions &options);
+
+    /// To the end of the input, or until something else ends it; gives the exit status.
+    int run();
+
+private:
+    using clock = std::chrono::steady_clock;
+    enum class state {
+        running,
+        inputEnded,
+        inputFailed,
+        cancelled,
+        extra,
+        full,
+        timedOut,
+        interrupted,
+        windowGone
+    };
+
+    void openWindow();
+    void closeWindow(bool isWorthLearning);
+    void loseWindow(const char *why);
+
+    state watch();
+    void wait();
+    void tendWindow(short events);
+    void handleDeed(pipeWindow::deed deed);
+    void readInput();
+    void endInput();
+    void handleSignal();
+    pipeContent wanted() const;
+    std::string wantedText() const;
+    bool hasNews() const { return !(wanted() == m_window->shown()); }
+    int waitingTime() const;
+    clock::time_point timeLimit() const;
+    int statusAfterOk(int status);
+    int finalStatus(state ending);
+    int cancelledStatus();
+    int endedStatus();
+
+    const commonOptions &m_common;
+    const pipeOptions &m_options;
+    std::unique_ptr<pipeWindow> m_window; ///< none once it is closed or lost, or could not be had
+    std::unique_ptr<writer> m_writer;
+    int m_input = 0;
+    descriptor m_signals;
+    int m_signal = 0;
+    state m_state = state::running;
+    bool m_waitsForOk = false;
+    bool m_wasClosed = false; ///< by the user, who cannot press a button of it any more
+    pipeInput m_reading;
+    clock::time_point m_started;
+    clock::time_point m_nextShow;
+};
