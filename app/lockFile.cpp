@@ -1,18 +1,21 @@
 #include "app/lockFile.h"
 
 #include "log/dump.h"
+#include "wire/places.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <fcntl.h>
+#include <string>
 
 namespace
 {
 
-char configpath[4096];
+std::string configpath;
 
 enum class place { free, blocked, foreign };
 
@@ -20,14 +23,14 @@ enum class place { free, blocked, foreign };
 place clearPlace()
 {
     struct stat about;
-    if (lstat(configpath, &about) != 0)
+    if (lstat(configpath.c_str(), &about) != 0)
         return place::free;
     if (S_ISDIR(about.st_mode))
         return place::blocked;
     if (!S_ISREG(about.st_mode))
         return place::foreign;
     const bool isOurs = about.st_uid == geteuid();
-    if (unlink(configpath) != 0 && errno != ENOENT)
+    if (unlink(configpath.c_str()) != 0 && errno != ENOENT)
         return isOurs ? place::blocked : place::foreign;
     if (!isOurs)
         dump("---- removed a lock file of another user's, number", static_cast<int>(about.st_uid));
@@ -38,21 +41,20 @@ place clearPlace()
 int newFile()
 {
     constexpr mode_t onlyOwnerMayWrite = 0644;
-    return open(configpath, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, onlyOwnerMayWrite);
+    return open(configpath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, onlyOwnerMayWrite);
 }
 
 } // namespace
 
 bool setLockFile(const char *identifier)
 {
-    const int length =
-        std::snprintf(configpath, sizeof configpath, "/tmp/HalvornRunning_%s.lock", identifier);
-    return length >= 0 && static_cast<size_t>(length) < sizeof configpath;
+    configpath = wire::lockFilePath(identifier);
+    return configpath.size() < PATH_MAX;
 }
 
 const char *lockFilePath()
 {
-    return configpath;
+    return configpath.c_str();
 }
 
 bool writeLockFile(int commandPort, int eventPort)
@@ -65,7 +67,7 @@ bool writeLockFile(int commandPort, int eventPort)
             return state != place::foreign;
         const int file = newFile();
         if (file >= 0) {
-            dprintf(file, "%d\n%d\n", commandPort, eventPort);
+            dprintf(file, "%s", wire::lockFileText({commandPort, eventPort}).c_str());
             close(file);
             return true;
         }
@@ -77,5 +79,5 @@ bool writeLockFile(int commandPort, int eventPort)
 
 void removeLockFile()
 {
-    unlink(configpath);
+    unlink(configpath.c_str());
 }

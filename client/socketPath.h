@@ -2,11 +2,8 @@
 
 #include <string>
 
-/// The folder of this user's daemons' sockets: below XDG_RUNTIME_DIR, or in /tmp when that names no folder of
-/// this user.
-std::string socketFolder();
-
-/// IDENTIFIER.sock in it. An error (badArgument) for an identifier that can have none.
+/// IDENTIFIER.sock in this user's folder. An error: badArgument for an identifier that can have none, system
+/// where the folder's path is too long for a socket.
 std::string socketPath(const std::string &identifier);
 
 /// Makes the folder where it is missing; an error (system) when that cannot be.

@@ -6,6 +6,7 @@
 #include "client/processHandle.h"
 #include "client/socketPath.h"
 #include "client/waiting.h"
+#include "wire/places.h"
 
 #include <cerrno>
 #include <csignal>
@@ -28,7 +29,7 @@ constexpr std::chrono::milliseconds lookInterval{5};
 /// the turn back when its holder ends, and no file stays behind.
 descriptor takeTurn(const deadline &until)
 {
-    const std::string folder = socketFolder();
+    const std::string folder = wire::socketFolder();
     descriptor turn(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     while (::flock(turn.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK)

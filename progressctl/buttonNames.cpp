@@ -1,5 +1,7 @@
 #include "progressctl/buttonNames.h"
 
+#include "wire/words.h"
+
 #include <algorithm>
 #include <cctype>
 
@@ -7,33 +9,6 @@ namespace
 {
 
 using button = progressClient::button;
-
-struct namedButton {
-    std::string_view name;
-    button which;
-    bool accepts;
-};
-
-constexpr namedButton buttons[] = {
-    {"ok", button::ok, true},
-    {"yes", button::yes, true},
-    {"yes-to-all", button::yesToAll, true},
-    {"no", button::no, false},
-    {"no-to-all", button::noToAll, false},
-    {"cancel", button::cancel, false},
-    {"close", button::close, false},
-    {"abort", button::abort, false},
-    {"retry", button::retry, true},
-    {"ignore", button::ignore, true},
-    {"save", button::save, true},
-    {"save-all", button::saveAll, true},
-    {"discard", button::discard, false},
-    {"open", button::open, true},
-    {"apply", button::apply, true},
-    {"reset", button::reset, true},
-    {"restore-defaults", button::restoreDefaults, true},
-    {"help", button::help, true},
-};
 
 std::string plain(std::string_view name)
 {
@@ -45,41 +20,42 @@ std::string plain(std::string_view name)
     return made;
 }
 
-const namedButton *find(button which)
+const wire::button *find(button which)
 {
-    const auto *found = std::find_if(std::begin(buttons), std::end(buttons),
-                                     [which](const namedButton &each) { return each.which == which; });
-    return found == std::end(buttons) ? nullptr : found;
+    const auto *found =
+        std::find_if(std::begin(wire::buttons), std::end(wire::buttons),
+                     [which](const wire::button &each) { return each.number == unsigned(which); });
+    return found == std::end(wire::buttons) ? nullptr : found;
 }
 
 } // namespace
 
 std::string_view nameOf(button which)
 {
-    const namedButton *found = find(which);
+    const wire::button *found = find(which);
     return found ? found->name : "none";
 }
 
 std::optional<button> buttonFromName(std::string_view name)
 {
     const std::string wanted = plain(name);
-    for (const namedButton &each : buttons) {
+    for (const wire::button &each : wire::buttons) {
         if (plain(each.name) == wanted)
-            return each.which;
+            return static_cast<button>(each.number);
     }
     return std::nullopt;
 }
 
 bool isAccepting(button which)
 {
-    const namedButton *found = find(which);
+    const wire::button *found = find(which);
     return found && found->accepts;
 }
 
 std::vector<std::string> buttonNames()
 {
     std::vector<std::string> names;
-    for (const namedButton &each : buttons)
+    for (const wire::button &each : wire::buttons)
         names.emplace_back(each.name);
     return names;
 }
@@ -87,7 +63,7 @@ std::vector<std::string> buttonNames()
 std::string allButtonNames()
 {
     std::string all;
-    for (const namedButton &each : buttons)
+    for (const wire::button &each : wire::buttons)
         all.append(all.empty() ? "" : ", ").append(each.name);
     return all;
 }

@@ -3,6 +3,7 @@
 #include "progressctl/common.h"
 #include "progressctl/exitStatus.h"
 #include "progressctl/writer.h"
+#include "wire/words.h"
 
 #include <algorithm>
 #include <cctype>
@@ -11,32 +12,6 @@
 
 namespace
 {
-
-enum class form { text, colours, fonts, words };
-
-struct setting {
-    std::string_view key;
-    form value;
-    std::string_view words = {}; ///< for `form::words`, with a blank around each
-};
-
-constexpr setting settings[] = {
-    {"windowFonts", form::fonts},
-    {"busyIndicator", form::text},
-    {"paintOffset", form::text},
-    {"screenGeometry", form::text},
-    {"windowTitle", form::text},
-    {"windowPixmap", form::text},
-    {"windowIcon", form::text},
-    {"windowStyle", form::colours},
-    {"windowControls", form::colours},
-    {"windowModal", form::words, " on off "},
-    {"windowLayout", form::words, " grid fitted "},
-    {"windowTheme", form::words, " light dark auto "},
-    {"windowText", form::colours},
-    {"windowWidth", form::text},
-    {"estimate", form::words, " exact adaptive "},
-};
 
 /// The names that the daemon's toolkit takes, those of SVG.
 constexpr std::string_view colourNames =
@@ -100,15 +75,21 @@ bool isFont(const std::string &text)
     return text.empty() || (isCount && hasSize && !fields[0].empty());
 }
 
-void check(const setting &known, const std::string &value)
+void check(wire::setting which, const std::string &value)
 {
-    const std::string key(known.key);
-    if (known.value == form::words && !isOneOf(known.words, value))
-        throw failure(statusUsage, key + " is one of" + std::string(known.words) + "(not \"" + value + "\")");
+    using wire::valueKind;
+    const auto &[name, kind, words] = wire::formOf(which);
+    const std::string key(name);
+    if (kind == valueKind::words && !wire::wordIndex(which, value)) {
+        std::string all;
+        for (const std::string_view word : words)
+            all.append(word.empty() ? "" : " ").append(word);
+        throw failure(statusUsage, key + " is one of" + all + " (not \"" + value + "\")");
+    }
     for (const std::string &each : split(value, '|')) {
-        if (known.value == form::colours && !isColour(each))
+        if (kind == valueKind::colours && !isColour(each))
             throw failure(statusUsage, key + ": there is no colour \"" + each + '"');
-        if (known.value == form::fonts && !isFont(each))
+        if (kind == valueKind::fonts && !isFont(each))
             throw failure(statusUsage, key + ": \"" + each + "\" is no font (FAMILY or FAMILY,SIZE)");
     }
 }
@@ -149,9 +130,8 @@ std::pair<std::string, std::string> entryFromText(const std::string &text)
     const std::string key = text.substr(0, equals);
     if (equals == std::string::npos)
         throw failure(statusUsage, "\"" + text + "\" is no KEY=VALUE");
-    const auto *known = std::find_if(std::begin(settings), std::end(settings),
-                                     [&key](const setting &each) { return each.key == key; });
-    if (known == std::end(settings))
+    const auto known = wire::settingNamed(key);
+    if (!known)
         throw failure(statusUsage, "there is no setting \"" + key + "\"");
     check(*known, text.substr(equals + 1));
     return {key, text.substr(equals + 1)};
@@ -179,7 +159,7 @@ settingEntries entriesFromText(const std::string &text, const std::string &name)
 std::vector<std::string> settingKeys()
 {
     std::vector<std::string> keys;
-    for (const setting &each : settings)
+    for (const wire::settingForm &each : wire::settingForms)
         keys.emplace_back(each.key);
     return keys;
 }

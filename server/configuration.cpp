@@ -7,6 +7,7 @@
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 #include "widgets/theme.h"
+#include "wire/words.h"
 
 #include <QStringTokenizer>
 
@@ -157,22 +158,22 @@ void setWindowModal(QStringView value)
     appearance.m_dialog_flags = appearance.m_modal_dialog ? m_modal_flags : m_nonmodal_flags;
 }
 
-void setWindowLayout(QStringView value)
+/// Changes `chosen` to the value that the word stands for, the word with number 0 for `first`. An unknown
+/// word changes nothing.
+template <typename Choice>
+bool choose(Choice &chosen, wire::setting which, QStringView word, Choice first = Choice(0))
 {
-    if (value == QLatin1String("fitted"))
-        appearance.m_windowLayout = windowLayout::fitted;
-    else if (value == QLatin1String("grid"))
-        appearance.m_windowLayout = windowLayout::grid;
+    const auto index = wire::wordIndex(which, word.toLatin1().toStdString());
+    if (index)
+        chosen = static_cast<Choice>(static_cast<size_t>(first) + *index);
+    return index.has_value();
 }
 
 void setWindowTheme(QStringView value)
 {
-    if (value == QLatin1String("light"))
-        theme::instance().apply(windowTheme::light);
-    else if (value == QLatin1String("dark"))
-        theme::instance().apply(windowTheme::dark);
-    else if (value == QLatin1String("auto"))
-        theme::instance().apply(windowTheme::automatic);
+    windowTheme chosen = windowTheme::none;
+    if (choose(chosen, wire::setting::windowTheme, value, windowTheme::light))
+        theme::instance().apply(chosen);
 }
 
 void setWindowText(QStringView value)
@@ -180,41 +181,57 @@ void setWindowText(QStringView value)
     fieldReader(value, u'|') >> appearance.m_panelTextColor >> appearance.m_buttonTextColor;
 }
 
-void setWindowWidth(QStringView value)
+void apply(wire::setting which, QStringView value)
 {
-    fieldReader(value, u'|') >> appearance.m_leastWidth;
+    using wire::setting;
+    switch (which) {
+    case setting::windowFonts:
+        setWindowFonts(value);
+        break;
+    case setting::busyIndicator:
+        setBusyIndicator(value);
+        break;
+    case setting::paintOffset:
+        setPaintOffset(value);
+        break;
+    case setting::screenGeometry:
+        setScreenGeometry(value);
+        break;
+    case setting::windowTitle:
+        setWindowTitle(value);
+        break;
+    case setting::windowPixmap:
+        setWindowPixmap(value);
+        break;
+    case setting::windowIcon:
+        setWindowIcon(value);
+        break;
+    case setting::windowStyle:
+        setWindowStyle(value);
+        break;
+    case setting::windowControls:
+        setWindowControls(value);
+        break;
+    case setting::windowModal:
+        setWindowModal(value);
+        break;
+    case setting::windowLayout:
+        choose(appearance.m_windowLayout, which, value);
+        break;
+    case setting::windowTheme:
+        setWindowTheme(value);
+        break;
+    case setting::windowText:
+        setWindowText(value);
+        break;
+    case setting::windowWidth:
+        fieldReader(value, u'|') >> appearance.m_leastWidth;
+        break;
+    case setting::estimate:
+        choose(m_estimateMode, which, value);
+        break;
+    }
 }
-
-void setEstimate(QStringView value)
-{
-    if (value == QLatin1String("adaptive"))
-        m_estimateMode = estimateMode::adaptive;
-    else if (value == QLatin1String("exact"))
-        m_estimateMode = estimateMode::exact;
-}
-
-struct configurationKey {
-    QLatin1String name;
-    void (*apply)(QStringView value);
-};
-
-const configurationKey keys[] = {
-    {QLatin1String("estimate="), setEstimate},
-    {QLatin1String("windowFonts="), setWindowFonts},
-    {QLatin1String("busyIndicator="), setBusyIndicator},
-    {QLatin1String("paintOffset="), setPaintOffset},
-    {QLatin1String("screenGeometry="), setScreenGeometry},
-    {QLatin1String("windowTitle="), setWindowTitle},
-    {QLatin1String("windowPixmap="), setWindowPixmap},
-    {QLatin1String("windowIcon="), setWindowIcon},
-    {QLatin1String("windowStyle="), setWindowStyle},
-    {QLatin1String("windowControls="), setWindowControls},
-    {QLatin1String("windowModal="), setWindowModal},
-    {QLatin1String("windowLayout="), setWindowLayout},
-    {QLatin1String("windowTheme="), setWindowTheme},
-    {QLatin1String("windowText="), setWindowText},
-    {QLatin1String("windowWidth="), setWindowWidth},
-};
 
 } // namespace
 
@@ -223,9 +240,9 @@ void handlers::doConfiguration(const QString &description)
     for (const QStringView entry : QStringView(description).tokenize(u';')) {
         if (entry.size() > longestEntry)
             continue;
-        for (const configurationKey &key : keys) {
-            if (entry.startsWith(key.name))
-                key.apply(entry.sliced(key.name.size()));
-        }
+        const qsizetype equals = entry.indexOf(u'=');
+        const QByteArray key = entry.first(std::max<qsizetype>(equals, 0)).toLatin1();
+        if (const auto which = wire::settingNamed({key.constData(), static_cast<size_t>(key.size())}))
+            apply(*which, entry.sliced(equals + 1));
     }
 }

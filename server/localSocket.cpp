@@ -1,6 +1,7 @@
 #include "server/localSocket.h"
 
 #include "server/localFolder.h"
+#include "wire/places.h"
 
 #include <cerrno>
 #include <chrono>
@@ -54,17 +55,18 @@ void closeDescriptor(int &descriptor)
 
 localSocket::outcome localSocket::open(const char *identifier)
 {
-    const std::string name = identifier;
-    if (name.empty() || name.find('/') != std::string::npos)
-        return fail("the identifier is no file name");
     const std::string &folder = localFolder();
-    m_path = folder + "/" + name + ".sock";
-    m_lockPath = folder + "/" + name + ".lock";
-    if (m_path.size() >= sizeof(sockaddr_un::sun_path))
+    const auto path = wire::socketPath(folder, identifier);
+    if (!path)
+        return fail("the identifier is no file name");
+    m_path = *path;
+    m_lockPath = folder + "/" + identifier + ".lock";
+    if (!wire::fitsSocket(m_path))
         return fail(m_path + " is too long for a socket");
-    std::string error;
-    if (!prepareLocalFolder(folder, error))
-        return fail(error);
+    for (const auto &prepare : {wire::makeSocketFolder, wire::faultOfSocketFolder}) {
+        if (const std::string fault = prepare(folder); !fault.empty())
+            return fail(fault);
+    }
     const outcome result = take();
     if (result != outcome::listening)
         closeDescriptor(m_lock);

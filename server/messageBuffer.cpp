@@ -5,9 +5,10 @@
 namespace
 {
 
-QByteArrayView lastTag(size_t kind)
+std::string_view lastTag(size_t kind)
 {
-    return allTags[kind].closing.isEmpty() ? allTags[kind].opening : allTags[kind].closing;
+    const wire::messageTags &tags = wire::allTags[kind];
+    return tags.closing.empty() ? tags.opening : tags.closing;
 }
 
 } // namespace
@@ -27,30 +28,31 @@ void messageBuffer::clear()
 
 std::optional<message> messageBuffer::next()
 {
-    for (size_t kind = 0; kind < portKinds; ++kind) {
-        const messageTags &tag = allTags[kind];
-        const QByteArrayView last = lastTag(kind);
+    for (size_t kind = 0; kind < wire::portKinds; ++kind) {
+        const wire::messageTags &tag = wire::allTags[kind];
         for (qsizetype end = find(kind); end >= 0; end = find(kind)) {
-            const QByteArrayView inFront = QByteArrayView(m_text).sliced(m_head, end - m_head);
-            m_head = end + last.size();
-            if (tag.closing.isEmpty())
+            const std::string_view inFront(m_text.constData() + m_head, static_cast<size_t>(end - m_head));
+            m_head = end + static_cast<qsizetype>(lastTag(kind).size());
+            if (tag.closing.empty())
                 return message{tag.kind, {}};
-            if (const qsizetype start = indexOfTag(inFront, tag.opening); start >= 0)
-                return message{tag.kind, inFront.sliced(start + tag.opening.size())};
+            if (const size_t start = wire::indexOfTag(inFront, tag.opening); start != inFront.npos)
+                return message{tag.kind, inFront.substr(start + tag.opening.size())};
         }
     }
     return std::nullopt;
 }
 
-/// Where the tag begins that completes a message of the kind.
+/// Where the tag begins that completes a message of the kind; -1 for nowhere.
 qsizetype messageBuffer::find(size_t kind)
 {
-    const QByteArrayView closing = lastTag(kind);
+    const std::string_view text(m_text.constData(), static_cast<size_t>(m_text.size()));
+    const std::string_view closing = lastTag(kind);
     const qsizetype from = std::max(m_searched[kind], m_head);
-    const qsizetype found = indexOfTag(m_text, closing, from);
+    const size_t found = wire::indexOfTag(text, closing, static_cast<size_t>(from));
     // A tag may be split over two pieces: all but its last byte may already be there.
-    m_searched[kind] = found >= 0 ? found : std::max(from, m_text.size() - closing.size() + 1);
-    return found;
+    const qsizetype unsearched = m_text.size() - static_cast<qsizetype>(closing.size()) + 1;
+    m_searched[kind] = found != text.npos ? static_cast<qsizetype>(found) : std::max(from, unsearched);
+    return found != text.npos ? m_searched[kind] : -1;
 }
 
 /// Forgets what has been cut, where what remains is the smaller part.

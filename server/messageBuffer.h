@@ -33,5 +33,5 @@ private:
     /// Where the text begins that has not been cut yet.
     qsizetype m_head = 0;
     /// Per kind, in front of where no closing tag of it begins.
-    std::array<qsizetype, portKinds> m_searched{};
+    std::array<qsizetype, wire::portKinds> m_searched{};
 };

@@ -7,10 +7,11 @@ namespace
 {
 
 /// An opening tag may be split over two reads.
-bool mayOpen(QByteArrayView rest)
+bool mayOpen(std::string_view rest)
 {
-    return std::any_of(std::begin(allTags), std::end(allTags),
-                       [rest](const messageTags &tags) { return beginsWith(tags.opening, rest); });
+    return std::any_of(
+        std::begin(wire::allTags), std::end(wire::allTags),
+        [rest](const wire::messageTags &tags) { return wire::beginsWith(tags.opening, rest); });
 }
 
 } // namespace
@@ -44,8 +45,8 @@ void messageStream::commit(qsizetype size)
 std::optional<message> messageStream::next()
 {
     while (!m_tooLong && (m_open || enterMessage())) {
-        if (m_open->closing.isEmpty()) {
-            m_head += m_open->opening.size();
+        if (m_open->closing.empty()) {
+            m_head += openingSize();
             return message{std::exchange(m_open, nullptr)->kind, {}};
         }
         return finishMessage();
@@ -62,17 +63,19 @@ bool messageStream::enterMessage()
         ++at;
     m_head = at - m_text.constData();
     if (m_open)
-        m_searched = m_head + m_open->opening.size();
+        m_searched = m_head + openingSize();
     return m_open;
 }
 
 /// The tag that came last is the likeliest.
-bool messageStream::opens(QByteArrayView rest)
+bool messageStream::opens(std::string_view rest)
 {
-    const auto begins = [rest](const messageTags &tags) { return beginsWith(rest, tags.opening); };
+    const auto begins = [rest](const wire::messageTags &tags) {
+        return wire::beginsWith(rest, tags.opening);
+    };
     if (!begins(*m_last)) {
-        const auto *found = std::find_if(std::begin(allTags), std::end(allTags), begins);
-        if (found == std::end(allTags))
+        const auto *found = std::find_if(std::begin(wire::allTags), std::end(wire::allTags), begins);
+        if (found == std::end(wire::allTags))
             return false;
         m_last = found;
     }
@@ -82,16 +85,18 @@ bool messageStream::opens(QByteArrayView rest)
 
 std::optional<message> messageStream::finishMessage()
 {
-    const QByteArrayView text(m_text.constData(), m_end);
-    const qsizetype end = indexOfTag(text, m_open->closing, m_searched);
-    const qsizetype known = end >= 0 ? end : m_end;
-    m_tooLong = known - m_head > longestMessage;
-    if (m_tooLong || end < 0) {
+    const std::string_view text(m_text.constData(), static_cast<size_t>(m_end));
+    const auto closingSize = static_cast<qsizetype>(m_open->closing.size());
+    const size_t found = wire::indexOfTag(text, m_open->closing, static_cast<size_t>(m_searched));
+    const qsizetype end = found != text.npos ? static_cast<qsizetype>(found) : m_end;
+    m_tooLong = end - m_head > static_cast<qsizetype>(wire::longestMessage);
+    if (m_tooLong || found == text.npos) {
         // A tag may be split over two reads: all but its last byte may already be there.
-        m_searched = std::max(m_searched, m_end - m_open->closing.size() + 1);
+        m_searched = std::max(m_searched, m_end - closingSize + 1);
         return std::nullopt;
     }
-    const qsizetype start = m_head + m_open->opening.size();
-    m_head = end + m_open->closing.size();
-    return message{std::exchange(m_open, nullptr)->kind, text.sliced(start, end - start)};
+    const qsizetype start = m_head + openingSize();
+    m_head = end + closingSize;
+    return message{std::exchange(m_open, nullptr)->kind,
+                   text.substr(static_cast<size_t>(start), static_cast<size_t>(end - start))};
 }

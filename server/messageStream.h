@@ -13,9 +13,6 @@
 class messageStream
 {
 public:
-    /// Bytes of one message, from its opening tag up to its closing one.
-    static constexpr qsizetype longestMessage = 16 * 1024 * 1024;
-
     /// Room for `size` more bytes behind those that wait; `commit()` says how many of them came.
     char *reserve(qsizetype size);
     void commit(qsizetype size);
@@ -28,8 +25,9 @@ public:
 
 private:
     bool enterMessage();
-    bool opens(QByteArrayView rest);
+    bool opens(std::string_view rest);
     std::optional<message> finishMessage();
+    qsizetype openingSize() const { return static_cast<qsizetype>(m_open->opening.size()); }
 
     QByteArray m_text;
     qsizetype m_end = 0;
@@ -39,7 +37,7 @@ private:
     qsizetype m_searched = 0;
     /// The tags of the message whose opening tag has been seen and whose closing tag has not, or null; and
     /// those of the last message.
-    const messageTags *m_open = nullptr;
-    const messageTags *m_last = allTags;
+    const wire::messageTags *m_open = nullptr;
+    const wire::messageTags *m_last = wire::allTags;
     bool m_tooLong = false;
 };

@@ -1,44 +1,27 @@
 #include "server/progressCommand.h"
 
 #include "server/limits.h"
-#include "server/message.h"
+#include "wire/tags.h"
 
-#include <array>
 #include <charconv>
 
 namespace
 {
 
-enum class argumentKind : quint8 { none, slot, slotAndValue, slotAndText };
-
-struct commandForm {
-    QByteArrayView keyword;
-    argumentKind arguments;
-};
-
-/// By verb; no keyword begins another one, and the first is by far the most frequent.
-constexpr std::array forms{
-    commandForm{"update:", argumentKind::slotAndValue}, commandForm{"messageStart", argumentKind::none},
-    commandForm{"messageStop", argumentKind::none},     commandForm{"activate", argumentKind::none},
-    commandForm{"busyOn", argumentKind::none},          commandForm{"busyOff", argumentKind::none},
-    commandForm{"create:", argumentKind::slotAndText},  commandForm{"remove:", argumentKind::slot},
-    commandForm{"addButt:", argumentKind::slotAndText}, commandForm{"delButt:", argumentKind::slot},
-    commandForm{"addText:", argumentKind::slotAndText}, commandForm{"updateText:", argumentKind::slotAndText},
-    commandForm{"delText:", argumentKind::slot},        commandForm{"pulse:", argumentKind::slot},
-};
-static_assert(forms.size() == static_cast<size_t>(progressVerb::pulse) + 1);
+using wire::argumentKind;
 
 /// As the toolkit reads a number: blanks around it and a sign are fine, anything else is 0.
-int number(QByteArrayView text, dialect from)
+int number(std::string_view text, dialect from)
 {
     int value = 0;
-    const auto [end, error] = std::from_chars(text.begin(), text.end(), value);
-    if (error == std::errc() && end == text.end())
+    const char *const textEnd = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), textEnd, value);
+    if (error == std::errc() && end == textEnd)
         return value;
     return decoded(text, from).toInt();
 }
 
-QString caption(QByteArrayView bytes, dialect from)
+QString caption(std::string_view bytes, dialect from)
 {
     QString text = decoded(bytes, from);
     if (text.size() > longestCaption) {
@@ -49,30 +32,27 @@ QString caption(QByteArrayView bytes, dialect from)
 }
 
 /// Two plain numbers, as nearly every command has them, need no searching.
-bool readPlainNumbers(progressCommand &command, QByteArrayView text)
+bool readPlainNumbers(progressCommand &command, std::string_view text)
 {
-    const auto [semicolon, slotError] = std::from_chars(text.begin(), text.end(), command.slot);
-    if (slotError != std::errc() || semicolon == text.end() || *semicolon != ';')
+    const char *const textEnd = text.data() + text.size();
+    const auto [semicolon, slotError] = std::from_chars(text.data(), textEnd, command.slot);
+    if (slotError != std::errc() || semicolon == textEnd || *semicolon != ';')
         return false;
-    const auto [end, valueError] = std::from_chars(semicolon + 1, text.end(), command.value);
-    return valueError == std::errc() && end == text.end();
+    const auto [end, valueError] = std::from_chars(semicolon + 1, textEnd, command.value);
+    return valueError == std::errc() && end == textEnd;
 }
 
-bool readArguments(progressCommand &command, argumentKind kind, QByteArrayView text, dialect from)
+bool readArguments(progressCommand &command, argumentKind kind, std::string_view text, dialect from)
 {
     if (kind == argumentKind::slotAndValue && readPlainNumbers(command, text))
         return true;
-    const qsizetype semicolon = text.indexOf(';');
-    if (kind == argumentKind::slot) {
-        command.slot = number(text, from);
-        return semicolon < 0;
-    }
-    if (semicolon < 0)
-        return false;
-    command.slot = number(text.first(semicolon), from);
-    const QByteArrayView rest = text.sliced(semicolon + 1);
+    const size_t semicolon = text.find(';');
+    command.slot = number(text.substr(0, semicolon), from);
+    if (kind == argumentKind::slot || semicolon == text.npos)
+        return kind == argumentKind::slot && semicolon == text.npos;
+    const std::string_view rest = text.substr(semicolon + 1);
     const bool takesRest = kind == argumentKind::slotAndText && from == dialect::local;
-    if (!takesRest && rest.contains(';'))
+    if (!takesRest && rest.find(';') != rest.npos)
         return false;
     if (kind == argumentKind::slotAndText)
         command.text = caption(rest, from);
@@ -83,15 +63,15 @@ bool readArguments(progressCommand &command, argumentKind kind, QByteArrayView t
 
 } // namespace
 
-std::optional<progressCommand> readProgress(QByteArrayView payload, dialect from)
+std::optional<progressCommand> readProgress(std::string_view payload, dialect from)
 {
-    for (size_t i = 0; i < forms.size(); ++i) {
-        const commandForm &form = forms[i];
-        if (!beginsWith(payload, form.keyword))
+    for (size_t i = 0; i < wire::progressForms.size(); ++i) {
+        const wire::progressForm &form = wire::progressForms[i];
+        if (!wire::beginsWith(payload, form.keyword))
             continue;
         progressCommand command{static_cast<progressVerb>(i), 0, 0, {}};
         if (form.arguments != argumentKind::none &&
-            !readArguments(command, form.arguments, payload.sliced(form.keyword.size()), from))
+            !readArguments(command, form.arguments, payload.substr(form.keyword.size()), from))
             return std::nullopt;
         return command;
     }

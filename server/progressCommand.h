@@ -1,26 +1,11 @@
 #pragma once
 
 #include "server/dialect.h"
+#include "wire/words.h"
 
 #include <optional>
 
-/// The commands of the progress language.
-enum class progressVerb : quint8 {
-    update,
-    messageStart,
-    messageStop,
-    activate,
-    busyOn,
-    busyOff,
-    create,
-    remove,
-    addButt,
-    delButt,
-    addText,
-    updateText,
-    delText,
-    pulse,
-};
+using wire::progressVerb;
 
 /// One command, read. The slot is whatever number the client sent.
 struct progressCommand {
@@ -33,4 +18,4 @@ struct progressCommand {
 
 /// Reads the payload of a progress message. None for an unknown keyword or a wrong number of arguments. What
 /// is no number counts as 0. In the local dialect the last text takes the rest, semicolons included.
-std::optional<progressCommand> readProgress(QByteArrayView payload, dialect from);
+std::optional<progressCommand> readProgress(std::string_view payload, dialect from);

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "wire/recordLine.h"
+
 /// A snapshot is a moment of a run in one int: elapsed seconds × 1000 + the progress signature, which lies
 /// between -999 and 999 and has the sign of the elapsed time wherever the daemon itself made it. Decoding
 /// is the int division by 1000, truncated toward zero.
 inline constexpr int snapshotScale = 1000;
 
 /// The pool never holds more snapshots than this.
-inline constexpr int maxSnapshots = 4094;
+inline constexpr int maxSnapshots = wire::mostSnapshots;
 
 /// The snapshot pool: the course of the run in progress, in the order in which it was taken. It is written
 /// by the two functions below only; matching goes on from what it has already read.

@@ -2,10 +2,10 @@
 
 #include "log/dump.h"
 #include "stats/lineReader.h"
-#include "stats/recordLine.h"
 #include "stats/runTable.h"
 #include "stats/toInt.h"
 #include "stats/trustedFile.h"
+#include "wire/recordLine.h"
 
 #include <QIODevice>
 
@@ -25,7 +25,6 @@ namespace
 
 constexpr const char *firstDirectory = "/var/instrument";
 constexpr const char *fallbackDirectory = "/var/tmp";
-constexpr std::string_view versionMark = "fileversion=";
 
 /// The identifier that the process was started with; none while nothing is to be kept.
 std::optional<std::string> m_ownIdentifier;
@@ -50,7 +49,7 @@ fileDescriptor openDatafile(const char *identifier)
     return fileDescriptor();
 }
 
-void addRecord(const recordLine &line, const QDateTime &time)
+void addRecord(const wire::recordLine &line, const QDateTime &time)
 {
     const int record = m_snapshotcount++;
     m_snapshottime[record] = time;
@@ -75,11 +74,10 @@ void writeTable(QIODevice &file)
     for (int record = 0; record < m_snapshotcount; ++record) {
         if (m_snapshotfound[record] <= 0)
             continue;
-        const std::span snapshots(m_snapshotdata[record].get(),
-                                  static_cast<std::size_t>(m_snapshottlen[record]));
         const auto time = static_cast<unsigned>(m_snapshottime[record].toSecsSinceEpoch());
-        const std::string_view line =
-            formatRecordLine(time, m_snapshottotal[record], m_snapshotfound[record], snapshots, storage);
+        const std::string_view line = wire::formatRecordLine(
+            time, m_snapshottotal[record], m_snapshotfound[record], m_snapshotdata[record].get(),
+            static_cast<std::size_t>(m_snapshottlen[record]), 0, storage);
         file.write(line.data(), static_cast<qint64>(line.size()));
     }
 }
@@ -100,20 +98,20 @@ void loadStatistics(const char *identifier)
         return;
 
     m_snapshotcount = 0;
-    recordColumns columns = columnsVersion1;
+    wire::recordColumns columns = wire::columnsVersion1;
     const QDateTime now = QDateTime::currentDateTime();
     lineReader lines(file.get());
-    recordLine record;
+    wire::recordLine record;
     while (m_snapshotcount < maxRecords) {
         const auto line = lines.next();
         if (!line)
             break;
-        if (line->find(versionMark) != std::string_view::npos) {
-            if (readNumber(line->substr(versionMark.size())) == 2)
-                columns = columnsVersion2;
+        if (line->find(wire::versionMark) != std::string_view::npos) {
+            if (wire::readNumber(line->substr(wire::versionMark.size())) == 2)
+                columns = wire::columnsVersion2;
             continue;
         }
-        if (parseRecordLine(*line, columns, record) && record.total > 0)
+        if (wire::parseRecordLine(*line, columns, record) && record.total > 0)
             addRecord(record, columns.timecol < 0 ? now : QDateTime::fromSecsSinceEpoch(record.time));
     }
 }

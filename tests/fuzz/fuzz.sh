@@ -15,7 +15,7 @@ fuzz() {
     mkdir -p "$corpus" "$found"
     local result='nothing found'
     if ! "$build/tests/fuzz/fuzz_$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -max_len=8192 \
-        -dict="$here/messages.dict" -artifact_prefix="$found/" -print_final_stats=1 \
+        -dict="$build/messages.dict" -artifact_prefix="$found/" -print_final_stats=1 \
         "$corpus" "$here/seeds/$name" "$found" >"$build/$name.log" 2>&1; then
         result="FOUND SOMETHING, see $build/$name.log"
         touch "$build/found-something"
@@ -26,6 +26,7 @@ fuzz() {
 
 build=$(cd "$build" && pwd)
 rm -f "$build/found-something"
+{ "$build/wire/printWords" --dictionary && cat "$here/messages.dict"; } >"$build/messages.dict"
 for name in "${harnesses[@]}"; do
     while (($(jobs -rp | wc -l) >= 2)); do wait -n; done
     fuzz "$name" &

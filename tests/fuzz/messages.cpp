@@ -16,6 +16,8 @@
 namespace
 {
 
+using namespace wire;
+
 struct cutMessage {
     messageKind kind;
     std::string payload;
@@ -48,7 +50,7 @@ std::vector<cutMessage> plainly(std::string text)
         if (!first)
             return messages;
         at = start + static_cast<std::size_t>(first->opening.size());
-        if (first->closing.isEmpty()) {
+        if (first->closing.empty()) {
             messages.push_back({first->kind, {}});
             continue;
         }
@@ -67,7 +69,7 @@ std::vector<cutMessage> plainlyFromPort(std::string &text)
     std::vector<cutMessage> messages;
     for (std::size_t kind = 0; kind < portKinds;) {
         const std::string opening = allTags[kind].opening.data();
-        const std::string last = allTags[kind].closing.isEmpty() ? opening : allTags[kind].closing.data();
+        const std::string last = allTags[kind].closing.empty() ? opening : allTags[kind].closing.data();
         const std::size_t end = text.find(last);
         if (end == std::string::npos) {
             ++kind;
@@ -88,7 +90,7 @@ template <typename Buffer> std::vector<cutMessage> cutAll(Buffer &buffer)
 {
     std::vector<cutMessage> messages;
     while (const auto received = buffer.next())
-        messages.push_back({received->kind, received->payload.toByteArray().toStdString()});
+        messages.push_back({received->kind, std::string(received->payload)});
     return messages;
 }
 

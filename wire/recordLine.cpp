@@ -1,8 +1,4 @@
-#include "stats/recordLine.h"
-
-#include "stats/snapshots.h"
-
-#include <QString>
+#include "wire/recordLine.h"
 
 #include <algorithm>
 #include <array>
@@ -11,10 +7,13 @@
 #include <iterator>
 #include <string>
 
+namespace wire
+{
+
 namespace
 {
 
-constexpr std::size_t mostFields = 4;
+constexpr std::size_t mostFields = 5;
 using fieldArray = std::array<std::string_view, mostFields>;
 
 /// Fills `fields` with the first fields of `line` and returns how many there are, at most `mostFields`.
@@ -35,15 +34,14 @@ std::size_t splitFields(std::string_view line, fieldArray &fields)
 /// make a line that is too long to be read again.
 void readSnapshots(std::string_view text, std::vector<int> &snapshots)
 {
-    constexpr std::size_t most = maxSnapshots;
     snapshots.clear();
     const char *const end = text.data() + text.size();
-    for (const char *part = text.data(); part != end && snapshots.size() < most;) {
+    for (const char *part = text.data(); part != end && snapshots.size() < mostSnapshots;) {
         int value = 0; // stays 0 if the number is too large
         const char *stop = std::from_chars(part, end, value).ptr;
         if (stop != end && *stop != '.') {
             stop = std::find(stop, end, '.');
-            value = readNumber({part, stop});
+            value = readNumber({part, static_cast<std::size_t>(stop - part)});
         }
         snapshots.push_back(value);
         part = stop == end ? end : stop + 1;
@@ -60,52 +58,74 @@ char *writeNumber(int value, char *out)
     return std::copy_n(digits + 1, 8, out);
 }
 
+template <typename Number> bool wholeNumber(std::string_view text, Number &value)
+{
+    const char *const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    return stop == end && error == std::errc();
+}
+
 } // namespace
 
 int readNumber(std::string_view text)
 {
     int value = 0;
-    const char *const end = text.data() + text.size();
-    if (std::from_chars(text.data(), end, value).ptr == end)
+    if (wholeNumber(text, value))
         return value;
-    // The toolkit would let a zero byte end the number.
-    if (text.find('\0') != std::string_view::npos)
-        return 0;
-    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size())).toInt();
+    constexpr std::string_view blanks = " \t\n\v\f\r";
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    text = text.substr(0, text.find_last_not_of(blanks) + 1);
+    if (text.size() > 1 && text.front() == '+' && text[1] != '-')
+        text.remove_prefix(1);
+    value = 0;
+    return wholeNumber(text, value) ? value : 0;
+}
+
+std::int64_t readAmount(std::string_view text)
+{
+    constexpr std::int64_t most = std::int64_t{1} << 53;
+    std::int64_t value = 0;
+    return wholeNumber(text, value) && value > 0 && value <= most ? value : 0;
 }
 
 bool parseRecordLine(std::string_view line, const recordColumns &columns, recordLine &record)
 {
     std::string withoutReturns;
     if (line.find('\r') != std::string_view::npos) {
-        std::ranges::remove_copy(line, std::back_inserter(withoutReturns), '\r');
+        std::remove_copy(line.begin(), line.end(), std::back_inserter(withoutReturns), '\r');
         line = withoutReturns;
     }
 
     fieldArray fields;
-    if (splitFields(line, fields) <= static_cast<std::size_t>(columns.valscol))
+    const std::size_t count = splitFields(line, fields);
+    if (count <= static_cast<std::size_t>(columns.valscol))
         return false;
     const auto field = [&](int column) { return fields[static_cast<std::size_t>(column)]; };
     record.time = columns.timecol < 0 ? 0 : static_cast<unsigned>(readNumber(field(columns.timecol)));
     record.total = readNumber(field(columns.totalcol));
     record.found = readNumber(field(columns.countcol));
     readSnapshots(field(columns.valscol), record.snapshots);
+    record.amount = columns.timecol >= 0 && count == mostFields ? readAmount(fields[mostFields - 1]) : 0;
     return true;
 }
 
-std::string_view formatRecordLine(unsigned time, int total, int found, std::span<const int> snapshots,
-                                  std::vector<char> &storage)
+std::string_view formatRecordLine(unsigned time, int total, int found, const int *snapshots,
+                                  std::size_t count, std::int64_t amount, std::vector<char> &storage)
 {
-    constexpr std::size_t longestHead = 64;
+    constexpr std::size_t longestHeadAndAmount = 96;
     constexpr std::size_t longestNumber = sizeof "-2147483648.";
-    storage.resize(std::max(storage.size(), longestHead + snapshots.size() * longestNumber));
+    storage.resize(std::max(storage.size(), longestHeadAndAmount + count * longestNumber));
 
     char *out = storage.data();
     out += std::sprintf(out, "%012u:%08d:%08d:", time, total, found);
-    for (const int snapshot : snapshots) {
-        out = writeNumber(snapshot, out);
+    for (std::size_t i = 0; i < count; ++i) {
+        out = writeNumber(snapshots[i], out);
         *out++ = '.';
     }
+    if (amount > 0)
+        out += std::sprintf(out, ":%lld", static_cast<long long>(amount));
     *out++ = '\n';
-    return {storage.data(), out};
+    return {storage.data(), static_cast<std::size_t>(out - storage.data())};
 }
+
+} // namespace wire

@@ -1,11 +1,19 @@
 #pragma once
 
-#include <optional>
-#include <span>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
 /// The text of one run record in the statistics file: fields separated by ":", numbers in decimal.
+namespace wire
+{
+
+/// Stands at the front of a line that tells the version of those behind it.
+inline constexpr std::string_view versionMark = "fileversion=";
+
+/// Snapshots that a run can have.
+inline constexpr std::size_t mostSnapshots = 4094;
 
 /// Which field of a line holds what; the time is missing (-1) in files of version 1.
 struct recordColumns {
@@ -24,7 +32,12 @@ struct recordLine {
     int total;
     int found;
     std::vector<int> snapshots;
+    /// How much there was to do; 0 for a run that did not tell.
+    std::int64_t amount = 0;
 };
+
+/// A run's amount as it is told and kept: 1 to 2⁵³, in digits alone; 0 for any other text.
+std::int64_t readAmount(std::string_view text);
 
 /// Reads a number as the toolkit does: white space around it and a sign are allowed, anything else (nothing,
 /// letters, more than an int holds) reads as 0.
@@ -34,7 +47,9 @@ int readNumber(std::string_view text);
 /// is used again. False for a line with too few fields; `record` is then not to be used.
 bool parseRecordLine(std::string_view line, const recordColumns &columns, recordLine &record);
 
-/// The line of a record in version 2, with its line feed. The text lies in `storage` and is valid until that
-/// is used again.
-std::string_view formatRecordLine(unsigned time, int total, int found, std::span<const int> snapshots,
-                                  std::vector<char> &storage);
+/// The line of a record in version 2, with its line feed; the fifth field only where there is an amount. The
+/// text lies in `storage` and is valid until that is used again.
+std::string_view formatRecordLine(unsigned time, int total, int found, const int *snapshots,
+                                  std::size_t count, std::int64_t amount, std::vector<char> &storage);
+
+} // namespace wire

@@ -1,0 +1,82 @@
+// usage: printWords [--dictionary]: the words of the protocol, a line each: its kind, the word, and what
+// belongs to it. With --dictionary, as the fuzzers want them.
+
+#include "wire/tags.h"
+#include "wire/words.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+namespace
+{
+
+bool asDictionary = false;
+
+/// The suffix stands behind the word on the wire.
+void print(const char *kind, std::string_view word, const std::string &more = {}, const char *suffix = "")
+{
+    const std::string text(word);
+    if (asDictionary)
+        std::printf("\"%s%s\"\n", text.c_str(), suffix);
+    else
+        std::printf("%s %s%s%s\n", kind, text.c_str(), more.empty() ? "" : " ", more.c_str());
+}
+
+void printTags()
+{
+    for (const auto &each : wire::allTags) {
+        print("message", each.opening, std::string(each.closing));
+        if (asDictionary && !each.closing.empty())
+            print("", each.closing);
+    }
+    for (const auto &each : wire::allReplies)
+        print("reply", each.opening, std::string(each.closing));
+    print("separator", wire::fieldSeparator);
+}
+
+void printSettings()
+{
+    constexpr const char *kinds[] = {"text", "numbers", "fonts", "colours", "words"};
+    for (const auto &each : wire::settingForms) {
+        std::string more = kinds[static_cast<std::size_t>(each.value)];
+        for (const std::string_view word : each.words) {
+            if (!word.empty())
+                more.append(" ").append(word);
+        }
+        print("setting", each.key, more, "=");
+        for (const std::string_view word : each.words) {
+            if (asDictionary && !word.empty())
+                print("", word);
+        }
+    }
+}
+
+void printButtons()
+{
+    for (const auto &each : wire::buttons) {
+        const std::string number = std::to_string(each.number);
+        if (asDictionary)
+            print("", number);
+        else
+            print("button", each.name, number + (each.accepts ? " accepts" : " rejects"));
+    }
+    for (std::size_t i = 0; i < wire::icons.size() && !asDictionary; ++i)
+        print("icon", wire::icons[i], std::to_string(i));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    asDictionary = argc > 1 && std::strcmp(argv[1], "--dictionary") == 0;
+    constexpr const char *arguments[] = {"none", "slot", "slot value", "slot text"};
+    printTags();
+    for (const auto &each : wire::progressForms)
+        print("command", each.keyword, arguments[static_cast<std::size_t>(each.arguments)]);
+    printSettings();
+    for (const std::string_view each : wire::eventNames)
+        print("event", each);
+    printButtons();
+    return std::fflush(stdout) == 0 ? 0 : 1;
+}
