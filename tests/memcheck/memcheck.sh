@@ -12,6 +12,6 @@ for cases in channels busyWindow configuration 'boxes Boxes' dialogs input sessi
     echo "== $cases"
     # shellcheck disable=SC2086
     set -- $cases
-    python3 "$here/../daemon/$1.py" "${@:2}" || failed=1
+    python3 "$here/../daemon/$1.py" "${@:2}" || (($? == 77)) || failed=1
 done
 exit "$failed"
