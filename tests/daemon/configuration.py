@@ -67,9 +67,7 @@ class Configuration(Case):
         for percent in (49, 50):  # in a later turn than the windows' first painting
             events.progress(f"update:0;{percent}")
             events.until(f"totalProgress={percent}|-1")
-        pictures = [self.screen.picture()]  # the painting may come later than the event
-        until(lambda: pictures.append(self.screen.picture()) or pictures[-1].bytes == pictures[-2].bytes, "a picture that stays")
-        picture = pictures[-1]
+        picture = self.screen.settled()  # the painting may come later than the event
         cell = (dialog.height - 16) // 12
         row = dialog.y + cell // 2 + 3
         bar = (dialog.x + 11, row, dialog.width - 22, cell - 6)

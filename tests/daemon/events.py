@@ -1,8 +1,6 @@
 """What the commands tell the event channels."""
 
-import time
-
-from harness import SLOWNESS, Case, main, progress
+from harness import Case, main, progress
 
 # What is sent, command by command, and what comes until the "activate" that follows is answered.
 COMMANDS = {
@@ -68,19 +66,18 @@ class Events(Case):
         self.assertEqual(second.until("isActivated"), ["isActivated"])
 
     def test_leave_soon_in_a_long_batch(self):
-        """However many messages stand in one read, an event comes at most 20 ms after its cause."""
+        """However many messages stand in one read, its events come in as many pieces as it takes 20 ms of work, nearly."""
         for mode in ("on", "off"):
             with self.alone(windowModal=mode):
                 daemon, events, commands = self.session(f"windowModal={mode}")
+                worked, pieces = daemon.cpu_seconds(), 0
                 commands.send(progress("create:0;x", "remove:0") * BATCH + progress("activate"))
-                times = []
                 while b"isActivated" not in events.received:
                     self.assertTrue(events.more())
-                    times.append(time.monotonic())
+                    pieces += 1
                 self.assertEqual(events.received.count(b"isShown"), BATCH)
-                gaps = [later - earlier for earlier, later in zip(times, times[1:])]
-                self.assertGreater(len(gaps), 3)
-                self.assertLess(sorted(gaps)[-3], 0.2 * SLOWNESS, "the machine may be busy, but not all the time")
+                # A client that does not get its turn finds several pieces at once.
+                self.assertGreater(pieces, (daemon.cpu_seconds() - worked) / 0.02 / 4)
 
 
 if __name__ == "__main__":
