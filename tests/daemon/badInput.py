@@ -1,15 +1,17 @@
-"""Whatever a client sends, the others are served. (A daemon that crashes fails the test by itself.)"""
+"""Whatever a client sends, and by whatever way in, the others are served. (A daemon that crashes fails the test by itself.)"""
 
 import random
 
-from harness import Case, main, progress
+from harness import Case, Daemon, main, progress
 
 WIDE = "W" * 100_000
 VALUES = ["0", "1", "9", "10", "-1", "-2147483648", "2147483647", "4294967296", "50", "x", " 3", "", "%p%n%s", "<progress>",
-          "\xff\xfe", "#1", "on", "Arial,8", "Arial,99999", "/dev/null", ";" * 2000]
-COMMANDS = "update: create: remove: addButt: delButt: addText: updateText: delText: busyOff messageStart messageStop"
-SETTINGS = ("windowFonts= busyIndicator= paintOffset= screenGeometry= windowPixmap= windowIcon= windowStyle= "
-            "windowControls= windowTitle=")
+          "\xff\xfe", "#1", "on", "Arial,8", "Arial,99999", "/dev/null", ";" * 2000, "fitted", "grid", "light", "dark", "auto",
+          "adaptive"]
+COMMANDS = ("update: create: remove: addButt: delButt: addText: updateText: delText: pulse: amount: activate busyOn busyOff "
+            "messageStart messageStop")
+SETTINGS = ("windowFonts= busyIndicator= paintOffset= screenGeometry= windowPixmap= windowIcon= windowStyle= windowControls= "
+            "windowTitle= windowModal= windowLayout= windowTheme= windowText= windowWidth= estimate=")
 
 
 def messages(chance, tag, keywords, separator):
@@ -32,6 +34,7 @@ def texts(chance):
         "extreme places": "<configuration>busyIndicator=0|0|2147483647|2147483647|empty;"
                           "screenGeometry=2147483647,2147483647;paintOffset=2147483647|2147483647</configuration>",
         "random commands with them": messages(chance, "progress", COMMANDS, ";"),
+        "claims and listeners": b"<claim/><events/>" * 20_000,
     }
 
 
@@ -39,16 +42,17 @@ class BadInput(Case):
     def test_is_survived(self):
         """One after the other to the same daemon, each by a client that goes then."""
         for mode in ("on", "off"):
-            with self.alone(windowModal=mode):
-                daemon, events, other = self.session(f"windowModal={mode}")
-                for name, text in texts(random.Random(20240229)).items():
-                    with self.subTest(name):
-                        commands = daemon.commands()
-                        commands.send(text)
-                        commands.close()
-                        events.served()
-                other.send("<exit/>")
-                events.until("shutDown")
+            for way in (Daemon.commands, Daemon.local):
+                with self.alone(windowModal=mode, way=way.__name__):
+                    daemon, events, other = self.session(f"windowModal={mode}")
+                    for name, text in texts(random.Random(20240229)).items():
+                        with self.subTest(name):
+                            client = way(daemon)
+                            client.send(text)
+                            client.close()
+                            events.served()
+                    other.send("<exit/>")
+                    events.until("shutDown")
 
     def test_large_messages_arrive_whole(self):
         daemon, events, commands = self.session()

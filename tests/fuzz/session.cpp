@@ -3,6 +3,7 @@
 // behind ends with it.
 
 #include "dialog/CProgressDialog.h"
+#include "server/claimedSlots.h"
 #include "server/handlers.h"
 #include "server/messageBuffer.h"
 #include "server/messageStream.h"
@@ -27,7 +28,16 @@
 namespace
 {
 
-enum end : char { port = 1, local, acceptBox, rejectBox, clickButtons, pressBusyWindow, tick };
+enum end : char { port = 1, local, acceptBox, rejectBox, clickButtons, pressBusyWindow, tick, hangUp };
+
+/// Has events put together, and forgets them.
+class deafListener : public eventListener
+{
+public:
+    qint64 waiting() const override { return 0; }
+    void write(QByteArrayView) override {}
+    void flush() override {}
+};
 
 class session
 {
@@ -35,6 +45,7 @@ public:
     ~session()
     {
         turn();
+        act(hangUp);
         m_handlers.cleanup();
         turn();
         appearance = {};
@@ -46,8 +57,15 @@ public:
 private:
     template <typename Buffer> void handleAll(Buffer &buffer, dialect from)
     {
-        while (const auto received = buffer.next())
-            m_handlers.handle(*received, from, [] { return [](quint32) {}; });
+        while (const auto received = buffer.next()) {
+            // What a local channel does itself.
+            if (received->kind == messageKind::claim)
+                m_claims.claim(this);
+            else if (received->kind == messageKind::events)
+                m_handlers.m_listeners.addLocal(&m_listener);
+            else
+                m_handlers.handle(*received, from, [] { return [](quint32) {}; });
+        }
     }
     void act(char end);
     /// Gives everything that waits its turn.
@@ -60,6 +78,8 @@ private:
     }
 
     handlers m_handlers;
+    claimedSlots m_claims{m_handlers};
+    deafListener m_listener;
     messageBuffer m_port;
     messageStream m_local;
 };
@@ -82,6 +102,10 @@ void session::handlePiece(std::string_view piece, char end)
 
 void session::act(char end)
 {
+    if (end == hangUp) {
+        m_handlers.m_listeners.removeLocal(&m_listener);
+        m_claims.release(this);
+    }
     CProgressDialog *dialog = m_handlers.m_active.dialog();
     for (QWidget *window : QApplication::topLevelWidgets()) {
         auto *box = qobject_cast<QMessageBox *>(window);
@@ -139,7 +163,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     std::string_view input(reinterpret_cast<const char *>(data), size);
     session all;
     while (!input.empty()) {
-        const std::size_t end = input.find_first_of("\x01\x02\x03\x04\x05\x06\x07");
+        const std::size_t end = input.find_first_of("\x01\x02\x03\x04\x05\x06\x07\x08");
         const bool isLast = end == std::string_view::npos;
         all.handlePiece(input.substr(0, end), isLast ? char{port} : input[end]);
         input.remove_prefix(isLast ? input.size() : end + 1);

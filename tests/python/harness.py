@@ -325,6 +325,11 @@ class Daemon:
     def commands(self):
         return self.connect(self.command_port)
 
+    def local(self):
+        channel = socket.socket(socket.AF_UNIX)
+        channel.connect(f"{scratch()}/progressd/{self.identifier}.sock")
+        return Channel(channel)
+
     def events(self, *entries):
         """An event channel that the daemon has taken in, after these settings."""
         channel = self.connect(self.event_port)
