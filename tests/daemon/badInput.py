@@ -1,22 +1,27 @@
 """Whatever a client sends, and by whatever way in, the others are served. (A daemon that crashes fails the test by itself.)"""
 
+import os
 import random
+import subprocess
 
 from harness import Case, Daemon, main, progress
 
 WIDE = "W" * 100_000
 VALUES = ["0", "1", "9", "10", "-1", "-2147483648", "2147483647", "4294967296", "50", "x", " 3", "", "%p%n%s", "<progress>",
-          "\xff\xfe", "#1", "on", "Arial,8", "Arial,99999", "/dev/null", ";" * 2000, "fitted", "grid", "light", "dark", "auto",
-          "adaptive"]
-COMMANDS = ("update: create: remove: addButt: delButt: addText: updateText: delText: pulse: amount: activate busyOn busyOff "
-            "messageStart messageStop")
-SETTINGS = ("windowFonts= busyIndicator= paintOffset= screenGeometry= windowPixmap= windowIcon= windowStyle= windowControls= "
-            "windowTitle= windowModal= windowLayout= windowTheme= windowText= windowWidth= estimate=")
+          "\xff\xfe", "#1", "Arial,8", "Arial,99999", "/dev/null", ";" * 2000]
+COMMANDS, SETTINGS = [], []
+# All words of the protocol, as the program PRINT_WORDS has them: kind, word, and what belongs to it.
+for kind, word, *more in map(str.split, subprocess.check_output([os.environ["PRINT_WORDS"]], text=True).splitlines()):
+    if kind == "command":
+        COMMANDS.append(word)
+    elif kind == "setting":
+        SETTINGS.append(word + "=")
+        VALUES += more[1:]
 
 
 def messages(chance, tag, keywords, separator):
     """Messages with values that nobody expects."""
-    return "".join(f"<{tag}>{chance.choice(keywords.split())}"
+    return "".join(f"<{tag}>{chance.choice(keywords)}"
                    f"{separator.join(chance.choices(VALUES, k=chance.randrange(1, 7)))}</{tag}>" for _ in range(400))
 
 
