@@ -61,6 +61,7 @@ class Faults(Case):
         """A run of more than a second, which the daemon records and saves."""
         events = daemon.events()
         channel.progress("create:0;Copying", "update:0;50")
+        events.until("isShown")
         time.sleep(1.2)
         channel.progress("remove:0")
         events.until("isHidden")
@@ -199,6 +200,7 @@ class Faults(Case):
         limit(used + 12)
         crowd = [daemon.commands() for _ in range(9)]
         crowd[0].progress("create:0;Copying", "update:0;50")
+        self.screen.window()
         time.sleep(1.2)
         crowd[0].progress("remove:0")
         until(lambda: len(open(self.path).readlines()) > 21, "the run in the file")
