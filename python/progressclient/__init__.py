@@ -12,10 +12,15 @@
 `Channel` is the wire below it, for tests and other clients.
 """
 
-from .channel import Channel, message
-from .loops import track
+from .channel import Channel
+from .loops import Loop
 from .place import socket_path
-from .progress import Cancelled, Progress
+from .progress import Cancelled, Progress, track
+from .terminal import write
 from .widgets import Bar, Button, Text
+from .words import message
 
-__all__ = ["Bar", "Button", "Cancelled", "Channel", "Progress", "Text", "message", "socket_path", "track"]
+__all__ = [
+    *("Bar", "Button", "Cancelled", "Channel", "Loop", "Progress", "Text"),
+    *("message", "socket_path", "track", "write"),
+]

@@ -10,6 +10,7 @@ import time
 from typing import Callable, Optional, TypeVar
 
 from .place import believe_path, believe_peer
+from .words import BOXES, CLAIM, LISTEN, REPLIES, message
 
 T = TypeVar("T")
 
@@ -17,22 +18,7 @@ DEADLINE = 5.0  # seconds, for whatever does not wait for a person
 
 _KEPT_EVENTS = 65536
 _LONGEST_MESSAGE = 65536  # bytes; the daemon's own are some dozens
-_INCOMING = re.compile(rb"<(event|answer|claimed)>([^<]*)</\1>")
-_BOXES = ("assert", "msgbox")
-
-
-def message(kind: str, payload: Optional[str] = None) -> bytes:
-    """The bytes of one message: "<kind>payload</kind>", without a payload "<kind/>".
-
-    Raises ValueError if the payload holds the closing tag, also one that shows only when zero characters, which
-    the daemon drops, are taken out. Half a surrogate pair becomes "?".
-    """
-    if payload is None:
-        return f"<{kind}/>".encode()
-    payload = payload.replace("\0", "")
-    if f"</{kind}>" in payload:
-        raise ValueError(f"</{kind}> within a message of that kind")
-    return f"<{kind}>{payload}</{kind}>".encode("utf-8", "replace")
+_INCOMING = re.compile(rb"<(%s)>([^<]*)</\1>" % "|".join(REPLIES).encode())
 
 
 class Channel:
@@ -99,9 +85,9 @@ class Channel:
     def put(self, kind: str, payload: Optional[str] = None) -> int:
         """Like `send()`, but never waits: what the daemon does not take now is left to `flush()`."""
         self._unsent += message(kind, payload)
-        self._asked += kind in _BOXES
+        self._asked += kind in BOXES
         self.flush()
-        return self._asked if kind in _BOXES else 0
+        return self._asked if kind in BOXES else 0
 
     def flush(self) -> bool:
         """Sends what `put()` left, as far as goes without waiting; True when nothing is left."""
@@ -129,7 +115,7 @@ class Channel:
 
     def listen(self, timeout: Optional[float] = DEADLINE) -> None:
         """Asks for the events from now on."""
-        self.send("events", timeout=timeout)
+        self.send(LISTEN, timeout=timeout)
 
     def event(self, timeout: Optional[float] = DEADLINE) -> str:
         """The next event, such as "clicked:3"."""
@@ -145,7 +131,7 @@ class Channel:
         After a TimeoutError the answer may still come, and would be taken for the next one: close the channel.
         """
         end = _end(timeout)
-        self.send("claim", timeout=timeout)
+        self.send(CLAIM, timeout=timeout)
         return self._await(lambda: self._claims.popleft() if self._claims else None, _left(end))
 
     def receive(self) -> bool:

@@ -10,7 +10,9 @@ from typing import Optional, Union
 
 from .channel import DEADLINE, Channel
 from .daemon import NamedDaemon, PrivateDaemon
-from .widgets import Button, Question, Slots, Widget
+from .terminal import Line, forget_lines
+from .widgets import Bar, Button, Question, Slots, Widget, renew_lock
+from .words import AMOUNT, CLICKED, CLOSED, CONFIGURATION, GIVE_UP, LISTEN, MOST_AMOUNT, MSGBOX, PROGRESS, TOTAL, words_of
 
 TICK = 0.04  # seconds between two looks at what shall be shown
 _READS_A_TICK = 16  # of 64 KiB, so that a daemon that floods us does not keep us
@@ -24,10 +26,15 @@ class Courier(threading.Thread):
     Ctrl-C, which only ever interrupts the main thread. The others leave word in plain attributes and lists.
     """
 
-    def __init__(self, daemon: Union[NamedDaemon, PrivateDaemon], settings: str) -> None:
+    def __init__(self, daemon: Union[NamedDaemon, PrivateDaemon], settings: str, line: Optional[Line]) -> None:
+        """line: what is drawn where nobody sees the window, whether or not there is a daemon."""
         super().__init__(name="progressclient", daemon=True)
         self._daemon = daemon
         self._settings = settings
+        self._line = line
+        self.is_unseen = line is not None
+        self._seconds = -1  # that remain, as the daemon says
+        self._amounts = Amounts()
         self._leave = threading.Event()
         self._is_failed = False
         self._channel: Optional[Channel] = None
@@ -53,67 +60,101 @@ class Courier(threading.Thread):
         """In the child of a fork: the thread has stayed with the parent, and so has the window."""
         if self._channel:
             self._channel.close()
+        self._daemon.forget()
         self._leave = threading.Event()
 
     # The thread's own.
 
     def run(self) -> None:
         until = 0.0
+        if self._line:
+            self._line.open()
         try:
             with self._daemon.connect(self._leave) as self._channel:
                 self._talk(self._channel)
                 until = time.monotonic() + DEADLINE
                 self._say_goodbye(self._channel, until)
-        except OSError as trouble:
-            self.trouble = str(trouble)
+        except Exception as trouble:  # also what nobody has thought of: the program goes on
+            self.trouble = None if self._line else words_of(trouble) or type(trouble).__name__
         finally:
             self.is_decided.set()
+            if self._line:
+                self._draw_to_the_end(self._line)
             self._daemon.end(until)
 
     def _talk(self, channel: Channel) -> None:
-        channel.put("events")
+        channel.put(LISTEN)
         if self._settings:
-            channel.put("configuration", self._settings)
+            channel.put(CONFIGURATION, self._settings)
         slots = Slots(channel.claim)
         self.is_decided.set()
         while True:
             self._hear(channel)
             self._show(channel, slots)
+            if self._line:
+                self._draw(self._line)
             if self._leave.wait(TICK):
                 return
 
+    def _draw_to_the_end(self, line: Line) -> None:
+        """For what the daemon's end has left of the work."""
+        self._seconds = -1
+        while not self._leave.wait(TICK):
+            for widget in [widget for widget in self.widgets if not widget._is_wanted]:
+                self.widgets.remove(widget)
+            self._draw(line)
+        line.close()
+
+    def _draw(self, line: Line) -> None:
+        rows = [widget for widget in list(self.widgets) if widget._is_wanted and not isinstance(widget, Button)]
+        bars = [bar for bar in rows if isinstance(bar, Bar)]
+        percents = [percent for percent in (bar._percent() for bar in bars) if percent >= 0]
+        line.show(
+            "  ".join(filter(None, (row._label() for row in rows))),
+            bars[-1]._counted() if bars else "",
+            sum(percents) // len(percents) if percents else None,
+            self._seconds,
+        )
+
     def _say_goodbye(self, channel: Channel, until: float) -> None:
-        shown = [widget for widget in self.widgets if widget.has_slot()]
-        commands = [widget.next_command() for widget in shown]
-        if self._is_failed and self._daemon.is_private:
-            commands.append("messageStart")  # the window goes, and the run is not learned
-        for command in [*commands, *(widget.removal() for widget in shown)]:
-            if command:
-                channel.put("progress", command)
+        """When the channel of a run that failed closes, its unfinished bars go with their slots, and the run is not
+        learned. A daemon of one's own is told so beforehand, since all its bars may be full."""
+        commands = []
+        if not self._is_failed:
+            shown = [widget for widget in self.widgets if widget._has_slot()]
+            commands = [command for widget in shown for command in widget._news()]
+            commands += [widget._farewell() for widget in shown]
+        elif self._daemon.is_private:
+            commands = [GIVE_UP]
+        self._tell(channel, commands)
         channel.finish(until - time.monotonic())
 
     def _show(self, channel: Channel, slots: Slots) -> None:
         """Tells the daemon as much as it takes; the rest, perhaps newer by then, is for the next time."""
         for widget in list(self.widgets):
-            if not widget.is_wanted:
+            if not widget._is_wanted:
                 self._remove(widget, channel, slots)
                 continue
-            if widget.slot is None:
-                widget.slot = slots.take(widget.kind)
-            if widget.has_slot() and channel.flush() and (command := widget.next_command()):
-                channel.put("progress", command)
+            if widget._slot is None:
+                widget._slot = slots.take(widget._kind)
+            if widget._has_slot() and channel.flush():
+                self._tell(channel, widget._news())
+        self._tell(channel, self._amounts.news(list(self.widgets)))
         for question in self.questions:
             if question.number is None and channel.flush():
-                question.number = channel.put("msgbox", question.payload)
+                question.number = channel.put(MSGBOX, question.payload)
 
     def _remove(self, widget: Widget, channel: Channel, slots: Slots) -> None:
-        if widget.has_slot():
+        if widget._has_slot():
             if not channel.flush():
                 return
-            for command in filter(None, (widget.next_command(), widget.removal())):
-                channel.put("progress", command)
+            self._tell(channel, [*widget._news(), widget._farewell()])
             slots.give_back(widget)
         self.widgets.remove(widget)
+
+    def _tell(self, channel: Channel, commands: list[str]) -> None:
+        for command in commands:
+            channel.put(PROGRESS, command)
 
     def _hear(self, channel: Channel) -> None:
         for _ in range(_READS_A_TICK):
@@ -129,19 +170,47 @@ class Courier(threading.Thread):
             raise ConnectionError("the daemon has gone")
 
     def _take_event(self, event: str) -> None:
-        if event == "closed":
+        if event == CLOSED:
             self.wants_out = True
+        elif event.startswith(TOTAL):
+            self._seconds = int(event.partition("|")[2] or -1)
         for widget in self.widgets:
-            if isinstance(widget, Button) and event == f"clicked:{widget.slot}":
-                widget.clicks += 1
-                self.wants_out = self.wants_out or widget.cancels
+            if isinstance(widget, Button) and event == f"{CLICKED}{widget._slot}":
+                widget._clicks += 1
+                self.wants_out = self.wants_out or widget._cancels
+
+
+class Amounts:
+    """How much there is to do in a window: the totals of its bars, as far as they have the unit of the first one.
+
+    That the unit stays, also when its bar has gone, and that a bar that goes takes nothing away, keeps what loops in a
+    loop tell from depending on the moment. When nothing is shown any more, the run is over, and this with it.
+    """
+
+    def __init__(self) -> None:
+        self._unit: Optional[str] = None
+        self._told: dict[Bar, int] = {}
+
+    def news(self, widgets: list[Widget]) -> list[str]:
+        """What the daemon must be told, taken as told."""
+        if not widgets:
+            self._unit, self._told = None, {}
+        bars = [widget for widget in widgets if isinstance(widget, Bar) and widget._known_amount()]
+        if bars and self._unit is None:
+            self._unit = bars[0]._unit
+        amounts = {bar: bar._known_amount() for bar in bars if bar._unit == self._unit}
+        is_new = any(self._told.get(bar) != amount for bar, amount in amounts.items())
+        self._told = amounts
+        return [f"{AMOUNT}:{min(MOST_AMOUNT, sum(amounts.values()))}"] if is_new else []
 
 
 _couriers: weakref.WeakSet[Courier] = weakref.WeakSet()
 
 
 def _forget_all() -> None:
-    for courier in _couriers:
+    renew_lock()
+    forget_lines()
+    for courier in list(_couriers):
         courier.forget()
 
 

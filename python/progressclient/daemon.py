@@ -14,6 +14,7 @@ from typing import IO, Optional
 
 from .channel import Channel
 from .place import socket_path
+from .terminal import has_display
 
 START_DEADLINE = 10.0  # seconds, for a machine that is busy
 _LONGEST_NAME = 100  # bytes; the name becomes part of a file's
@@ -22,19 +23,23 @@ _LONGEST_NAME = 100  # bytes; the name becomes part of a file's
 class NamedDaemon:
     """A daemon that somebody started, and whose looks are theirs."""
 
-    def __init__(self, identifier: str) -> None:
-        self._path = socket_path(identifier)
-
     is_private = False
 
+    def __init__(self, identifier: str) -> None:
+        self._identifier = identifier
+
     def connect(self, stop: threading.Event) -> Channel:
+        path = socket_path(self._identifier)
         try:
-            return Channel.connect(self._path)
+            return Channel.connect(path)
         except (FileNotFoundError, ConnectionRefusedError):
-            raise OSError(f"no daemon answers at {self._path}") from None
+            raise OSError(f"no daemon answers at {path}") from None
 
     def end(self, until: float) -> None:
         """Leaves it as it is."""
+
+    def forget(self) -> None:
+        """There is nothing to forget."""
 
 
 class PrivateDaemon:
@@ -50,8 +55,6 @@ class PrivateDaemon:
 
     def connect(self, stop: threading.Event) -> Channel:
         """Starts the daemon and waits until it takes a connection, it ends, or `stop` is set."""
-        if not os.environ.get("DISPLAY") and "QT_QPA_PLATFORM" not in os.environ:
-            raise OSError("there is no display")
         with tempfile.TemporaryFile() as complaints:
             self._start(complaints)
             try:
@@ -74,6 +77,11 @@ class PrivateDaemon:
                 with contextlib.suppress(OSError):
                     os.remove(left)
 
+    def forget(self) -> None:
+        """In the child of a fork: it is the parent's, and nobody here shall ask what became of it."""
+        if self._process:
+            self._process.returncode = 0
+
     def _start(self, complaints: IO[bytes]) -> None:
         identifier = os.path.splitext(os.path.basename(self._path))[0]
         try:
@@ -82,6 +90,7 @@ class PrivateDaemon:
                 stdin=subprocess.DEVNULL,
                 stdout=subprocess.DEVNULL,
                 stderr=complaints,
+                env=None if has_display() else {**os.environ, "QT_QPA_PLATFORM": "offscreen"},
                 start_new_session=True,  # so that Ctrl-C reaches this process only
             )
         except FileNotFoundError:

@@ -1,81 +1,115 @@
-"""A window around a loop."""
+"""A loop with its bar."""
 
 from __future__ import annotations
 
-import os
-import threading
-from contextlib import contextmanager
-from typing import Iterable, Iterator, Optional, TypeVar, Union
+from types import TracebackType
+from typing import TYPE_CHECKING, Callable, Generator, Generic, Iterable, Iterator, Optional, TypeVar, Union
 
-from .progress import Progress, open_windows
+from .widgets import Bar
+
+if TYPE_CHECKING:
+    from .progress import Progress
 
 T = TypeVar("T")
 
-#: Windows that were opened for a loop, with how many loops use them.
-_users: dict[Progress, int] = {}
-_sharing = threading.RLock()
 
+class Loop(Bar, Generic[T]):
+    """The items of a loop, and its bar: what `track()` gives.
 
-def track(
-    items: Iterable[T],
-    caption: str = "",
-    total: Optional[float] = None,
-    *,
-    cancel: Union[bool, str] = False,
-    title: str = "",
-    daemon: Optional[str] = None,
-    program: Optional[str] = None,
-    learn: Optional[str] = None,
-) -> Iterator[T]:
-    """The items, one by one, with a window that shows how far they are. The loop runs in any case.
-
-    caption: the bar's.
-    total: how many there are; by default `len(items)`. The bar moves to and fro where that is unknown.
-    cancel: True or a label for a Cancel button; then a click on it, or closing the window, raises `Cancelled` at the
-        next item.
-    title: the window's; by default the caption.
-    daemon, program, learn: as for `Progress`.
-
-    A window that this process has open already (on the same daemon) is shared: loops within loops, and loops of
-    several threads, are bars in one window.
+    The window opens when the first item is asked for, or with `with`; it goes with the last item, `break`, an
+    exception, or the end of `with`. When the items are gone through once more, nothing is shown.
     """
-    with _shared_window(title or caption, daemon, program, learn) as window:
-        yield from window.track(items, caption, total, cancel=cancel)
+
+    __slots__ = ("_items", "_window", "_open", "_leave", "_cancel", "_users", "_is_failed", "_steps")
+
+    def __init__(
+        self,
+        items: Union[Iterable[T], int],
+        caption: object,
+        total: object,
+        unit: object,
+        cancel: Union[bool, str],
+        open_window: Optional[Callable[[], Progress]],
+        leave_window: Callable[[Progress, bool], None],
+    ) -> None:
+        """open_window: None for a loop that shows nothing. leave_window: is told whether the loop failed."""
+        self._items: Iterable[T] = range(items) if isinstance(items, int) else items  # type: ignore[assignment]
+        super().__init__(caption, _length(self._items) if total is None else total, unit, lambda: None)
+        self._cancel = cancel
+        self._window: Optional[Progress] = None
+        self._open = open_window
+        self._leave = leave_window
+        self._users = 0
+        self._is_failed = False
+        self._steps: Optional[Generator[T, None, None]] = None
+
+    def __len__(self) -> int:
+        """How many items there are, or the total that was given. Raises TypeError if neither is known."""
+        length = _length(self._items)
+        if length is None and self._total is None:
+            raise TypeError("how many items there are is not known")
+        return int(self._total or 0) if length is None else length
+
+    def __bool__(self) -> bool:
+        return True
+
+    def __iter__(self) -> Iterator[T]:
+        return self._steps or self._run()
+
+    def __next__(self) -> T:
+        self._steps = self._steps or self._run()
+        return next(self._steps)
+
+    def __enter__(self) -> Loop[T]:
+        if self._open:
+            show, self._open = self._open, None
+            self._window = show()
+            self._check = self._window.check
+            self._window._add(self)
+            if self._cancel:
+                self._window._offer_cancel(self._cancel)
+        self._users += 1
+        return self
+
+    def __exit__(
+        self, kind: Optional[type[BaseException]], error: Optional[BaseException], trace: Optional[TracebackType]
+    ) -> None:
+        self._users -= 1
+        self._is_failed = self._is_failed or kind is not None
+        if not self._users:
+            self._hide()
+
+    def close(self) -> None:
+        """Takes the bar away, and the window if nobody else uses it."""
+        steps, self._steps = self._steps, None
+        if steps:
+            steps.close()
+        self._hide()
+
+    def _hide(self) -> None:
+        window, self._window = self._window, None
+        if window:
+            if self._cancel:
+                window._withdraw_cancel()
+            self._leave(window, self._is_failed)  # before the bar goes: a bar that was removed looks finished
+            self.remove()
+
+    def _run(self) -> Generator[T, None, None]:
+        with self:
+            if not self._window:
+                yield from self._items
+                return
+            courier = self._window._courier
+            for item in self._items:
+                yield item
+                self._completed += 1
+                if courier.wants_out:
+                    self._check()
 
 
-@contextmanager
-def _shared_window(
-    title: str, daemon: Optional[str], program: Optional[str], learn: Optional[str]
-) -> Iterator[Progress]:
-    """A window that is open already, else one that closes with the last loop that uses it."""
-    with _sharing:
-        window = next((window for window in open_windows if window.daemon == daemon), None)
-        if window is None:
-            window = Progress(title, daemon=daemon, program=program, learn=learn)
-            _users[window] = 0
-        if window in _users:
-            _users[window] += 1
-    is_failed = True
+def _length(items: object) -> Optional[int]:
+    """None where it is not known, for whatever reason: the loop shall run all the same."""
     try:
-        yield window
-        is_failed = False
-    finally:
-        _leave(window, is_failed)
-
-
-def _leave(window: Progress, is_failed: bool) -> None:
-    with _sharing:
-        if window not in _users:
-            return
-        _users[window] -= 1
-        if not _users[window]:
-            del _users[window]
-            window.close(is_failed)
-
-
-def _renew_lock() -> None:
-    global _sharing
-    _sharing = threading.RLock()
-
-
-os.register_at_fork(after_in_child=_renew_lock)
+        return len(items)  # type: ignore[arg-type]
+    except Exception:
+        return None

@@ -1,20 +1,24 @@
-"""The window."""
+"""The window, and the loop in a window."""
 
 from __future__ import annotations
 
+import atexit
+import contextlib
 import math
 import os
-import re
 import sys
+import threading
 import time
 import warnings
 from types import TracebackType
-from typing import Iterable, Iterator, Optional, TypeVar, Union
+from typing import Iterable, Optional, TypeVar, Union
 
-from .boxes import box_payload, button_name
 from .courier import Courier
 from .daemon import START_DEADLINE, NamedDaemon, PrivateDaemon
-from .widgets import Bar, Button, Question, Text, Widget, plain
+from .loops import Loop
+from .terminal import Line, has_display, write
+from .widgets import PERCENT, Bar, Button, Question, Text, Widget
+from .words import box, button_name, configuration, words_of
 
 T = TypeVar("T")
 W = TypeVar("W", bound=Widget)
@@ -32,9 +36,11 @@ class Cancelled(Exception):
 class Progress:
     """A progress window, to be used with `with`; at its end everything that it shows goes.
 
-    Without a display or a daemon there is one warning (RuntimeWarning), and everything else does nothing. Nothing
-    but `ask()` waits for the daemon or the user. The window stays with the process that made it: in the child of a
-    fork all this does nothing either.
+    Without a display a line on standard error takes its place, which tells the same. Without a daemon there is one
+    warning (RuntimeWarning), and everything else does nothing. Nothing but `ask()` waits for the daemon or the user.
+    The window stays with the process that made it: in the child of a fork all this does nothing either.
+
+    There is room for ten bars and texts, and for ten buttons; beyond that nothing is shown.
 
     title: the window's; by default the script's name.
     cancel: True or a label for a Cancel button; then a click on it, or closing the window, has the next step in the
@@ -45,26 +51,32 @@ class Progress:
         at all. What has an end by an exception or `break` is not learned.
     settings: further ones, such as "windowTheme=dark;windowText=white|white". A daemon of one's own gets them behind
         the usual looks and the title, one that is named gets nothing else.
+    notify: a desktop notification tells the end of work that took longer than 10 s, if nobody was looking.
     """
+
+    __slots__ = ("daemon", "_title", "_has_warned", "_courier", "_cancel_button", "_cancel_askers")
 
     def __init__(
         self,
-        title: str = "",
+        title: object = "",
         *,
         cancel: Union[bool, str] = False,
         daemon: Optional[str] = None,
         program: Optional[str] = None,
         learn: Optional[str] = None,
         settings: str = "",
+        notify: bool = False,
     ) -> None:
         self.daemon = daemon
+        title = words_of(title)
         self._title = title or _script() or "Python"
         self._has_warned = False
         if daemon is None:
-            way = PrivateDaemon(program, (title or _script()) if learn is None else learn)
-            self._courier = Courier(way, f"{_looks(self._title)};{settings}")
+            way = PrivateDaemon(program, words_of((title or _script()) if learn is None else learn))
+            looks = f"{configuration(self._title, notify)};{settings}"
+            self._courier = Courier(way, looks, None if has_display() else Line())
         else:
-            self._courier = Courier(NamedDaemon(daemon), settings)
+            self._courier = Courier(NamedDaemon(daemon), settings, None)
         self._cancel_button: Optional[Button] = None
         self._cancel_askers = 0
         self._open()
@@ -89,41 +101,39 @@ class Progress:
 
     # What it shows.
 
-    def bar(self, caption: object = "", total: Optional[float] = 100) -> Bar:
-        """Shows a bar, which is full at `total`; without one it moves to and fro."""
-        return self._add(Bar(caption, total, self.check))
+    def bar(self, caption: object = "", total: Optional[float] = PERCENT, unit: object = "") -> Bar:
+        """Shows a bar, which is full at `total`; it moves to and fro while that is None. Beyond ten bars and texts
+        nothing is shown.
+
+        With a total of your own the window shows how much of it is done, and the rate, in this unit ("files"; "B" for
+        bytes); what remains is told from how long as much took before.
+        """
+        return self._add(Bar(caption, total, unit, self.check))
 
     def text(self, text: object) -> Text:
-        """Shows a line of text, or what `str()` makes of something else."""
+        """Shows a line of text, or what `str()` makes of something else. Beyond ten bars and texts nothing is shown."""
         return self._add(Text(text, self.check))
 
     def button(self, label: object) -> Button:
-        """Shows a button."""
+        """Shows a button. Beyond ten buttons nothing is shown."""
         return self._add(Button(label))
 
     def track(
         self,
-        items: Iterable[T],
-        caption: str = "",
+        iterable: Union[Iterable[T], int],
+        description: object = "",
         total: Optional[float] = None,
         *,
         cancel: Union[bool, str] = False,
-    ) -> Iterator[T]:
+        disable: bool = False,
+        desc: object = "",
+        unit: object = "",
+    ) -> Loop[T]:
         """The items, with a bar in this window; see the function `track()`."""
-        courier = self._courier
-        if cancel:
-            self._offer_cancel(cancel)
-        bar = self.bar(caption, _length(items) if total is None else total)
-        try:
-            for item in items:
-                yield item
-                bar.value += 1
-                if courier.wants_out:
-                    self.check()
-        finally:
-            bar.remove()
-            if cancel:
-                self._withdraw_cancel()
+        open_window = None if disable else lambda: self
+        return Loop(iterable, desc or description, total, unit, cancel, open_window, _leave)
+
+    write = staticmethod(write)
 
     # What the user wants.
 
@@ -134,11 +144,11 @@ class Progress:
 
     def ask(
         self,
-        text: str,
+        text: object,
         *buttons: str,
         default: Optional[str] = None,
         icon: str = "question",
-        title: Optional[str] = None,
+        title: object = None,
         timeout: Optional[float] = None,
     ) -> Optional[str]:
         """Shows a box and waits for the user's answer: the name of one of the buttons.
@@ -150,8 +160,10 @@ class Progress:
 
         None when there was no answer: the time is up, or there is no window (any more).
         """
-        title = self._title if title is None else title
-        question = Question(box_payload(icon, title, text, buttons or ("ok",), default))
+        title = self._title if title is None else words_of(title)
+        question = Question(box(icon, title, words_of(text), buttons or ("ok",), default))
+        if self._courier.is_unseen:
+            return None
         self._courier.questions.append(question)
         end = math.inf if timeout is None else time.monotonic() + timeout
         while self._courier.is_alive() and time.monotonic() < end:
@@ -175,8 +187,7 @@ class Progress:
     def _warn_of_trouble(self) -> None:
         if self._courier.trouble is not None and not self._has_warned:
             self._has_warned = True
-            text = f"going on without a progress window: {self._courier.trouble}"
-            warnings.warn(text, RuntimeWarning, stacklevel=_callers_level())
+            _warn(f"going on without a progress window: {self._courier.trouble}")
 
     def _add(self, widget: W) -> W:
         if self._courier.is_alive():
@@ -196,27 +207,101 @@ class Progress:
             self._cancel_button = None
 
 
-def _length(items: object) -> Optional[int]:
-    try:
-        return len(items)  # type: ignore[arg-type]
-    except (TypeError, AttributeError):
-        return None
-
-
 def _script() -> str:
     name = os.path.basename(sys.argv[0]) if getattr(sys, "argv", None) else ""
     return "" if name in ("-c", "-m", "-") else name
 
 
-def _looks(title: str) -> str:
-    """Settings; a title stands on one line, and the look-alike of ";" in its place, which would end the setting."""
-    title = re.sub(r"[\x01-\x1f]", " ", plain(title, "configuration")).replace(";", "\u037e")
-    return f"windowTheme=auto;windowLayout=fitted;estimate=adaptive;windowModal=off;windowTitle={title}"
+def _warn(text: str) -> None:
+    try:
+        warnings.warn(text, RuntimeWarning, stacklevel=_callers_level())
+    except Exception:  # as an error it would end the program that it only concerns
+        with contextlib.suppress(Exception):
+            print(text, file=sys.stderr)
 
 
 def _callers_level() -> int:
     """How far up the caller of this package is, for a warning that this function's caller gives."""
     level, frame = 1, sys._getframe(1)
-    while frame.f_back and frame.f_globals["__name__"].split(".")[0] in (__package__, "contextlib"):
+    while frame.f_back and frame.f_globals["__name__"].split(".")[0] == __package__:
         level, frame = level + 1, frame.f_back
     return level
+
+
+def track(
+    iterable: Union[Iterable[T], int],
+    description: object = "",
+    total: Optional[float] = None,
+    *,
+    cancel: Union[bool, str] = False,
+    disable: bool = False,
+    desc: object = "",
+    unit: object = "",
+    title: object = "",
+    daemon: Optional[str] = None,
+    program: Optional[str] = None,
+    learn: Optional[str] = None,
+) -> Loop[T]:
+    """The items, one by one, with a window that shows how far they are. The loop runs in any case.
+
+    iterable: the items; a number is as good as its range.
+    description, desc: the bar's caption.
+    total: how many there are; by default `len(iterable)`. The bar moves to and fro where that is unknown.
+    cancel: True or a label for a Cancel button; then a click on it, or closing the window, raises `Cancelled` at the
+        next item.
+    disable: show nothing.
+    unit: what is counted: "files", say; "B" for bytes.
+    title: the window's; by default the description.
+    daemon, program, learn: as for `Progress`.
+
+    A window that this process has open already (on the same daemon) is shared: loops within loops, and loops of
+    several threads, are bars in one window.
+    """
+    caption = words_of(desc) or words_of(description)
+
+    def open_window() -> Progress:
+        return _shared_window(words_of(title) or caption, daemon, program, learn)
+
+    return Loop(iterable, caption, total, unit, cancel, None if disable else open_window, _leave)
+
+
+#: Windows that were opened for a loop, with how many loops use them.
+_users: dict[Progress, int] = {}
+_sharing = threading.RLock()
+
+
+def _shared_window(title: str, daemon: Optional[str], program: Optional[str], learn: Optional[str]) -> Progress:
+    """A window that is open already, else one that closes with the last loop that uses it."""
+    with _sharing:
+        window = next((window for window in open_windows if window.daemon == daemon), None)
+        if window is None:
+            window = Progress(title, daemon=daemon, program=program, learn=learn)
+            _users[window] = 0
+        if window in _users:
+            _users[window] += 1
+        return window
+
+
+def _leave(window: Progress, is_failed: bool) -> None:
+    with _sharing:
+        if window not in _users:
+            return
+        _users[window] -= 1
+        if not _users[window]:
+            del _users[window]
+            window.close(is_failed)
+
+
+def _renew_lock() -> None:
+    global _sharing
+    _sharing = threading.RLock()
+
+
+def _close_all() -> None:
+    """What is open at the program's end was left, not finished."""
+    for window in list(open_windows):
+        window.close(is_failed=True)
+
+
+os.register_at_fork(after_in_child=_renew_lock)
+atexit.register(_close_all)

@@ -2,147 +2,259 @@
 
 from __future__ import annotations
 
+import math
+import re
 import threading
+import time
 from typing import Callable, Optional
+
+from .words import (
+    ADD_BUTTON,
+    ADD_TEXT,
+    CREATE,
+    DEL_BUTTON,
+    DEL_TEXT,
+    MOST_AMOUNT,
+    PULSE,
+    REMOVE,
+    UPDATE,
+    UPDATE_TEXT,
+    plain,
+    words_of,
+)
 
 Check = Callable[[], None]
 
 NO_SLOT = -1
+PERCENT = float("100")  # the total of a bar that is told percents: by identity, since 100 may be an amount as well
 _PULSES = -2  # as what a bar shows, beside its percent
+_COUNT_EVERY = 0.25  # seconds; what changes more often cannot be read
+_RATE_AFTER = 1.0  # seconds
 
-
-def plain(text: object, kind: str = "progress") -> str:
-    """What an object reads, as a text that does not end a message of this kind: a character without a width stands
-    within what would be the end."""
-    return str(text).replace("\0", "").replace(f"</{kind}>", f"</\u200b{kind}>")
+#: Guards what is counted up by several threads.
+_counting = threading.RLock()
 
 
 class Widget:
-    """Something in a slot. `next_command()` is the thread's that talks to the daemon; the rest anybody's."""
+    """Something in a slot. `_slot`, `_told` and `_news()` are the thread's that talks to the daemon; the rest
+    anybody's."""
 
-    kind = "row"
+    __slots__ = ("_slot", "_told", "_is_wanted", "_check")
 
-    def __init__(self) -> None:
-        #: Given by the thread; NO_SLOT when there was none left.
-        self.slot: Optional[int] = None
-        #: False when it shall go.
-        self.is_wanted = True
-        self._is_created = False
+    _kind = "row"
+    _creation = CREATE
+    _removal = REMOVE
+
+    def __init__(self, check: Check = lambda: None) -> None:
+        self._slot: Optional[int] = None  # NO_SLOT when there was none left
+        self._told: Optional[tuple[str, int]] = None
+        self._is_wanted = True
+        self._check = check
 
     def remove(self) -> None:
         """Takes it out of the window."""
-        self.is_wanted = False
+        self._is_wanted = False
 
-    def has_slot(self) -> bool:
-        return self.slot is not None and self.slot != NO_SLOT
-
-    def next_command(self) -> Optional[str]:
-        """What the daemon must be told next, taken as told; None when it knows everything."""
-        if not self._is_created:
-            self._is_created = True
-            return self._creation()
-        return self._change()
-
-    def removal(self) -> str:
-        return f"remove:{self.slot}"
-
-    def _creation(self) -> str:
+    def _label(self) -> str:
+        """Its text, as it stands."""
         raise NotImplementedError
 
-    def _change(self) -> Optional[str]:
-        return None
+    def _percent(self) -> int:
+        return 0
+
+    def _caption(self) -> str:
+        """What the window shall show as its text."""
+        return self._label()
+
+    def _has_slot(self) -> bool:
+        return self._slot is not None and self._slot != NO_SLOT
+
+    def _news(self) -> list[str]:
+        """What the daemon must be told, taken as told."""
+        text, percent = plain(self._caption()), self._percent()
+        news = []
+        if self._told is None:
+            news.append(f"{self._creation}:{self._slot};{text}")
+        elif self._told[0] != text:
+            news.append(f"{UPDATE_TEXT}:{self._slot};{text}")
+        if percent != (self._told[1] if self._told else 0):
+            news.append(f"{PULSE}:{self._slot}" if percent == _PULSES else f"{UPDATE}:{self._slot};{percent}")
+        self._told = text, percent
+        return news
+
+    def _farewell(self) -> str:
+        return f"{self._removal}:{self._slot}"
 
 
 class Bar(Widget):
-    """A bar. `value` may be set or counted up freely: it is shown at most 25 times a second."""
+    """A bar. What it is told is shown at most 25 times a second.
 
-    def __init__(self, caption: object, total: Optional[float], check: Check) -> None:
-        super().__init__()
-        self._caption = plain(caption)
-        self._total = float(total) if total is not None else None
-        self._check = check
-        self._shown = 0
-        self.value: float = 0
-        self.is_pulsing = self._total is None
+    What is set to something that is no number is unknown: the bar moves to and fro.
+    """
 
-    def update(self, value: float) -> None:
-        """Shows this much of the total. Raises Cancelled if that was asked for."""
-        self.value = float(value)
-        self.is_pulsing = self._total is None
+    __slots__ = ("_name", "_text", "_total", "_completed", "_is_pulsing", "_counts", "_unit", "_count", "_due", "_begin")
+
+    def __init__(self, caption: object, total: object, unit: object, check: Check) -> None:
+        super().__init__(check)
+        self._name = words_of(caption)
+        self._text = ""
+        self._unit = words_of(unit)
+        self._completed = 0.0
+        self._is_pulsing = False
+        self._count = ""
+        self._due = self._begin = 0.0
+        self.total = total  # type: ignore[assignment]
+
+    @property
+    def caption(self) -> str:
+        """What it is called; anything may be set."""
+        return self._name
+
+    @caption.setter
+    def caption(self, caption: object) -> None:
+        self._name = words_of(caption)
+
+    @property
+    def text(self) -> str:
+        """What it is about just now, shown behind the caption; anything may be set."""
+        return self._text
+
+    @text.setter
+    def text(self, text: object) -> None:
+        self._text = words_of(text)
+
+    @property
+    def total(self) -> Optional[float]:
+        """At how much it is full; None while that is unknown."""
+        return self._total
+
+    @total.setter
+    def total(self, total: object) -> None:
+        self._counts = total is not PERCENT
+        known = _number(total)
+        self._total = known if known is not None and known >= 0 else None
+
+    @property
+    def completed(self) -> float:
+        """How much of the total is done."""
+        return self._completed
+
+    @completed.setter
+    def completed(self, completed: object) -> None:
+        known = _number(completed)
+        self._is_pulsing = known is None
+        if known is not None:
+            self._completed = known
+
+    value = completed  # the older name
+
+    def advance(self, n: float = 1) -> None:
+        """Counts up what is completed, from any thread. Raises Cancelled if that was asked for."""
+        with _counting:
+            self.completed = self._completed + (_number(n) or 0)
+        self._check()
+
+    def update(self, percent: float) -> None:
+        """Shows this percent of the total. Raises Cancelled if that was asked for."""
+        if self._total is None:
+            self.total = PERCENT
+        known = _number(percent)
+        self.completed = None if known is None else known * (self._total or 0) / 100
         self._check()
 
     def pulse(self) -> None:
-        """Moves to and fro, until the next `update()`."""
-        self.is_pulsing = True
+        """Moves to and fro, until it is told how far it is. Raises Cancelled if that was asked for."""
+        self._is_pulsing = True
         self._check()
 
-    def _creation(self) -> str:
-        return f"create:{self.slot};{self._caption}"
+    def _label(self) -> str:
+        return ": ".join(filter(None, (self._name, self._text)))
 
-    def _change(self) -> Optional[str]:
-        wanted = self._percent()
-        if wanted == self._shown:
-            return None
-        self._shown = wanted
-        return f"pulse:{self.slot}" if wanted == _PULSES else f"update:{self.slot};{wanted}"
+    def _caption(self) -> str:
+        # A character without a width keeps the daemon from reading "%p", "%v" and "%m" as numbers of the bar.
+        return re.sub("%(?=[pvm])", "%\u200b", ", ".join(filter(None, (self._label(), self._counted()))))
 
     def _percent(self) -> int:
-        if self.is_pulsing or self._total is None:
+        total = self._total
+        if self._is_pulsing or total is None:
             return _PULSES
-        share = self.value / self._total if self._total else 1
-        return int(max(0.0, min(100.0, 100 * share)))
+        return int(max(0.0, min(100.0, 100 * self._completed / total))) if total else 100
+
+    def _counted(self) -> str:
+        """"12 of 40 files, 3.1/s", no newer than can be read."""
+        now = time.monotonic()
+        if now >= self._due:
+            self._begin = self._begin or now
+            self._due = now + _COUNT_EVERY
+            self._count = self._count_now(now - self._begin)
+        return self._count
+
+    def _count_now(self, elapsed: float) -> str:
+        total, done = self._total, self._completed
+        if not self._counts or (not total and not done):
+            return ""
+        count = _amount(done, self._unit)
+        if total:
+            count = f"{_amount(done, self._unit, total)} of {_amount(total, self._unit)}"
+        rate = done / elapsed if elapsed >= _RATE_AFTER else 0
+        if self._unit != "B":
+            count += f" {self._unit}" if self._unit else ""
+        return f"{count}, {_amount(rate, self._unit)}/s" if rate >= 1 else count
+
+    def _known_amount(self) -> int:
+        """What it adds to the window's amount; 0 for none."""
+        total = self._total
+        return int(total) if self._counts and total and total <= MOST_AMOUNT else 0
 
 
 class Text(Widget):
     """A line of text."""
 
+    __slots__ = ("_text",)
+
+    _creation = ADD_TEXT
+    _removal = DEL_TEXT
+
     def __init__(self, text: object, check: Check) -> None:
-        super().__init__()
-        self._text = self._shown = plain(text)
-        self._check = check
+        super().__init__(check)
+        self._text = words_of(text)
 
     def update(self, text: object) -> None:
         """Shows another text, or what `str()` makes of something else. Raises Cancelled if that was asked for."""
-        self._text = plain(text)
+        self._text = words_of(text)
         self._check()
 
-    def removal(self) -> str:
-        return f"delText:{self.slot}"
-
-    def _creation(self) -> str:
-        self._shown = self._text
-        return f"addText:{self.slot};{self._shown}"
-
-    def _change(self) -> Optional[str]:
-        if self._text == self._shown:
-            return None
-        self._shown = self._text
-        return f"updateText:{self.slot};{self._shown}"
+    def _label(self) -> str:
+        return self._text
 
 
 class Button(Widget):
     """A button. "&" in its label marks the letter that presses it."""
 
-    kind = "button"
+    __slots__ = ("_words", "_cancels", "_clicks", "_seen")
+
+    _kind = "button"
+    _creation = ADD_BUTTON
+    _removal = DEL_BUTTON
 
     def __init__(self, label: object, cancels: bool = False) -> None:
         super().__init__()
-        self._label = plain(label)
-        self.cancels = cancels
-        #: How often it was clicked so far.
-        self.clicks = 0
-        self._seen = 0
+        self._words = words_of(label)
+        self._cancels = cancels
+        self._clicks = self._seen = 0
+
+    @property
+    def clicks(self) -> int:
+        """How often it was clicked so far."""
+        return self._clicks
 
     def clicked(self) -> bool:
         """Whether it was clicked since this was last asked."""
-        seen, self._seen = self._seen, self.clicks
+        seen, self._seen = self._seen, self._clicks
         return seen != self._seen
 
-    def removal(self) -> str:
-        return f"delButt:{self.slot}"
-
-    def _creation(self) -> str:
-        return f"addButt:{self.slot};{self._label}"
+    def _label(self) -> str:
+        return self._words
 
 
 class Question:
@@ -179,5 +291,30 @@ class Slots:
         return self._free[kind].pop(0)
 
     def give_back(self, widget: Widget) -> None:
-        if widget.slot is not None:
-            self._free[widget.kind].append(widget.slot)
+        if widget._slot is not None:
+            self._free[widget._kind].append(widget._slot)
+
+
+def renew_lock() -> None:
+    """In the child of a fork: who held it may have stayed with the parent."""
+    global _counting
+    _counting = threading.RLock()
+
+
+def _number(thing: object) -> Optional[float]:
+    """None for what is no finite number."""
+    try:
+        number = float(thing)  # type: ignore[arg-type]
+    except Exception:
+        return None
+    return number if math.isfinite(number) else None
+
+
+def _amount(amount: float, unit: str, beside: float = 0) -> str:
+    """"1200", "3.1"; of bytes "1.2 GB", without the unit where it stands beside a total."""
+    if unit != "B":
+        return f"{amount:.0f}" if amount >= 100 or amount == int(amount) else f"{amount:.1f}"
+    power = min(5, int(math.log10(max(beside or amount, 1)) / 3))
+    scaled = amount / 1000**power
+    digits = f"{scaled:.1f}" if power else f"{scaled:.0f}"
+    return digits if beside else f"{digits} {['B', 'kB', 'MB', 'GB', 'TB', 'PB'][power]}"

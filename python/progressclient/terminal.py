@@ -1,0 +1,167 @@
+"""One line in place of a window, where there is no display."""
+
+from __future__ import annotations
+
+import os
+import re
+import sys
+import threading
+import time
+import unicodedata
+from typing import Mapping, Optional, TextIO
+
+_REDRAWN_EVERY = 0.1  # seconds
+_BAR_WIDTH = 20  # columns
+_CONTROL = re.compile(r"[\x00-\x1f\x7f-\x9f\u2028-\u202e\u2066-\u2069]")
+
+#: Held while something is written, so that the line and what `write()` prints take turns.
+_writing = threading.RLock()
+_lines: list[Line] = []
+
+
+def has_display() -> bool:
+    """The last one says that the user knows better."""
+    return any(os.environ.get(name) for name in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"))
+
+
+class Line:
+    """On a terminal a line that is redrawn; elsewhere a line whenever the text changes, and each 10 percent.
+
+    Belongs to one thread, but for `erase()`. What it cannot write is left out.
+    """
+
+    def __init__(self) -> None:
+        stream: Optional[TextIO] = sys.stderr
+        self._stream = stream
+        self._is_redrawn = _is_terminal(stream)
+        self._tells_terminal = self._is_redrawn and takes_progress(os.environ)
+        self._due = 0.0
+        self._shown = ""
+        self._told: tuple[str, Optional[int]] = ("", None)
+
+    def open(self) -> None:
+        with _writing:
+            _lines.append(self)
+
+    def show(self, label: str, count: str, percent: Optional[int], seconds: int) -> None:
+        """percent: None while unknown. seconds: what remains; -1 while unknown."""
+        label = _CONTROL.sub(" ", label)
+        left = f"{percent} %" if percent is not None else ""
+        if percent is not None and seconds >= 0:
+            left += f", {remaining(seconds)}"
+        if self._is_redrawn:
+            self._redraw(label, _CONTROL.sub(" ", count), percent, left)
+        elif self._is_worth_telling(label, percent):
+            self._write(" ".join(filter(None, (label, left))) + "\n")
+
+    def close(self) -> None:
+        with _writing:
+            if self in _lines:
+                _lines.remove(self)
+            self.erase()
+            if self._tells_terminal:
+                self._write(progress_sequence(0, 0))
+
+    def erase(self) -> None:
+        """Until it is shown anew."""
+        if self._shown:
+            self._shown, self._due = "", 0.0
+            self._write("\r\x1b[K")
+
+    def _redraw(self, label: str, count: str, percent: Optional[int], left: str) -> None:
+        now = time.monotonic()
+        if now < self._due:
+            return
+        bar = "" if percent is None else f"[{'#' * (percent * _BAR_WIDTH // 100):-<{_BAR_WIDTH}}]"
+        rest = " ".join(filter(None, (count, bar, left)))
+        with _writing:
+            room = _columns(self._stream) - len(rest) - 2
+            line = " ".join(filter(None, (_cut(label, room), rest)))
+            if line == self._shown or not _lines:
+                return
+            self._due = now + _REDRAWN_EVERY
+            self._shown = line
+            sequence = progress_sequence(3 if percent is None else 1, percent or 0) if self._tells_terminal else ""
+            self._write(f"\r{line}\x1b[K{sequence}")
+
+    def _is_worth_telling(self, label: str, percent: Optional[int]) -> bool:
+        tenth = None if percent is None else percent // 10
+        if (label, tenth) == self._told or not (label or tenth):
+            return False
+        self._told = label, tenth
+        return True
+
+    def _write(self, text: str) -> None:
+        if not self._stream:
+            return
+        try:
+            with _writing:
+                self._stream.write(text)
+                self._stream.flush()
+        except (OSError, ValueError):  # hung up, full, or closed
+            self._stream = None
+
+
+def write(*values: object, sep: str = " ", end: str = "\n", file: Optional[TextIO] = None) -> None:
+    """Prints as `print()` does, without disturbing the line that stands in for a window on a terminal."""
+    with _writing:
+        for line in _lines:
+            line.erase()
+        print(*values, sep=sep, end=end, file=file, flush=bool(_lines))
+
+
+def takes_progress(environment: Mapping[str, str]) -> bool:
+    """Whether the terminal is known to take the sequence for progress."""
+    version = environment.get("VTE_VERSION", "")
+    return (
+        environment.get("TERM_PROGRAM") in ("WezTerm", "ghostty")
+        or bool(environment.get("WT_SESSION"))
+        or environment.get("ConEmuANSI") == "ON"
+        or (version.isdecimal() and int(version) >= 7900)
+        or re.search("P(?![a-z])", environment.get("TERM_FEATURES", "")) is not None  # a feature is a capital and more
+    )
+
+
+def progress_sequence(state: int, percent: int) -> str:
+    """State 0 takes it away, 1 shows the percent, 3 that something goes on."""
+    return f"\x1b]9;4;{state};{percent}\x1b\\"
+
+
+def remaining(seconds: int) -> str:
+    """No finer than it is known: from a minute on in steps of 10 s, from ten on of a minute."""
+    if seconds < 60:
+        return f"{seconds} s left"
+    if seconds < 600:
+        return f"{seconds // 60} min {seconds % 60 // 10 * 10} s left"
+    hours, minutes = divmod(seconds // 60, 60)
+    return (f"{hours} h " if hours else "") + f"{minutes} min left"
+
+
+def forget_lines() -> None:
+    """In the child of a fork: the line stays with the parent."""
+    global _writing
+    _writing = threading.RLock()
+    _lines.clear()
+
+
+def _is_terminal(stream: Optional[TextIO]) -> bool:
+    try:
+        return stream is not None and stream.isatty() and os.environ.get("TERM") != "dumb"
+    except Exception:
+        return False
+
+
+def _columns(stream: Optional[TextIO]) -> int:
+    try:
+        return os.get_terminal_size(stream.fileno()).columns or 80 if stream else 80
+    except (OSError, ValueError, AttributeError):
+        return 80
+
+
+def _cut(text: str, room: int) -> str:
+    """As much of it as has room in so many columns."""
+    for end, letter in enumerate(text):
+        room -= 0 if unicodedata.combining(letter) else 2 if unicodedata.east_asian_width(letter) in "WF" else 1
+        if room < 0:
+            return text[:end]
+    return text
