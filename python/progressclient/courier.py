@@ -97,13 +97,14 @@ class Courier(threading.Thread):
                 return
 
     def _draw_to_the_end(self, line: Line) -> None:
-        """For what the daemon's end has left of the work."""
+        """Also what the daemon's end has left of the work."""
         self._seconds = -1
-        while not self._leave.wait(TICK):
+        while True:
             for widget in [widget for widget in self.widgets if not widget._is_wanted]:
                 self.widgets.remove(widget)
             self._draw(line)
-        line.close()
+            if self._leave.wait(TICK):
+                return line.close()
 
     def _draw(self, line: Line) -> None:
         rows = [widget for widget in list(self.widgets) if widget._is_wanted and not isinstance(widget, Button)]
