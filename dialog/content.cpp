@@ -69,8 +69,10 @@ int CProgressDialog::createText(int id, const QString &text)
 
 void CProgressDialog::updateText(int id, const QString &text)
 {
-    if (hasRow(id))
-        labels[id]->setText(text);
+    if (!hasRow(id))
+        return;
+    labels[id]->setText(text);
+    m_layout->takeText(id);
 }
 
 void CProgressDialog::removeText(int id)

@@ -42,6 +42,8 @@ public:
     virtual void place(bool runs) = 0;
     /// The same as before, after a child has changed what it asks for.
     virtual void placeAgain() {}
+    /// A row's text is another one. The grid's bars show it when they are placed again.
+    virtual void takeText(int /*id*/) {}
     /// Takes the settings' colours anew.
     virtual void takeColors() = 0;
     virtual void paint(const QPaintEvent &event) = 0;

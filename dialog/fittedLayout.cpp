@@ -100,6 +100,15 @@ void fittedLayout::showChildren()
     tellRemaining();
 }
 
+void fittedLayout::takeText(int id)
+{
+    if (!m_content.showsBar(id))
+        return;
+    bar(id).showCaption(label(id).text());
+    if (bar(id).sizeHint().width() > bar(id).width())
+        placeAgain();
+}
+
 /// In the row of the only bar, or in the total row.
 void fittedLayout::tellRemaining()
 {

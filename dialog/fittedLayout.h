@@ -37,6 +37,7 @@ public:
     void takeColors() override;
     void place(bool runs) override;
     void placeAgain() override;
+    void takeText(int id) override;
     void paint(const QPaintEvent &event) override;
     bool closesByEscape() const override { return true; }
     void captionTotalBar() override;

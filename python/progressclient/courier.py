@@ -99,12 +99,13 @@ class Courier(threading.Thread):
     def _draw_to_the_end(self, line: Line) -> None:
         """Also what the daemon's end has left of the work."""
         self._seconds = -1
-        while True:
+        is_over = False
+        while not is_over:
+            is_over = self._leave.wait(TICK)
             for widget in [widget for widget in self.widgets if not widget._is_wanted]:
                 self.widgets.remove(widget)
             self._draw(line)
-            if self._leave.wait(TICK):
-                return line.close()
+        line.close()
 
     def _draw(self, line: Line) -> None:
         rows = [widget for widget in list(self.widgets) if widget._is_wanted and not isinstance(widget, Button)]

@@ -111,8 +111,10 @@ class PrivateDaemon:
         if self._process.returncode is None:
             return f"{self._program} does not come up"
         complaints.seek(0)
-        said = complaints.read(4096).decode("utf-8", "replace").strip().split("\n")[0]
-        return said or f"{self._program} ended with status {self._process.returncode}"
+        said = complaints.read(4096).decode("utf-8", "replace").strip().split("\n")
+        # With status 1 or 2 its last word is the reason; the toolkit's own end begins with it.
+        reason = said[-1 if self._process.returncode in (1, 2) else 0]
+        return reason or f"{self._program} ended with status {self._process.returncode}"
 
 
 def learned_name(name: str) -> str:

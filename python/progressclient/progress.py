@@ -175,6 +175,8 @@ class Progress:
 
     def _open(self) -> None:
         try:
+            if sys.is_finalizing():  # a thread would never come up
+                raise RuntimeError("the interpreter is going")
             self._courier.start()
             self._courier.is_decided.wait(START_DEADLINE)
         except RuntimeError as trouble:  # no further thread to be had

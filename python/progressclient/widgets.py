@@ -74,6 +74,7 @@ class Widget:
         text, percent = plain(self._caption()), self._percent()
         news = []
         if self._told is None:
+            text = plain(self._label())  # a count in it would stand still in a grid, which shows what it was made with
             news.append(f"{self._creation}:{self._slot};{text}")
         elif self._told[0] != text:
             news.append(f"{UPDATE_TEXT}:{self._slot};{text}")
