@@ -48,6 +48,12 @@ class Courier(threading.Thread):
         self.questions: list[Question] = []
         _couriers.add(self)
 
+    def add(self, widget: Widget) -> None:
+        """Shows it, if there is a window."""
+        if self.is_alive():
+            self.widgets.append(widget)
+            self._amounts.note(self.widgets)
+
     def leave(self, is_failed: bool) -> None:
         """Takes everything out of the window and waits until that is done, but not for long. A run that failed is
         not learned."""
@@ -141,7 +147,8 @@ class Courier(threading.Thread):
                 widget._slot = slots.take(widget._kind)
             if widget._has_slot() and channel.flush():
                 self._tell(channel, widget._news())
-        self._tell(channel, self._amounts.news(list(self.widgets)))
+        self._amounts.note(self.widgets)
+        self._tell(channel, self._amounts.news())
         for question in self.questions:
             if question.number is None and channel.flush():
                 question.number = channel.put(MSGBOX, question.payload)
@@ -185,25 +192,35 @@ class Courier(threading.Thread):
 class Amounts:
     """How much there is to do in a window: the totals of its bars, as far as they have the unit of the first one.
 
-    That the unit stays, also when its bar has gone, and that a bar that goes takes nothing away, keeps what loops in a
-    loop tell from depending on the moment. When nothing is shown any more, the run is over, and this with it.
+    That the unit stays, also when its bar has gone, that a bar that goes takes nothing away, and that each one counts
+    that ever came, keeps what loops in a loop tell from depending on the moment. When nothing is shown any more, the
+    run is over, and this with it.
     """
 
     def __init__(self) -> None:
+        self._noting = threading.RLock()
         self._unit: Optional[str] = None
-        self._told: dict[Bar, int] = {}
+        self._known: dict[Bar, int] = {}
+        self._amount = self._told = 0
 
-    def news(self, widgets: list[Widget]) -> list[str]:
+    def note(self, widgets: list[Widget]) -> None:
+        """These are shown, as any thread may tell."""
+        with self._noting:
+            if not widgets:
+                self._unit, self._known, self._amount, self._told = None, {}, 0, 0
+            bars = [bar for bar in list(widgets) if isinstance(bar, Bar) and bar._is_wanted and bar._known_amount()]
+            if bars and self._unit is None:
+                self._unit = bars[0]._unit
+            known = {bar: bar._known_amount() for bar in bars if bar._unit == self._unit}
+            if any(self._known.get(bar) != amount for bar, amount in known.items()):
+                self._amount = min(MOST_AMOUNT, sum(known.values()))
+            self._known = known
+
+    def news(self) -> list[str]:
         """What the daemon must be told, taken as told."""
-        if not widgets:
-            self._unit, self._told = None, {}
-        bars = [widget for widget in widgets if isinstance(widget, Bar) and widget._known_amount()]
-        if bars and self._unit is None:
-            self._unit = bars[0]._unit
-        amounts = {bar: bar._known_amount() for bar in bars if bar._unit == self._unit}
-        is_new = any(self._told.get(bar) != amount for bar, amount in amounts.items())
-        self._told = amounts
-        return [f"{AMOUNT}:{min(MOST_AMOUNT, sum(amounts.values()))}"] if is_new else []
+        with self._noting:
+            told, self._told = self._told, self._amount
+            return [f"{AMOUNT}:{self._amount}"] if self._amount != told else []
 
 
 _couriers: weakref.WeakSet[Courier] = weakref.WeakSet()

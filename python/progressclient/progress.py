@@ -192,8 +192,7 @@ class Progress:
             _warn(f"going on without a progress window: {self._courier.trouble}")
 
     def _add(self, widget: W) -> W:
-        if self._courier.is_alive():
-            self._courier.widgets.append(widget)
+        self._courier.add(widget)
         return widget
 
     def _offer_cancel(self, label: Union[bool, str]) -> None:

@@ -62,19 +62,24 @@ class Widget:
     def _percent(self) -> int:
         return 0
 
-    def _caption(self) -> str:
-        """What the window shall show as its text."""
-        return self._label()
+    def _counted(self) -> str:
+        """What is added to its text as time goes by."""
+        return ""
+
+    def _plain(self, text: str) -> str:
+        return plain(text)
 
     def _has_slot(self) -> bool:
         return self._slot is not None and self._slot != NO_SLOT
 
     def _news(self) -> list[str]:
         """What the daemon must be told, taken as told."""
-        text, percent = plain(self._caption()), self._percent()
+        text, percent = self._label(), self._percent()
+        if self._told:  # not at first: in a grid, which shows what the row was made with, a count would stand still
+            text = ", ".join(filter(None, (text, self._counted())))
+        text = self._plain(text)
         news = []
         if self._told is None:
-            text = plain(self._label())  # a count in it would stand still in a grid, which shows what it was made with
             news.append(f"{self._creation}:{self._slot};{text}")
         elif self._told[0] != text:
             news.append(f"{UPDATE_TEXT}:{self._slot};{text}")
@@ -171,9 +176,9 @@ class Bar(Widget):
     def _label(self) -> str:
         return ": ".join(filter(None, (self._name, self._text)))
 
-    def _caption(self) -> str:
+    def _plain(self, text: str) -> str:
         # A character without a width keeps the daemon from reading "%p", "%v" and "%m" as numbers of the bar.
-        return re.sub("%(?=[pvm])", "%\u200b", ", ".join(filter(None, (self._label(), self._counted()))))
+        return plain(re.sub("%(?=[pvm])", "%\u200b", text))
 
     def _percent(self) -> int:
         total = self._total
