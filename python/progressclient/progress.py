@@ -127,11 +127,12 @@ class Progress:
         cancel: Union[bool, str] = False,
         disable: bool = False,
         desc: object = "",
+        caption: object = "",
         unit: object = "",
     ) -> Loop[T]:
         """The items, with a bar in this window; see the function `track()`."""
         open_window = None if disable else lambda: self
-        return Loop(iterable, desc or description, total, unit, cancel, open_window, _leave)
+        return Loop(iterable, _first(description, desc, caption), total, unit, cancel, open_window, _leave)
 
     write = staticmethod(write)
 
@@ -208,6 +209,11 @@ class Progress:
             self._cancel_button = None
 
 
+def _first(*names: object) -> str:
+    """The first of them that says anything."""
+    return next(filter(None, map(words_of, names)), "")
+
+
 def _script() -> str:
     name = os.path.basename(sys.argv[0]) if getattr(sys, "argv", None) else ""
     return "" if name in ("-c", "-m", "-") else name
@@ -237,6 +243,7 @@ def track(
     cancel: Union[bool, str] = False,
     disable: bool = False,
     desc: object = "",
+    caption: object = "",
     unit: object = "",
     title: object = "",
     daemon: Optional[str] = None,
@@ -246,7 +253,7 @@ def track(
     """The items, one by one, with a window that shows how far they are. The loop runs in any case.
 
     iterable: the items; a number is as good as its range.
-    description, desc: the bar's caption.
+    description, desc, caption: three names of the bar's caption.
     total: how many there are; by default `len(iterable)`. The bar moves to and fro where that is unknown.
     cancel: True or a label for a Cancel button; then a click on it, or closing the window, raises `Cancelled` at the
         next item.
@@ -258,12 +265,12 @@ def track(
     A window that this process has open already (on the same daemon) is shared: loops within loops, and loops of
     several threads, are bars in one window.
     """
-    caption = words_of(desc) or words_of(description)
+    name = _first(description, desc, caption)
 
     def open_window() -> Progress:
-        return _shared_window(words_of(title) or caption, daemon, program, learn)
+        return _shared_window(words_of(title) or name, daemon, program, learn)
 
-    return Loop(iterable, caption, total, unit, cancel, None if disable else open_window, _leave)
+    return Loop(iterable, name, total, unit, cancel, None if disable else open_window, _leave)
 
 
 #: Windows that were opened for a loop, with how many loops use them.
