@@ -65,7 +65,7 @@ bar() {
 
 copy_tree() {
     local -a files sizes
-    local size file total_bytes=0 bytes=0 i
+    local size file copy total_bytes=0 bytes=0 i
     while IFS=' ' read -r -d '' size file; do
         files+=("$file")
         sizes+=("$size")
@@ -81,7 +81,8 @@ copy_tree() {
         cancelled && return 1
         file=${files[i]}
         progress "updateText:2;${file//[;<]/_}"
-        mkdir -p "$to/${file%/*}" && cp "$from/$file" "$to/$file"
+        copy=$to/$file
+        mkdir -p "${copy%/*}" && cp "$from/$file" "$copy"
         ((bytes += sizes[i]))
         bar 0 $((i + 1)) ${#files[@]}
         bar 1 $bytes $total_bytes

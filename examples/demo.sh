@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs copy-tree.sh on the documentation of this machine: on the desktop, or, without one, on a virtual X
-# server, with pictures of what would be seen.
+# server, with pictures of what would be seen in a folder of their own, or in the one that PICTURES names.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 from=${1:-/usr/share/doc}
@@ -14,9 +14,8 @@ on_desktop() {
 }
 
 on_virtual_screen() {
-    local pictures=$here/../build/demo display
+    local pictures=${PICTURES:-$(mktemp -d /tmp/demo-pictures.XXXXXX)} display
     mkdir -p "$pictures"
-    pictures=$(cd "$pictures" && pwd)
     coproc screen { exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -noreset 2>/dev/null; }
     helpers+=("$screen_PID")
     read -r display <&"${screen[0]}"
