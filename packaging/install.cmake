@@ -1,69 +1,84 @@
-# What is installed, and where. Components: the programs with all that is to be read, the library, what it takes to
-# build with it, and the Python module.
+# What is installed, and where; debian/ sorts it into packages.
 
 include(CMakePackageConfigHelpers)
 
-# compressed(FROM TO): a copy in the build's folder, the same for the same content.
-find_program(GZIP gzip REQUIRED)
-function(compressed from to)
-    add_custom_command(OUTPUT ${to} COMMAND ${GZIP} -9nc ${from} > ${to} DEPENDS ${from} VERBATIM)
-    add_custom_target(make_${to} ALL DEPENDS ${to})
+install(TARGETS progressd progressctl)
+# progressctl acts as zenity under that name. Outside of PATH: who wants that puts this folder in front.
+file(CREATE_LINK ../../bin/progressctl ${CMAKE_CURRENT_BINARY_DIR}/zenity SYMBOLIC)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zenity DESTINATION lib/progressd)
+
+# made(FILE COMMAND SOURCE OPTION...): a file of the build's folder that the command writes to its output.
+function(made file command source)
+    add_custom_command(OUTPUT ${file} COMMAND ${command} ${source} ${ARGN} > ${file}
+                       DEPENDS ${command} ${source} VERBATIM)
+    add_custom_target(make_${file} ALL DEPENDS ${file})
 endfunction()
 
-install(TARGETS progressd progressctl COMPONENT programs)
-# manual_page(SOURCE): installs progressd.1 and the like, compressed.
-function(manual_page source)
-    get_filename_component(page ${source} NAME)
-    string(REGEX REPLACE ".*\\." "" section ${page})
-    compressed(${source} ${page}.gz)
-    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${page}.gz
-            DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT programs)
-endfunction()
-manual_page(${CMAKE_CURRENT_SOURCE_DIR}/docs/man/progressd.1)
-manual_page(${CMAKE_CURRENT_SOURCE_DIR}/docs/man/progressctl.1)
+install(FILES docs/man/progressd.1 docs/man/progressctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 find_program(LOWDOWN lowdown)
 if(LOWDOWN)
-    set(protocol_page ${CMAKE_CURRENT_BINARY_DIR}/progressd-protocol.7)
-    set(make_page ${CMAKE_CURRENT_SOURCE_DIR}/docs/man/protocol-page.sh ${CMAKE_CURRENT_SOURCE_DIR}/docs/protocol.md)
-    add_custom_command(OUTPUT ${protocol_page} COMMAND ${make_page} > ${protocol_page} DEPENDS ${make_page} VERBATIM)
-    manual_page(${protocol_page})
+    made(progressd-protocol.7
+         ${CMAKE_CURRENT_SOURCE_DIR}/docs/man/protocol-page.sh ${CMAKE_CURRENT_SOURCE_DIR}/docs/protocol.md)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressd-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 else()
     message(STATUS "lowdown is missing: the manual page progressd-protocol(7) is left out")
 endif()
 install(FILES client/completions/progressctl.bash RENAME progressctl
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programs)
-install(FILES client/completions/_progressctl
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT programs)
-install(FILES client/completions/progressctl.fish
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT programs)
-install(DIRECTORY examples
-        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT programs USE_SOURCE_PERMISSIONS)
-# The pages, and the pictures that they show.
-install(DIRECTORY docs/
-        DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT programs PATTERN man EXCLUDE)
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT programs)
-compressed(${CMAKE_CURRENT_SOURCE_DIR}/CHANGELOG.md changelog.gz)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT programs)
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES client/completions/_progressctl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+install(FILES client/completions/progressctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
-install(TARGETS progressClient EXPORT progressClient
-        LIBRARY COMPONENT library NAMELINK_COMPONENT development)
-install(FILES client/progressClient.h
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/progressclient COMPONENT development)
+# The desktop knows the windows by the first, and software centres the packages by the second.
+install(FILES packaging/progressd.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES packaging/org.progressd.progressd.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+set(icon ${CMAKE_CURRENT_SOURCE_DIR}/packaging/progressd.svg)
+set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
+install(FILES ${icon} DESTINATION ${icons}/scalable/apps)
+find_program(RSVG_CONVERT rsvg-convert)
+if(RSVG_CONVERT)
+    foreach(size 16 24 32 48 64 128)
+        made(progressd-${size}.png ${RSVG_CONVERT} ${icon} -w ${size} -h ${size})
+        install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressd-${size}.png RENAME progressd.png
+                DESTINATION ${icons}/${size}x${size}/apps)
+    endforeach()
+else()
+    message(STATUS "rsvg-convert is missing: the icon is left to desktops that draw SVG")
+endif()
 
-# find_package(progressClient) gives the target progress::progressClient.
-set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/progressClient)
-install(EXPORT progressClient NAMESPACE progress:: FILE progressClientConfig.cmake
-        DESTINATION ${config_folder} COMPONENT development)
-write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/progressClientConfigVersion.cmake
+# The pages, and the pictures that they show, where they stand to each other as here.
+install(FILES README.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN man EXCLUDE)
+install(FILES python/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/python)
+install(DIRECTORY bench DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN "*.sh"
+        PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+install(TARGETS progressClient EXPORT progressclient)
+# The header and find_package() used to be spelled progressClient, and are found by that as well.
+set(header_folder ${CMAKE_INSTALL_INCLUDEDIR}/progressclient)
+install(FILES client/progressClient.h RENAME progressclient.h DESTINATION ${header_folder})
+file(CREATE_LINK progressclient.h ${CMAKE_CURRENT_BINARY_DIR}/progressClient.h SYMBOLIC)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressClient.h DESTINATION ${header_folder})
+
+# find_package(progressclient) gives the target progressclient::progressclient. A configuration of this name is found
+# by any spelling.
+set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/progressclient)
+install(EXPORT progressclient NAMESPACE progressclient:: FILE progressclient-targets.cmake DESTINATION ${config_folder})
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/progressclient-config.cmake [[
+include(${CMAKE_CURRENT_LIST_DIR}/progressclient-targets.cmake)
+if(NOT TARGET progress::progressClient)
+    add_library(progress::progressClient ALIAS progressclient::progressclient)
+endif()
+]])
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/progressclient-config-version.cmake
         COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressClientConfigVersion.cmake
-        DESTINATION ${config_folder} COMPONENT development)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressclient-config.cmake
+        ${CMAKE_CURRENT_BINARY_DIR}/progressclient-config-version.cmake DESTINATION ${config_folder})
 # Relative, so that a tree that was unpacked or moved elsewhere can be built with.
 file(RELATIVE_PATH PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(packaging/progressclient.pc.in progressclient.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressclient.pc
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressclient.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 # Where Debian's Python looks, for all its versions.
-install(DIRECTORY python/progressclient
-        DESTINATION lib/python3/dist-packages COMPONENT python PATTERN __pycache__ EXCLUDE)
+install(DIRECTORY python/progressclient DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE)

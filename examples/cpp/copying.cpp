@@ -3,7 +3,7 @@
 //   cmake -S . -B build && cmake --build build          or
 //   g++ -std=c++17 copying.cpp $(pkg-config --cflags --libs progressclient)
 
-#include <progressclient/progressClient.h>
+#include <progressclient/progressclient.h>
 
 #include <cstdio>
 #include <string>

@@ -1,74 +1,63 @@
 #!/usr/bin/env bash
-# What is installed is what should be, and the packages work from where they are unpacked.
+# What is installed is what should be, and the packages of `./run package` work from where they are unpacked.
 #
 # usage: packages.sh SOURCE BUILD
 set -euo pipefail
 source=$1 build=$2
 export LC_ALL=C.UTF-8
 
-[[ -n ${PACKAGES_TEST_HAS_SCREEN:-} ]] || PACKAGES_TEST_HAS_SCREEN=1 exec xvfb-run -a "$0" "$@"
-
 work=$(mktemp -d /tmp/packages-test.XXXXXX)
-export PROGRESS_IDENTIFIER=packages$$ HOME=$work XDG_RUNTIME_DIR=$work
-answerer=''
-clean_up() {
-    [[ -z $answerer ]] || kill "$answerer"
-    progressctl stop 2>/dev/null || true
-    rm -rf "$work" /var/tmp/currentTimestamps_packages$$* /var/instrument/currentTimestamps_packages$$*
-    rm -f /var/tmp/currentTimestamps_copying.txt
-}
-trap clean_up EXIT
+export HOME=$work XDG_RUNTIME_DIR=$work
+trap 'rm -rf "$work" /var/tmp/currentTimestamps_copying.txt' EXIT
 
 fail() {
     printf 'packages.sh: %s\n' "$*" >&2
     exit 1
 }
 
-# Whoever asks "Question" is answered with the button that Return presses.
-answer_boxes() {
-    local box
-    while sleep 0.2; do
-        box=$(xdotool search --onlyvisible --name '^Question$') && xdotool windowfocus "$box" key Return
-    done >/dev/null 2>&1
-}
-
 check_installed_files() {
     cmake --install "$build" --prefix "$work/tree" >/dev/null
     (cd "$work/tree" && find . ! -type d -printf '%P\n' | sed -E 's|^lib/[^/]*-linux-gnu/|lib/|;
-        s|(Config)-[a-z]+\.cmake|\1-BUILDTYPE.cmake|' | sort) >"$work/installed"
+        s|(targets)-[a-z]+\.cmake|\1-BUILDTYPE.cmake|' | sort) >"$work/installed"
     diff -u "$source/tests/client/installedFiles.txt" "$work/installed" || fail 'other files are installed'
 }
 
 unpack_packages() {
-    cpack --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/cpack.log" 2>&1 || fail "$(<"$work/cpack.log")"
-    local package
-    for package in "$work"/packages/*.deb; do
+    local folder=$source/build/package package depends
+    compgen -G "$folder/*.deb" >/dev/null || "$source/run" package >"$work/log" 2>&1 || fail "$(<"$work/log")"
+    for package in "$folder"/*.deb; do
         dpkg-deb -x "$package" "$work/root"
     done
-    local depends
-    depends=$(dpkg-deb -f "$work"/packages/progressd_*.deb Depends)
+    depends=$(dpkg-deb -f "$folder"/progressd_*.deb Depends)
     for package in libqt6widgets6 libqt6network6 libxcb-randr0; do
         [[ $depends == *$package* ]] || fail "the package does not depend on $package: $depends"
     done
-    [[ $(dpkg-deb -f "$work"/packages/libprogressclient-dev_*.deb Depends) == 'libprogressclient2 (= '* ]] ||
-        fail 'the -dev package does not depend on its library'
+    [[ -z $(find "$work/root" ! -type l ! -perm -a=r) ]] || fail 'not all can be read by all'
+    desktop-file-validate "$work"/root/usr/share/applications/*
+    appstreamcli validate --no-net --pedantic "$work"/root/usr/share/metainfo/*
     export PATH=$work/root/usr/bin:$PATH
     local config
     config=$(find "$work/root" -name progressclient.pc)
     export PKG_CONFIG_PATH=${config%/*} LD_LIBRARY_PATH=${config%/pkgconfig/*} CMAKE_PREFIX_PATH=$work/root/usr
-    PYTHONPATH=$work/root/usr/lib/python3/dist-packages python3 -c 'import progressclient' ||
-        fail 'the Python module is not where it should be'
+    export PYTHONPATH=$work/root/usr/lib/python3/dist-packages
     [[ $(command -v progressd) == "$work"/* ]] || fail 'progressd is not the one that was unpacked'
 }
 
-build_examples() {
-    local example=$work/root/usr/share/doc/progressd/examples/cpp
-    cmake -S "$example" -B "$work/example" >/dev/null
-    cmake --build "$work/example" >/dev/null
-    [[ $(timeout 60 "$work/example/copying") == no ]] || fail 'the example does not run'
-    # shellcheck disable=SC2046 # words are what is wanted
-    g++ -std=c++17 "$example/copying.cpp" $(pkg-config --cflags --libs progressclient) -o "$work/copying"
-    [[ $(timeout 60 "$work/copying") == no ]] || fail 'the example built by pkg-config does not run'
+run_their_tests() {
+    local name
+    for name in start pipe python library; do
+        (cd "$source" && AUTOPKGTEST_TMP=$work "debian/tests/$name" >"$work/log" 2>&1) || fail "$name: $(<"$work/log")"
+    done
+}
+
+# What the pages link to is where they say.
+check_links() {
+    local page link
+    while IFS= read -r page; do
+        while IFS= read -r link; do
+            [[ $link == *:* || -e ${page%/*}/${link%%#*} ]] || fail "$page: no $link"
+        done < <(grep -oP '\]\(\K[^)]+' "$page")
+    done < <(find "$work/root/usr/share/doc/progressd/" -name '*.md')
 }
 
 check_completions() {
@@ -89,8 +78,7 @@ check_completions() {
 
 check_installed_files
 unpack_packages
-answer_boxes &
-answerer=$!
-build_examples
+run_their_tests
+check_links
 check_completions
 echo 'packages.sh: all is well'
