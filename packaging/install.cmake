@@ -58,6 +58,7 @@ install(TARGETS progressClient EXPORT progressclient)
 # The header and find_package() used to be spelled progressClient, and are found by that as well.
 set(header_folder ${CMAKE_INSTALL_INCLUDEDIR}/progressclient)
 install(FILES client/progressClient.h RENAME progressclient.h DESTINATION ${header_folder})
+install(FILES client/progressCommands.h client/progressError.h DESTINATION ${header_folder})
 file(CREATE_LINK progressclient.h ${CMAKE_CURRENT_BINARY_DIR}/progressClient.h SYMBOLIC)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressClient.h DESTINATION ${header_folder})
 

@@ -1,5 +1,5 @@
-#include "progressctl/carriable.h"
 #include "progressctl/exitStatus.h"
+#include "progressctl/plainText.h"
 #include "progressctl/theme.h"
 #include "progressctl/verbs.h"
 
@@ -20,7 +20,7 @@ struct startArguments {
 int start(const commonOptions &common, const startArguments &arguments)
 {
     settingEntries look = loadLook(arguments.look);
-    look.insert(look.begin(), {"windowTitle", titleSetting(common.identifier)});
+    look.insert(look.begin(), {"windowTitle", oneLine(common.identifier)});
     progressClient::daemonOptions options;
     options.program = daemonProgram();
     options.basePort = arguments.basePort;

@@ -16,7 +16,7 @@ void addSlot(CLI::App *verb, slotArguments &given)
 {
     verb->add_option("SLOT", given.slot, "Slot, 0 to 9")
         ->required()
-        ->check(CLI::Range(0, progressClient::slots - 1));
+        ->check(CLI::Range(0, progressClient::slotCount - 1));
 }
 
 using action = std::function<void(progressClient &, const slotArguments &)>;

@@ -30,7 +30,7 @@ void addLook(CLI::App *verb, pipeOptions &given)
     verb->add_option("--percentage", given.percentage, "Where the bar starts");
     verb->add_flag("--pulsate", given.pulsates, "Moves the bar to and fro, until 100");
     verb->add_option("--slot", given.slot, "Slot of the bar and the button, instead of any that is free")
-        ->check(CLI::Range(0, progressClient::slots - 1));
+        ->check(CLI::Range(0, progressClient::slotCount - 1));
     addLookOptions(*verb, given.look);
     verb->add_option("--width", given.width, "Least width of a window of its own, in pixels")
         ->check(CLI::Range(0, 8192));

@@ -1,7 +1,5 @@
 #include "progressctl/pipeWindow.h"
 
-#include "client/protocolText.h"
-#include "progressctl/carriable.h"
 #include "progressctl/exitStatus.h"
 #include "progressctl/iconFile.h"
 #include "progressctl/plainText.h"
@@ -62,7 +60,7 @@ settingEntries pipeWindow::ownSettings() const
 {
     settingEntries settings = loadLook(m_options.look);
     const std::string &title = m_options.title.empty() ? defaultTitle : m_options.title;
-    settings.insert(settings.begin(), {"windowTitle", titleSetting(title)});
+    settings.insert(settings.begin(), {"windowTitle", oneLine(title)});
     settings.emplace_back("windowModal", m_options.isModal ? "on" : "off");
     if (m_options.width > 0)
         settings.emplace_back("windowWidth", std::to_string(m_options.width));
@@ -91,11 +89,11 @@ void pipeWindow::showContent()
     if (m_options.hasCancel || m_options.waitForOk || m_options.showsRemaining ||
         !m_options.extraLabels.empty())
         m_client->listen();
-    tell("create:", m_slots[0], caption());
+    m_untold.createBar(m_slots[0], caption());
     showButtons(m_options.hasCancel ? m_options.cancelLabel : std::string());
     // Its user may have closed the window, which does not come back for further content.
     if (!m_ownDaemon)
-        m_untold += message("progress", "activate");
+        m_untold.activate();
 }
 
 /// The further ones and one with this label, if it has one.
@@ -103,10 +101,10 @@ void pipeWindow::showButtons(const std::string &label)
 {
     for (std::size_t i = 0; i < m_options.extraLabels.size(); ++i) {
         if (const auto slot = slotAt(i + 1))
-            tell("addButt:", *slot, labelFromMnemonic(m_options.extraLabels[i]));
+            m_untold.addButton(*slot, labelFromMnemonic(m_options.extraLabels[i]));
     }
     if (!label.empty())
-        tell("addButt:", m_slots[0], labelFromMnemonic(label));
+        m_untold.addButton(m_slots[0], labelFromMnemonic(label));
     m_hasButton = !label.empty();
 }
 
@@ -117,19 +115,9 @@ std::string pipeWindow::caption() const
     return m_options.title.empty() ? defaultTitle : oneLine(m_options.title);
 }
 
-void pipeWindow::tell(const char *verb, int slot)
-{
-    m_untold += message("progress", verb + std::to_string(slot));
-}
-
-void pipeWindow::tell(const char *verb, int slot, const std::string &text)
-{
-    m_untold += message("progress", verb + std::to_string(slot) + ';' + carriable(text, "progress"));
-}
-
 void pipeWindow::send()
 {
-    m_client->send(std::exchange(m_untold, {}));
+    m_client->send(m_untold);
 }
 
 /// With a slot that was asked for, the others are the next ones, and below it those that are left.
@@ -138,10 +126,10 @@ int pipeWindow::nextSlot()
     if (m_options.slot < 0)
         return m_client->claim();
     const int count = static_cast<int>(m_slots.size());
-    if (count == progressClient::slots)
+    if (count == progressClient::slotCount)
         return -1;
     const int above = m_options.slot + count;
-    return above < progressClient::slots ? above : progressClient::slots - 1 - count;
+    return above < progressClient::slotCount ? above : progressClient::slotCount - 1 - count;
 }
 
 std::optional<int> pipeWindow::slotAt(std::size_t index)
@@ -161,9 +149,9 @@ void pipeWindow::show(const pipeContent &wanted)
 {
     const bool moves = wanted.pulsates && wanted.percent < 100;
     if (moves && !m_shown.pulsates)
-        tell("pulse:", m_slots[0]);
+        m_untold.pulse(m_slots[0]);
     else if (!moves && (m_shown.pulsates || wanted.percent != m_shown.percent))
-        tell("update:", m_slots[0], std::to_string(wanted.percent));
+        m_untold.updateBar(m_slots[0], wanted.percent);
     if (wanted.text != m_shown.text)
         showText(wanted.text);
     m_shown = wanted;
@@ -179,9 +167,11 @@ void pipeWindow::showText(const std::string &text)
     // A line for nothing but the remaining time goes with it.
     const bool isUseless = m_hasText && text.empty() && m_options.showsRemaining;
     if (isUseless)
-        tell("delText:", *slot);
+        m_untold.removeText(*slot);
+    else if (m_hasText)
+        m_untold.updateText(*slot, text);
     else
-        tell(m_hasText ? "updateText:" : "addText:", *slot, text);
+        m_untold.createText(*slot, text);
     m_hasText = !isUseless;
 }
 
@@ -193,17 +183,17 @@ void pipeWindow::offerOk(bool isWorthLearning)
     takeAway(isWorthLearning);
     if (m_ownDaemon) {
         // With so few moments as this run has, an exact estimate shows nothing.
-        m_untold += message("configuration", "estimate=exact");
-        tell("create:", m_slots[0], caption());
-        tell("update:", m_slots[0], std::to_string(m_shown.percent));
+        m_untold.configure({{"estimate", "exact"}});
+        m_untold.createBar(m_slots[0], caption());
+        m_untold.updateBar(m_slots[0], m_shown.percent);
     } else {
-        tell("addText:", m_slots[0], caption() + ' ' + std::to_string(m_shown.percent) + '%');
+        m_untold.createText(m_slots[0], caption() + ' ' + std::to_string(m_shown.percent) + '%');
     }
     if (!m_shown.text.empty())
         showText(m_shown.text);
     showButtons(m_options.okLabel);
     if (m_ownDaemon)
-        m_untold += message("progress", "messageStop");
+        m_untold.messageStop();
     send();
 }
 
@@ -249,14 +239,14 @@ void pipeWindow::close(bool isWorthLearning)
 void pipeWindow::takeAway(bool isWorthLearning)
 {
     if (m_ownDaemon && !isWorthLearning)
-        m_untold += message("progress", "messageStart");
+        m_untold.messageStart();
     if (m_hasText)
-        tell("delText:", m_slots[1]);
+        m_untold.removeText(m_slots[1]);
     if (m_hasButton)
-        tell("delButt:", m_slots[0]);
+        m_untold.removeButton(m_slots[0]);
     for (std::size_t i = 1; i <= m_options.extraLabels.size() && i < m_slots.size(); ++i)
-        tell("delButt:", m_slots[i]);
+        m_untold.removeButton(m_slots[i]);
     // The last, or its going would be learned as a fall to 0 percent.
-    tell("remove:", m_slots[0]);
+    m_untold.removeBar(m_slots[0]);
     m_hasText = false;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/processHandle.h"
+#include "client/system.h"
 #include "progressctl/common.h"
 #include "progressctl/theme.h"
 
@@ -84,8 +84,6 @@ private:
     void showButtons(const std::string &label);
     void showText(const std::string &text);
     void takeAway(bool isWorthLearning);
-    void tell(const char *verb, int slot);
-    void tell(const char *verb, int slot, const std::string &text);
     void send();
     std::optional<int> slotAt(std::size_t index);
     int nextSlot();
@@ -95,7 +93,7 @@ private:
     const pipeOptions &m_options;
     std::optional<progressClient> m_client;
     std::unique_ptr<processHandle> m_ownDaemon;
-    std::string m_untold; ///< messages for the daemon, which `send()` sends in one piece
+    progressBatch m_untold; ///< what `send()` sends
     std::vector<int>
         m_slots; ///< of the bar and its button; of the text and the first extra button; of the next
     bool m_isFullTold = false;

@@ -153,3 +153,10 @@ std::string labelFromMnemonic(std::string_view text)
     }
     return made;
 }
+
+std::string oneLine(std::string text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char each) { return each < ' '; }, ' ');
+    return text;
+}

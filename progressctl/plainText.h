@@ -14,3 +14,6 @@ std::string withoutMarkup(const std::string &text);
 /// and
 /// "__" is an underscore. "&" is nothing special in it.
 std::string labelFromMnemonic(std::string_view text);
+
+/// Line ends and other control characters made blanks.
+std::string oneLine(std::string text);

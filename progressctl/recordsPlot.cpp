@@ -1,6 +1,6 @@
 #include "progressctl/recordsPlot.h"
 
-#include "client/descriptor.h"
+#include "client/system.h"
 #include "progressctl/common.h"
 #include "progressctl/exitStatus.h"
 #include "progressctl/writer.h"

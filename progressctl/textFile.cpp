@@ -1,6 +1,6 @@
 #include "progressctl/textFile.h"
 
-#include "client/waiting.h"
+#include "client/system.h"
 #include "progressctl/common.h"
 #include "progressctl/exitStatus.h"
 

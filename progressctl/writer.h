@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/processHandle.h"
+#include "client/system.h"
 
 #include <memory>
 #include <string>

@@ -50,5 +50,7 @@ void handlers::doProgress(const progressCommand &command)
     case progressVerb::pulse:
         dialog.pulseBar(slot);
         break;
+    case progressVerb::amount:
+        break;
     }
 }

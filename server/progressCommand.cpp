@@ -46,6 +46,10 @@ bool readArguments(progressCommand &command, argumentKind kind, std::string_view
 {
     if (kind == argumentKind::slotAndValue && readPlainNumbers(command, text))
         return true;
+    if (kind == argumentKind::text) {
+        command.text = caption(text, from);
+        return true;
+    }
     const size_t semicolon = text.find(';');
     command.slot = number(text.substr(0, semicolon), from);
     if (kind == argumentKind::slot || semicolon == text.npos)

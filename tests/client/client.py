@@ -72,7 +72,10 @@ class FakeDaemon:
         self.socket.bind(path)
         self.socket.listen()
         if not silent:
-            threading.Thread(target=self.serve, daemon=True).start()
+            self.serve_aside()
+
+    def serve_aside(self):
+        threading.Thread(target=self.serve, daemon=True).start()
 
     def serve(self):
         with contextlib.suppress(OSError):

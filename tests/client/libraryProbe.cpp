@@ -1,14 +1,26 @@
-// What progressctl does not use of the client library, against the daemon that is named. Prints a line for
-// each step; the test that runs it is the user.
+// What progressctl does not use of the client library, against the daemon that is named.
+//
+// usage: libraryProbe IDENTIFIER DEED: the deed is one of the table at the end. Prints a line for each step,
+// and "done"; the test that runs it is the user.
 
+// As behind a header of the toolkit.
+#define slots
+#define forever for (;;)
 #include "client/progressClient.h"
 
+#include <atomic>
+#include <climits>
 #include <cstdio>
 #include <functional>
+#include <map>
 #include <poll.h>
+#include <set>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 using client = progressClient;
-using reason = progressClient::error::reason;
+using reason = progressError::reason;
 using namespace std::chrono_literals;
 
 namespace
@@ -38,10 +50,7 @@ void expectError(reason why, const char *what, const std::function<void()> &call
 
 client::question boxNamed(const std::string &title)
 {
-    client::question box;
-    box.title = title;
-    box.buttons = {client::button::yes, client::button::no};
-    return box;
+    return {.title = title, .buttons = {client::button::yes, client::button::no}};
 }
 
 void refuse(client &window)
@@ -50,13 +59,17 @@ void refuse(client &window)
         expectError(reason::badArgument, what, call);
     };
     refuses("slot -1", [&] { window.createBar(-1, ""); });
-    refuses("-2 percent", [&] { window.updateBar(0, -2); });
-    refuses("zero byte", [&] { window.createText(0, std::string_view("a\0b", 3)); });
-    refuses("closing tag", [&] { window.reportAssertion("</assert>"); });
-    refuses("16 MiB", [&] { window.createText(0, std::string(16 << 20, 'x')); });
-    refuses("[#] in a box", [&] { window.ask(boxNamed("[#]")); });
+    refuses("slot 10", [&] { window.pulse(10); });
+    refuses("a key with a semicolon", [&] { window.configure({{"a;b", ""}}); });
     refuses("a box that is not open", [&] { window.answer(9); });
     refuses("no listener", [&] { window.nextEvent(0ms); });
+    refuses("a name that is not learned", [] { client::startDaemon("x", {.learnName = "y"}); });
+    refuses("a base port of 1", [] { client::startDaemon("x", {.basePort = 1}); });
+    refuses("an identifier with a slash", [] { client::orNothing("a/b"); });
+    client kept = std::move(window);
+    refuses("moved from", [&] { window.activate(); });
+    refuses("moved from, without a call to the daemon", [&] { static_cast<void>(window.fd()); });
+    window = std::move(kept);
     auto box = boxNamed("");
     box.preset = client::button::ok;
     refuses("default that is no button", [&] { window.ask(box); });
@@ -101,18 +114,166 @@ void hear(client &window)
     expect(each.has_value(), "the percent of an event");
 }
 
+/// With a daemon: boxes, claims, events.
+void useAll(const char *name)
+{
+    client window(name, 10s);
+    expect(window.claim() == 0, "the first slot");
+    refuse(window);
+    ask(window);
+    hear(window);
+    window.finish();
+    expectError(reason::gone, "use after the end", [&] { window.activate(); });
+}
+
+/// What data may hold, sent in one piece.
+void carry(const char *name)
+{
+    client window(name, client::milliseconds::max());
+    expect(window.claim() == 0, "an answer within the longest time");
+    progressBatch batch;
+    batch.createBar(0, std::string_view("a</progress>\0;b", 15));
+    batch.updateBar(0, 101);
+    batch.updateBar(0, INT_MIN);
+    batch.updateBar(0, client::givenUp);
+    batch.setAmount(-1);
+    batch.setAmount(INT64_MAX);
+    batch.configure({{"windowTitle", "a;</configuration>"}});
+    batch.createText(1, std::string(70'000, 'x') + "\u00e9");
+    window.send(batch);
+    expect(batch.isEmpty(), "an empty batch");
+    expectError(reason::timedOut, "nobody answers", [&] { window.ask(boxNamed("[#]</msgbox>"), 10ms); });
+}
+
+template <typename Act> double secondsOf(const Act &act)
+{
+    const auto start = std::chrono::steady_clock::now();
+    act();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// A daemon that does not get on for a while.
+void wait(const char *name)
+{
+    client window(name, 1s);
+    const auto claim = [&] { expectError(reason::timedOut, "a claim", [&] { window.claim(); }); };
+    expect(secondsOf(claim) > 0.9, "the time that was given");
+    const double again = secondsOf([&] {
+        for (int i = 0; i < 20; ++i)
+            claim();
+        expectError(reason::timedOut, "a look", [&] { window.checkAlive(); });
+    });
+    expect(again < 0.5, "later calls answer at once");
+    say("asked");
+    std::getchar();
+    expect(window.claim() == 0 && window.claim() == 1, "each claim is asked for once");
+    client patient(name, client::unlimited);
+    expect(patient.claim() == 2, "an answer, without a limit");
+}
+
+/// A daemon that reads nothing.
+void breakOff(const char *name)
+{
+    client window(name, 300ms);
+    expectError(reason::timedOut, "half a message", [&] { window.send(std::string(8 << 20, 'x')); });
+    expectError(reason::gone, "the next one", [&] { window.activate(); });
+    expectError(reason::gone, "and the next", [&] { window.claim(); });
+}
+
+/// The connection is the parent's.
+void separate(const char *name)
+{
+    client window(name, 10s);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        window.finish();
+        client closed = std::move(window);
+        std::_Exit(0);
+    }
+    ::waitpid(child, nullptr, 0);
+    expect(window.claim() == 0, "the parent's connection");
+}
+
+/// Started and ended by several at once.
+void race(const char *name)
+{
+    for (const bool isPrivate : {true, false}) {
+        const std::string own = name + std::string(isPrivate ? "p" : "");
+        std::atomic<int> starters = 0;
+        std::atomic<int> failures = 0;
+        std::vector<pid_t> serving(4);
+        std::vector<std::thread> threads;
+        for (pid_t &each : serving) {
+            threads.emplace_back([&] {
+                const auto made = client::startDaemon(
+                    own, {.basePort = isPrivate ? client::noBasePort : 0, .isPrivate = isPrivate});
+                starters += made.wasRunning ? 0 : 1;
+                each = made.process;
+            });
+        }
+        const auto joinAll = [&threads] {
+            for (std::thread &each : threads)
+                each.join();
+            threads.clear();
+        };
+        joinAll();
+        const client window(own);
+        expect(starters == 1, "one has started the daemon");
+        expect(std::set(serving.begin(), serving.end()) == std::set{window.daemonProcess()}, "all know it");
+        for (int i = 0; i < 8; ++i) {
+            threads.emplace_back([&] {
+                try {
+                    client::stopDaemon(own);
+                } catch (const client::error &problem) {
+                    if (problem.why() != reason::notRunning) {
+                        ++failures;
+                        say(problem.what());
+                    }
+                }
+            });
+        }
+        joinAll();
+        expect(failures == 0, "a daemon that others have ended is ended");
+    }
+}
+
+/// Without a daemon, and with one that hangs up.
+void goOn(const char *name)
+{
+    for (const auto &options : {client::daemonOptions{.program = "/nowhere"}, client::daemonOptions{}}) {
+        const bool connects = options.program.empty();
+        client window = connects ? client::orNothing(name) : client::orNothing("nobody", options);
+        expect(connects == window.whyGone().empty(), "why there is no daemon");
+        window.listen();
+        expect(window.claim() == -1 && window.fd() == -1, "no slot");
+        window.createBar(0, "x");
+        expect(window.ask(boxNamed("x")) == client::button::none, "no answer");
+        expect(!window.nextEvent(60s) && window.handleEvents([](const auto &) {}) == 0, "no event");
+        expect(!window.whyGone().empty(), "why it is gone");
+        window.finish();
+    }
+}
+
+void tellReason(const char *name)
+{
+    try {
+        client::startDaemon(name);
+    } catch (const client::error &problem) {
+        say(problem.what());
+    }
+}
+
+const std::map<std::string, void (*)(const char *)> deeds{
+    {"useAll", useAll},     {"carry", carry}, {"wait", wait}, {"breakOff", breakOff},
+    {"separate", separate}, {"race", race},   {"goOn", goOn}, {"tellReason", tellReason},
+};
+
 } // namespace
 
 int main(int, char **arguments)
 {
     try {
-        client window(arguments[1], 10s);
-        expect(window.claim() == 0, "the first slot");
-        refuse(window);
-        ask(window);
-        hear(window);
-        window.finish();
-        expectError(reason::gone, "use after the end", [&] { window.activate(); });
+        deeds.at(arguments[2])(arguments[1]);
         say("done");
     } catch (const client::error &problem) {
         say(std::string("WRONG: ") + problem.what());

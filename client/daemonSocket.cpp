@@ -1,8 +1,6 @@
-#include "client/localSocket.h"
+#include "client/daemonSocket.h"
 
-#include "client/progressClient.h"
-#include "client/socketPath.h"
-#include "client/waiting.h"
+#include "wire/places.h"
 
 #include <cerrno>
 #include <cstring>
@@ -15,15 +13,10 @@
 namespace
 {
 
-using error = progressClient::error;
+using error = progressError;
 
 /// Of what comes after the last word to the daemon, in bytes.
 constexpr std::size_t mostHeard = 1024 * 1024;
-
-[[noreturn]] void throwTimedOut(const char *what)
-{
-    throw error(error::reason::timedOut, std::string("the daemon does not ") + what + " in time");
-}
 
 [[noreturn]] void throwNotRunning(const std::string &identifier, const std::string &path)
 {
@@ -63,17 +56,44 @@ void limitConnecting(int fd, const deadline &until)
 
 } // namespace
 
+std::string socketPathOf(const std::string &identifier)
+{
+    const auto path = wire::socketPath(wire::socketFolder(), identifier);
+    if (!path)
+        throw error(error::reason::badArgument,
+                    "an identifier is a part of a file name: not empty, without \"/\"");
+    // What would fit into the usual folder, /run/user/UID/progressd, is no fault of the caller's.
+    constexpr std::size_t longestUsual = 70;
+    if (!wire::fitsSocket(*path))
+        throw error(identifier.size() > longestUsual ? error::reason::badArgument : error::reason::system,
+                    *path + " is too long for a socket");
+    return *path;
+}
+
+std::string checkedSocketFolder()
+{
+    std::string folder = wire::socketFolder();
+    if (const std::string fault = wire::faultOfSocketFolder(folder); !fault.empty())
+        throw error(error::reason::notOurs, fault + "; it has to be this user's alone");
+    return folder;
+}
+
+void throwTimedOut(const char *what)
+{
+    throw error(error::reason::timedOut, std::string("the daemon does not ") + what + " in time");
+}
+
 void throwGone()
 {
     throw error(error::reason::gone, "the daemon has hung up (it ended, or has no room for another client)");
 }
 
-localSocket localSocket::connect(const std::string &identifier, const deadline &until)
+daemonSocket daemonSocket::connect(const std::string &identifier, const deadline &until)
 {
-    const std::string path = socketPath(identifier);
-    checkSocketFolder();
+    const std::string path = socketPathOf(identifier);
+    checkedSocketFolder();
     checkSocketFile(identifier, path);
-    localSocket made(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    daemonSocket made(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (made.fd() < 0)
         throw error(error::reason::system, systemText("no socket"));
 
@@ -93,26 +113,28 @@ localSocket localSocket::connect(const std::string &identifier, const deadline &
     return made;
 }
 
-pid_t localSocket::daemonProcess() const
+pid_t daemonSocket::daemonProcess() const
 {
     return peerOf(fd()).pid;
 }
 
-void localSocket::send(std::string_view bytes, const deadline &until)
+std::size_t daemonSocket::send(std::string_view bytes, const deadline &until)
 {
-    while (!bytes.empty()) {
-        const ssize_t sent = ::send(fd(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    std::size_t all = 0;
+    while (all < bytes.size()) {
+        const ssize_t sent = ::send(fd(), bytes.data() + all, bytes.size() - all, MSG_NOSIGNAL);
         if (sent >= 0)
-            bytes.remove_prefix(static_cast<std::size_t>(sent));
+            all += static_cast<std::size_t>(sent);
         else if (errno == EAGAIN) {
             if (!waitFor(fd(), POLLOUT, until))
-                throwTimedOut("take the message");
+                break;
         } else if (errno != EINTR)
             throwGone();
     }
+    return all;
 }
 
-std::optional<std::size_t> localSocket::receive(char *buffer, std::size_t size, const deadline &until)
+std::optional<std::size_t> daemonSocket::receive(char *buffer, std::size_t size, const deadline &until)
 {
     for (;;) {
         const ssize_t got = ::recv(fd(), buffer, size, 0);
@@ -125,28 +147,44 @@ std::optional<std::size_t> localSocket::receive(char *buffer, std::size_t size, 
     }
 }
 
-std::string localSocket::finish(const deadline &until)
+void daemonSocket::endSending()
 {
     ::shutdown(fd(), SHUT_WR);
-    std::string heard;
+}
+
+bool daemonSocket::waitForEnd(std::string &heard, const deadline &until)
+{
     char buffer[4096];
     while (const auto got = receive(buffer, sizeof buffer, until)) {
         if (*got == 0)
-            return heard;
+            return true;
         if (heard.size() < mostHeard)
             heard.append(buffer, *got);
     }
-    throwTimedOut("answer");
+    return false;
 }
 
-bool answers(const std::string &identifier, const deadline &until)
+std::string daemonSocket::finish(const deadline &until)
+{
+    std::string heard;
+    endSending();
+    if (!waitForEnd(heard, until))
+        throwTimedOut("answer");
+    return heard;
+}
+
+void daemonSocket::abort()
+{
+    ::shutdown(fd(), SHUT_RDWR);
+}
+
+std::optional<pid_t> answeringProcess(const std::string &identifier, const deadline &until)
 {
     try {
-        localSocket::connect(identifier, until);
-        return true;
+        return daemonSocket::connect(identifier, until).daemonProcess();
     } catch (const error &problem) {
         if (problem.why() != error::reason::notRunning)
             throw;
-        return false;
+        return std::nullopt;
     }
 }

@@ -1,8 +1,7 @@
-#include "client/processHandle.h"
-
-#include "client/waiting.h"
+#include "client/system.h"
 
 #include <cerrno>
+#include <system_error>
 
 // The C library's header forgets that it may be read as C++.
 extern "C" {
@@ -24,4 +23,21 @@ bool processHandle::waitForEnd(const deadline &until) const
 bool processHandle::hasEnded() const
 {
     return waitForEnd(deadline(std::chrono::milliseconds(0)));
+}
+
+bool waitFor(int fd, short events, const deadline &until)
+{
+    pollfd waiting{fd, events, 0};
+    for (;;) {
+        const int left = until.leftForPoll();
+        if (::poll(&waiting, 1, left) > 0)
+            return true;
+        if (left == 0 || (left > 0 && until.isOver()))
+            return false;
+    }
+}
+
+std::string systemText(const std::string &what)
+{
+    return what + ": " + std::generic_category().message(errno);
 }
