@@ -6,6 +6,7 @@
 #include "server/windowOrder.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
+#include "wire/words.h"
 
 #include <charconv>
 #include <utility>
@@ -13,11 +14,14 @@
 namespace
 {
 
+using wire::eventKind;
+
 /// Text of an event with numbers in it.
 class eventText
 {
 public:
-    eventText &operator<<(QByteArrayView text)
+    explicit eventText(eventKind kind) { *this << wire::nameOf(kind); }
+    eventText &operator<<(std::string_view text)
     {
         m_end = std::copy(text.begin(), text.end(), m_end);
         return *this;
@@ -191,7 +195,7 @@ void activeDialog::clearSlot(int slot)
 
 void activeDialog::progressVisibilityChanged(bool isVisible)
 {
-    m_listeners.send(isVisible ? "isShown" : "isHidden");
+    m_listeners.send(wire::nameOf(isVisible ? eventKind::isShown : eventKind::isHidden));
     m_windowIsActive = isVisible;
     if (isVisible) {
         if (!m_busyActive)
@@ -210,17 +214,17 @@ void activeDialog::updateTotalPercent(int currentPercent, int remainingSeconds)
     if (m_windowIsActive)
         m_splash->setBusyPercent(currentPercent);
     if (!m_listeners.empty())
-        m_listeners.send(eventText() << "totalProgress=" << currentPercent << "|" << remainingSeconds);
+        m_listeners.send(eventText(eventKind::totalProgress) << currentPercent << "|" << remainingSeconds);
 }
 
 void activeDialog::clicked(int slot)
 {
-    m_listeners.send(eventText() << "clicked:" << slot);
+    m_listeners.send(eventText(eventKind::clicked) << slot);
 }
 
 void activeDialog::closed()
 {
-    m_listeners.sendLocal("closed");
+    m_listeners.sendLocal(wire::nameOf(eventKind::closed));
 }
 
 bool activeDialog::isInputBlocked() const

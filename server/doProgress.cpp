@@ -15,7 +15,7 @@ void handlers::doProgress(const progressCommand &command)
         break;
     case progressVerb::activate:
         m_active.activate();
-        m_listeners.send("isActivated");
+        m_listeners.send(wire::nameOf(wire::eventKind::isActivated));
         break;
     case progressVerb::busyOn:
         m_active.busyOn();
