@@ -10,7 +10,7 @@ from client import ClientCase, FakeDaemon
 from harness import main
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "../../python"))
-from progressclient import boxes  # noqa: E402
+from progressclient import words as python_words  # noqa: E402
 
 LOCALE = ('progressd: Detected locale "C" with character encoding "ANSI_X3.4-1968", which is not UTF-8.\n'
           'Qt depends on a UTF-8 locale, and has switched to "C.UTF-8" instead.\n')
@@ -91,8 +91,8 @@ class Library(ClientCase):
         printed = subprocess.run([os.environ["PRINT_WORDS"]], check=True, stdout=subprocess.PIPE, text=True).stdout
         words = [line.split() for line in printed.splitlines()]
         buttons = {word[1]: int(word[2]) for word in words if word[0] == "button"}
-        self.assertEqual(boxes.BUTTONS, buttons)
-        self.assertEqual(list(boxes.ICONS), [word[1] for word in words if word[0] == "icon"])
+        self.assertEqual(python_words.BUTTONS, buttons)
+        self.assertEqual(list(python_words.ICONS), [word[1] for word in words if word[0] == "icon"])
         with open(os.path.join(os.path.dirname(__file__), "../../client/progressClient.h")) as header:
             named = dict(re.findall(r"^ {8}(\w+) = (0x[0-9a-f]+),$", header.read(), re.M))
         camel = {re.sub("-(.)", lambda part: part[1].upper(), name): number for name, number in buttons.items()}
