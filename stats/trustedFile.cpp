@@ -99,6 +99,9 @@ bool replaceTrusted(const char *path, const std::function<void(QIODevice &)> &wr
     if (isRenamed) // even where the user's mask would let others write
         file.setPermissions(file.permissions() & ~(QFile::WriteGroup | QFile::WriteOther));
     write(file);
+    // The toolkit's commit() misses that its buffer does not fit the disk any more.
+    if (!file.flush())
+        file.cancelWriting();
     if (file.commit() && isRenamed)
         std::rename(QFile::encodeName(name).constData(), old.target.c_str());
     return true;

@@ -7,6 +7,7 @@ usage: statistics.py PROBE rules|files|strangers
 and say why, where the system does not let them.
 """
 
+import contextlib
 import os
 import pathlib
 import random
@@ -152,6 +153,25 @@ def check_places(probe):
     check("mask", oct(FALLBACK.stat().st_mode), "0o100644")
 
 
+def check_full_disk(probe):
+    """The old file stays whole, whether or not the new one fits a buffer on its way."""
+    clear()
+    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=256k", "none", TEMPORARY], check=True)
+    for count in (10, 300, 1900, 3900):
+        FALLBACK.unlink(missing_ok=True)
+        probe.ask("load id", f"record 95 1 {'7.' * count} 1", "save")
+        old = FALLBACK.read_bytes()
+        with open(TEMPORARY / "filler", "wb", buffering=0) as filler, contextlib.suppress(OSError):
+            while True:
+                filler.write(bytes(4096))
+        probe.ask("load id", "pool 0.1001", "run 60")
+        check(f"full disk, {len(old)}", (FALLBACK.read_bytes() == old, len(list(TEMPORARY.iterdir()))), (True, 2))
+        (TEMPORARY / "filler").unlink()
+        probe.ask("load id", "pool 0.1001", "run 60")
+        check("disk with room", FALLBACK.read_bytes().count(b"\n"), 3)
+    subprocess.run(["umount", TEMPORARY], check=True)
+
+
 def check_log(probe):
     clear()
     probe.ask("load id", "record 95 2 3.1000.2000.3000", "record 120 1 4.1004.2004.3024", "pool 0.1000.2000",
@@ -213,7 +233,7 @@ def main():
         sys.argv[1] = shutil.copy(sys.argv[1], "/var")
     probe = Probe()
     for one in {"rules": (check_cases, check_going_on, check_full_table),
-                "files": (check_loading, check_places, check_log), "strangers": (check_strangers,)}[part]:
+                "files": (check_loading, check_places, check_full_disk, check_log), "strangers": (check_strangers,)}[part]:
         one(probe)
     sys.exit(f"{len(failures)} failed" if failures else 0)
 
