@@ -1,6 +1,7 @@
 #include "server/handlers.h"
 
 #include "dialog/CProgressDialog.h"
+#include "stats/statistics.h"
 
 void handlers::doProgress(const progressCommand &command)
 {
@@ -46,6 +47,9 @@ void handlers::doProgress(const progressCommand &command)
         break;
     case progressVerb::delText:
         dialog.removeText(slot);
+        break;
+    case progressVerb::amount:
+        statistics.setAmount(command.amount);
         break;
     case progressVerb::pulse:
         dialog.pulseBar(slot);

@@ -1,6 +1,7 @@
 #include "server/progressCommand.h"
 
 #include "server/limits.h"
+#include "wire/recordLine.h"
 #include "wire/tags.h"
 
 #include <charconv>
@@ -46,6 +47,10 @@ bool readArguments(progressCommand &command, argumentKind kind, std::string_view
 {
     if (kind == argumentKind::slotAndValue && readPlainNumbers(command, text))
         return true;
+    if (kind == argumentKind::amount) {
+        command.amount = wire::readAmount(text);
+        return true;
+    }
     const size_t semicolon = text.find(';');
     command.slot = number(text.substr(0, semicolon), from);
     if (kind == argumentKind::slot || semicolon == text.npos)

@@ -34,10 +34,11 @@ enum class progressVerb : unsigned char {
     updateText,
     delText,
     pulse,
+    amount,
 };
 
 /// What stands behind a keyword, separated by ";".
-enum class argumentKind : unsigned char { none, slot, slotAndValue, slotAndText };
+enum class argumentKind : unsigned char { none, slot, slotAndValue, slotAndText, amount };
 
 struct progressForm {
     std::string_view keyword;
@@ -60,8 +61,9 @@ inline constexpr std::array progressForms{
     progressForm{"updateText:", argumentKind::slotAndText},
     progressForm{"delText:", argumentKind::slot},
     progressForm{"pulse:", argumentKind::slot},
+    progressForm{"amount:", argumentKind::amount},
 };
-static_assert(progressForms.size() == static_cast<std::size_t>(progressVerb::pulse) + 1);
+static_assert(progressForms.size() == static_cast<std::size_t>(progressVerb::amount) + 1);
 
 constexpr const progressForm &formOf(progressVerb verb)
 {
