@@ -3,6 +3,7 @@
 #include "log/dump.h"
 #include "stats/progressRun.h"
 #include "stats/userFolder.h"
+#include "wire/places.h"
 #include "wire/recordLine.h"
 
 #include <QFile>
@@ -165,7 +166,7 @@ std::optional<std::vector<runRecord>> statisticsFile::load(const char *identifie
     m_place = place;
     fileDescriptor file;
     if (place == statisticsPlace::user) {
-        const std::string path = userPath(m_identifier);
+        const std::string path = wire::learnedPath(m_identifier);
         file = openTrusted(path.c_str(), O_RDONLY).descriptor;
         if (file)
             futimens(file.get(), nullptr); // the longest unused name goes first

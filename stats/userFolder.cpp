@@ -1,8 +1,8 @@
 #include "stats/userFolder.h"
 
 #include "log/dump.h"
+#include "wire/places.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QThread>
 
@@ -15,12 +15,6 @@
 
 namespace
 {
-
-QString userFolder()
-{
-    const QString given = qEnvironmentVariable("XDG_STATE_HOME");
-    return (QDir::isAbsolutePath(given) ? given : QDir::homePath() + "/.local/state") + "/progressd";
-}
 
 /// False when it cannot be made, or is somebody else's.
 bool makeUserFolder(const std::string &folder)
@@ -37,19 +31,9 @@ bool makeUserFolder(const std::string &folder)
 
 } // namespace
 
-std::string userPath(std::string_view name)
-{
-    constexpr qsizetype longest = 160;
-    const QByteArray plain(name.data(), static_cast<qsizetype>(name.size()));
-    QByteArray file = plain.toPercentEncoding();
-    if (file.size() > longest)
-        file = file.first(longest - 40) + QCryptographicHash::hash(plain, QCryptographicHash::Sha1).toHex();
-    return (QFile::encodeName(userFolder()) + "/" + file + ".txt").toStdString();
-}
-
 fileDescriptor lockUserFolder()
 {
-    const std::string folder = QFile::encodeName(userFolder()).toStdString();
+    const std::string folder = wire::learnedFolder();
     if (!makeUserFolder(folder)) {
         dump("---- the folder of learned runs cannot be had", errno);
         return fileDescriptor();

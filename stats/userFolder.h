@@ -3,13 +3,8 @@
 #include "stats/trustedFile.h"
 
 #include <string>
-#include <string_view>
 
-/// The folder of the learned runs that are this user's alone.
-
-/// The file of `name`, whatever characters that has and however long it is: "/" and the like become "%2F",
-/// and of a long one only the beginning stands in front of its digest. Empty for a user without a home.
-std::string userPath(std::string_view name);
+/// The folder of the learned runs that are this user's alone, `wire::learnedFolder`.
 
 /// Makes the folder where it is missing, and shuts it to others. Only one process at a time has the lock,
 /// which lasts as long as the result. None, and a line in the log, where the folder is not to be had or
