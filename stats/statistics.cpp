@@ -1,5 +1,7 @@
 #include "stats/statistics.h"
 
+#include "stats/userFolder.h"
+
 #include <ctime>
 #include <utility>
 
@@ -32,6 +34,8 @@ void runStatistics::endRun(int seconds)
         m_unsaved.push_back({m_run, seconds, static_cast<unsigned>(std::time(nullptr))});
         record(m_unsaved.back());
         save();
+        if (m_unsaved.size() > runTable::maxRecords)
+            m_unsaved.erase(m_unsaved.begin());
     }
     m_run.setAmount(0);
 }
@@ -48,7 +52,7 @@ void runStatistics::save()
 {
     fileDescriptor lock;
     if (m_file.isShared()) {
-        lock = m_file.lock();
+        lock = lockUserFolder();
         if (!lock)
             return;
         if (auto meanwhile = m_file.loadChanged()) {

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <ctime>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -43,7 +44,7 @@ class lineReader
 public:
     explicit lineReader(int descriptor)
     {
-        m_file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered);
+        std::ignore = m_file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
 
     /// Without the line feed, which a last line need not have. Valid until the next call.
@@ -152,10 +153,10 @@ std::vector<runRecord> statisticsFile::read(const fileDescriptor &descriptor)
     return records;
 }
 
-statisticsFile::version statisticsFile::currentVersion() const
+statisticsFile::version statisticsFile::versionOf(const fileDescriptor &file)
 {
     struct stat status;
-    if (stat(m_path.c_str(), &status) != 0)
+    if (fstat(file.get(), &status) != 0)
         return {};
     return {status.st_ino, status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec};
 }
@@ -168,12 +169,11 @@ std::optional<std::vector<runRecord>> statisticsFile::load(const char *identifie
     if (place == statisticsPlace::user) {
         const std::string path = wire::learnedPath(m_identifier);
         file = openTrusted(path.c_str(), O_RDONLY).descriptor;
-        if (file)
-            futimens(file.get(), nullptr); // the longest unused name goes first
-        else
+        futimens(file.get(), nullptr); // the longest unused name goes first
+        m_version = versionOf(file);
+        if (!file)
             file = openMachines(identifier);
         m_path = path;
-        m_version = currentVersion();
     } else {
         file = openMachines(identifier);
     }
@@ -182,18 +182,11 @@ std::optional<std::vector<runRecord>> statisticsFile::load(const char *identifie
     return read(file);
 }
 
-fileDescriptor statisticsFile::lock()
-{
-    return lockUserFolder();
-}
-
 std::optional<std::vector<runRecord>> statisticsFile::loadChanged()
 {
-    const version before = std::exchange(m_version, currentVersion());
-    if (before == m_version)
-        return std::nullopt;
-    const trustedFile file = openTrusted(m_path.c_str(), O_RDONLY);
-    return file.descriptor ? std::optional(read(file.descriptor)) : std::nullopt;
+    const fileDescriptor file = openTrusted(m_path.c_str(), O_RDONLY).descriptor;
+    const version before = std::exchange(m_version, versionOf(file));
+    return file && before != m_version ? std::optional(read(file)) : std::nullopt;
 }
 
 bool statisticsFile::save(const runTable &table, const char *identifier)
@@ -208,7 +201,7 @@ bool statisticsFile::save(const runTable &table, const char *identifier)
     if (m_place == statisticsPlace::user) {
         makeRoomFor(m_path);
         const bool isSaved = replaceTrusted(m_path.c_str(), onlyOwn, writeTable) == replacement::done;
-        m_version = currentVersion();
+        m_version = versionOf(openTrusted(m_path.c_str(), O_RDONLY).descriptor);
         return isSaved;
     }
     if (identifier)

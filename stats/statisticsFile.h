@@ -37,10 +37,8 @@ public:
 
     /// Whether other daemons may save to the file, too: what is saved is to hold what they have learned.
     bool isShared() const { return m_place == statisticsPlace::user && !m_identifier.empty(); }
-    /// Keeps other daemons from saving while the result lives. None where that is impossible, or takes more
-    /// than half a second.
-    fileDescriptor lock();
-    /// The records, if the file is another than this process has loaded or saved.
+    /// The records, if the file is another than this process has loaded or saved. To be asked under the lock
+    /// of the user's folder, as it is saved then.
     std::optional<std::vector<runRecord>> loadChanged();
 
     /// Writes the table to the file of `identifier`, or, for a null pointer (the save after each run), to the
@@ -59,8 +57,8 @@ private:
     };
 
     fileDescriptor openMachines(const char *identifier);
-    std::vector<runRecord> read(const fileDescriptor &file);
-    version currentVersion() const;
+    static std::vector<runRecord> read(const fileDescriptor &file);
+    static version versionOf(const fileDescriptor &file);
 
     std::string m_path;
     /// Empty while nothing is to be kept.
