@@ -28,8 +28,8 @@ std::string makeSocketFolder(const std::string &folder);
 /// Empty where it is fine, or missing.
 std::string faultOfSocketFolder(const std::string &folder);
 
-/// The folder of the learned runs of this user's private daemons: "progressd" in what XDG_STATE_HOME names, else
-/// in ~/.local/state.
+/// The folder of the learned runs of this user's private daemons: "progressd" in what XDG_STATE_HOME names,
+/// else in ~/.local/state.
 std::string learnedFolder();
 
 /// The file in it of those that are learned under `name`: a safe and short one for whatever name. All but
