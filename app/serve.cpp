@@ -10,6 +10,7 @@
 #include "server/handlers.h"
 #include "server/localServer.h"
 #include "server/receiver.h"
+#include "stats/statistics.h"
 
 #include <cstdlib>
 #include <optional>
@@ -116,7 +117,7 @@ void servers::leaveFiles()
     if (!m_line.isPrivate)
         removeLockFile();
     if (m_line.statisticsName)
-        receiver::saveStatisticData(m_line.statisticsName);
+        statistics.saveFinally(m_line.statisticsName);
 }
 
 /// The files' share of the shutdown. The toolkit also ends the process by itself, when the X server goes
@@ -163,7 +164,8 @@ int serve(const commandLine &line)
     complainAboutLogs();
     servers all(line);
     if (line.statisticsName)
-        receiver::loadStatisticData(line.statisticsName);
+        statistics.load(line.statisticsName,
+                        line.isPrivate ? statisticsPlace::user : statisticsPlace::machine);
     if (!all.openLocalSocket())
         return all.isAnswered() ? EXIT_FAILURE : cannotServe(line);
     if (!all.publishPorts())

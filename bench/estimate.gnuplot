@@ -10,5 +10,5 @@ set ylabel "mean error of the end, % of the run"
 set grid ytics lc "#dddddd"
 set border 3
 set tics nomirror
-plot for [i=1:4] table using 1:i+1 with linespoints lw 2 pt 7 ps 0.4 lc rgb word("#c05020 #c0a020 #2060a0 #208040", i) \
-    title word("linear smoothed exact adaptive", i)
+plot for [i=1:5] table using 1:i+1 with linespoints lw 2 pt 7 ps 0.4 lc rgb word("#c05020 #c0a020 #2060a0 #208040 #803080", i) \
+    title word("linear smoothed exact adaptive 'with amounts'", i)

@@ -16,8 +16,8 @@ import subprocess
 import sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-METHODS = ("linear", "smoothed", "exact", "adaptive")
-Run = collections.namedtuple("Run", "job cache seconds changes")  # changes: (tenths of a second, percent)
+METHODS = ("linear", "smoothed", "exact", "adaptive", "with amounts")
+Run = collections.namedtuple("Run", "job cache amount seconds changes")  # changes: (tenths of a second, percent)
 
 
 def courses():
@@ -28,9 +28,9 @@ def courses():
         if extension != ".txt":
             continue
         with open(os.path.join(HERE, "courses", name)) as file:
-            for cache, tenths, *times in map(str.split, file):
+            for cache, amount, tenths, *times in map(str.split, file):
                 changes = [(int(at), percent + 1) for percent, at in enumerate(times) if at != "-"]
-                jobs.setdefault(job, []).append(Run(job, cache, int(tenths) // 10, [(0, 0)] + changes))
+                jobs.setdefault(job, []).append(Run(job, cache, int(amount), int(tenths) // 10, [(0, 0)] + changes))
     return jobs
 
 
@@ -64,11 +64,12 @@ def smoothed(run):
     return ends
 
 
-def shown(probe, runs, mode):
-    """The ends that the daemon shows for runs under one name, as it learns them one after the other."""
+def shown(probe, runs, mode, *told):
+    """The ends that the daemon shows for runs under one name, as it learns them one after the other. `told` gives what it
+    is told of each run's amount."""
     steps = [mode]
     for run in runs:
-        steps.append("start")
+        steps += ["start", *(f"amount {amount(run)}" for amount in told)]
         changes = iter(run.changes + [(math.inf, 0)])
         change = next(changes)
         for second, percent in enumerate(percents(run), 1):
@@ -77,7 +78,7 @@ def shown(probe, runs, mode):
                 change = next(changes)
             steps.append(f"tick {second} {percent}")
         steps += [f"add {percent}" for at, percent in run.changes if at >= 10 * run.seconds]
-        steps += ["end", f"run {run.seconds}"]
+        steps.append(f"run {run.seconds}")
     probe.stdin.write(";".join(steps) + "\n")
     probe.stdin.flush()
     answers = (answer.split() for answer in probe.stdout.readline().split(";") if answer.strip())
@@ -114,7 +115,8 @@ class Judged:
 
 def judge(probe, runs):
     by_method = {"linear": map(linear, runs), "smoothed": map(smoothed, runs),
-                 "exact": shown(probe, runs, "exact"), "adaptive": shown(probe, runs, "adaptive")}
+                 "exact": shown(probe, runs, "exact"), "adaptive": shown(probe, runs, "adaptive"),
+                 "with amounts": shown(probe, runs, "adaptive", lambda run: run.amount)}
     ends = [dict(zip(METHODS, of_run)) for of_run in zip(*(by_method[method] for method in METHODS))]
     return [Judged(run, of_run) for run, of_run in zip(runs, ends)]
 
@@ -158,9 +160,9 @@ def print_table(title, judged):
 
 
 def print_jobs(jobs, judged):
-    print("\n| job | its runs took | linear | adaptive |\n|---|---|---|---|")
+    print("\n| job | its runs took | linear | adaptive | with amounts |\n|---|---|---|---|---|")
     for job, runs in jobs.items():
-        errors = [thirds(lambda part: f"{over_jobs(judged, method, part)[job]:.0f}") for method in ("linear", "adaptive")]
+        errors = [thirds(lambda part: f"{over_jobs(judged, method, part)[job]:.0f}") for method in ("linear", "adaptive", "with amounts")]
         print(f"| {job} | {', '.join(str(run.seconds) for run in runs[:4])}, cold {runs[4].seconds} s | "
               f"{' % | '.join(errors)} % |")
 

@@ -64,7 +64,8 @@ bytes() {
     echo "$all $all"
 }
 
-# Each job has two functions: one chooses its input, in $work/input, and one runs and prints its progress.
+# Each job has two functions: one chooses its input, in $work/input, and one runs and prints its progress. The amount is
+# the number of the input's lines unless the first one says otherwise.
 
 configured() {
     if [ ! -d "$work/build" ]; then
@@ -79,6 +80,7 @@ build_input() {
     ninja -C "$work/build" -t clean >"$work/log"
     ninja -C "$work/build" -t targets all | sed -n 's/^\(client.*\): CXX_COMPILER.*/\1/p' >"$work/objects"
     objects=$(head -n "$((13 * size / 100))" "$work/objects")
+    amount=$(wc -w <<<"$objects")
     find "$work/source/client" -type f >"$work/input"
 }
 build() {
@@ -94,7 +96,8 @@ archive() {
 }
 
 compress_input() {
-    head -c $((50000000 * size / 100)) <(cat /usr/lib/x86_64-linux-gnu/*.so) >"$work/plain"
+    amount=$((50000000 * size / 100))
+    head -c "$amount" <(cat /usr/lib/x86_64-linux-gnu/*.so) >"$work/plain"
     echo "$work/plain" >"$work/input"
 }
 compress() {
@@ -132,7 +135,8 @@ checksums() { tr '\n' '\0' <"$work/input" | xargs -0 stdbuf -oL sha512sum | coun
 
 tests_input() {
     python3 -m test --list-tests | grep -v -e '[.]' -e __ -e async -e compileall -e ftp -e docxml -e http >"$work/tests"
-    head -n "$((30 * size / 100))" "$work/tests" >"$work/chosen"
+    amount=$((30 * size / 100))
+    head -n "$amount" "$work/tests" >"$work/chosen"
     python3 -c 'import test.support as s, glob, os; print(*glob.glob(os.path.dirname(s.__path__[0]) + "/*.py"), sep="\n")' >"$work/input"
 }
 tests() {
@@ -196,10 +200,12 @@ lint() {
 record() {
     local cache=$2
     size=$3
+    amount=
     "$1_input"
+    amount=${amount:-$(wc -l <"$work/input")}
     sync "$work"
     if [ "$cache" = cold ]; then forget; fi
-    { echo 0 1; "$1"; } | course | sed "s/^/$cache /"
+    { echo 0 1; "$1"; } | course | sed "s/^/$cache $amount /"
 }
 
 readonly jobs="archive build checksums commit compress copy database images lint manuals packages tests"
@@ -210,5 +216,5 @@ for job in ${@:-$jobs}; do
         record "$job" $run
     done >"$work/courses"
     mv "$work/courses" "$tree/bench/courses/$job.txt"
-    echo "$job: $(cut -d ' ' -f 1,2 "$tree/bench/courses/$job.txt" | tr '\n' ' ')"
+    echo "$job: $(cut -d ' ' -f 1-3 "$tree/bench/courses/$job.txt" | tr '\n' ' ')"
 done

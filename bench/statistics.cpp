@@ -1,11 +1,7 @@
 // Matching, saving and loading with 1024 records of 4094 snapshots, each beside the plain work on the same
 // bytes that it is measured against.
 
-#include "stats/estimate.h"
-#include "stats/findNearest.h"
-#include "stats/runTable.h"
-#include "stats/snapshots.h"
-#include "stats/statisticsFile.h"
+#include "stats/statistics.h"
 
 #include <benchmark/benchmark.h>
 
@@ -24,13 +20,13 @@ namespace
 {
 
 const std::string identifier = "bench-" + std::to_string(getpid());
-constexpr std::size_t snapshotBytes = std::size_t{maxRecords} * maxSnapshots * sizeof(int);
+constexpr std::size_t snapshotBytes = runTable::maxRecords * wire::mostSnapshots * sizeof(int);
 
 std::vector<int> randomCourse(std::mt19937 &random)
 {
     std::vector<int> course;
     int elapsed = 0;
-    for (int i = 0; i < maxSnapshots; ++i) {
+    for (std::size_t i = 0; i < wire::mostSnapshots; ++i) {
         elapsed += static_cast<int>(random() % 3);
         course.push_back(elapsed * snapshotScale + static_cast<int>(random() % 1000));
     }
@@ -40,21 +36,18 @@ std::vector<int> randomCourse(std::mt19937 &random)
 void fillTable()
 {
     std::mt19937 random(1024);
-    for (int record = 0; record < maxRecords; ++record) {
-        m_snapshottime[record] = QDateTime::currentDateTime();
-        m_snapshottotal[record] = 3600 + record;
-        m_snapshotfound[record] = 1;
-        setRecordData(record, randomCourse(random));
-    }
-    m_snapshotcount = maxRecords;
+    std::vector<runRecord> records;
+    for (int record = 0; record < static_cast<int>(runTable::maxRecords); ++record)
+        records.push_back({{1, 3600 + record, 1, randomCourse(random), 0}, {}});
+    statistics.table().assign(std::move(records));
 }
 
 void fillPool(int count)
 {
-    startEstimate();
+    statistics.startRun();
     for (int second = 0; second < count; ++second) {
-        holdEstimate(second);
-        addSnapshot(second);
+        statistics.hold(second);
+        statistics.addSnapshot(second);
     }
 }
 
@@ -64,16 +57,18 @@ class savedTable
 public:
     savedTable()
     {
-        loadStatistics(identifier.c_str());
+        statistics.load(identifier.c_str());
         fillTable();
-        saveStatistics(identifier.c_str());
+        statistics.saveFinally(identifier.c_str());
     }
-    ~savedTable() { unlink(datafile); }
+    ~savedTable() { unlink(path()); }
+
+    static const char *path() { return statistics.file().path().c_str(); }
 
     std::string content() const
     {
         std::string text;
-        const int file = open(datafile, O_RDONLY);
+        const int file = open(savedTable::path(), O_RDONLY);
         char block[1 << 16];
         for (ssize_t count; (count = read(file, block, sizeof block)) > 0;)
             text.append(block, static_cast<std::size_t>(count));
@@ -98,10 +93,8 @@ void sumOfTable(benchmark::State &state)
     table();
     for ([[maybe_unused]] auto _ : state) {
         std::int64_t sum = 0;
-        for (int record = 0; record < maxRecords; ++record) {
-            const int *snapshots = m_snapshotdata[record].get();
-            sum = std::accumulate(snapshots, snapshots + maxSnapshots, sum);
-        }
+        for (const runRecord &record : statistics.table().records())
+            sum = std::accumulate(record.snapshots.begin(), record.snapshots.end(), sum);
         benchmark::DoNotOptimize(sum);
     }
     reportBytes(state, snapshotBytes);
@@ -111,11 +104,9 @@ BENCHMARK(sumOfTable)->Unit(benchmark::kMillisecond);
 void match(benchmark::State &state)
 {
     table();
-    double incernity = 0;
-    int index = 0;
     for ([[maybe_unused]] auto _ : state) {
-        fillPool(maxSnapshots);
-        benchmark::DoNotOptimize(findNearest(incernity, index));
+        fillPool(wire::mostSnapshots);
+        benchmark::DoNotOptimize(findNearest(statistics.table(), statistics.run()));
     }
     reportBytes(state, snapshotBytes);
 }
@@ -125,19 +116,18 @@ BENCHMARK(match)->Unit(benchmark::kMillisecond);
 void tick(benchmark::State &state)
 {
     table();
-    double incernity = 0;
-    int index = 0;
     const int added = static_cast<int>(state.range(0));
     for ([[maybe_unused]] auto _ : state) {
-        if (m_nextSnap + added > maxSnapshots || m_nextSnap < 2000) {
+        const auto count = static_cast<int>(statistics.run().snapshots().size());
+        if (count + added > static_cast<int>(wire::mostSnapshots) || count < 2000) {
             state.PauseTiming();
             fillPool(2000);
-            findNearest(incernity, index);
+            findNearest(statistics.table(), statistics.run());
             state.ResumeTiming();
         }
         for (int i = 0; i < added; ++i)
-            addSnapshot(i);
-        benchmark::DoNotOptimize(findNearest(incernity, index));
+            statistics.addSnapshot(i);
+        benchmark::DoNotOptimize(findNearest(statistics.table(), statistics.run()));
     }
 }
 BENCHMARK(tick)->Arg(0)->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMicrosecond);
@@ -150,29 +140,27 @@ void adaptiveTick(benchmark::State &state)
     std::vector<int> rises;
     for (int i = 0; i < count; ++i)
         rises.push_back(i * snapshotScale + (i * 7 + 7) % snapshotScale);
-    m_snapshotcount = 0;
-    for (int record = 0; record < 64; ++record) {
-        m_snapshottotal[record] = count + record;
-        m_snapshotfound[record] = 1;
-        setRecordData(record, rises);
-    }
-    m_snapshotcount = 64;
-    startEstimate();
+    std::vector<runRecord> records;
+    for (int record = 0; record < 64; ++record)
+        records.push_back({{1, count + record, 1, rises, 1000 + record}, {}});
+    statistics.table().assign(std::move(records));
+    statistics.m_estimateMode = estimateMode::adaptive;
+    statistics.setAmount(900);
+    statistics.startRun();
     for (int i = 0; i < count * 9 / 10; ++i) {
-        holdEstimate(i);
-        addSnapshot(i * 7 + 7);
+        statistics.hold(i);
+        statistics.addSnapshot(i * 7 + 7);
     }
-    m_estimateMode = estimateMode::adaptive;
     for ([[maybe_unused]] auto _ : state)
-        benchmark::DoNotOptimize(advanceEstimate(count, 50, 0));
-    m_estimateMode = estimateMode::exact;
-    resetEstimate();
+        benchmark::DoNotOptimize(statistics.advance(count, 50, 0));
+    statistics.m_estimateMode = estimateMode::exact;
+    statistics.endRun(0);
 }
 
 void writeBytes(benchmark::State &state)
 {
     const std::string content = table().content();
-    const std::string path = std::string(datafile) + ".plain";
+    const std::string path = std::string(savedTable::path()) + ".plain";
     for ([[maybe_unused]] auto _ : state) {
         const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         if (write(file, content.data(), content.size()) != static_cast<ssize_t>(content.size()))
@@ -189,7 +177,7 @@ void save(benchmark::State &state)
 {
     const std::string content = table().content();
     for ([[maybe_unused]] auto _ : state)
-        saveStatistics(identifier.c_str());
+        statistics.saveFinally(identifier.c_str());
     reportBytes(state, content.size());
 }
 BENCHMARK(save)->UseRealTime()->Unit(benchmark::kMillisecond);
@@ -199,7 +187,7 @@ void readAndParse(benchmark::State &state)
     const std::size_t size = table().content().size();
     for ([[maybe_unused]] auto _ : state) {
         std::string content(size, '\0');
-        const int file = open(datafile, O_RDONLY);
+        const int file = open(savedTable::path(), O_RDONLY);
         if (read(file, content.data(), size) != static_cast<ssize_t>(size))
             state.SkipWithError("short read");
         close(file);
@@ -221,8 +209,8 @@ void load(benchmark::State &state)
 {
     const std::string content = table().content();
     for ([[maybe_unused]] auto _ : state)
-        loadStatistics(identifier.c_str());
-    if (m_snapshotcount != maxRecords)
+        statistics.load(identifier.c_str());
+    if (statistics.table().records().size() != runTable::maxRecords)
         state.SkipWithError("records are missing");
     reportBytes(state, content.size());
 }
@@ -234,15 +222,14 @@ void memory(benchmark::State &state)
     table();
     for ([[maybe_unused]] auto _ : state) {
         const std::size_t full = mallinfo2().uordblks;
-        for (int record = 0; record < maxRecords; ++record)
-            m_snapshotdata[record].reset();
+        statistics.table().assign({});
         const std::size_t used = full - mallinfo2().uordblks;
         state.counters["heap/snapshots"] = static_cast<double>(used) / static_cast<double>(snapshotBytes);
-        loadStatistics(identifier.c_str());
+        statistics.load(identifier.c_str());
     }
 }
 BENCHMARK(memory)->Iterations(1);
-BENCHMARK(adaptiveTick)->Arg(100)->Arg(maxSnapshots)->Unit(benchmark::kMicrosecond);
+BENCHMARK(adaptiveTick)->Arg(100)->Arg(wire::mostSnapshots)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -96,7 +96,7 @@ private:
     bool takeTimingStep(bool inAction);
     void startRun();
     void endRun();
-    bool clockWasSet(qint64 seconds) const;
+    int secondsToLearn() const;
     void tick();
     void showEstimate(int elapsed);
     void showAverage();

@@ -8,6 +8,7 @@
 
 class QPaintEvent;
 class QWidget;
+struct remainingTime;
 
 /// What differs between the looks of a dialog: how its window is set up, which children it has, where they
 /// are, and how the panel is painted. The dialog asks its layout; the layout knows the dialog only as a
@@ -52,8 +53,7 @@ public:
 
     /// The caption of the total bar while no remaining time is known.
     virtual void captionTotalBar() = 0;
-    /// Tells the remaining time, 0 or more.
-    virtual void showRemaining(int seconds) = 0;
+    virtual void showRemaining(const remainingTime &remaining) = 0;
     virtual void showTotalBar(bool shown) = 0;
 
 protected:

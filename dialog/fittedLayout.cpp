@@ -1,6 +1,7 @@
 #include "dialog/fittedLayout.h"
 
 #include "dialog/timeLeft.h"
+#include "stats/estimate.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 #include "widgets/emLength.h"
@@ -125,9 +126,9 @@ void fittedLayout::captionTotalBar()
     showEstimate();
 }
 
-void fittedLayout::showRemaining(int seconds)
+void fittedLayout::showRemaining(const remainingTime &remaining)
 {
-    m_left = timeLeft(seconds);
+    m_left = remaining.isOverdue ? QStringLiteral("longer than usual") : timeLeft(remaining.calmSeconds);
 }
 
 void fittedLayout::showTotalBar(bool shown)

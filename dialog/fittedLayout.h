@@ -41,7 +41,7 @@ public:
     void paint(const QPaintEvent &event) override;
     bool closesByEscape() const override { return true; }
     void captionTotalBar() override;
-    void showRemaining(int seconds) override;
+    void showRemaining(const remainingTime &remaining) override;
     void showTotalBar(bool shown) override;
 
 protected:

@@ -1,6 +1,6 @@
 #include "dialog/gridLayout.h"
 
-#include "stats/remainingText.h"
+#include "stats/estimate.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 #include "widgets/progressButton.h"
@@ -237,9 +237,9 @@ void gridLayout::captionTotalBar()
     m_content.m_totalBar->setCaption(m_content.m_totalLabel->text());
 }
 
-void gridLayout::showRemaining(int seconds)
+void gridLayout::showRemaining(const remainingTime &remaining)
 {
-    m_content.m_totalBar->setLabel(QStringLiteral("in progress... ") + remainingText(seconds));
+    m_content.m_totalBar->setLabel(QStringLiteral("in progress... ") + remainingText(remaining.seconds));
 }
 
 void gridLayout::showTotalBar(bool shown)

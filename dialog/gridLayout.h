@@ -28,7 +28,7 @@ public:
     void takeColors() override;
     void paint(const QPaintEvent &event) override;
     void captionTotalBar() override;
-    void showRemaining(int seconds) override;
+    void showRemaining(const remainingTime &remaining) override;
     void showTotalBar(bool shown) override;
 
 protected:

@@ -3,9 +3,7 @@
 #include "dialog/dialogHost.h"
 #include "dialog/dialogLayout.h"
 #include "log/dump.h"
-#include "stats/estimate.h"
-#include "stats/recordRun.h"
-#include "stats/snapshots.h"
+#include "stats/statistics.h"
 #include "widgets/progressProcess.h"
 
 #include <algorithm>
@@ -35,7 +33,7 @@ void CProgressDialog::startRun()
     m_runClock.start();
     m_timerId = startTimer(1000, Qt::PreciseTimer);
     m_cancelled = false;
-    startEstimate();
+    statistics.startRun();
 }
 
 void CProgressDialog::endRun()
@@ -44,24 +42,20 @@ void CProgressDialog::endRun()
         killTimer(m_timerId);
     dump("---- resetting timer", 0);
     m_timerId = -1;
-    resetEstimate();
-
-    if (m_nextSnap < 1 || m_cancelled)
-        return;
     m_stopTime = QDateTime::currentDateTime();
-    const qint64 seconds = m_stopTime.toSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
-    if (clockWasSet(seconds))
-        dump("---- clock set during the run, not learned", static_cast<int>(seconds));
-    else if (seconds >= 1)
-        recordRun(static_cast<int>(seconds));
+    statistics.endRun(m_cancelled ? 0 : secondsToLearn());
 }
 
-/// A run across which the clock was set (or the machine slept) has no duration worth learning: a record of
+/// A run across which the clock was set (or the machine slept) has no duration worth learning, 0: a record of
 /// years would follow, and be followed by, every later run.
-bool CProgressDialog::clockWasSet(qint64 seconds) const
+int CProgressDialog::secondsToLearn() const
 {
     constexpr qint64 toleratedSeconds = 5;
-    return std::abs(seconds - m_runClock.elapsed() / 1000) > toleratedSeconds;
+    const qint64 seconds = m_stopTime.toSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
+    if (std::abs(seconds - m_runClock.elapsed() / 1000) <= toleratedSeconds)
+        return static_cast<int>(seconds);
+    dump("---- clock set during the run, not learned", static_cast<int>(seconds));
+    return 0;
 }
 
 void CProgressDialog::giveUpRun()
@@ -83,8 +77,8 @@ void CProgressDialog::tick()
     const qint64 seconds = QDateTime::currentSecsSinceEpoch() - m_startTime.toSecsSinceEpoch();
     const int elapsed = static_cast<int>(std::clamp(seconds, -farthest, farthest));
     const estimateStep step = m_timerId == -1
-                                  ? holdEstimate(elapsed)
-                                  : advanceEstimate(elapsed, m_currentPercent, dumpIdentity(this));
+                                  ? statistics.hold(elapsed)
+                                  : statistics.advance(elapsed, m_currentPercent, dumpIdentity(this));
     if (step == estimateStep::dropped)
         m_layout->captionTotalBar();
     else if (step == estimateStep::vanished)
@@ -95,16 +89,16 @@ void CProgressDialog::tick()
 
 void CProgressDialog::showEstimate(int elapsed)
 {
-    const int total = m_currentTotal;
+    const int total = statistics.estimate().total();
     if (total <= 0)
         return;
-    const int remaining = total - elapsed;
-    if (remaining < 0)
+    if (total < elapsed)
         return showAverage();
+    const remainingTime remaining = statistics.estimate().remaining(elapsed);
     m_layout->showRemaining(remaining);
     const int percent = static_cast<int>(qint64{elapsed} * 100 / total);
     m_totalBar->setValue(percent);
-    m_host.updateTotalPercent(percent, remaining);
+    m_host.updateTotalPercent(percent, remaining.seconds);
     m_layout->showTotalBar(true);
 }
 
@@ -132,8 +126,8 @@ void CProgressDialog::updatePercent()
     if (avgPercent == m_currentPercent)
         return;
     m_currentPercent = avgPercent;
-    addSnapshot(actualProgress);
-    if (m_currentTotal != -1)
+    statistics.addSnapshot(actualProgress);
+    if (statistics.estimate().total() != -1)
         return;
     m_totalBar->setValue(avgPercent);
     m_host.updateTotalPercent(avgPercent, -1);

@@ -1,5 +1,6 @@
 #include "progressctl/runRecords.h"
 
+#include "wire/places.h"
 #include "wire/recordLine.h"
 
 #include <algorithm>
@@ -41,6 +42,8 @@ std::vector<runRecord> recordsFromText(std::string_view text)
 
 std::string recordsPath(const std::string &identifier)
 {
+    if (const std::string own = wire::learnedPath(identifier); ::access(own.c_str(), R_OK) == 0)
+        return own;
     const std::string name = "/currentTimestamps_" + identifier + ".txt";
     const std::string preferred = "/var/instrument" + name;
     return ::access(preferred.c_str(), R_OK) == 0 ? preferred : "/var/tmp" + name;

@@ -24,5 +24,6 @@ struct runRecord {
 /// are left out, as the daemon leaves them out, and so is what goes beyond its table of 1024.
 std::vector<runRecord> recordsFromText(std::string_view text);
 
-/// The file of a daemon: in /var/instrument if there is one, else in /var/tmp.
+/// The file of a daemon: a private one's if there is one, else in /var/instrument if there is one, else in
+/// /var/tmp.
 std::string recordsPath(const std::string &identifier);

@@ -3,7 +3,7 @@
 #include "dialog/CProgressDialog.h"
 #include "log/dump.h"
 #include "server/limits.h"
-#include "stats/estimateMode.h"
+#include "stats/statistics.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 #include "widgets/theme.h"
@@ -228,7 +228,7 @@ void apply(wire::setting which, QStringView value)
         fieldReader(value, u'|') >> appearance.m_leastWidth;
         break;
     case setting::estimate:
-        choose(m_estimateMode, which, value);
+        choose(statistics.m_estimateMode, which, value);
         break;
     }
 }

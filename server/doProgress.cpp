@@ -1,6 +1,7 @@
 #include "server/handlers.h"
 
 #include "dialog/CProgressDialog.h"
+#include "stats/statistics.h"
 
 void handlers::doProgress(const progressCommand &command)
 {
@@ -47,10 +48,11 @@ void handlers::doProgress(const progressCommand &command)
     case progressVerb::delText:
         dialog.removeText(slot);
         break;
+    case progressVerb::amount:
+        statistics.setAmount(command.amount);
+        break;
     case progressVerb::pulse:
         dialog.pulseBar(slot);
-        break;
-    case progressVerb::amount:
         break;
     }
 }

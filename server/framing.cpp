@@ -2,7 +2,7 @@
 
 #include "log/dump.h"
 #include "server/handlers.h"
-#include "stats/statisticsFile.h"
+#include "stats/statistics.h"
 
 #include <QCoreApplication>
 #include <QTcpSocket>
@@ -83,12 +83,12 @@ void receiver::doExit()
 
 void receiver::loadStatisticData(const char *file)
 {
-    loadStatistics(file);
+    statistics.load(file);
 }
 
 void receiver::saveStatisticData(const char *file)
 {
-    saveStatistics(file);
+    statistics.saveFinally(file);
 }
 
 void receiver::sendEvent(const QString &eventCode)

@@ -1,6 +1,7 @@
 #include "server/progressCommand.h"
 
 #include "server/limits.h"
+#include "wire/recordLine.h"
 #include "wire/tags.h"
 
 #include <charconv>
@@ -46,8 +47,8 @@ bool readArguments(progressCommand &command, argumentKind kind, std::string_view
 {
     if (kind == argumentKind::slotAndValue && readPlainNumbers(command, text))
         return true;
-    if (kind == argumentKind::text) {
-        command.text = caption(text, from);
+    if (kind == argumentKind::amount) {
+        command.amount = wire::readAmount(text);
         return true;
     }
     const size_t semicolon = text.find(';');

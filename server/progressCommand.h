@@ -14,6 +14,8 @@ struct progressCommand {
     int value = 0;
     /// At most `longestCaption` characters.
     QString text;
+    /// 0 for what is none.
+    std::int64_t amount = 0;
 };
 
 /// Reads the payload of a progress message. None for an unknown keyword or a wrong number of arguments. What

@@ -33,7 +33,7 @@ public:
 
     /// Loads the table of runs that were learned for the daemon's identifier.
     static void loadStatisticData(const char *file);
-    /// Saves the table; null stands for the identifier that it was loaded for.
+    /// Saves the table at the end of the process.
     static void saveStatisticData(const char *file);
     /// Sends one event to all that listen.
     static void sendEvent(const QString &eventCode);

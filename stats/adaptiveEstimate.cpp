@@ -1,12 +1,64 @@
 #include "stats/adaptiveEstimate.h"
 
-#include "stats/snapshots.h"
-
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <limits>
+#include <utility>
 
 namespace
 {
+
+/// Of equal time stamps the later record is the newer one.
+std::vector<int> newestRecords(const runTable &table)
+{
+    constexpr std::size_t most = 64;
+    std::vector<std::pair<unsigned, int>> records;
+    for (int index = 0; index < table.count(); ++index) {
+        if (table[index].found > 0)
+            records.emplace_back(table[index].time, index);
+    }
+    const std::size_t count = std::min(records.size(), most);
+    std::ranges::partial_sort(records, records.begin() + static_cast<std::ptrdiff_t>(count), std::greater());
+    std::vector<int> newest;
+    for (const auto &[time, index] : std::span(records).first(count))
+        newest.push_back(index);
+    return newest;
+}
+
+std::vector<courseStep> courseSteps(const std::vector<int> &snapshots)
+{
+    std::vector<courseStep> steps;
+    courseWalk walk;
+    for (const int snapshot : snapshots) {
+        if (walk.isStep(snapshot))
+            steps.push_back(walk.lastStep());
+    }
+    return steps;
+}
+
+int wholeWay(const std::vector<courseStep> &steps)
+{
+    return steps.empty() ? 0 : steps.back().way;
+}
+
+/// Bars that came to their end leave a multiple of 100; a script that tells the percent before each step may
+/// end at 50 or 90.
+bool wasGivenUp(const std::vector<courseStep> &steps)
+{
+    const int rest = wholeWay(steps) % 100;
+    return rest > 0 && rest < 50;
+}
+
+/// By how much this run is longer for its amount; 1 where one is unknown or they are of no one kind.
+double stretchFor(std::int64_t amount, std::int64_t learned)
+{
+    constexpr double most = 20;
+    if (amount == 0 || learned == 0)
+        return 1;
+    const double stretch = static_cast<double>(amount) / static_cast<double>(learned);
+    return stretch > most || stretch < 1 / most ? 1 : stretch;
+}
 
 /// Two moments of an earlier run: when it had come as far as this one, and until when it came no further.
 struct passage {
@@ -17,7 +69,7 @@ struct passage {
 passage passageOf(const learnedCourse &record, int way)
 {
     const auto beyond = std::ranges::upper_bound(record.steps, way, {}, &courseStep::way);
-    const courseStep before = beyond == record.steps.begin() ? courseStep{0, 0} : *std::prev(beyond);
+    const courseStep before = beyond == record.steps.begin() ? courseStep() : *std::prev(beyond);
     if (beyond == record.steps.end()) {
         const double last = before.second;
         return {last, std::max(last, double(record.total))};
@@ -26,51 +78,55 @@ passage passageOf(const learnedCourse &record, int way)
     return {before.second + share * (double(beyond->second) - before.second), double(beyond->second)};
 }
 
-bool cameAsFar(const learnedCourse &record, int way)
+double bell(double value, double width)
 {
-    return (record.steps.empty() ? 0 : record.steps.back().way) >= way;
+    return 1 / (1 + (value / width) * (value / width));
 }
 
 } // namespace
 
-std::vector<courseStep> courseSteps(std::span<const int> snapshots)
+void adaptiveEstimate::prepare(const runTable &table)
 {
-    std::vector<courseStep> steps;
-    int before = 0;
-    int way = 0;
-    for (const int snapshot : snapshots) {
-        if (snapshot < 0)
-            continue;
-        const int signature = snapshot % snapshotScale;
-        const int rise = (signature - before + snapshotScale) % snapshotScale;
-        before = signature;
-        if (rise > 0 && rise < snapshotScale / 2)
-            steps.push_back({snapshot / snapshotScale, way += rise});
+    if (m_revision == table.revision())
+        return;
+    m_revision = table.revision();
+    m_courses.clear();
+    for (const int index : newestRecords(table)) {
+        const runRecord &record = table[index];
+        if (auto steps = courseSteps(record.snapshots); !wasGivenUp(steps))
+            m_courses.push_back({record.total, record.amount, std::move(steps)});
     }
-    return steps;
 }
 
-std::optional<double> adaptiveRemaining(std::span<const learnedCourse> records,
-                                        std::span<const int> snapshots, int elapsed, int percent)
+std::optional<remainingEstimate> adaptiveEstimate::remaining(const runTable &table, const progressRun &run,
+                                                             int percent)
 {
-    const auto steps = courseSteps(snapshots);
-    const courseStep reached = steps.empty() ? courseStep{0, 0} : steps.back();
+    prepare(table);
+    const int elapsed = std::max(run.elapsed(), 0);
+    const int standing = std::max(elapsed - run.lastStep().second, 0);
     double weights = 0;
     double sum = 0;
-    for (const learnedCourse &record : records) {
-        if (!cameAsFar(record, reached.way))
+    double leastOverdue = std::numeric_limits<double>::max();
+    for (const learnedCourse &record : m_courses) {
+        if (wholeWay(record.steps) < run.lastStep().way)
             continue;
-        const passage passed = passageOf(record, reached.way);
-        const double now = std::min(passed.reached + std::max(0, elapsed - reached.second), passed.left);
-        const double known = std::min(1.0, now / (0.3 * record.total));
+        const double stretch = stretchFor(run.amount(), record.amount);
+        const double total = record.total * stretch;
+        const passage passed = passageOf(record, run.lastStep().way);
+        const double wait = (passed.left - passed.reached) * stretch;
+        const double now = passed.reached * stretch + std::min<double>(standing, wait);
+        const double known = std::min(1.0, now / (0.3 * total));
         const double pace = known * std::log(std::max(elapsed, 1) / std::max(now, 1.0));
-        const double weight = 1 / (1 + (pace / 0.2) * (pace / 0.2));
-        sum += weight * (std::log(std::max(record.total - now, 0.5)) + 0.5 * pace);
+        const double weight = bell(pace, 0.2) * bell(std::log(stretch), 0.3);
+        sum += weight * (std::log(std::max(total - now, 0.5)) + 0.5 * pace);
         weights += weight;
+        leastOverdue = std::min(leastOverdue, standing - wait);
     }
-    if (weights > 0)
-        return std::exp(sum / weights);
+    if (weights > 0) {
+        const double seconds = std::exp(sum / weights);
+        return remainingEstimate{seconds, leastOverdue > seconds};
+    }
     if (percent <= 0)
         return std::nullopt;
-    return double(elapsed) * (100 - percent) / percent;
+    return remainingEstimate{double(elapsed) * (100 - percent) / percent, false};
 }

@@ -1,131 +1,146 @@
 #include "stats/estimate.h"
 
 #include "log/dump.h"
-#include "stats/adaptiveEstimate.h"
-#include "stats/findNearest.h"
-#include "stats/newestCourses.h"
-#include "stats/runTable.h"
-#include "stats/snapshots.h"
-#include "stats/toInt.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <span>
 #include <utility>
-
-int m_currentElapsed = -1;
-int m_currentTotal = -1;
-int m_currentFound = -1;
-estimateMode m_estimateMode = estimateMode::exact;
 
 namespace
 {
 
-/// The estimate in force, if any, is an adaptive one.
-bool m_isAdaptive = false;
-
 /// A run farther from its nearest record than this is none of the recorded ones.
 constexpr double dropDistance = 10.0;
-constexpr int leastSnapshots = 3;
+constexpr std::size_t leastSnapshots = 3;
 
 int secondsAndIndex(int seconds, int index)
 {
     return toInt(std::int64_t{seconds} * 1000 + index);
 }
 
-void leaveFollowedRecord()
+// "incernity" is what the log calls the distance.
+void logDistance(const char *what, double distance, const runTable &table)
 {
-    if (m_currentFound < 0)
-        return;
-    dump("dropping data set with index ", m_currentFound);
-    lowerFoundCount(m_currentFound);
+    dump(what, toInt(distance * 1000), table.count(), table.fits().data());
 }
 
-void follow(int total, int index, double incernity, int dialogIdentity)
+int calmUnit(int seconds)
+{
+    constexpr int minute = 60;
+    return seconds < minute ? 1 : seconds < 10 * minute ? 10 : minute;
+}
+
+} // namespace
+
+int calmTime::shown(int remaining, int elapsed)
+{
+    const int unit = calmUnit(remaining);
+    const int rounded = toInt((std::int64_t{remaining} + unit / 2) / unit * unit);
+    const bool isSoon = elapsed >= m_since && elapsed - m_since < std::min(unit, calmUnit(m_shown));
+    const bool isNeighbour = rounded >= m_shown && rounded < m_shown + 2 * calmUnit(rounded);
+    if (m_shown >= 0 && (isSoon || isNeighbour))
+        return m_shown;
+    m_since = elapsed;
+    return m_shown = rounded;
+}
+
+void runEstimate::reset()
+{
+    m_total = -1;
+    m_found = -1;
+    m_isOverdue = false;
+}
+
+void runEstimate::start(estimateMode mode, const runTable &table)
+{
+    m_calm = {};
+    if (mode == estimateMode::adaptive)
+        m_adaptive.prepare(table);
+}
+
+remainingTime runEstimate::remaining(int elapsed)
+{
+    const int seconds = m_total - elapsed;
+    return {seconds, m_calm.shown(seconds, elapsed), m_isOverdue};
+}
+
+void runEstimate::leaveFollowedRecord(runTable &table) const
+{
+    if (m_found < 0)
+        return;
+    dump("dropping data set with index ", m_found);
+    table.lowerFoundCount(m_found);
+}
+
+void runEstimate::follow(runTable &table, const nearestRecord &nearest, int dialogIdentity)
 {
     dump("---- active dialog is", dialogIdentity);
-    dump("found remaining duration/index", secondsAndIndex(total, index));
-    dump("found incernity in u", toInt(incernity * 1000), m_snapshotcount, m_snapshotfits);
-    leaveFollowedRecord();
-    m_currentTotal = total;
-    m_currentFound = index;
+    dump("found remaining duration/index", secondsAndIndex(nearest.total, nearest.index));
+    logDistance("found incernity in u", nearest.distance, table);
+    leaveFollowedRecord(table);
+    m_total = nearest.total;
+    m_found = nearest.index;
 }
 
-void drop(int elapsed, int index, double incernity)
+void runEstimate::drop(runTable &table, const nearestRecord &nearest, int elapsed)
 {
-    dump("   ++ resetting current duration/index", secondsAndIndex(elapsed, index));
-    dump("   ++ resetting incernity in u", toInt(incernity * 1000), m_snapshotcount, m_snapshotfits);
-    leaveFollowedRecord();
-    resetEstimate();
+    dump("   ++ resetting current duration/index", secondsAndIndex(elapsed, nearest.index));
+    logDistance("   ++ resetting incernity in u", nearest.distance, table);
+    leaveFollowedRecord(table);
+    reset();
 }
 
-estimateStep advanceExact(int elapsed, int dialogIdentity)
+estimateStep runEstimate::advanceExact(runTable &table, const progressRun &run, int dialogIdentity)
 {
-    if (m_nextSnap < leastSnapshots)
+    if (run.snapshots().size() < leastSnapshots)
         return estimateStep::nothing;
 
-    double incernity = 0.0;
-    int index = 0;
-    const int total = findNearest(incernity, index);
-    if (index >= 0 && incernity <= followDistance) {
-        if (total != m_currentTotal)
-            follow(total, index, incernity, dialogIdentity);
+    const nearestRecord nearest = findNearest(table, run);
+    if (nearest.index >= 0 && nearest.distance <= followDistance) {
+        if (nearest.total != m_total)
+            follow(table, nearest, dialogIdentity);
         return estimateStep::display;
     }
-    if (m_currentTotal == -1)
+    if (m_total == -1)
         return estimateStep::nothing;
-    if (incernity > dropDistance) {
-        drop(elapsed, index, incernity);
+    if (nearest.distance > dropDistance) {
+        drop(table, nearest, run.elapsed());
         return estimateStep::dropped;
     }
     return estimateStep::display;
 }
 
 /// Follows no record, so none is left or dropped.
-estimateStep advanceAdaptive(int elapsed, int percent)
+estimateStep runEstimate::advanceAdaptive(const runTable &table, const progressRun &run, int percent)
 {
-    const std::span run(m_snapshots, static_cast<std::size_t>(m_nextSnap));
-    const auto remaining = adaptiveRemaining(newestCourses(), run, std::max(elapsed, 0), percent);
-    const int total = remaining ? toInt(elapsed + std::floor(*remaining + 0.5)) : -1;
+    const auto remaining = m_adaptive.remaining(table, run, percent);
+    const int total = remaining ? toInt(run.elapsed() + std::floor(remaining->seconds + 0.5)) : -1;
     if (total <= 0)
         return estimateStep::nothing;
-    m_currentTotal = total;
+    m_total = total;
+    m_isOverdue = remaining->isOverdue;
     return estimateStep::display;
 }
 
-} // namespace
-
-void startEstimate()
+estimateStep runEstimate::advance(estimateMode mode, runTable &table, const progressRun &run, int percent,
+                                  int dialogIdentity)
 {
-    m_currentElapsed = 0;
-    clearSnapshots();
-    if (m_estimateMode == estimateMode::adaptive)
-        newestCourses(); // not at the first tick
+    const bool wasShown = m_total != -1;
+    const bool isNewKind = std::exchange(m_mode, mode) != mode;
+    if (mode == estimateMode::adaptive || isNewKind)
+        reset();
+
+    const estimateStep step = mode == estimateMode::adaptive ? advanceAdaptive(table, run, percent)
+                                                             : advanceExact(table, run, dialogIdentity);
+    return wasShown && m_total == -1 && step == estimateStep::nothing ? estimateStep::vanished : step;
 }
 
-void resetEstimate()
+QString remainingText(int remainingSeconds)
 {
-    m_currentTotal = -1;
-    m_currentFound = -1;
-}
-
-estimateStep advanceEstimate(int elapsed, int percent, int dialogIdentity)
-{
-    m_currentElapsed = elapsed;
-    const bool isAdaptive = m_estimateMode == estimateMode::adaptive;
-    const bool wasShown = m_currentTotal != -1;
-    const bool isNewKind = std::exchange(m_isAdaptive, isAdaptive) != isAdaptive;
-    if (isAdaptive || isNewKind)
-        resetEstimate();
-
-    const estimateStep step =
-        isAdaptive ? advanceAdaptive(elapsed, percent) : advanceExact(elapsed, dialogIdentity);
-    return wasShown && m_currentTotal == -1 && step == estimateStep::nothing ? estimateStep::vanished : step;
-}
-
-estimateStep holdEstimate(int elapsed)
-{
-    m_currentElapsed = elapsed;
-    return estimateStep::display;
+    if (remainingSeconds > 300)
+        return QString::asprintf("(%lld min remaining)", (remainingSeconds + 29LL) / 60);
+    if (remainingSeconds > 59)
+        return QString::asprintf("(%d:%02d remaining)", remainingSeconds / 60, remainingSeconds % 60);
+    if (remainingSeconds < 0)
+        return {};
+    return QString::asprintf("(%d s remaining)", remainingSeconds);
 }

@@ -1,24 +1,23 @@
 #include "stats/statisticsFile.h"
 
 #include "log/dump.h"
-#include "stats/lineReader.h"
-#include "stats/runTable.h"
-#include "stats/toInt.h"
-#include "stats/trustedFile.h"
+#include "stats/progressRun.h"
+#include "stats/userFolder.h"
+#include "wire/places.h"
 #include "wire/recordLine.h"
 
-#include <QIODevice>
+#include <QFile>
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 
-#include <cstdint>
-#include <cstdio>
-#include <optional>
-#include <string>
+#include <algorithm>
+#include <ctime>
 #include <string_view>
+#include <tuple>
 #include <utility>
-
-char datafile[1024];
+#include <vector>
 
 namespace
 {
@@ -26,58 +25,87 @@ namespace
 constexpr const char *firstDirectory = "/var/instrument";
 constexpr const char *fallbackDirectory = "/var/tmp";
 
-/// The identifier that the process was started with; none while nothing is to be kept.
-std::optional<std::string> m_ownIdentifier;
+constexpr QFileDevice::Permissions onlyOwn = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+/// Even where the user's mask would let others write.
+constexpr QFileDevice::Permissions othersRead = onlyOwn | QFileDevice::ReadUser | QFileDevice::WriteUser |
+                                                QFileDevice::ReadGroup | QFileDevice::ReadOther;
 
-bool writePath(char (&path)[sizeof datafile], const char *directory, const char *identifier)
+/// Empty when it is too long.
+std::string machinesPath(const char *directory, const char *identifier)
 {
-    const int length = std::snprintf(path, sizeof path, "%s/currentTimestamps_%s.txt", directory, identifier);
-    if (length < static_cast<int>(sizeof path))
-        return true;
-    path[0] = '\0';
-    return false;
+    constexpr std::size_t longest = 1023;
+    std::string path = std::string(directory) + "/currentTimestamps_" + identifier + ".txt";
+    return path.size() <= longest ? path : std::string();
 }
 
-fileDescriptor openDatafile(const char *identifier)
+/// Reads lines through a buffer of fixed size; those of more than 64 KiB are passed over whole.
+class lineReader
 {
-    for (const char *directory : {firstDirectory, fallbackDirectory}) {
-        if (!writePath(datafile, directory, identifier))
-            continue;
-        if (trustedFile file = openTrusted(datafile, O_RDONLY); file.descriptor)
-            return std::move(file.descriptor);
+public:
+    explicit lineReader(int descriptor)
+    {
+        std::ignore = m_file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
-    return fileDescriptor();
-}
 
-void addRecord(const wire::recordLine &line, const QDateTime &time)
-{
-    const int record = m_snapshotcount++;
-    m_snapshottime[record] = time;
-    m_snapshottotal[record] = line.total;
-    m_snapshotfound[record] = line.found;
-    setRecordData(record, line.snapshots);
-}
+    /// Without the line feed, which a last line need not have. Valid until the next call.
+    std::optional<std::string_view> next()
+    {
+        for (bool isTooLong = false;;) {
+            const std::string_view unread(m_buffer.data() + m_begin, m_end - m_begin);
+            const std::size_t length = unread.find('\n');
+            const bool isFound = length != std::string_view::npos;
+            if (isFound || !refill(unread)) {
+                const std::string_view line(m_buffer.data() + m_begin, isFound ? length : m_end - m_begin);
+                m_begin += line.size() + (isFound ? 1 : 0);
+                if (!isFound && line.empty())
+                    return std::nullopt;
+                if (!std::exchange(isTooLong, false) && line.size() <= longest)
+                    return line;
+            } else if (unread.size() > longest) {
+                m_begin += unread.size();
+                isTooLong = true;
+            }
+        }
+    }
 
-int sumOfFoundCounts()
+private:
+    static constexpr std::size_t longest = std::size_t{64} * 1024;
+
+    /// Reads more behind what is unread; false at the end of the file.
+    bool refill(std::string_view unread)
+    {
+        std::ranges::copy(unread, m_buffer.begin());
+        const qint64 free = std::ssize(m_buffer) - std::ssize(unread);
+        const qint64 count = m_file.read(m_buffer.data() + unread.size(), free);
+        m_begin = 0;
+        m_end = unread.size() + static_cast<std::size_t>(std::max<qint64>(count, 0));
+        return count > 0;
+    }
+
+    QFile m_file;
+    std::vector<char> m_buffer = std::vector<char>(4 * longest);
+    /// The bytes that were read and not yet handed out.
+    std::size_t m_begin = 0;
+    std::size_t m_end = 0;
+};
+
+int sumOfFoundCounts(const runTable &table)
 {
     std::int64_t sum = 0;
-    for (int record = 0; record < m_snapshotcount; ++record)
-        sum += m_snapshotfound[record];
+    for (const runRecord &record : table.records())
+        sum += record.found;
     return toInt(sum);
 }
 
-void writeTable(QIODevice &file)
+void write(const runTable &table, QIODevice &file)
 {
-    dump("---- total statistics count", sumOfFoundCounts());
+    dump("---- total statistics count", sumOfFoundCounts(table));
     file.write("fileversion=2\n");
     std::vector<char> storage;
-    for (int record = 0; record < m_snapshotcount; ++record) {
-        if (m_snapshotfound[record] <= 0)
+    for (const runRecord &record : table.records()) {
+        if (record.found <= 0)
             continue;
-        const auto time = static_cast<unsigned>(m_snapshottime[record].toSecsSinceEpoch());
-        const std::string_view line = wire::formatRecordLine(
-            time, m_snapshottotal[record], m_snapshotfound[record], m_snapshotdata[record].get(),
-            static_cast<std::size_t>(m_snapshottlen[record]), 0, storage);
+        const std::string_view line = wire::formatRecordLine(record, storage);
         file.write(line.data(), static_cast<qint64>(line.size()));
     }
 }
@@ -86,23 +114,28 @@ void writeTable(QIODevice &file)
 
 bool statisticsPathFits(const char *identifier)
 {
-    char path[sizeof datafile];
-    return writePath(path, firstDirectory, identifier) && writePath(path, fallbackDirectory, identifier);
+    return !machinesPath(firstDirectory, identifier).empty() &&
+           !machinesPath(fallbackDirectory, identifier).empty();
 }
 
-void loadStatistics(const char *identifier)
+fileDescriptor statisticsFile::openMachines(const char *identifier)
 {
-    m_ownIdentifier = identifier;
-    const fileDescriptor file = openDatafile(identifier);
-    if (!file)
-        return;
+    for (const char *directory : {firstDirectory, fallbackDirectory}) {
+        m_path = machinesPath(directory, identifier);
+        if (trustedFile file = openTrusted(m_path.c_str(), O_RDONLY); file.descriptor)
+            return std::move(file.descriptor);
+    }
+    return fileDescriptor();
+}
 
-    m_snapshotcount = 0;
+std::vector<runRecord> statisticsFile::read(const fileDescriptor &descriptor)
+{
+    std::vector<runRecord> records;
     wire::recordColumns columns = wire::columnsVersion1;
-    const QDateTime now = QDateTime::currentDateTime();
-    lineReader lines(file.get());
-    wire::recordLine record;
-    while (m_snapshotcount < maxRecords) {
+    const auto now = static_cast<unsigned>(std::time(nullptr));
+    lineReader lines(descriptor.get());
+    runRecord record;
+    while (records.size() < runTable::maxRecords) {
         const auto line = lines.next();
         if (!line)
             break;
@@ -111,25 +144,72 @@ void loadStatistics(const char *identifier)
                 columns = wire::columnsVersion2;
             continue;
         }
-        if (wire::parseRecordLine(*line, columns, record) && record.total > 0)
-            addRecord(record, columns.timecol < 0 ? now : QDateTime::fromSecsSinceEpoch(record.time));
+        if (!wire::parseRecordLine(*line, columns, record) || record.total <= 0)
+            continue;
+        if (columns.timecol < 0)
+            record.time = now;
+        records.push_back(record);
     }
+    return records;
 }
 
-void saveStatistics(const char *identifier)
+statisticsFile::version statisticsFile::versionOf(const fileDescriptor &file)
 {
-    if (identifier) {
-        dump("---- saving statistic data with entry count", m_snapshotcount);
-        writePath(datafile, firstDirectory, identifier);
-    } else {
-        dump("---- saving intermediate data with entry count", m_snapshotcount);
-        if (!m_ownIdentifier)
-            return;
-        identifier = m_ownIdentifier->c_str();
-    }
+    struct stat status;
+    if (fstat(file.get(), &status) != 0)
+        return {};
+    return {status.st_ino, status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec};
+}
 
-    if (replaceTrusted(datafile, writeTable))
-        return;
-    writePath(datafile, fallbackDirectory, identifier);
-    replaceTrusted(datafile, writeTable);
+std::optional<std::vector<runRecord>> statisticsFile::load(const char *identifier, statisticsPlace place)
+{
+    m_identifier = identifier;
+    m_place = place;
+    fileDescriptor file;
+    if (place == statisticsPlace::user) {
+        const std::string path = wire::learnedPath(m_identifier);
+        file = openTrusted(path.c_str(), O_RDONLY).descriptor;
+        futimens(file.get(), nullptr); // the longest unused name goes first
+        m_version = versionOf(file);
+        if (!file)
+            file = openMachines(identifier);
+        m_path = path;
+    } else {
+        file = openMachines(identifier);
+    }
+    if (!file)
+        return std::nullopt;
+    return read(file);
+}
+
+std::optional<std::vector<runRecord>> statisticsFile::loadChanged()
+{
+    const fileDescriptor file = openTrusted(m_path.c_str(), O_RDONLY).descriptor;
+    const version before = std::exchange(m_version, versionOf(file));
+    return file && before != m_version ? std::optional(read(file)) : std::nullopt;
+}
+
+bool statisticsFile::save(const runTable &table, const char *identifier)
+{
+    if (identifier)
+        dump("---- saving statistic data with entry count", table.count());
+    else
+        dump("---- saving intermediate data with entry count", table.count());
+    if (m_identifier.empty() && !identifier)
+        return false;
+    const auto writeTable = [&table](QIODevice &file) { write(table, file); };
+    if (m_place == statisticsPlace::user) {
+        makeRoomFor(m_path);
+        const bool isSaved = replaceTrusted(m_path.c_str(), onlyOwn, writeTable) == replacement::done;
+        m_version = versionOf(openTrusted(m_path.c_str(), O_RDONLY).descriptor);
+        return isSaved;
+    }
+    if (identifier)
+        m_path = machinesPath(firstDirectory, identifier);
+    replacement result = replaceTrusted(m_path.c_str(), othersRead, writeTable);
+    if (result == replacement::impossible) {
+        m_path = machinesPath(fallbackDirectory, identifier ? identifier : m_identifier.c_str());
+        result = replaceTrusted(m_path.c_str(), othersRead, writeTable);
+    }
+    return result == replacement::done;
 }

@@ -56,6 +56,12 @@ bool isTrusted(int descriptor)
     return false;
 }
 
+/// Some file systems find only now that there is no space; some cannot tell.
+bool reachedDisk(int descriptor)
+{
+    return fdatasync(descriptor) == 0 || errno == EINVAL;
+}
+
 /// Usually the file's own name. But the toolkit can be told only names that are text, and it would follow a
 /// link that somebody puts where there is no file yet: then it is a name that nobody foresees.
 QString nameToSave(const trustedFile &file)
@@ -85,21 +91,27 @@ trustedFile openTrusted(const char *path, int access)
     return file;
 }
 
-bool replaceTrusted(const char *path, const std::function<void(QIODevice &)> &write)
+replacement replaceTrusted(const char *path, QFileDevice::Permissions most,
+                           const std::function<void(QIODevice &)> &write)
 {
     const trustedFile old = openTrusted(path, O_WRONLY);
     if (!old.descriptor && !old.isMissing)
-        return false;
+        return replacement::impossible;
     const QString name = nameToSave(old);
     const bool isRenamed = QFile::encodeName(name) != old.target.c_str();
     QSaveFile file(name);
     file.setDirectWriteFallback(!isRenamed);
     if (!file.open(QIODevice::WriteOnly))
-        return false;
-    if (isRenamed) // even where the user's mask would let others write
-        file.setPermissions(file.permissions() & ~(QFile::WriteGroup | QFile::WriteOther));
+        return replacement::impossible;
+    if (isRenamed)
+        file.setPermissions(file.permissions() & most);
     write(file);
-    if (file.commit() && isRenamed)
-        std::rename(QFile::encodeName(name).constData(), old.target.c_str());
-    return true;
+    // The toolkit's commit() misses that its buffer does not fit the disk any more.
+    if (!file.flush() || !reachedDisk(file.handle()))
+        file.cancelWriting();
+    if (!file.commit())
+        return replacement::failed;
+    if (isRenamed && std::rename(QFile::encodeName(name).constData(), old.target.c_str()) != 0)
+        return replacement::failed;
+    return replacement::done;
 }

@@ -1,11 +1,37 @@
 #pragma once
 
-#include "stats/fileDescriptor.h"
+#include <QFileDevice>
+
+#include <unistd.h>
 
 #include <functional>
 #include <string>
+#include <utility>
 
-class QIODevice;
+/// Owns an open file descriptor, or none (-1).
+class fileDescriptor
+{
+public:
+    explicit fileDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
+    fileDescriptor(fileDescriptor &&other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    fileDescriptor &operator=(fileDescriptor &&other) noexcept
+    {
+        std::swap(m_descriptor, other.m_descriptor);
+        return *this;
+    }
+    ~fileDescriptor() { close(); }
+
+    explicit operator bool() const { return m_descriptor >= 0; }
+    int get() const { return m_descriptor; }
+    void close()
+    {
+        if (m_descriptor >= 0)
+            ::close(std::exchange(m_descriptor, -1));
+    }
+
+private:
+    int m_descriptor;
+};
 
 /// Files in folders that others can write to as well. Nothing is read from, or written to, what somebody else
 /// has put there: links count only if they are this user's or root's; so does the file that they lead to,
@@ -24,10 +50,19 @@ struct trustedFile {
 /// Opens the file at `path`, which is not created. `access` is O_RDONLY or O_WRONLY.
 trustedFile openTrusted(const char *path, int access);
 
-/// Gives the file at `path` new content, which `write` writes, or makes it. False if the file can be neither
-/// written nor made, or is not to be trusted; nothing has happened then.
+enum class replacement {
+    /// The file can be neither written nor made, or is not to be trusted; nothing has happened.
+    impossible,
+    /// What was written did not reach the disk: the old file is still there.
+    failed,
+    done,
+};
+
+/// Gives the file at `path` new content, which `write` writes, or makes it, with the user's mask and at most
+/// the permissions `most`.
 ///
 /// The old file is replaced once the new one is whole: a full disk or a kill on the way leaves all of the
 /// old one. Only in a folder in which no file can be made it is written in place. Links stay, and so does the
 /// mode; the owner, the group, access lists and other hard links do not.
-bool replaceTrusted(const char *path, const std::function<void(QIODevice &)> &write);
+replacement replaceTrusted(const char *path, QFileDevice::Permissions most,
+                           const std::function<void(QIODevice &)> &write);

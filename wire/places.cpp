@@ -1,9 +1,12 @@
 #include "wire/places.h"
 
 #include <cerrno>
+#include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -52,6 +55,36 @@ std::optional<std::string> socketPath(const std::string &folder, const std::stri
     if (identifier.empty() || identifier.find_first_of("/\0"s) != std::string::npos)
         return std::nullopt;
     return folder + '/' + identifier + ".sock";
+}
+
+std::string learnedFolder()
+{
+    const char *state = std::getenv("XDG_STATE_HOME");
+    if (state && *state == '/')
+        return std::string(state) + "/progressd";
+    const char *home = std::getenv("HOME");
+    const passwd *user = home && *home == '/' ? nullptr : ::getpwuid(::geteuid());
+    return std::string(user ? user->pw_dir : home ? home : "") + "/.local/state/progressd";
+}
+
+std::string learnedPath(const std::string &name)
+{
+    constexpr std::size_t longest = 160;
+    constexpr char kept[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~";
+    std::string file;
+    std::uint64_t digest = 14695981039346656037U; // FNV-1a
+    char coded[20];
+    for (const char letter : name) {
+        const auto byte = static_cast<unsigned char>(letter);
+        digest = (digest ^ byte) * 1099511628211U;
+        std::snprintf(coded, sizeof coded, letter && std::strchr(kept, letter) ? "%c" : "%%%02X", byte);
+        file += coded;
+    }
+    if (file.size() > longest) {
+        std::snprintf(coded, sizeof coded, "-%016" PRIx64, digest);
+        file = file.substr(0, longest) + coded;
+    }
+    return learnedFolder() + '/' + file + ".txt";
 }
 
 bool fitsSocket(const std::string &path)

@@ -28,6 +28,15 @@ std::string makeSocketFolder(const std::string &folder);
 /// Empty where it is fine, or missing.
 std::string faultOfSocketFolder(const std::string &folder);
 
+/// The folder of the learned runs of this user's private daemons: "progressd" in what XDG_STATE_HOME names,
+/// else in ~/.local/state.
+std::string learnedFolder();
+
+/// The file in it of those that are learned under `name`: a safe and short one for whatever name. All but
+/// letters, digits, "-", ".", "_" and "~" is written as "%" and two hexadecimal digits; of a long name only
+/// the beginning stands in front of a digest.
+std::string learnedPath(const std::string &name);
+
 /// The numbers in a lock file; 0 for a server that does not listen.
 struct portNumbers {
     int command = 0;

@@ -70,7 +70,7 @@ void printButtons()
 int main(int argc, char **argv)
 {
     asDictionary = argc > 1 && std::strcmp(argv[1], "--dictionary") == 0;
-    constexpr const char *arguments[] = {"none", "text", "slot", "slot value", "slot text"};
+    constexpr const char *arguments[] = {"none", "slot", "slot value", "slot text", "amount"};
     printTags();
     for (const auto &each : wire::progressForms)
         print("command", each.keyword, arguments[static_cast<std::size_t>(each.arguments)]);

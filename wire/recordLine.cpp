@@ -109,21 +109,20 @@ bool parseRecordLine(std::string_view line, const recordColumns &columns, record
     return true;
 }
 
-std::string_view formatRecordLine(unsigned time, int total, int found, const int *snapshots,
-                                  std::size_t count, std::int64_t amount, std::vector<char> &storage)
+std::string_view formatRecordLine(const recordLine &record, std::vector<char> &storage)
 {
     constexpr std::size_t longestHeadAndAmount = 96;
     constexpr std::size_t longestNumber = sizeof "-2147483648.";
-    storage.resize(std::max(storage.size(), longestHeadAndAmount + count * longestNumber));
+    storage.resize(std::max(storage.size(), longestHeadAndAmount + record.snapshots.size() * longestNumber));
 
     char *out = storage.data();
-    out += std::sprintf(out, "%012u:%08d:%08d:", time, total, found);
-    for (std::size_t i = 0; i < count; ++i) {
-        out = writeNumber(snapshots[i], out);
+    out += std::sprintf(out, "%012u:%08d:%08d:", record.time, record.total, record.found);
+    for (const int snapshot : record.snapshots) {
+        out = writeNumber(snapshot, out);
         *out++ = '.';
     }
-    if (amount > 0)
-        out += std::sprintf(out, ":%lld", static_cast<long long>(amount));
+    if (record.amount > 0)
+        out += std::sprintf(out, ":%lld", static_cast<long long>(record.amount));
     *out++ = '\n';
     return {storage.data(), static_cast<std::size_t>(out - storage.data())};
 }

@@ -25,12 +25,15 @@ struct recordColumns {
 inline constexpr recordColumns columnsVersion1;
 inline constexpr recordColumns columnsVersion2 = {0, 1, 2, 3};
 
+/// A finished run, or several alike.
 struct recordLine {
-    /// Seconds since 1970-01-01 00:00 UTC; 0 where the line holds no time.
-    unsigned time;
-    /// Seconds.
-    int total;
-    int found;
+    /// Seconds since 1970-01-01 00:00 UTC when it was made or last had a run merged into it; 0 where the line
+    /// holds no time.
+    unsigned time = 0;
+    /// Duration in seconds.
+    int total = 0;
+    /// How many runs it stands for.
+    int found = 0;
     std::vector<int> snapshots;
     /// How much there was to do; 0 for a run that did not tell.
     std::int64_t amount = 0;
@@ -49,7 +52,6 @@ bool parseRecordLine(std::string_view line, const recordColumns &columns, record
 
 /// The line of a record in version 2, with its line feed; the fifth field only where there is an amount. The
 /// text lies in `storage` and is valid until that is used again.
-std::string_view formatRecordLine(unsigned time, int total, int found, const int *snapshots,
-                                  std::size_t count, std::int64_t amount, std::vector<char> &storage);
+std::string_view formatRecordLine(const recordLine &record, std::vector<char> &storage);
 
 } // namespace wire

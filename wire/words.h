@@ -38,7 +38,7 @@ enum class progressVerb : unsigned char {
 };
 
 /// What stands behind a keyword, separated by ";".
-enum class argumentKind : unsigned char { none, text, slot, slotAndValue, slotAndText };
+enum class argumentKind : unsigned char { none, slot, slotAndValue, slotAndText, amount };
 
 struct progressForm {
     std::string_view keyword;
@@ -61,7 +61,7 @@ inline constexpr std::array progressForms{
     progressForm{"updateText:", argumentKind::slotAndText},
     progressForm{"delText:", argumentKind::slot},
     progressForm{"pulse:", argumentKind::slot},
-    progressForm{"amount:", argumentKind::text},
+    progressForm{"amount:", argumentKind::amount},
 };
 static_assert(progressForms.size() == static_cast<std::size_t>(progressVerb::amount) + 1);
 

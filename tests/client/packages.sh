@@ -7,7 +7,7 @@ source=$1 build=$2
 export LC_ALL=C.UTF-8
 
 work=$(mktemp -d /tmp/packages-test.XXXXXX)
-export HOME=$work XDG_RUNTIME_DIR=$work
+export HOME=$work XDG_RUNTIME_DIR=$work XDG_STATE_HOME=$work/state
 trap 'rm -rf "$work" /var/tmp/currentTimestamps_copying.txt' EXIT
 
 fail() {

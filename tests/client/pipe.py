@@ -4,6 +4,7 @@ import os
 import signal
 import subprocess
 import time
+import urllib.parse
 
 from client import ClientCase, FakeDaemon, Result
 from harness import PATIENCE, main, until
@@ -196,7 +197,7 @@ class Ends(ClientCase):
                 self.assertEqual(Result(running).status, 0)
                 self.screen.gone(self.name)
                 self.assertRegex(self.ctl("records").output, r"^.*\n.* [12] +1 +\d+\n$")
-                os.unlink(f"/var/tmp/currentTimestamps_{self.name}.txt")
+                os.unlink(self.learned(self.name))
 
     def test_come_into_a_window_that_was_closed(self):
         self.start_shared()
@@ -244,7 +245,9 @@ class Ends(ClientCase):
         until(lambda: not os.listdir(self.folder), "the end of the daemon")
 
     def learned(self, name):
-        return os.path.exists(f"/var/tmp/currentTimestamps_{name}.txt")
+        """The file of the runs learned under a name, or none."""
+        private = f"{self.screen.environment['XDG_STATE_HOME']}/progressd/{urllib.parse.quote(name)}.txt"
+        return next(filter(os.path.exists, (private, f"/var/tmp/currentTimestamps_{name}.txt")), None)
 
     def test_are_learned_by_name(self):
         job = "-- sh -c 'echo 40; sleep 1.3; echo 80; sleep 0.2; exit {}'"
@@ -254,10 +257,10 @@ class Ends(ClientCase):
                 (f"--title '{self.name} c' --learn ''", f"{self.name} c", None)):
             with self.subTest(options):
                 self.assertEqual(self.run_script(f"progressctl pipe {options} {job.format(status or 0)}").status, 0)
-                self.assertEqual(self.learned(name), status is not None)
+                self.assertEqual(bool(self.learned(name)), status is not None)
                 if status is not None:
                     self.assertIn(" 1 ", self.ctl(f"-i '{name}' records").output.splitlines()[1][-20:])
-                    os.unlink(f"/var/tmp/currentTimestamps_{name}.txt")
+                    os.unlink(self.learned(name))
 
 
 if __name__ == "__main__":

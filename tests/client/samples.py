@@ -110,7 +110,7 @@ def prepare(build, folder):
     """The environment of a user who has installed everything, with an empty home."""
     subprocess.run(["cmake", "--install", build, "--prefix", f"{folder}/usr"], check=True, stdout=subprocess.DEVNULL)
     libraries = [root for root, _, files in os.walk(f"{folder}/usr") if "progressclient.pc" in files][0]
-    os.environ.update(HOME=folder, XDG_RUNTIME_DIR=folder, PROGRESS_IDENTIFIER=f"samples{os.getpid()}",
+    os.environ.update(HOME=folder, XDG_RUNTIME_DIR=folder, XDG_STATE_HOME=folder + "/state", PROGRESS_IDENTIFIER=f"samples{os.getpid()}",
                       LC_ALL="C.UTF-8", PATH=f"{folder}/usr/bin:{os.environ['PATH']}", PKG_CONFIG_PATH=libraries,
                       LD_LIBRARY_PATH=os.path.dirname(libraries), PYTHONPATH=f"{folder}/usr/lib/python3/dist-packages")
     for script in SCRIPTS:

@@ -1,5 +1,6 @@
 """The local channel, byte by byte, and what it keeps others from."""
 
+import glob
 import os
 import re
 import shutil
@@ -349,11 +350,9 @@ class LocalChannel(Case):
                 listener.until("isHidden")
                 client.send("<exit/>")
                 daemon.status()
-                paths = [p for p in (f"/var/{place}/currentTimestamps_{name}{os.getpid()}.txt"
-                                     for place in ("instrument", "tmp")) if os.path.exists(p)]
-                self.assertEqual(bool(paths), kept)
-                for path in paths:
-                    os.remove(path)
+                folder = os.path.join(self.screen.environment["XDG_STATE_HOME"], "progressd")
+                self.assertEqual(glob.glob(f"{folder}/*.txt"), [f"{folder}/{name}{os.getpid()}.txt"] if kept else [])
+                shutil.rmtree(folder, ignore_errors=True)
                 self.assertEqual(daemon.statistics(), "")
 
 

@@ -275,9 +275,9 @@ void fittedTest::readsFromRightToLeft()
 
 void fittedTest::timesLeft()
 {
-    const std::pair<int, const char *> cases[] = {{0, "0 s left"},          {59, "59 s left"},
-                                                  {60, "1 min 0 s left"},   {3599, "59 min 59 s left"},
-                                                  {3600, "1 h 0 min left"}, {90000, "25 h 0 min left"}};
+    const std::pair<int, const char *> cases[] = {
+        {0, "0 s left"},      {59, "59 s left"},     {60, "1 min 0 s left"},   {599, "9 min 59 s left"},
+        {600, "10 min left"}, {3599, "59 min left"}, {3600, "1 h 0 min left"}, {90000, "25 h 0 min left"}};
     for (const auto &[seconds, text] : cases)
         QCOMPARE(timeLeft(seconds), text);
 }

@@ -7,8 +7,7 @@
 #include "server/handlers.h"
 #include "server/messageBuffer.h"
 #include "server/messageStream.h"
-#include "stats/estimateMode.h"
-#include "stats/statisticsFile.h"
+#include "stats/statistics.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 
@@ -27,6 +26,9 @@
 
 namespace
 {
+
+/// An identifier that fits no path.
+const std::string unsavable(8192, 'x');
 
 enum end : char { port = 1, local, acceptBox, rejectBox, clickButtons, pressBusyWindow, tick, hangUp };
 
@@ -49,7 +51,8 @@ public:
         m_handlers.cleanup();
         turn();
         appearance = {};
-        m_estimateMode = estimateMode::exact;
+        statistics = {};
+        statistics.load(unsavable.c_str());
     }
 
     void handlePiece(std::string_view piece, char end);
@@ -153,8 +156,6 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
         std::abort();
     QImage(48, 64, QImage::Format_RGB32).save(QStringLiteral("Busy.png"));
     mkfifo("pipe", 0600);
-    // With an identifier that fits no path nothing is saved.
-    loadStatistics(std::string(8192, 'x').c_str());
     return 0;
 }
 

@@ -1,11 +1,7 @@
 // The content of a statistics file: loading it, matching a run against it, and that what was saved stays as
 // it is when it is loaded and saved again.
 
-#include "stats/estimate.h"
-#include "stats/findNearest.h"
-#include "stats/runTable.h"
-#include "stats/snapshots.h"
-#include "stats/statisticsFile.h"
+#include "stats/statistics.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -43,21 +39,20 @@ void removeFiles()
 
 void load()
 {
-    for (int record = 0; record < m_snapshotcount; ++record)
-        setRecordData(record, {});
-    m_snapshotcount = 0;
-    loadStatistics(identifier().c_str());
+    statistics = {};
+    statistics.load(identifier().c_str());
 }
 
 void followRun()
 {
-    clearSnapshots();
-    resetEstimate();
-    startEstimate();
+    statistics.startRun();
     for (const int elapsed : {0, 1, 2, 5, 90, 2147482, -3}) {
-        holdEstimate(elapsed);
-        addSnapshot(elapsed % 1000);
-        advanceEstimate(elapsed, 50, 0);
+        statistics.hold(elapsed);
+        statistics.addSnapshot(elapsed % 1000);
+        for (const estimateMode mode : {estimateMode::exact, estimateMode::adaptive}) {
+            statistics.m_estimateMode = mode;
+            statistics.advance(elapsed, 50, 0);
+        }
     }
 }
 
@@ -65,7 +60,7 @@ void followRun()
 std::string saved()
 {
     load();
-    saveStatistics(identifier().c_str());
+    statistics.saveFinally(identifier().c_str());
     std::ifstream file(pathInMemory(), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -87,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     followRun();
     // A time stamp that fits no int is saved as it came and reads as 0, so that a second round settles
     // everything.
-    saveStatistics(identifier().c_str());
+    statistics.saveFinally(identifier().c_str());
     if (const std::string settled = saved(); saved() != settled)
         std::abort();
     return 0;

@@ -110,7 +110,7 @@ class Screen:
         os.close(writer)
         with os.fdopen(reader) as numbers:
             display = ":" + numbers.readline().strip()
-        self.environment = {**os.environ, "DISPLAY": display, "XDG_RUNTIME_DIR": scratch()}
+        self.environment = {**os.environ, "DISPLAY": display, "XDG_RUNTIME_DIR": scratch(), "XDG_STATE_HOME": f"{scratch()}/state"}
         for name in ("QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER"):
             self.environment.pop(name, None)
         self.managers = [start(shlex.split(manager), env=self.environment, stdout=subprocess.DEVNULL,

@@ -459,8 +459,7 @@ class Window(unittest.TestCase):
 class PrivateDaemon(unittest.TestCase):
     def records(self, name):
         """Of the runs that were learned under this name, which are removed."""
-        places = (os.environ["XDG_STATE_HOME"] + "/progressd", "/var/instrument", "/var/tmp")
-        found = [path for place in places for path in glob.glob(f"{place}/currentTimestamps_{name}.txt")]
+        found = glob.glob(f"{os.environ['XDG_STATE_HOME']}/progressd/{name.replace(' ', '%20')}.txt")
         counts = [0]
         for path in found:
             with open(path) as file:

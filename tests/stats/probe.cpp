@@ -2,15 +2,9 @@
 // nothing. Prints what the steps answer, separated by ";" too. Courses are written as in the file:
 // "0.1000.2005", "-" for none.
 
-#include "stats/adaptiveEstimate.h"
-#include "stats/estimate.h"
-#include "stats/findNearest.h"
-#include "stats/newestCourses.h"
-#include "stats/recordRun.h"
-#include "stats/remainingText.h"
-#include "stats/runTable.h"
-#include "stats/snapshots.h"
-#include "stats/statisticsFile.h"
+#include "stats/statistics.h"
+
+#include <QThread>
 
 #include <iostream>
 #include <iterator>
@@ -23,6 +17,8 @@ namespace
 {
 
 using arguments = std::vector<std::string>;
+
+adaptiveEstimate m_adaptive;
 
 int number(const arguments &given, std::size_t at, int otherwise = 0)
 {
@@ -38,90 +34,127 @@ std::vector<int> course(const std::string &snapshots)
     return result;
 }
 
-std::string listed(const int *values, int count, const char *separator = " ")
+std::string listed(const std::vector<int> &values, const char *separator = " ")
 {
     std::string result;
-    for (int i = 0; i < count; ++i)
-        result += (i ? separator : "") + std::to_string(values[i]);
+    for (const int value : values)
+        result += (result.empty() ? "" : separator) + std::to_string(value);
     return result;
 }
 
 std::string records()
 {
     std::string result;
-    for (int i = 0; i < m_snapshotcount; ++i)
-        result += (i ? " " : "") + std::to_string(m_snapshottotal[i]) + ':' +
-                  std::to_string(m_snapshotfound[i]) + ':' +
-                  listed(m_snapshotdata[i].get(), m_snapshottlen[i], ".");
+    for (const runRecord &record : statistics.table().records()) {
+        result += (result.empty() ? "" : " ") + std::to_string(record.total) + ':' +
+                  std::to_string(record.found) + ':' + listed(record.snapshots, ".");
+        if (record.amount > 0)
+            result += ':' + std::to_string(record.amount);
+    }
     return result;
 }
 
+std::string found()
+{
+    std::vector<int> counts;
+    for (const runRecord &record : statistics.table().records())
+        counts.push_back(record.found);
+    return listed(counts);
+}
+
+/// Total, found count, course, time and amount.
 void addRecord(const arguments &given)
 {
-    const int record = m_snapshotcount++;
-    m_snapshottotal[record] = number(given, 0);
-    m_snapshotfound[record] = number(given, 1);
-    m_snapshottime[record] = QDateTime::fromSecsSinceEpoch(number(given, 3, 1000));
-    m_snapshotfits[record] = -7;
-    setRecordData(record, course(given.at(2)));
+    const wire::recordLine record{static_cast<unsigned>(number(given, 3, 1000)), number(given, 0),
+                                  number(given, 1), course(given.at(2)), number(given, 4)};
+    statistics.table().put(statistics.table().count(), {record, {}});
+}
+
+void changeRecord(const arguments &given)
+{
+    runRecord record = statistics.table()[number(given, 0)];
+    record.snapshots = course(given.at(1));
+    record.comparison = {};
+    statistics.table().put(number(given, 0), std::move(record));
 }
 
 void addSnapshots(const arguments &given)
 {
     for (const int snapshot : course(given.at(0))) {
-        holdEstimate(snapshot / snapshotScale);
-        addSnapshot(snapshot % snapshotScale);
+        statistics.hold(snapshot / snapshotScale);
+        statistics.addSnapshot(snapshot % snapshotScale);
     }
 }
 
 std::string tick(const arguments &given)
 {
     const char *const steps[] = {"nothing ", "dropped ", "vanished ", "display "};
-    const auto step = advanceEstimate(number(given, 0), number(given, 1), number(given, 2));
-    return steps[static_cast<int>(step)] + std::to_string(m_currentTotal) + ' ' +
-           std::to_string(m_currentFound);
+    const auto step = statistics.advance(number(given, 0), number(given, 1), number(given, 2));
+    return steps[static_cast<int>(step)] + std::to_string(statistics.estimate().total()) + ' ' +
+           std::to_string(statistics.estimate().found());
 }
 
 std::string nearest()
 {
-    double incernity = 42;
-    int index = 7;
-    const int total = findNearest(incernity, index);
-    return QString::asprintf("%d %d %.9g", total, index, incernity).toStdString();
+    const nearestRecord nearest = findNearest(statistics.table(), statistics.run());
+    return QString::asprintf("%d %d %.9g", nearest.total, nearest.index, nearest.distance).toStdString();
 }
 
 std::string remaining(const arguments &given)
 {
-    const std::span run(m_snapshots, static_cast<std::size_t>(m_nextSnap));
-    const auto seconds = adaptiveRemaining(newestCourses(), run, number(given, 0), number(given, 1));
-    return seconds ? QString::asprintf("%.3f", *seconds).toStdString() : "none";
+    statistics.hold(number(given, 0));
+    const auto left = m_adaptive.remaining(statistics.table(), statistics.run(), number(given, 1));
+    return left ? QString::asprintf("%.3f", left->seconds).toStdString() : "none";
+}
+
+std::string overdue(const arguments &given)
+{
+    statistics.hold(number(given, 0));
+    const auto left = m_adaptive.remaining(statistics.table(), statistics.run(), number(given, 1));
+    return left && left->isOverdue ? "yes" : "no";
+}
+
+/// What a calm reader sees of remaining times, each a second after the one before.
+std::string calm(const arguments &given)
+{
+    calmTime time;
+    std::vector<int> shown;
+    for (std::size_t i = 0; i < given.size(); ++i)
+        shown.push_back(time.shown(number(given, i), static_cast<int>(i)));
+    return listed(shown);
 }
 
 const std::map<std::string, void (*)(const arguments &)> m_actions = {
     {"record", addRecord},
-    {"change", [](auto &given) { setRecordData(number(given, 0), course(given.at(1))); }},
+    {"change", changeRecord},
     {"pool", addSnapshots},
-    {"at", [](auto &given) { holdEstimate(number(given, 0)); }},
-    {"add", [](auto &given) { addSnapshot(number(given, 0)); }},
-    {"start", [](auto &) { startEstimate(); }},
-    {"end", [](auto &) { resetEstimate(); }},
-    {"exact", [](auto &) { m_estimateMode = estimateMode::exact; }},
-    {"adaptive", [](auto &) { m_estimateMode = estimateMode::adaptive; }},
-    {"run", [](auto &given) { recordRun(number(given, 0)); }},
-    {"load", [](auto &given) { loadStatistics(given.at(0).c_str()); }},
-    {"save", [](auto &given) { saveStatistics(given.empty() ? nullptr : given[0].c_str()); }},
+    {"at", [](auto &given) { statistics.hold(number(given, 0)); }},
+    {"add", [](auto &given) { statistics.addSnapshot(number(given, 0)); }},
+    {"amount", [](auto &given) { statistics.setAmount(wire::readAmount(given.at(0))); }},
+    {"start", [](auto &) { statistics.startRun(); }},
+    {"end", [](auto &) { statistics.endRun(0); }},
+    {"run", [](auto &given) { statistics.endRun(number(given, 0)); }},
+    {"exact", [](auto &) { statistics.m_estimateMode = estimateMode::exact; }},
+    {"adaptive", [](auto &) { statistics.m_estimateMode = estimateMode::adaptive; }},
+    {"load", [](auto &given) { statistics.load(given.at(0).c_str()); }},
+    {"own", [](auto &given) { statistics.load(given.at(0).c_str(), statisticsPlace::user); }},
+    {"wait", [](auto &given) { QThread::msleep(static_cast<unsigned long>(number(given, 0))); }},
+    {"save",
+     [](auto &given) { given.empty() ? statistics.save() : statistics.saveFinally(given[0].c_str()); }},
 };
 
 const std::map<std::string, std::string (*)(const arguments &)> m_questions = {
-    {"last", [](auto &) { return std::to_string(m_snapshots[m_nextSnap - 1]); }},
+    {"last", [](auto &) { return std::to_string(statistics.run().snapshots().back()); }},
     {"tick", tick},
     {"nearest", [](auto &) { return nearest(); }},
     {"remaining", remaining},
+    {"overdue", overdue},
     {"shown", [](auto &given) { return remainingText(number(given, 0)).toStdString(); }},
     {"records", [](auto &) { return records(); }},
-    {"found", [](auto &) { return listed(m_snapshotfound, m_snapshotcount); }},
-    {"fits", [](auto &) { return listed(m_snapshotfits, m_snapshotcount); }},
-    {"file", [](auto &) { return std::string(datafile); }},
+    {"calm", calm},
+    {"found", [](auto &) { return found(); }},
+    {"fits", [](auto &) { return listed(statistics.table().fits()); }},
+    {"file", [](auto &) { return statistics.file().path(); }},
 };
 
 std::string answer(const std::string &step)
@@ -140,12 +173,10 @@ std::string answer(const std::string &step)
 
 int main()
 {
-    loadStatistics(std::string(2000, '-').c_str()); // too long to be saved anywhere
     for (std::string line; std::getline(std::cin, line);) {
-        m_snapshotcount = 0;
-        m_estimateMode = estimateMode::exact;
-        resetEstimate();
-        startEstimate();
+        statistics = {};
+        m_adaptive = {};
+        statistics.startRun();
         std::istringstream steps(line);
         for (std::string step; std::getline(steps, step, ';');)
             std::cout << answer(step) << ';';

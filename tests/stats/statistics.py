@@ -7,6 +7,7 @@ usage: statistics.py PROBE rules|files|strangers
 and say why, where the system does not let them.
 """
 
+import contextlib
 import os
 import pathlib
 import random
@@ -29,11 +30,17 @@ class Probe:
         self.process = subprocess.Popen([sys.argv[1]], stdin=subprocess.PIPE, stdout=subprocess.PIPE, user=user,
                                         group=user, encoding="utf-8", errors="surrogateescape")
 
-    def ask(self, *steps):
-        """The answers to the steps of a case."""
+    def tell(self, *steps):
         self.process.stdin.write(";".join(steps) + "\n")
         self.process.stdin.flush()
+
+    def answers(self):
         return self.process.stdout.readline().split(";")[:-1]
+
+    def ask(self, *steps):
+        """The answers to the steps of a case."""
+        self.tell(*steps)
+        return self.answers()
 
 
 def check(name, got, expected):
@@ -118,7 +125,7 @@ def check_loading(probe):
     probe.ask("load id", "save")
     check("time of loading", abs(int(FIRST.read_bytes()[14:26]) - time.time()) < 60, True)
     kept = (b"fileversion=2\n001447671234:00000095:00000040:00000000.00001007.-0000015.\n"
-            b"002147483647:2147483647:00000007:12345678.100000000.-9999999.-10000000.-2147483648.99999999.\n")
+            b"002147483647:2147483647:00000007:12345678.100000000.-9999999.-10000000.-2147483648.99999999.:4096\n")
     write(FIRST, kept + b"1:96:0:7.\n1:97:-2:7.\n", 0o640)
     inode = FIRST.stat().st_ino
     check("saved", (probe.ask("load id", "save", "found")[-1], FIRST.read_bytes()), ("40 7 0 -2", kept))
@@ -150,6 +157,61 @@ def check_places(probe):
     os.umask(0)
     Probe().ask("load id", RECORD, "save")
     check("mask", oct(FALLBACK.stat().st_mode), "0o100644")
+
+
+def check_full_disk(probe):
+    """The old file stays whole, whether or not the new one fits a buffer on its way."""
+    clear()
+    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=256k", "none", TEMPORARY], check=True)
+    for count in (10, 300, 1900, 3900):
+        FALLBACK.unlink(missing_ok=True)
+        probe.ask("load id", f"record 95 1 {'7.' * count} 1", "save")
+        old = FALLBACK.read_bytes()
+        with open(TEMPORARY / "filler", "wb", buffering=0) as filler, contextlib.suppress(OSError):
+            while True:
+                filler.write(bytes(4096))
+        probe.ask("load id", "pool 0.1001", "run 60")
+        check(f"full disk, {len(old)}", (FALLBACK.read_bytes() == old, len(list(TEMPORARY.iterdir()))), (True, 2))
+        (TEMPORARY / "filler").unlink()
+        probe.ask("load id", "pool 0.1001", "run 60")
+        check("disk with room", FALLBACK.read_bytes().count(b"\n"), 3)
+    subprocess.run(["umount", TEMPORARY], check=True)
+
+
+def check_own_files(probe):
+    """Those of the user: who may read them, their names, what is kept of the machine's, and who learns beside."""
+    clear()
+    own = pathlib.Path("/var/state/progressd")
+    run = ("start", "pool 0.1050", "run 60")
+    write(FALLBACK, SAVED)
+    check("taken over", probe.ask("own id", "records", "save id", "records")[1::2], ["95:1:7"] * 2)
+    check("nothing learned", own.exists(), False)
+    probe.ask("own id", *run)
+    check("learned", (probe.ask("own id", "records", "file")[1:], FALLBACK.read_bytes()),
+          (["95:1:7 60:1:0.1050", str(own / "id.txt")], SAVED))
+    check("modes", [oct(path.stat().st_mode & 0o777) for path in (own, own / "id.txt", own / "lock")], ["0o700", "0o600", "0o600"])
+    own.chmod(0o755)
+    for name in ("a/b", "a%2Fb", "..", "/", "\udcfe", "n" * 300, "n" * 301):
+        probe.ask(f"own {name}", *run)
+        check(f"name {name}", probe.ask(f"own {name}", "records")[-1], "60:1:0.1050")
+    check("shut", (oct(own.stat().st_mode), len(list(own.glob("*.txt"))), pathlib.Path("/var/state/b.txt").exists()),
+          ("0o40700", 8, False))
+
+    for k in range(300):
+        write(own / f"old{k}.txt", SAVED)
+        os.utime(own / f"old{k}.txt", (k, k))
+    check("still used", probe.ask("own old0", "records")[-1], "95:1:7")
+    probe.ask("own new", *run)
+    check("256 names", {path.name for path in own.glob("*.txt")} >= {"new.txt", "id.txt", "old0.txt", "old299.txt"}, True)
+    check("oldest gone", (len(list(own.glob("*.txt"))), (own / "old1.txt").exists()), (256, False))
+
+    both = Probe(), Probe()
+    for first, one in enumerate(both):
+        one.tell("own shared", "wait 300", *(step for k in range(10) for step in ("start", f"pool 0.{40 * k + 500 * first}", "run 60")))
+    for one in both:
+        one.answers()
+    found = [int(record.split(":")[1]) for record in probe.ask("own shared", "records")[-1].split()]
+    check("two learn", sum(found), 20)
 
 
 def check_log(probe):
@@ -196,7 +258,7 @@ def skip(why):
 
 def enter_own_var():
     own = "mount -t tmpfs none /var && mkdir -m 1777 /var/instrument /var/tmp && exec \"$@\""
-    command = ["unshare", "-m" if os.geteuid() == 0 else "-rm", "env", "OWN_VAR=yes", "sh", "-c", own, "sh"]
+    command = ["unshare", "-m" if os.geteuid() == 0 else "-rm", "env", "OWN_VAR=yes", "XDG_STATE_HOME=/var/state", "sh", "-c", own, "sh"]
     if subprocess.run([*command, "true"]).returncode:
         skip("unshare cannot make a /var of its own here")
     os.execvp("unshare", [*command, sys.executable, *sys.argv])
@@ -213,7 +275,7 @@ def main():
         sys.argv[1] = shutil.copy(sys.argv[1], "/var")
     probe = Probe()
     for one in {"rules": (check_cases, check_going_on, check_full_table),
-                "files": (check_loading, check_places, check_log), "strangers": (check_strangers,)}[part]:
+                "files": (check_loading, check_places, check_full_disk, check_own_files, check_log), "strangers": (check_strangers,)}[part]:
         one(probe)
     sys.exit(f"{len(failures)} failed" if failures else 0)
 

@@ -1,0 +1,35 @@
+#include "stats/progressRun.h"
+
+#include "wire/recordLine.h"
+
+bool courseWalk::isStep(int snapshot)
+{
+    if (snapshot < 0)
+        return false;
+    const int signature = snapshot % snapshotScale;
+    const int rise = (signature - m_signature + snapshotScale) % snapshotScale;
+    m_signature = signature;
+    if (rise == 0 || rise >= snapshotScale / 2)
+        return false;
+    m_lastStep = {snapshot / snapshotScale, m_lastStep.way + rise};
+    return true;
+}
+
+void progressRun::start()
+{
+    m_elapsed = 0;
+    m_snapshots.clear();
+    m_walk = {};
+    ++m_number;
+}
+
+void progressRun::addSnapshot(int actualProgress)
+{
+    if (m_snapshots.size() >= wire::mostSnapshots)
+        return;
+    // A clock that was set during the run can make the elapsed time anything.
+    constexpr int longest = std::numeric_limits<int>::max() / snapshotScale - 1;
+    const int elapsed = std::clamp(m_elapsed, -longest, longest);
+    m_snapshots.push_back(actualProgress % snapshotScale + elapsed * snapshotScale);
+    m_walk.isStep(m_snapshots.back());
+}
