@@ -9,6 +9,7 @@
 //   receiver         two of them: the command server and the event server
 //   localServer      the local socket and its channels
 // MyApplication    the application object (app/MyApplication.h)
+// displayInput     keys and presses before the toolkit sees them (platform/displayInput.h)
 // endSignals       the signals that end the daemon in order (app/endSignals.h)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
 // dump             the diagnostic log, written by all (log/dump.h)
@@ -19,6 +20,7 @@
 #include "app/serve.h"
 #include "app/standardError.h"
 #include "app/toolkitMessages.h"
+#include "platform/displayInput.h"
 #include "server/localFolder.h"
 #include "stats/statisticsFile.h"
 
@@ -113,6 +115,7 @@ int main(int argc, char **argv)
     settleLocalFolder();
     preparePlatform();
     MyApplication application(argc, argv);
+    const displayInput input;
     // The toolkit has taken its own options out of the arguments.
     const commandLine line = parseCommandLine(argc, argv);
     if (!isUsable(line))

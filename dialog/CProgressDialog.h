@@ -1,17 +1,14 @@
 #pragma once
 
+#include "dialog/dialogInput.h"
 #include "dialog/dialogSlots.h"
-#include "dialog/heldKeys.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
-#include <QEvent>
-#include <QPoint>
 #include <QWidget>
 
 #include <memory>
 
-class QKeyEvent;
 class dialogHost;
 class dialogLayout;
 
@@ -23,8 +20,8 @@ class dialogLayout;
 /// run from 0 to 9; an index outside them, or a slot without widgets on a low screen, has no effect. Lengths
 /// are screen pixels.
 ///
-/// Sources: content.cpp (slots and copies), layout.cpp (construction and layout pass), timing.cpp (runs,
-/// ticks and percent), input.cpp.
+/// Sources: content.cpp (slots and copies), layout.cpp (construction, layout pass, events), timing.cpp (runs,
+/// ticks and percent).
 class CProgressDialog : public QWidget, private dialogSlots
 {
     Q_OBJECT
@@ -103,24 +100,10 @@ private:
     /// Recomputes the average of the bars; a change of it is a snapshot of the run.
     void updatePercent();
 
-    // input.cpp
-    void drag(QEvent *ev);
-    void forgetInput(QEvent::Type type);
-    QPushButton *concernedButton(QObject *obj, int &index) const;
-    bool handleKey(QObject *obj, const QKeyEvent *ev);
-    bool keyReleased(int key, QPushButton *pressedButton, int index);
-    void focusNext(int nextButton);
-    void focusPrevious(QPushButton *pressedButton, int index);
-    bool activateButton(QPushButton *pressedButton);
-    bool closeByUser();
-    /// Sends the event of a shown slot button; false when `button` is none.
-    bool sendClicked(const QObject *button);
-    QPushButton *firstShownButton() const;
-    QPushButton *lastShownButton() const;
-
     dialogHost &m_host;
     /// Goes before the children: it owns what they are painted with.
     std::unique_ptr<dialogLayout> m_layout;
+    dialogInput m_input;
 
     QDateTime m_startTime;
     QDateTime m_stopTime;
@@ -137,9 +120,4 @@ private:
     bool m_cancelled = false;
     /// Average of the bars; -1 before the first.
     int m_currentPercent = -1;
-
-    /// Dragging: a mouse button is held on the dialog, and where it went down.
-    bool m_buttonPressed = false;
-    QPoint m_lastPoint;
-    heldKeys m_heldKeys;
 };

@@ -8,19 +8,10 @@
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 
-#include <QCloseEvent>
-
 CProgressDialog::~CProgressDialog()
 {
     if (m_countsAsOpen || testAttribute(Qt::WA_WState_Visible))
         dump("---- destroying dialog while open", dumpIdentity(this));
-}
-
-/// A close request just hides the window; the content stays.
-void CProgressDialog::closeEvent(QCloseEvent *event)
-{
-    if (event->spontaneous())
-        m_host.closed();
 }
 
 bool CProgressDialog::hasRow(int id) const
@@ -125,9 +116,7 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
     m_layout->copyFrom(*src.m_layout);
     m_isActive = src.m_isActive;
     m_currentPercent = src.m_currentPercent;
-    m_buttonPressed = src.m_buttonPressed;
-    m_lastPoint = src.m_lastPoint;
-    m_heldKeys = src.m_heldKeys;
+    m_input.goOnFrom(src.m_input);
     m_startTime = src.m_startTime;
     m_stopTime = src.m_stopTime;
     m_runClock = src.m_runClock;

@@ -1,7 +1,5 @@
 #include "dialog/dialogLayout.h"
 
-#include "dialog/fittedLayout.h"
-#include "dialog/gridLayout.h"
 #include "widgets/appearance.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
@@ -21,13 +19,6 @@ bool dialogSlots::hasContent() const
         return std::find(flags, flags + count, true) != flags + count;
     };
     return anySet(labelVisible, maxBars) || anySet(barVisible, maxBars) || anySet(buttonVisible, maxButtons);
-}
-
-std::unique_ptr<dialogLayout> dialogLayout::make(QWidget &window, dialogSlots &content)
-{
-    if (appearance.m_windowLayout == windowLayout::fitted)
-        return std::make_unique<fittedLayout>(window, content);
-    return std::make_unique<gridLayout>(window, content);
 }
 
 void dialogLayout::createWidgets()

@@ -4,8 +4,6 @@
 
 #include <QtGlobal>
 
-#include <memory>
-
 class QPaintEvent;
 class QWidget;
 struct remainingTime;
@@ -16,9 +14,6 @@ struct remainingTime;
 class dialogLayout
 {
 public:
-    /// The layout that the settings ask for, for a window that has just been constructed.
-    static std::unique_ptr<dialogLayout> make(QWidget &window, dialogSlots &content);
-
     virtual ~dialogLayout() = default;
 
     /// Creates every child that the dialog will ever have.
@@ -48,8 +43,8 @@ public:
     /// Takes the settings' colours anew.
     virtual void takeColors() = 0;
     virtual void paint(const QPaintEvent &event) = 0;
-    /// Whether Escape is the user's way to close the window.
-    virtual bool closesByEscape() const { return false; }
+    /// Whether keys do what they do in other windows of the desktop: Escape closes, Space presses.
+    virtual bool takesDesktopKeys() const { return false; }
 
     /// The caption of the total bar while no remaining time is known.
     virtual void captionTotalBar() = 0;

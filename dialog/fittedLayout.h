@@ -39,7 +39,7 @@ public:
     void placeAgain() override;
     void takeText(int id) override;
     void paint(const QPaintEvent &event) override;
-    bool closesByEscape() const override { return true; }
+    bool takesDesktopKeys() const override { return true; }
     void captionTotalBar() override;
     void showRemaining(const remainingTime &remaining) override;
     void showTotalBar(bool shown) override;

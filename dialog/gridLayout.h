@@ -5,6 +5,8 @@
 #include <QColor>
 #include <QPixmap>
 
+#include <memory>
+
 class progressStyle;
 
 /// The fixed grid of equal cells: a frameless window whose size is made of the configured screen's and one

@@ -1,18 +1,35 @@
 #include "dialog/CProgressDialog.h"
 
-#include "dialog/dialogLayout.h"
+#include "dialog/dialogHost.h"
+#include "dialog/fittedLayout.h"
+#include "dialog/gridLayout.h"
 #include "widgets/appearance.h"
 #include "widgets/imageFile.h"
 #include "widgets/literalTitle.h"
 #include "widgets/progressButton.h"
 #include "widgets/theme.h"
 
+#include <QCloseEvent>
 #include <QIcon>
 
 #include <algorithm>
 
+namespace
+{
+
+/// The layout that the settings ask for.
+std::unique_ptr<dialogLayout> newLayout(QWidget &window, dialogSlots &content)
+{
+    if (appearance.m_windowLayout == windowLayout::fitted)
+        return std::make_unique<fittedLayout>(window, content);
+    return std::make_unique<gridLayout>(window, content);
+}
+
+} // namespace
+
 CProgressDialog::CProgressDialog(dialogHost &host)
-    : QWidget(nullptr, appearance.m_dialog_flags), m_host(host), m_layout(dialogLayout::make(*this, *this))
+    : QWidget(nullptr, appearance.m_dialog_flags), m_host(host), m_layout(newLayout(*this, *this)),
+      m_input(*this, *this, *m_layout, host)
 {
     m_layout->createWidgets();
     connect(m_hideButton, &QPushButton::clicked, this, &CProgressDialog::buttonClicked);
@@ -46,6 +63,35 @@ void CProgressDialog::reloadPixmap()
 void CProgressDialog::paintEvent(QPaintEvent *event)
 {
     m_layout->paint(*event);
+}
+
+/// A close request just hides the window; the content stays.
+void CProgressDialog::closeEvent(QCloseEvent *event)
+{
+    if (!event->spontaneous())
+        return;
+    if (m_host.isInputBlocked())
+        event->ignore();
+    else
+        m_host.closed();
+}
+
+bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
+{
+    if (m_input.filter(obj, ev))
+        return true;
+    if (obj == this && ev->type() == QEvent::LayoutRequest)
+        m_layout->placeAgain();
+    if (obj == this && ev->type() == QEvent::Show)
+        buttons[0]->setFocus();
+    return false;
+}
+
+void CProgressDialog::buttonClicked()
+{
+    if (sender() == m_hideButton)
+        setVisible(false);
+    m_input.sendClicked(sender());
 }
 
 bool CProgressDialog::ensureVisible()

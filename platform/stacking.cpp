@@ -1,25 +1,17 @@
 #include "platform/stacking.h"
 
-#include <QGuiApplication>
+#include "platform/x11.h"
+
 #include <QWidget>
-
-#include <xcb/xcb.h>
-
-#include <cstdlib>
-#include <memory>
 
 namespace
 {
-
-struct freeDeleter {
-    void operator()(void *reply) const { std::free(reply); }
-};
 
 /// The child of the root window that `window` is, or lies in; 0 when it is gone.
 xcb_window_t outermost(xcb_connection_t *display, xcb_window_t window)
 {
     for (;;) {
-        const std::unique_ptr<xcb_query_tree_reply_t, freeDeleter> tree(
+        const replyPointer<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(display, xcb_query_tree(display, window), nullptr));
         if (!tree || tree->parent == tree->root)
             return tree ? window : XCB_NONE;
@@ -31,10 +23,9 @@ xcb_window_t outermost(xcb_connection_t *display, xcb_window_t window)
 
 void putBelow(const QWidget *window, const QWidget *other)
 {
-    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11 || !x11->connection() || !window->internalWinId() || !other->internalWinId())
+    xcb_connection_t *const display = x11Display();
+    if (!display || !window->internalWinId() || !other->internalWinId())
         return;
-    xcb_connection_t *display = x11->connection();
     const xcb_window_t sibling = outermost(display, static_cast<xcb_window_t>(other->internalWinId()));
     if (sibling == XCB_NONE)
         return;

@@ -1,6 +1,9 @@
 """Real keys, clicks and drags on the dialog."""
 
-from harness import OPENBOX, SLOWNESS, Case, main, on_all_screens, until
+import os
+import signal
+
+from harness import OPENBOX, Case, main, on_all_screens, until
 
 BUSY = "busyIndicator=10|500|40|50|empty"
 # Buttons shown, keys, and the slots that the keys activate. In between, the focus moves along one line: the slots
@@ -37,20 +40,91 @@ class Input(Case):
                 self.screen.focused()
                 events.progress(*(f"delButt:{slot}" for slot in shown))
 
-    def test_hold_a_key_down(self):
-        """A key that repeats acts once, when it goes up."""
-        if SLOWNESS > 4:
-            self.skipTest("needs a daemon that keeps up with the repeats")
+    def test_quick_and_held_keys(self):
+        """Every release counts, however soon its key goes down again; a key that repeats acts once, when it goes up."""
         daemon, events, _ = self.session()
         events.progress("addButt:0;Stop", "addButt:1;Go")
         self.screen.focused()
         events.served()
+        self.screen.key(*["Return"] * 10)
+        self.assertEqual([events.event() for _ in range(10)], ["clicked:0"] * 10)
+        # A key has the name that it has when it goes up: this one is Tab by then.
+        self.screen.xdotool("key --delay 0 keydown Shift_L keydown Tab keyup Shift_L keyup Tab key Return")
+        events.until("clicked:1")
         self.screen.run("xset", "r", "rate", "50", "100")
         self.addCleanup(self.screen.xdotool, "keyup Return")
         self.screen.xdotool("keydown Return sleep 0.3")
-        self.screen.xdotool("keyup Return")
-        events.until("clicked:0")
         self.assertEqual(events.served(), [])
+        self.screen.xdotool("keyup Return")
+        events.until("clicked:1")
+        self.assertEqual(events.served(), [])
+
+    def test_space_presses_as_on_the_desktop(self):
+        for layout, expected in (("fitted", ["clicked:1"]), ("grid", [])):
+            with self.alone(layout):
+                daemon, events, _ = self.session(f"windowLayout={layout}")
+                events.progress("addButt:0;Stop", "addButt:1;Go")
+                self.screen.focused()
+                events.served()
+                self.screen.key("Tab", "space", "x")
+                self.assertEqual([events.event() for _ in expected] + events.served(), expected)
+
+    def test_a_key_that_went_down_elsewhere(self):
+        """It repeats on the dialog, and goes up there, but is not meant for it."""
+        daemon, events, _ = self.session()
+        other, others, asker = self.session()
+        events.progress("addButt:0;Stop")
+        self.screen.focused()
+        self.screen.run("xset", "r", "rate", "50", "100")
+        self.addCleanup(self.screen.xdotool, "keyup Return")
+        asker.send("<msgbox>1[#]Other[#]x[#]1024</msgbox>")
+        self.screen.focused("Other")
+        self.screen.xdotool("keydown Return")
+        asker.answer()
+        self.screen.gone("Other")
+        events.progress("messageStart", "messageStop")
+        self.screen.focused()
+        events.served()
+        self.screen.xdotool("sleep 0.3 keyup Return")
+        self.assertEqual(events.served(), [])
+
+    def test_a_press_on_a_dialog_just_hidden(self):
+        """The press is under way when the client removes the content; the window must not be remembered."""
+        daemon, events, _ = self.session("windowModal=off")
+        for rounds in range(10):
+            events.progress("create:0;x")
+            dialog = self.screen.window()
+            self.screen.xdotool(f"mousemove {dialog.x + 100} {dialog.y + 100}")
+            os.kill(daemon.pid, signal.SIGSTOP)
+            events.progress("remove:0")
+            self.screen.xdotool("mousedown 1 sleep 0.03")
+            os.kill(daemon.pid, signal.SIGCONT)
+            self.screen.xdotool("mouseup 1")
+            self.screen.gone()
+            events.progress("create:0;x")
+            self.screen.window()
+            events.progress("remove:0")
+            events.served()
+            self.screen.gone()
+
+    def test_a_box_keeps_the_dialog_where_it_is(self):
+        """A drag under way ends, and the window manager's close request is not for it."""
+        daemon, events, commands = self.session("windowModal=off")
+        commands.progress("create:0;x")
+        dialog = self.screen.focused()
+        self.screen.xdotool(f"mousemove {dialog.x + 80} {dialog.y + 40} mousedown 1 mousemove_relative 5 0")
+        self.addCleanup(self.screen.xdotool, "mouseup 1")
+        moved = (dialog.x + 5, *dialog.area[1:])
+        until(lambda: self.screen.window().area == moved, "the begin of the drag")
+        commands.send("<msgbox>1[#]Copy[#]x[#]1024</msgbox>")
+        box = self.screen.focused("Copy")
+        self.screen.xdotool("mousemove_relative 30 30 mouseup 1")
+        self.screen.click(moved[0] + 40, moved[1] + 40)
+        self.screen.focused()
+        self.screen.key("alt+F4")
+        self.screen.click(box.right - 50, box.bottom - 24)
+        commands.answer()
+        self.assertEqual(self.screen.window().area, moved)
 
     @on_all_screens
     def test_forget_a_key_when_the_keyboard_goes(self, mode):

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QPoint>
+#include <QSet>
+
+class CProgressDialog;
+class QEvent;
+class QKeyEvent;
+class QObject;
+class QPushButton;
+class dialogHost;
+class dialogLayout;
+struct dialogSlots;
+
+/// What the user does to a dialog: moves it by dragging, moves the focus along its buttons with keys, and
+/// presses them. The dialog hands it the events of itself and of its buttons before they handle them. Nothing
+/// is owned, and all that is referred to outlives it.
+///
+/// The focus moves along one line: the slots' buttons in order, then the "Hide" button. Keys act when they
+/// are let go, and only those whose press the dialog saw: otherwise the key that answers a box would press a
+/// button of the dialog with its release.
+class dialogInput
+{
+public:
+    dialogInput(CProgressDialog &dialog, dialogSlots &content, dialogLayout &layout, dialogHost &host);
+    Q_DISABLE_COPY_MOVE(dialogInput)
+
+    /// Tells whether the event goes no further.
+    bool filter(QObject *obj, QEvent *ev);
+    /// The dialog is a copy of that of `src`: keys and mouse buttons that are down are down on it.
+    void goOnFrom(const dialogInput &src);
+    /// Sends the event of a shown slot button; false when `button` is none.
+    bool sendClicked(const QObject *button);
+
+private:
+    struct target;
+
+    void drag(QEvent *ev);
+    void forgetInput(QEvent *ev);
+    target concernedButton(const QObject *obj) const;
+    bool handleKey(const QObject *obj, const QKeyEvent &ev);
+    bool act(int key, const target &pressed);
+    bool focus(QPushButton *button) const;
+    void focusNext(const target &pressed);
+    void focusPrevious(const target &pressed);
+    bool activate(const target &pressed);
+    bool close();
+    QPushButton *firstShownButton() const;
+    QPushButton *lastShownButton() const;
+
+    CProgressDialog &m_dialog;
+    dialogSlots &m_content;
+    dialogLayout &m_layout;
+    dialogHost &m_host;
+
+    /// Dragging: a mouse button is held on the dialog, and where on it, in pixels, it went down.
+    bool m_buttonPressed = false;
+    QPoint m_lastPoint;
+    /// The keys that went down on the dialog, or on one that it is a copy of, and are still held; by scan
+    /// code.
+    QSet<quint32> m_heldKeys;
+};
