@@ -91,6 +91,8 @@ bool isUsable(const commandLine &line)
 void preparePlatform()
 {
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+    // An image is as large as its file says, also one that is named "x@2x.png".
+    qputenv("QT_HIGHDPI_DISABLE_2X_IMAGE_LOADING", "1");
     for (const char *scaling : {"QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_USE_PHYSICAL_DPI"})
         qunsetenv(scaling);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))

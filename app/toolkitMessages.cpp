@@ -4,6 +4,7 @@
 #include "log/dump.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QMessageLogContext>
 #include <QString>
 
@@ -42,11 +43,18 @@ void complainAbout(QtMsgType type, const QMessageLogContext &, const QString &te
         std::_Exit(statusOfFailure);
 }
 
+/// A font's description or an image of a client's that cannot be used has no effect, and is no news.
+bool isAboutSettings(const QMessageLogContext &context, const QString &text)
+{
+    return text.startsWith(QLatin1String("QFont::")) ||
+           QByteArrayView(context.category).startsWith("qt.gui.imageio");
+}
+
 /// The toolkit's threads come here, too; a message that comes while another is written is lost.
-void log(QtMsgType type, const QMessageLogContext &, const QString &text)
+void log(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     static std::atomic_flag isBusy;
-    if (!isBusy.test_and_set()) {
+    if (!isAboutSettings(context, text) && !isBusy.test_and_set()) {
         if (isWorthARecord())
             dump(("---- toolkit: " + text.left(longestMessage).simplified()).toLatin1().constData(), type);
         isBusy.clear();

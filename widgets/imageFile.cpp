@@ -1,18 +1,30 @@
 #include "widgets/imageFile.h"
 
 #include <QFileInfo>
+#include <QImageReader>
 
 QString imageFile(const QString &fileName)
 {
-    return QFileInfo(fileName).isFile() ? fileName : QString();
+    const auto isUsable = [](const QString &name) {
+        const QFileInfo file(name);
+        return file.isFile() && file.isReadable();
+    };
+    if (fileName.isEmpty() || isUsable(fileName))
+        return fileName;
+    for (const QByteArray &suffix : QImageReader::supportedImageFormats()) {
+        if (const QString name = fileName + u'.' + QString::fromLatin1(suffix); isUsable(name))
+            return name;
+    }
+    return {};
 }
 
-QPixmap imageCache::image(const QString &fileName, const QSize &size,
+QPixmap imageCache::image(const QString &name, const QSize &size,
                           QPixmap (*fit)(const QPixmap &, const QSize &))
 {
-    const QFileInfo file(fileName);
-    if (!file.isFile())
+    const QString fileName = imageFile(name);
+    if (fileName.isEmpty())
         return {};
+    const QFileInfo file(fileName);
     const bool isKept = fileName == m_fileName && file.lastModified() == m_changed &&
                         file.size() == m_bytes && size == m_size;
     if (!isKept) {

@@ -5,8 +5,9 @@
 #include <QSize>
 #include <QString>
 
-/// `fileName` where it names a regular file, else an empty name, which no image is loaded from. Clients
-/// choose the names: opening a pipe would make the daemon wait for a writer, and a device may have no end.
+/// The file that the toolkit loads as `fileName`, which may lack the suffix of its format; an empty name,
+/// which no image is loaded from, where that is no regular file. Clients choose the names: opening a pipe
+/// would make the daemon wait for a writer, and a device may have no end.
 QString imageFile(const QString &fileName);
 
 /// The last image that was made from a file for windows of one size. Each dialog of a series of copies asks
@@ -15,7 +16,7 @@ class imageCache
 {
 public:
     /// What `fit` makes of the file's image and `size`; null where the file is no image.
-    QPixmap image(const QString &fileName, const QSize &size, QPixmap (*fit)(const QPixmap &, const QSize &));
+    QPixmap image(const QString &name, const QSize &size, QPixmap (*fit)(const QPixmap &, const QSize &));
 
 private:
     QString m_fileName;

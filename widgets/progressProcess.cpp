@@ -21,6 +21,7 @@ const QString captionEnd = QStringLiteral(" %p% ");
 progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_value(none), m_passedOn(none)
 {
     setAutoFillBackground(true);
+    setLocale(QLocale::c()); // for the digits
     setFont(appearance.m_barNumFont);
 }
 
