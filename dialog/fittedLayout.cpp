@@ -1,14 +1,13 @@
 #include "dialog/fittedLayout.h"
 
-#include "dialog/timeLeft.h"
 #include "stats/estimate.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
-#include "widgets/emLength.h"
 #include "widgets/fittedBar.h"
 #include "widgets/fittedButton.h"
-#include "widgets/fittedLabel.h"
 #include "widgets/imageFile.h"
+#include "widgets/progressLabel.h"
+#include "widgets/texts.h"
 
 #include <QScreen>
 

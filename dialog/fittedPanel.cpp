@@ -1,10 +1,9 @@
 #include "dialog/fittedLayout.h"
 
 #include "widgets/appearance.h"
-#include "widgets/contrast.h"
-#include "widgets/emLength.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
+#include "widgets/texts.h"
 #include "widgets/theme.h"
 
 #include <QBitmap>

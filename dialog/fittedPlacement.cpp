@@ -1,10 +1,10 @@
 #include "dialog/fittedLayout.h"
 
 #include "widgets/appearance.h"
-#include "widgets/emLength.h"
 #include "widgets/fittedBar.h"
 #include "widgets/fittedButton.h"
-#include "widgets/fittedLabel.h"
+#include "widgets/progressLabel.h"
+#include "widgets/texts.h"
 
 #include <QScreen>
 

@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QPixmap>
+#include <QRegion>
 
 #include <memory>
 
@@ -71,3 +72,8 @@ private:
     int m_Height = 0;
     int m_Width = 0;
 };
+
+/// The region of `g` with its corners rounded by circles of radius `r` pixels, `r` 1 or more. It is put
+/// together as the dialog's look has always been: the toolkit's regions of polygons and ellipses leave out
+/// their last column and row, so the shape is a pixel short at the right and at the bottom.
+QRegion roundRectRegion(const QRect &g, int r);

@@ -1,12 +1,12 @@
 #include "dialog/gridLayout.h"
 
-#include "dialog/roundRectRegion.h"
 #include "widgets/appearance.h"
 #include "widgets/imageFile.h"
 #include "widgets/progressStyle.h"
 
 #include <QLinearGradient>
 #include <QPainter>
+#include <QPolygon>
 #include <QWidget>
 
 namespace
@@ -58,6 +58,30 @@ QPixmap stretched(const QPixmap &image, const QSize &size)
 }
 
 } // namespace
+
+QRegion roundRectRegion(const QRect &g, int r)
+{
+    const int x = g.left();
+    const int y = g.top();
+    const int right = g.right();
+    const int bottom = g.bottom();
+    const int cut = r - 1;
+
+    // The rectangle without a square of side `cut` in each corner.
+    QPolygon a;
+    a << QPoint(x + cut, y) << QPoint(right - cut, y) << QPoint(right - cut, y + cut)
+      << QPoint(right, y + cut) << QPoint(right, bottom - cut) << QPoint(right - cut, bottom - cut)
+      << QPoint(right - cut, bottom) << QPoint(x + cut, bottom) << QPoint(x + cut, bottom - cut)
+      << QPoint(x, bottom - cut) << QPoint(x, y + cut) << QPoint(x + cut, y + cut);
+    QRegion reg(a, Qt::OddEvenFill);
+
+    const int r2 = 2 * r;
+    reg += QRegion(x, y, r2, r2, QRegion::Ellipse);
+    reg += QRegion(right - r2, y, r2, r2, QRegion::Ellipse);
+    reg += QRegion(x, bottom - r2, r2, r2, QRegion::Ellipse);
+    reg += QRegion(right - r2, bottom - r2, r2, r2, QRegion::Ellipse);
+    return reg;
+}
 
 /// Paints the whole window. What is left out stays transparent: the corners, except under an image.
 void gridLayout::paint(const QPaintEvent &)

@@ -5,8 +5,8 @@
 #include "dialog/gridLayout.h"
 #include "widgets/appearance.h"
 #include "widgets/imageFile.h"
-#include "widgets/literalTitle.h"
 #include "widgets/progressButton.h"
+#include "widgets/texts.h"
 #include "widgets/theme.h"
 
 #include <QCloseEvent>

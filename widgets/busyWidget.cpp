@@ -86,7 +86,6 @@ void busyWidget::loadPixmap(const QString &fileName)
 
 void busyWidget::setBusyPercent(int percent)
 {
-    m_percent = percent;
     if (m_progr->isHidden() == (percent >= 0))
         m_progr->setVisible(percent >= 0);
     if (percent >= 0)

@@ -44,7 +44,5 @@ private:
     int m_width = 32;
     int m_height = 32;
     QPixmap m_icon;
-    /// The last percent shown, negative for none; kept for whoever debugs, nobody reads it.
-    int m_percent = -1;
     progressProcess *m_progr;
 };

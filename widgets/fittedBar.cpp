@@ -1,8 +1,6 @@
 #include "widgets/fittedBar.h"
 
-#include "widgets/emLength.h"
-#include "widgets/wrappedText.h"
-
+#include <QEvent>
 #include <QPainter>
 
 namespace
@@ -30,9 +28,10 @@ fittedBar::fittedBar(QWidget *parent) : progressProcess(parent)
 
 void fittedBar::showCaption(const QString &caption)
 {
+    if (caption == accessibleName())
+        return;
     m_caption = singleLine(caption);
     setAccessibleName(caption);
-    updateToolTip();
     update();
 }
 
@@ -41,7 +40,6 @@ void fittedBar::showRemaining(const QString &remaining)
     if (remaining == m_remaining)
         return;
     m_remaining = remaining;
-    updateToolTip();
     update();
 }
 
@@ -51,9 +49,9 @@ QSize fittedBar::sizeHint() const
     QString widest = QStringLiteral("100 %");
     if (m_expectsRemaining)
         widest += separator + QStringLiteral("59 min 59 s left");
-    int width = textWidth(widest, *this);
+    int width = m_measuredFigures.width(widest, *this);
     if (!m_caption.isEmpty())
-        width += textWidth(m_caption, *this) + em(columnGap);
+        width += m_measuredCaption.width(m_caption, *this) + em(columnGap);
     return {width, fontMetrics().height() + em(textGap) + em(barThickness)};
 }
 
@@ -73,16 +71,12 @@ int fittedBar::captionWidth() const
                : width() - fontMetrics().horizontalAdvance(figures) - emLength(*this)(columnGap);
 }
 
-void fittedBar::updateToolTip()
+bool fittedBar::event(QEvent *event)
 {
-    const bool isCut = fontMetrics().horizontalAdvance(m_caption) > captionWidth();
-    setToolTip(isCut ? toolTipText(m_caption) : QString());
-}
-
-void fittedBar::resizeEvent(QResizeEvent *event)
-{
-    updateToolTip();
-    progressProcess::resizeEvent(event);
+    if (event->type() != QEvent::ToolTip)
+        return progressProcess::event(event);
+    showToolTip(*event, *this, m_caption, fontMetrics().horizontalAdvance(m_caption) > captionWidth());
+    return true;
 }
 
 QRect fittedBar::pulseTrack() const
@@ -124,4 +118,16 @@ void fittedBar::paintEvent(QPaintEvent *)
     const QRect filled = isPulsing() ? paintedPulse() : filledRect();
     if (!filled.isEmpty())
         drawRounded(filled, window()->palette().brush(QPalette::Highlight));
+}
+
+QString timeLeft(int seconds)
+{
+    if (seconds < 60)
+        return QStringLiteral("%1 s left").arg(seconds);
+    const int minutes = seconds / 60;
+    if (minutes >= 10 && minutes < 60)
+        return QStringLiteral("%1 min left").arg(minutes);
+    if (minutes < 10)
+        return QStringLiteral("%1 min %2 s left").arg(minutes).arg(seconds % 60);
+    return QStringLiteral("%1 h %2 min left").arg(minutes / 60).arg(minutes % 60);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "widgets/progressProcess.h"
+#include "widgets/texts.h"
 
 /// A bar of the fitted layout with the text that belongs to it: the caption at the left, the percent and
 /// perhaps the remaining time at the right, and a flat, rounded bar below. Only the caption gives way when
@@ -23,17 +24,22 @@ public:
     QSize sizeHint() const override;
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
     QRect pulseTrack() const override;
 
 private:
     QString figuresText() const;
     int captionWidth() const;
-    void updateToolTip();
     QRect filledRect() const;
 
     QString m_caption;
     QString m_remaining;
     bool m_expectsRemaining = false;
+    mutable measuredText m_measuredFigures;
+    mutable measuredText m_measuredCaption;
 };
+
+/// A remaining time, 0 or more seconds, as the fitted layout shows it: "15 s left", "2 min 10 s left", from
+/// ten minutes on "12 min left", from an hour on "1 h 5 min left".
+QString timeLeft(int seconds);

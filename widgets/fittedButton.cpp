@@ -1,9 +1,8 @@
 #include "widgets/fittedButton.h"
 
-#include "widgets/contrast.h"
-#include "widgets/emLength.h"
-#include "widgets/wrappedText.h"
+#include "widgets/theme.h"
 
+#include <QEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -30,15 +29,17 @@ fittedButton::fittedButton(QWidget *parent) : progressButton(parent)
 QSize fittedButton::sizeHint() const
 {
     const emLength em(*this);
-    return {std::max(em(leastWidth), textWidth(text(), *this, textFlags) + 2 * em(sidePadding)),
+    return {std::max(em(leastWidth), m_measured.width(text(), *this, textFlags) + 2 * em(sidePadding)),
             fontMetrics().height() + 2 * em(heightPadding)};
 }
 
-void fittedButton::resizeEvent(QResizeEvent *event)
+bool fittedButton::event(QEvent *event)
 {
-    const bool isCut = textWidth(text(), *this, textFlags) > width() - emLength(*this)(sidePadding);
-    setToolTip(isCut ? toolTipText(text()) : QString());
-    progressButton::resizeEvent(event);
+    if (event->type() != QEvent::ToolTip)
+        return progressButton::event(event);
+    showToolTip(*event, *this, text(),
+                m_measured.width(text(), *this, textFlags) > width() - emLength(*this)(sidePadding));
+    return true;
 }
 
 /// Nearer to the text's colour while the pointer is on it, and more so while it is held down.

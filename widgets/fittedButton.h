@@ -1,6 +1,7 @@
 #pragma once
 
 #include "widgets/progressButton.h"
+#include "widgets/texts.h"
 
 /// A flat button of the fitted layout, as wide as its text asks for; the pointer, a press and the focus show.
 /// "&" in the text marks the letter that presses it together with Alt. Its colours are those of the window's
@@ -14,9 +15,11 @@ public:
     QSize sizeHint() const override;
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
 
 private:
     QColor bodyColor() const;
+
+    mutable measuredText m_measured;
 };

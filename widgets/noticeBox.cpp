@@ -1,11 +1,10 @@
 #include "widgets/noticeBox.h"
 
-#include "widgets/literalTitle.h"
 #include "widgets/scrolledText.h"
+#include "widgets/texts.h"
 #include "widgets/theme.h"
-#include "widgets/wrappedButtons.h"
-#include "widgets/wrappedText.h"
 
+#include <QBoxLayout>
 #include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QLabel>
@@ -14,6 +13,7 @@
 #include <QScreen>
 
 #include <bit>
+#include <memory>
 #include <optional>
 
 namespace
@@ -39,6 +39,43 @@ void removeIndent(QLayout *layout)
         if (QSpacerItem *spacer = layout->itemAt(i)->spacerItem())
             spacer->changeSize(0, 0);
     }
+}
+
+/// The widgets of a layout, which is empty afterwards.
+QList<QWidget *> taken(QLayout &layout)
+{
+    QList<QWidget *> widgets;
+    while (const std::unique_ptr<QLayoutItem> item{layout.takeAt(0)}) {
+        if (item->widget())
+            widgets << item->widget();
+    }
+    return widgets;
+}
+
+/// Breaks the one line of buttons, in the order that they have in it, into lines of at most `width` pixels,
+/// each at the right. It does so once: a box of several lines stays as it is. The toolkit makes one line
+/// again when a button is added or the style changes.
+void wrapButtons(QDialogButtonBox &box, int width)
+{
+    auto *lines = qobject_cast<QBoxLayout *>(box.layout());
+    if (!lines || lines->direction() == QBoxLayout::TopToBottom)
+        return;
+    const QList<QWidget *> buttons = taken(*lines);
+    lines->setDirection(QBoxLayout::TopToBottom);
+    QBoxLayout *line = nullptr;
+    int left = 0;
+    for (QWidget *button : buttons) {
+        const int needed = button->minimumSizeHint().width();
+        if (!line || needed > left) {
+            line = new QHBoxLayout;
+            lines->addLayout(line);
+            line->addStretch();
+            left = width;
+        }
+        line->addWidget(button);
+        left -= needed + lines->spacing();
+    }
+    box.updateGeometry();
 }
 
 } // namespace

@@ -1,10 +1,8 @@
 #include "tests/dialog/dialogUnderTest.h"
 
-#include "dialog/timeLeft.h"
-#include "widgets/contrast.h"
-#include "widgets/emLength.h"
+#include "widgets/fittedBar.h"
+#include "widgets/texts.h"
 #include "widgets/theme.h"
-#include "widgets/wrappedText.h"
 
 #include <QAccessible>
 #include <QTest>

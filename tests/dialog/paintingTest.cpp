@@ -1,6 +1,6 @@
 #include "tests/dialog/dialogUnderTest.h"
 
-#include "dialog/roundRectRegion.h"
+#include "dialog/gridLayout.h"
 
 #include <QImage>
 #include <QTemporaryDir>

@@ -1,9 +1,10 @@
-#include "widgets/wrappedText.h"
+#include "widgets/texts.h"
 
 #include <QFontMetrics>
+#include <QHelpEvent>
 #include <QStringTokenizer>
 #include <QTextLayout>
-#include <QWidget>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -27,6 +28,24 @@ qsizetype lineEnd(const QString &paragraph, qsizetype start, const QFont &font, 
     line.setLineWidth(width);
     layout.endLayout();
     return start + std::max(line.textLength(), 1);
+}
+
+QString toolTipText(const QString &text)
+{
+    constexpr qsizetype longestLine = 80;
+    QStringList lines;
+    for (const QStringView paragraph : QStringTokenizer(text, u'\n')) {
+        qsizetype start = 0;
+        do {
+            qsizetype length = std::min(longestLine, paragraph.size() - start);
+            if (start + length < paragraph.size() && paragraph[start + length].isLowSurrogate())
+                ++length;
+            lines << paragraph.sliced(start, length).toString().toHtmlEscaped();
+            start += length;
+        } while (start < paragraph.size());
+    }
+    return QStringLiteral("<p style='white-space:pre'>") + lines.join(QStringLiteral("<br>")) +
+           QStringLiteral("</p>");
 }
 
 } // namespace
@@ -87,20 +106,25 @@ int textWidth(const QString &text, const QWidget &widget, int flags)
                     (evenWidth + magnification - 1) / magnification);
 }
 
-QString toolTipText(const QString &text)
+int measuredText::width(const QString &text, const QWidget &widget, int flags)
 {
-    constexpr qsizetype longestLine = 80;
-    QStringList lines;
-    for (const QStringView paragraph : QStringTokenizer(text, u'\n')) {
-        qsizetype start = 0;
-        do {
-            qsizetype length = std::min(longestLine, paragraph.size() - start);
-            if (start + length < paragraph.size() && paragraph[start + length].isLowSurrogate())
-                ++length;
-            lines << paragraph.sliced(start, length).toString().toHtmlEscaped();
-            start += length;
-        } while (start < paragraph.size());
+    if (m_width < 0 || text != m_text || widget.font() != m_font) {
+        m_width = textWidth(text, widget, flags);
+        m_text = text;
+        m_font = widget.font();
     }
-    return QStringLiteral("<p style='white-space:pre'>") + lines.join(QStringLiteral("<br>")) +
-           QStringLiteral("</p>");
+    return m_width;
+}
+
+void showToolTip(const QEvent &event, QWidget &widget, const QString &text, bool isCut)
+{
+    QToolTip::showText(static_cast<const QHelpEvent &>(event).globalPos(),
+                       isCut ? toolTipText(text) : QString(), &widget);
+}
+
+QString literalTitle(const QString &title)
+{
+    if (title.isEmpty())
+        return QStringLiteral(" ");
+    return QString(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"));
 }
