@@ -279,6 +279,7 @@ class BoxesAndDialog(Case):
             events.progress(attempt)
             events.served()
             until(is_seen if attempt != "messageStart" else lambda: True, f"the box after {attempt}")
+            self.assertEqual(self.screen.focus(), window.id, f"the keyboard after {attempt}")
         self.screen.click(dialog.x + 30, dialog.y + 10)
         events.configure(f"paintOffset=1|1;busyIndicator={window.x}|{window.y}|80|80|empty")
         events.progress("busyOn")

@@ -5,7 +5,11 @@
 #include "widgets/theme.h"
 
 #include <QAccessible>
+#include <QApplication>
+#include <QHelpEvent>
+#include <QRegularExpression>
 #include <QTest>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -27,6 +31,7 @@ private slots:
     void wraps();
     void readsFromRightToLeft();
     void timesLeft();
+    void showsCutTextsAsToolTips();
 };
 
 namespace
@@ -278,6 +283,24 @@ void fittedTest::timesLeft()
         {600, "10 min left"}, {3599, "59 min left"}, {3600, "1 h 0 min left"}, {90000, "25 h 0 min left"}};
     for (const auto &[seconds, text] : cases)
         QCOMPARE(timeLeft(seconds), text);
+}
+
+void fittedTest::showsCutTextsAsToolTips()
+{
+    const QString longText = QString(400, 'w');
+    for (const QString &text : {longText, QStringLiteral("a")}) {
+        dialogUnderTest dialog;
+        dialog.run("create:0;" + text + " addText:1;" + text + " addButt:0;" + text);
+        const QList<QWidget *> children{dialog.bars()[0], dialog.labels()[1], dialog.buttons()[0]};
+        for (QWidget *child : children) {
+            QToolTip::hideText();
+            QHelpEvent asks(QEvent::ToolTip, {1, 1}, child->mapToGlobal(QPoint(1, 1)));
+            QApplication::sendEvent(child, &asks);
+            QString shown = QToolTip::isVisible() ? QToolTip::text() : QString();
+            shown.remove(QRegularExpression(QStringLiteral("<[^>]*>")));
+            QCOMPARE(shown, text == longText ? longText : QString());
+        }
+    }
 }
 
 QTEST_MAIN(fittedTest)

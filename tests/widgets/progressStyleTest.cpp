@@ -1,7 +1,9 @@
 #include "widgets/progressStyle.h"
 
 #include <QImage>
+#include <QPainter>
 #include <QProgressBar>
+#include <QStyleOptionProgressBar>
 #include <QTest>
 
 #include <limits>
@@ -96,6 +98,7 @@ class progressStyleTest : public QObject
 private slots:
     void sameAsReferencePicture();
     void labelChangesColour();
+    void leavesThePainterAsItWas();
 };
 
 void progressStyleTest::sameAsReferencePicture()
@@ -184,6 +187,21 @@ void progressStyleTest::labelChangesColour()
             QVERIFY2(!shows(image, vertical, at, isHighlighted ? text : highlightedText), where);
         }
     }
+}
+
+void progressStyleTest::leavesThePainterAsItWas()
+{
+    QImage image(20, 60, QImage::Format_RGB32);
+    QPainter painter(&image);
+    QStyleOptionProgressBar bar;
+    bar.rect = image.rect();
+    bar.state = QStyle::State_Enabled; // upright
+    bar.maximum = 100;
+    bar.progress = 50;
+    bar.textVisible = true;
+    bar.text = QStringLiteral("50%");
+    progressStyle().drawControl(QStyle::CE_ProgressBarLabel, &bar, &painter, nullptr);
+    QVERIFY(painter.transform().isIdentity() && !painter.hasClipping());
 }
 
 QTEST_MAIN(progressStyleTest)
