@@ -65,6 +65,10 @@ class BusyWindow(Case):
         events.progress("busyOn")
         self.assertEqual(self.area(), (10, 20, 32, 32))
         self.image(daemon, "Other.png", 100, 50)
+        # As large as its file says, whatever its name.
+        self.image(daemon, "Dense@2x.png", 100, 50)
+        events.configure("busyIndicator=30|40|0|0|Dense@2x.png;paintOffset=3|4")
+        until(lambda: self.screen.picture().pixel(33 + 95, 44 + 45) == GREEN, "all of the image")
         for entries, area in (("busyIndicator=30|40|0|0|Other.png;paintOffset=3|4", (33, 44, 100, 50)),
                               # The image is forgotten, not only hidden.
                               ("busyIndicator=30|40|0|0|no such file.png", (33, 44, 32, 32)),
