@@ -32,7 +32,8 @@ struct dialogInput::target {
     int slot = -1;
 };
 
-dialogInput::dialogInput(CProgressDialog &dialog, dialogSlots &content, dialogLayout &layout, dialogHost &host)
+dialogInput::dialogInput(CProgressDialog &dialog, dialogSlots &content, dialogLayout &layout,
+                         dialogHost &host)
     : m_dialog(dialog), m_content(content), m_layout(layout), m_host(host)
 {
 }
