@@ -42,6 +42,8 @@ localChannel::localChannel(int descriptor, handlers &shared, claimedSlots &claim
 localChannel::~localChannel()
 {
     m_shared.m_listeners.removeLocal(this);
+    // Whoever deletes it is not told that it is over.
+    m_finished = true;
     pollfd room{m_descriptor, POLLOUT, 0};
     while (waiting() > 0 && !m_deaf && poll(&room, 1, lastPatienceMs()) > 0)
         flush();

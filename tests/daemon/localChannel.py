@@ -160,6 +160,15 @@ class LocalChannel(Case):
                 self.assertEqual(daemon.status(), status)
                 self.assertFalse(os.path.exists(self.path(daemon)))
 
+    def test_ends_while_one_that_hung_up_has_events_waiting(self):
+        daemon, listener, client = self.private()
+        listener.send(progress(*["activate"] * 20000))
+        listener.socket.shutdown(socket.SHUT_WR)
+        until(lambda: self.connect(daemon, "<claim/>").item())
+        client.send("<exit/>")
+        told = listener.rest()
+        self.assertEqual((told.count(b"isActivated"), daemon.status()), (20000, 0))
+
     def test_knows_clients_that_overlap(self):
         daemon = self.daemon(private=True)
         client = self.connect(daemon, "<progress>activate</progress>")
