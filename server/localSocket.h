@@ -4,8 +4,9 @@
 #include <sys/types.h>
 
 /// The listening socket of one daemon, with its place in the file system. A lock on a file beside it, held
-/// as long as this object lives, keeps two daemons from taking the same place from each other; a file that a
-/// crash has left behind is replaced.
+/// as long as this object lives, keeps two daemons from taking the same place from each other; in it stands
+/// the daemon's process number while it serves. What a crash has left behind is replaced, and the files of
+/// others that were killed are swept away.
 class localSocket
 {
 public:
@@ -16,7 +17,7 @@ public:
     };
 
     localSocket() = default;
-    ~localSocket() { close(); }
+    ~localSocket();
     localSocket(const localSocket &) = delete;
     localSocket &operator=(const localSocket &) = delete;
 
@@ -30,9 +31,13 @@ public:
     int descriptor() const { return m_descriptor; }
 
 private:
+    localSocket(const std::string &folder, const std::string &name);
+
+    static void sweep(const std::string &folder);
     outcome take();
     outcome fail(const std::string &reason);
     bool lock();
+    pid_t servingHolder() const;
     bool somebodyAnswers() const;
     bool listen();
 
