@@ -2,39 +2,33 @@
 
 #include <algorithm>
 
-bool channelTable::enter(QTcpSocket *channel)
+bool channelTable::enter(channel *client)
 {
     const auto used = m_channels.begin() + m_count;
     if (m_count > 0 && !m_channels[0]) {
-        m_channels[0] = channel;
+        m_channels[0] = client;
         return true;
     }
     if (m_count < capacity) {
-        *used = channel;
+        *used = client;
         ++m_count;
         return true;
     }
     const auto empty = std::find(m_channels.begin(), used, nullptr);
     if (empty == used)
         return false;
-    *empty = channel;
+    *empty = client;
     return true;
 }
 
-void channelTable::leave(const QTcpSocket *channel)
+void channelTable::leave(const channel *client)
 {
-    std::replace(m_channels.begin(), m_channels.begin() + m_count, const_cast<QTcpSocket *>(channel),
-                 static_cast<QTcpSocket *>(nullptr));
-}
-
-void channelTable::clear()
-{
-    m_channels.fill(nullptr);
-    m_count = 0;
+    const auto left = std::find(m_channels.begin(), m_channels.end(), client);
+    if (left != m_channels.end())
+        *left = nullptr;
 }
 
 bool channelTable::hasChannels() const
 {
-    return std::any_of(m_channels.begin(), m_channels.begin() + m_count,
-                       [](const QTcpSocket *channel) { return channel != nullptr; });
+    return std::any_of(m_channels.begin(), m_channels.end(), [](const channel *each) { return each; });
 }
