@@ -20,7 +20,7 @@
 #include "app/serve.h"
 #include "app/standardError.h"
 #include "app/toolkitMessages.h"
-#include "server/localFolder.h"
+#include "server/localSocket.h"
 #include "stats/statisticsFile.h"
 
 #include <cstdio>

@@ -1,6 +1,5 @@
 #include "server/localSocket.h"
 
-#include "server/localFolder.h"
 #include "wire/places.h"
 
 #include <cerrno>
@@ -32,6 +31,13 @@ constexpr auto patience = 2s;
 constexpr auto step = 10ms;
 constexpr int backlog = 64;
 
+/// Where the sockets of this user's daemons lie. Found out at the first call.
+const std::string &localFolder()
+{
+    static const std::string folder = wire::socketFolder();
+    return folder;
+}
+
 sockaddr_un addressOf(const std::string &path)
 {
     sockaddr_un address{};
@@ -59,6 +65,13 @@ void closeDescriptor(int &descriptor)
 }
 
 } // namespace
+
+void settleLocalFolder()
+{
+    const std::string &folder = localFolder();
+    const std::string runtime = wire::runtimeFolder();
+    setenv("XDG_RUNTIME_DIR", (runtime.empty() ? folder : runtime).c_str(), 1);
+}
 
 localSocket::localSocket(const std::string &folder, const std::string &name)
     : m_path(folder + '/' + name + socketSuffix), m_lockPath(folder + '/' + name + lockSuffix)

@@ -3,6 +3,11 @@
 #include <string>
 #include <sys/types.h>
 
+/// Finds out where the sockets lie before the toolkit, which makes a runtime folder where XDG_RUNTIME_DIR
+/// names none, and gives it this session's, or that one, for its own. To be called before the application
+/// object is made.
+void settleLocalFolder();
+
 /// The listening socket of one daemon, with its place in the file system. A lock on a file beside it, held
 /// as long as this object lives, keeps two daemons from taking the same place from each other; in it stands
 /// the daemon's process number while it serves. What a crash has left behind is replaced, and the files of
