@@ -207,8 +207,9 @@ void localSocket::sweep(const std::string &folder)
 {
     std::set<std::string> names;
     std::error_code error;
-    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
-        const std::filesystem::path file = entry.path().filename();
+    for (std::filesystem::directory_iterator each(folder, error), end; !error && each != end;
+         each.increment(error)) {
+        const std::filesystem::path file = each->path().filename();
         if (file.extension() == socketSuffix || file.extension() == lockSuffix)
             names.insert(file.stem());
     }
