@@ -108,10 +108,10 @@ receiver::receiver(kind serves, int portnum, handlers &shared, lifespan &life)
 receiver::~receiver()
 {
     m_acceptor.reset();
-    m_channels.walk([this](channel *client) {
+    for (channel *client : m_channels.reached()) {
         leave(client);
         delete client;
-    });
+    }
     ::close(m_listening);
 }
 
@@ -175,11 +175,8 @@ void receiver::leave(channel *client)
 /// Tells which channels events reach.
 void receiver::shareListeners() const
 {
-    if (m_kind != kind::event)
-        return;
-    std::vector<channel *> reached;
-    m_channels.walk([&reached](channel *client) { reached.push_back(client); });
-    m_shared.m_listeners.setPortListeners(std::move(reached));
+    if (m_kind == kind::event)
+        m_shared.m_listeners.setPortListeners(m_channels.reached());
 }
 
 void receiver::gotData(channel *client)
