@@ -32,11 +32,13 @@ acceptor::acceptor(int listening) : m_incoming(listening, QSocketNotifier::Read)
     connect(&m_incoming, &QSocketNotifier::activated, this, &acceptor::incoming);
 }
 
-int acceptor::next()
+int acceptor::next(sockaddr_in *peer)
 {
     for (;;) {
+        socklen_t size = sizeof *peer;
         const int descriptor =
-            accept4(static_cast<int>(m_incoming.socket()), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+            accept4(static_cast<int>(m_incoming.socket()), reinterpret_cast<sockaddr *>(peer),
+                    peer ? &size : nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
         if (descriptor >= 0) {
             if (leavesDescriptors(descriptor))
                 return descriptor;

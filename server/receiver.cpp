@@ -20,12 +20,12 @@ constexpr qsizetype maxWaiting = 16 * 1024 * 1024;
 /// Answers that may wait in a channel whose client does not read, in bytes.
 constexpr qint64 maxUnreadAnswers = 1024 * 1024;
 
-/// The address of one end of a socket, 0.0.0.0 and port 0 when there is none.
-sockaddr_in addressOf(int descriptor, decltype(getpeername) *end)
+/// The address of this end of a socket, 0.0.0.0 and port 0 when there is none.
+sockaddr_in addressOf(int descriptor)
 {
     sockaddr_in address{};
     socklen_t size = sizeof address;
-    end(descriptor, reinterpret_cast<sockaddr *>(&address), &size);
+    getsockname(descriptor, reinterpret_cast<sockaddr *>(&address), &size);
     return address;
 }
 
@@ -61,25 +61,20 @@ bool isOwnAddress(in_addr_t wanted)
 }
 
 /// The servers listen on all addresses, but serve only processes of this machine.
-bool isOfThisMachine(int descriptor)
+bool isOfThisMachine(int descriptor, in_addr_t peer)
 {
-    const in_addr_t peer = addressOf(descriptor, getpeername).sin_addr.s_addr;
     return ntohl(peer) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET ||
-           (peer != INADDR_ANY &&
-            (peer == addressOf(descriptor, getsockname).sin_addr.s_addr || isOwnAddress(peer)));
+           peer == addressOf(descriptor).sin_addr.s_addr || isOwnAddress(peer);
 }
 
 /// Somebody who tries again and again must not fill the disk: at most a line a second.
-void logRefusal(int descriptor)
+void logRefusal()
 {
     constexpr qint64 silenceMs = 1000;
     static QElapsedTimer sinceLast;
     if (sinceLast.isValid() && !sinceLast.hasExpired(silenceMs))
         return;
-    const bool wasReset = addressOf(descriptor, getpeername).sin_port == 0;
-    dump(wasReset ? "---- connection was reset before it was accepted"
-                  : "---- refusing connection from another machine",
-         0);
+    dump("---- refusing connection from another machine", 0);
     sinceLast.start();
 }
 
@@ -117,7 +112,7 @@ receiver::~receiver()
 
 int receiver::getPort() const
 {
-    return ntohs(addressOf(m_listening, getsockname).sin_port);
+    return ntohs(addressOf(m_listening).sin_port);
 }
 
 wayIn::presence receiver::clients()
@@ -130,32 +125,31 @@ wayIn::presence receiver::clients()
 /// All that wait are taken in at once.
 void receiver::connection()
 {
-    while (m_acceptor) {
-        const int descriptor = m_acceptor->next();
-        if (descriptor < 0)
-            return;
-        auto *client = new channel(descriptor);
-        client->setParent(this);
-        if (!admit(descriptor, client)) {
-            delete client;
-            continue;
+    sockaddr_in peer{};
+    for (int descriptor; m_acceptor && (descriptor = m_acceptor->next(&peer)) >= 0;) {
+        if (isOfThisMachine(descriptor, peer.sin_addr.s_addr)) {
+            admit(descriptor);
+        } else {
+            logRefusal();
+            ::close(descriptor);
         }
-        // An event or an answer is not to wait for the next one.
-        constexpr int on = 1;
-        setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        connect(client, &channel::readable, this, [this, client] { gotData(client); });
-        connect(client, &channel::finished, this, [this, client] { closed(client); });
-        shareListeners();
     }
 }
 
-bool receiver::admit(int descriptor, channel *client)
+void receiver::admit(int descriptor)
 {
-    if (!isOfThisMachine(descriptor)) {
-        logRefusal(descriptor);
-        return false;
+    auto *client = new channel(descriptor);
+    if (!m_channels.enter(client)) {
+        delete client;
+        return;
     }
-    return m_channels.enter(client);
+    client->setParent(this);
+    // An event or an answer is not to wait for the next one.
+    constexpr int on = 1;
+    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    connect(client, &channel::readable, this, [this, client] { gotData(client); });
+    connect(client, &channel::finished, this, [this, client] { closed(client); });
+    shareListeners();
 }
 
 void receiver::closed(channel *client)

@@ -36,7 +36,7 @@ public:
 
 private:
     void connection();
-    bool admit(int descriptor, channel *client);
+    void admit(int descriptor);
     void gotData(channel *client);
     void closed(channel *client);
     void leave(channel *client);
