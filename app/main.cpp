@@ -6,11 +6,12 @@
 //     activeDialog     the one progress dialog (dialog/) and the busy window (widgets/)
 //     noticeBoxes      the open boxes
 //     eventListeners   who hears events
+//   lifespan         when the daemon ends by what clients do
 //   receiver         two of them: the command server and the event server
 //   localServer      the local socket and its channels
 // MyApplication    the application object (app/MyApplication.h)
 // displayInput     keys and presses before the toolkit sees them (platform/displayInput.h)
-// endSignals       the signals that end the daemon in order (app/endSignals.h)
+// endSignals       the signals that end a private daemon in order (app/endSignals.h)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
 // dump             the diagnostic log, written by all (log/dump.h)
 
@@ -21,7 +22,7 @@
 #include "app/standardError.h"
 #include "app/toolkitMessages.h"
 #include "platform/displayInput.h"
-#include "server/localFolder.h"
+#include "server/localSocket.h"
 #include "stats/statisticsFile.h"
 
 #include <cstdio>
@@ -33,14 +34,15 @@ namespace
 
 constexpr int usageError = 2;
 constexpr char usage[] = "usage: progressd IDENTIFIER [BASEPORT]\n"
-                         "       progressd --private IDENTIFIER [--learn NAME]\n";
+                         "       progressd --private IDENTIFIER [--learn NAME] [--log FILE]\n"
+                         "                 [--stay [--idle SECONDS]]\n";
 constexpr char help[] =
     "\n"
     "Shows progress, busy and notice windows on behalf of other processes.\n"
     "\n"
-    "Two ways lead in. The local socket, IDENTIFIER.sock in $XDG_RUNTIME_DIR/progressd or\n"
-    "/tmp/progressd-UID, serves only processes of the same user, takes UTF-8 and up to 64 clients with a\n"
-    "buffer each: choose it for whatever is written today. The two TCP ports, which stand in\n"
+    "Two ways lead in. The local socket, IDENTIFIER.sock in $XDG_RUNTIME_DIR/progressd (else in\n"
+    "/run/user/UID or /tmp), serves only processes of the same user, takes UTF-8 and up to 64\n"
+    "clients with a buffer each: choose it for whatever is written today. The two TCP ports, which stand in\n"
     "/tmp/HalvornRunning_IDENTIFIER.lock, are open to every process of the machine, take Latin-1 and\n"
     "ten clients: they are for programs that know only them. Start the daemon with --private unless one\n"
     "of these is to be served.\n"
@@ -50,12 +52,20 @@ constexpr char help[] =
     "                then stays when its clients have gone\n"
     "  --private     opens no port and writes no lock file\n"
     "  --learn NAME  keeps the learned runs under NAME instead; with an empty one, not at all\n"
+    "  --log FILE    logs there, or where PROGRESSD_LOG says; without either a private daemon\n"
+    "                keeps no log\n"
+    "  --stay        does not end with its last client, but when progressctl stop ends it\n"
+    "  --idle SECONDS  or when it has had no client for so long\n"
     "  --help        prints this text\n"
     "  --version     prints the version\n"
     "\n"
+    "A private daemon that does not stay also ends when no client has come within 30 seconds.\n"
+    "SIGTERM, SIGINT and SIGHUP end a private daemon in order; one with ports runs no shutdown\n"
+    "and leaves its lock file behind: end it with progressctl stop.\n"
+    "\n"
     "Exit status: 0 ended in order, 1 cannot start (no display, something else in the lock file's\n"
     "place, a daemon that answers on the private one's socket) or the display was lost, 2 wrong\n"
-    "command line or no socket for a private daemon, 128+N ended in order by signal N.\n";
+    "command line or no socket for a private daemon, 128+N a private one ended in order by signal N.\n";
 
 /// Answers "--help" and "--version" as the only argument, without a display.
 bool printedInformation(int argc, char **argv)

@@ -8,6 +8,7 @@
 #include "app/toolkitMessages.h"
 #include "log/dump.h"
 #include "server/handlers.h"
+#include "server/lifespan.h"
 #include "server/localServer.h"
 #include "server/receiver.h"
 #include "stats/statistics.h"
@@ -19,6 +20,16 @@
 
 namespace
 {
+
+/// Seconds in which the client that a private daemon was started for has to come.
+constexpr int longestWait = 30;
+
+int longestAlone(const commandLine &line)
+{
+    if (line.stays)
+        return line.idleSeconds;
+    return line.isPrivate ? longestWait : 0;
+}
 
 /// The servers of a daemon, and what its clients share.
 class servers
@@ -34,16 +45,16 @@ public:
     void closeLocalChannels();
     /// Leaves the files as after an orderly end: no socket, no lock file, the learned runs saved.
     void leaveFiles();
+    /// The end of everything that the listeners of the ports are still to hear of.
+    void cleanup() { m_shared.cleanup(); }
     /// Whether another daemon answers in this one's place.
     bool isAnswered() const { return m_isAnswered; }
 
 private:
-    void endWithoutClients();
-
     const commandLine &m_line;
     handlers m_shared;
+    lifespan m_life;
     localServer m_local;
-    // These go first: when the command channels close, the local ones are asked for, too.
     std::optional<receiver> m_commands;
     std::optional<receiver> m_events;
     bool m_isAnswered = false;
@@ -52,29 +63,13 @@ private:
 /// What is served while the files are to be left in order at exit, else null.
 servers *served = nullptr;
 
-servers::servers(const commandLine &line) : m_line(line), m_local(m_shared, line.basePort < 0)
+servers::servers(const commandLine &line)
+    : m_line(line), m_life({line.basePort, line.stays, longestAlone(line)}), m_local(m_shared, m_life)
 {
-    QObject::connect(&m_local, &localServer::exitRequested, qApp, &QCoreApplication::quit);
-    QObject::connect(&m_local, &localServer::clientGone, qApp, [this] { endWithoutClients(); });
     if (line.isPrivate)
         return;
-    m_commands.emplace(line.basePort, false);
-    m_events.emplace(eventPort(line.basePort), true);
-    QObject::connect(&*m_commands, &receiver::clientGone, qApp, [this] { endWithoutClients(); });
-}
-
-/// A daemon with a base port does not end when its clients have gone.
-void servers::endWithoutClients()
-{
-    if (m_line.basePort >= 0 || m_local.hasClients() || (m_commands && m_commands->hasClients()))
-        return;
-    if (m_local.mayGetClients()) {
-        QMetaObject::invokeMethod(
-            qApp, [this] { endWithoutClients(); }, Qt::QueuedConnection);
-        return;
-    }
-    dump("---- doing exit by last closed connection!", 0);
-    QCoreApplication::quit();
+    m_commands.emplace(receiver::kind::command, line.basePort, m_shared, m_life);
+    m_events.emplace(receiver::kind::event, eventPort(line.basePort), m_shared, m_life);
 }
 
 bool servers::openLocalSocket()
@@ -146,7 +141,7 @@ int run(servers &all)
 
     all.closeLocalChannels();
     leaveFiles();
-    receiver::cleanup();
+    all.cleanup();
     return code;
 }
 
@@ -160,7 +155,11 @@ int cannotServe(const commandLine &line)
 
 int serve(const commandLine &line)
 {
-    const endSignals signalsThatEnd;
+    std::optional<endSignals> signalsThatEnd;
+    if (line.isPrivate) {
+        signalsThatEnd.emplace();
+        setLog(line.logFile);
+    }
     complainAboutLogs();
     servers all(line);
     if (line.statisticsName)

@@ -208,8 +208,23 @@ pid_t waitUntilServing(const std::string &identifier, const processHandle &daemo
     return socket.daemonProcess();
 }
 
-/// Of daemons that are started at the same moment one serves, and the others end. A daemon that nobody could
-/// use is not left behind.
+/// A daemon that nobody could use is not left behind; one that answers ends in order, with its files.
+void endStarted(const std::string &identifier, pid_t process, const processHandle &daemon)
+{
+    const deadline moment(std::chrono::seconds(1));
+    try {
+        daemonSocket socket = daemonSocket::connect(identifier, moment);
+        if (socket.daemonProcess() == process)
+            socket.send("<stop/>", moment);
+        daemon.waitForEnd(moment);
+    } catch (const error &) {
+        // It does not answer.
+    }
+    daemon.signal(SIGTERM);
+    daemon.waitForEnd(moment);
+}
+
+/// Of daemons that are started at the same moment one serves, and the others end.
 progressClient::startedDaemon awaitDaemon(const std::string &identifier,
                                           const progressClient::daemonOptions &options, pid_t process,
                                           const descriptor &words, const deadline &until)
@@ -224,8 +239,7 @@ progressClient::startedDaemon awaitDaemon(const std::string &identifier,
         const bool isOurs = serving == process || (serving == 0 && !daemon.hasEnded());
         return {found, !isOurs, isOurs ? process : serving};
     } catch (...) {
-        daemon.signal(SIGTERM);
-        daemon.waitForEnd(until);
+        endStarted(identifier, process, daemon);
         throw;
     }
 }

@@ -19,8 +19,8 @@ struct place {
     bool isAdministered;
 };
 
-constexpr place places[] = {{"/var/instrument/VKT-progressbar.log", true},
-                            {"/tmp/VKT-progressbar.log", false}};
+std::vector<place> places = {{"/var/instrument/VKT-progressbar.log", true},
+                             {"/tmp/VKT-progressbar.log", false}};
 
 bool isFit(int file, const place &where)
 {
@@ -77,6 +77,13 @@ void dump(const char *description, int result, int dataLen, const int *data)
     }
     std::fputs(emptyLineAfter ? "\n\n" : "\n", log);
     std::fclose(log);
+}
+
+void setLog(const char *path)
+{
+    places.clear();
+    if (path)
+        places.push_back({path, false});
 }
 
 std::vector<const char *> unusableLogs()

@@ -12,6 +12,9 @@
 /// is lost; nothing is reported.
 void dump(const char *description, int result, int dataLen = 0, const int *data = nullptr);
 
+/// From now on the log is `path` alone, or nothing is logged when it is null. The text is kept, not owned.
+void setLog(const char *path);
+
 /// The places of the log in which something stands that is no log of this user's; a file in the first place
 /// that may not be written is none of them.
 std::vector<const char *> unusableLogs();

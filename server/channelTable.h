@@ -1,43 +1,49 @@
 #pragma once
 
-#include <array>
+#include <algorithm>
 #include <cstddef>
+#include <vector>
 
-class QTcpSocket;
+class channel;
 
-/// The channels of one kind, at most ten. The sockets are not owned.
+/// The channels of one server, at most ten. They are not owned.
 ///
-/// The count is a high-water mark: it is never lowered while the daemon runs. A channel that closes leaves
-/// an empty slot; of the empty slots, slot 0 alone is filled again while there is room at the end. A walk
-/// ends at the first empty slot.
+/// The number of slots is a high-water mark: it is never lowered. A channel that closes leaves an empty slot;
+/// of the empty slots, slot 0 alone is filled again while there is room at the end.
 class channelTable
 {
 public:
-    static constexpr int capacity = 10;
-
-    /// Gives `channel` a slot; false when the table is full.
-    bool enter(QTcpSocket *channel);
-    /// Empties the slot that holds `channel`, if any.
-    void leave(const QTcpSocket *channel);
-    /// Forgets all channels.
-    void clear();
-    /// Whether any slot holds a channel.
-    bool hasChannels() const;
-    int count() const { return m_count; }
-    /// The channel at `slot`, null for an empty slot and for slots from the count on.
-    QTcpSocket *at(int slot) const
+    /// Gives `client` a slot; false when the table is full.
+    bool enter(channel *client)
     {
-        return slot < m_count ? m_channels[static_cast<std::size_t>(slot)] : nullptr;
+        const bool isFirst = !m_slots.empty() && !m_slots.front();
+        if (!isFirst && m_slots.size() < capacity) {
+            m_slots.push_back(client);
+            return true;
+        }
+        const auto empty = std::find(m_slots.begin(), m_slots.end(), nullptr);
+        if (empty == m_slots.end())
+            return false;
+        *empty = client;
+        return true;
     }
-
-    /// Calls `visit` with each channel that a walk reaches. A visit may make channels leave.
-    template <typename Visit> void walk(Visit visit) const
+    /// Empties the slot that holds `client`, if any.
+    void leave(channel *client)
     {
-        for (int slot = 0; QTcpSocket *channel = at(slot); ++slot)
-            visit(channel);
+        std::replace(m_slots.begin(), m_slots.end(), client, static_cast<channel *>(nullptr));
+    }
+    /// Whether any slot holds a channel.
+    bool hasChannels() const
+    {
+        return std::any_of(m_slots.begin(), m_slots.end(), [](const channel *each) { return each; });
+    }
+    /// The channels in front of the first empty slot: all that events reach.
+    std::vector<channel *> reached() const
+    {
+        return {m_slots.begin(), std::find(m_slots.begin(), m_slots.end(), nullptr)};
     }
 
 private:
-    std::array<QTcpSocket *, capacity> m_channels{};
-    int m_count = 0;
+    static constexpr std::size_t capacity = 10;
+    std::vector<channel *> m_slots;
 };

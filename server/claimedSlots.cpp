@@ -1,31 +1,24 @@
 #include "server/claimedSlots.h"
 
 #include "dialog/CProgressDialog.h"
-#include "server/handlers.h"
+#include "server/activeDialog.h"
 
-#include <utility>
-
-static_assert(CProgressDialog::MAX_ENTRIES == 10);
-
-int claimedSlots::claim(const void *owner)
+int claimedSlots::claim()
 {
-    const CProgressDialog *dialog = m_shared.m_active.dialog();
-    for (size_t i = 0; i < m_owners.size(); ++i) {
+    static_assert(CProgressDialog::MAX_ENTRIES == decltype(m_claimed)().size());
+    const CProgressDialog *dialog = m_active.dialog();
+    for (size_t i = 0; i < m_claimed.size(); ++i) {
         const int slot = static_cast<int>(i);
-        if (m_owners[i] || (dialog && !dialog->isFree(slot)))
+        if (m_claimed[i] || (dialog && !dialog->isFree(slot)))
             continue;
-        m_owners[i] = owner;
+        m_claimed.set(i);
         return slot;
     }
     return -1;
 }
 
-void claimedSlots::release(const void *owner)
+void claimedSlots::release(int slot)
 {
-    for (size_t i = 0; i < m_owners.size(); ++i) {
-        if (m_owners[i] != owner)
-            continue;
-        m_owners[i] = nullptr;
-        m_shared.m_active.clearSlot(static_cast<int>(i));
-    }
+    m_claimed.reset(static_cast<size_t>(slot));
+    m_active.clearSlot(slot);
 }

@@ -1,23 +1,22 @@
 #pragma once
 
-#include <array>
+#include <bitset>
 
-class handlers;
+class activeDialog;
 
-/// Which slots of the dialog are reserved, and for whom. An owner is any address that stays the same for as
-/// long as it may own slots.
+/// Which slots of the dialog are reserved. Who has reserved one gives it up.
 class claimedSlots
 {
 public:
-    explicit claimedSlots(handlers &shared) : m_shared(shared) {}
+    explicit claimedSlots(activeDialog &active) : m_active(active) {}
 
     /// Reserves the lowest slot that shows neither row nor button and that nobody has claimed; -1 when there
     /// is none.
-    int claim(const void *owner);
-    /// Gives the owner's slots up, and removes what stands in them.
-    void release(const void *owner);
+    int claim();
+    /// Gives a claimed slot up, and removes what stands in it.
+    void release(int slot);
 
 private:
-    handlers &m_shared;
-    std::array<const void *, 10> m_owners{};
+    activeDialog &m_active;
+    std::bitset<10> m_claimed;
 };

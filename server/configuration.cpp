@@ -65,11 +65,6 @@ private:
     bool m_complete = true;
 };
 
-activeDialog &windows()
-{
-    return handlers::instance().m_active;
-}
-
 /// "windowPixmap=" and "windowStyle=" make the background less transparent.
 constexpr int styledAlpha = 242;
 
@@ -79,7 +74,7 @@ void setWindowFonts(QStringView value)
         appearance.m_barLabelFont >> appearance.m_labelFont;
 }
 
-void setBusyIndicator(QStringView value)
+void setBusyIndicator(QStringView value, const activeDialog &windows)
 {
     fieldReader fields(value, u'|');
     QString pixmap;
@@ -90,7 +85,7 @@ void setBusyIndicator(QStringView value)
     if (pixmap != QLatin1String("empty"))
         appearance.m_busyPixmap = pixmap;
 
-    busyWidget *busyWindow = windows().busyWindow();
+    busyWidget *busyWindow = windows.busyWindow();
     if (!busyWindow)
         return;
     dump("---- setting busy pixmap ", 0);
@@ -99,16 +94,16 @@ void setBusyIndicator(QStringView value)
         busyWindow->movePosition();
 }
 
-void setPaintOffset(QStringView value)
+void setPaintOffset(QStringView value, const activeDialog &windows)
 {
     fieldReader fields(value, u'|');
     fields >> appearance.m_paintOffsetX >> appearance.m_paintOffsetY;
     if (!fields)
         return;
-    if (busyWidget *busyWindow = windows().busyWindow(); busyWindow && busyWindow->isVisible())
+    if (busyWidget *busyWindow = windows.busyWindow(); busyWindow && busyWindow->isVisible())
         busyWindow->movePosition();
-    if (windows().isShown())
-        windows().dialog()->movePosition();
+    if (windows.isShown())
+        windows.dialog()->movePosition();
 }
 
 void setScreenGeometry(QStringView value)
@@ -181,7 +176,7 @@ void setWindowText(QStringView value)
     fieldReader(value, u'|') >> appearance.m_panelTextColor >> appearance.m_buttonTextColor;
 }
 
-void apply(wire::setting which, QStringView value)
+void apply(wire::setting which, QStringView value, const activeDialog &windows)
 {
     using wire::setting;
     switch (which) {
@@ -189,10 +184,10 @@ void apply(wire::setting which, QStringView value)
         setWindowFonts(value);
         break;
     case setting::busyIndicator:
-        setBusyIndicator(value);
+        setBusyIndicator(value, windows);
         break;
     case setting::paintOffset:
-        setPaintOffset(value);
+        setPaintOffset(value, windows);
         break;
     case setting::screenGeometry:
         setScreenGeometry(value);
@@ -243,6 +238,6 @@ void handlers::doConfiguration(const QString &description)
         const qsizetype equals = entry.indexOf(u'=');
         const QByteArray key = entry.first(std::max<qsizetype>(equals, 0)).toLatin1();
         if (const auto which = wire::settingNamed({key.constData(), static_cast<size_t>(key.size())}))
-            apply(*which, entry.sliced(equals + 1));
+            apply(*which, entry.sliced(equals + 1), m_active);
     }
 }

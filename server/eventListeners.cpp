@@ -1,5 +1,7 @@
 #include "server/eventListeners.h"
 
+#include "server/channel.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -28,11 +30,9 @@ QByteArrayView fitting(QByteArrayView events, qint64 room)
     return last < 0 ? QByteArrayView() : cut.first(last + closingTag.size());
 }
 
-void deliver(const std::vector<eventListener *> &listeners, QByteArrayView events)
+void deliver(const std::vector<channel *> &listeners, QByteArrayView events)
 {
-    // A channel that turns out to be gone leaves the list.
-    const std::vector<eventListener *> all(listeners.begin(), listeners.end());
-    for (eventListener *listener : all) {
+    for (channel *listener : listeners) {
         listener->write(fitting(events, maxBacklog - listener->waiting()));
         listener->flush();
     }
@@ -46,19 +46,19 @@ eventListeners::batch::~batch()
         m_listeners.flush();
 }
 
-void eventListeners::setPortListeners(std::vector<eventListener *> listeners)
+void eventListeners::setPortListeners(std::vector<channel *> listeners)
 {
     flush();
     m_port = std::move(listeners);
 }
 
-void eventListeners::addLocal(eventListener *listener)
+void eventListeners::addLocal(channel *listener)
 {
     flush();
     m_local.push_back(listener);
 }
 
-void eventListeners::removeLocal(eventListener *listener)
+void eventListeners::removeLocal(channel *listener)
 {
     m_local.erase(std::remove(m_local.begin(), m_local.end(), listener), m_local.end());
 }
@@ -90,11 +90,9 @@ void eventListeners::flushIfDue()
 
 void eventListeners::flush()
 {
-    // A channel that turns out to be gone comes back here while the others are being served.
-    if (m_collected.isEmpty() || !m_leaving.isEmpty())
+    if (m_collected.isEmpty())
         return;
-    m_leaving.swap(m_collected);
-    deliver(m_port, m_leaving);
-    deliver(m_local, m_leaving);
-    m_leaving.resize(0);
+    deliver(m_port, m_collected);
+    deliver(m_local, m_collected);
+    m_collected.resize(0);
 }

@@ -5,20 +5,7 @@
 #include <chrono>
 #include <vector>
 
-/// A channel that hears events. `eventListeners` does not own it.
-class eventListener
-{
-public:
-    /// Bytes that wait for the client to read them.
-    virtual qint64 waiting() const = 0;
-    /// Adds whole events to what waits.
-    virtual void write(QByteArrayView events) = 0;
-    /// Hands what waits to the system, as far as it takes it now.
-    virtual void flush() = 0;
-
-protected:
-    ~eventListener() = default;
-};
+class channel;
 
 /// Who hears events, and how events reach them: while a batch of messages is handled, events are collected,
 /// since a system call for each event and channel would cost more than all the rest of an update. They leave
@@ -39,11 +26,11 @@ public:
         eventListeners &m_listeners;
     };
 
-    /// The listeners of the event port, in the order in which they hear.
-    void setPortListeners(std::vector<eventListener *> listeners);
-    /// A listener of a local channel hears what happens from now on.
-    void addLocal(eventListener *listener);
-    void removeLocal(eventListener *listener);
+    /// The channels of the event port that hear, in this order. No channel is owned.
+    void setPortListeners(std::vector<channel *> listeners);
+    /// A local channel hears what happens from now on.
+    void addLocal(channel *listener);
+    void removeLocal(channel *listener);
     /// Whether nobody would hear an event; then forming its text is a waste.
     bool empty() const { return m_port.empty() && m_local.empty(); }
 
@@ -58,10 +45,9 @@ public:
 private:
     using clock = std::chrono::steady_clock;
 
-    std::vector<eventListener *> m_port;
-    std::vector<eventListener *> m_local;
+    std::vector<channel *> m_port;
+    std::vector<channel *> m_local;
     QByteArray m_collected;
-    QByteArray m_leaving;
     clock::time_point m_firstCollected;
     int m_openBatches = 0;
 };

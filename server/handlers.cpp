@@ -1,28 +1,19 @@
 #include "server/handlers.h"
 
-handlers *handlers::s_instance = nullptr;
+handlers::handlers() : m_active(m_listeners, m_order), m_boxes(m_active, m_order), m_claims(m_active) {}
 
-handlers::handlers() : m_active(m_listeners, m_order), m_boxes(m_active, m_order)
-{
-    s_instance = this;
-}
-
-handlers::~handlers()
-{
-    s_instance = nullptr;
-}
-
-void handlers::handle(const message &received, dialect from, const askerFunction &asker)
+void handlers::handle(const message &received, dialect from, const askerFunction &asker,
+                      const QObject *waiting)
 {
     switch (received.kind) {
     case messageKind::configuration:
         doConfiguration(decoded(received.payload, from));
         break;
     case messageKind::assertion:
-        m_boxes.openAssertion(decoded(received.payload, from), asker());
+        m_boxes.openAssertion(decoded(received.payload, from), asker(), waiting);
         break;
     case messageKind::messageBox:
-        m_boxes.openMessage(decoded(received.payload, from), asker());
+        m_boxes.openMessage(decoded(received.payload, from), asker(), waiting);
         break;
     case messageKind::progress:
         m_active.createWindows();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "server/activeDialog.h"
+#include "server/claimedSlots.h"
 #include "server/eventListeners.h"
 #include "server/message.h"
 #include "server/noticeBoxes.h"
@@ -8,20 +9,17 @@
 #include "server/windowOrder.h"
 
 /// What every message ends in, whichever way it came: the windows that it acts on and the listeners who hear
-/// of it. There is one in the process, which outlives both servers and all channels.
+/// of it. It outlives both servers and all channels.
 class handlers
 {
 public:
     handlers();
-    ~handlers();
     Q_DISABLE_COPY_MOVE(handlers)
 
-    /// The one; it exists as long as messages are handled.
-    static handlers &instance() { return *s_instance; }
-
     /// Carries out a message that is not between a client and its server alone. `asker` stands for the client
-    /// where a box is to be answered.
-    void handle(const message &received, dialect from, const askerFunction &asker);
+    /// where a box is to be answered; when `waiting` is deleted, if it is given, the box is taken away.
+    void handle(const message &received, dialect from, const askerFunction &asker,
+                const QObject *waiting = nullptr);
     /// Carries out one progress command, its replaced dialogs included.
     void doProgress(const progressCommand &command);
     /// Applies the entries of a configuration message.
@@ -33,7 +31,5 @@ public:
     windowOrder m_order;
     activeDialog m_active;
     noticeBoxes m_boxes;
-
-private:
-    static handlers *s_instance;
+    claimedSlots m_claims;
 };

@@ -1,25 +1,18 @@
 #include "server/localChannel.h"
 
 #include "log/dump.h"
-#include "server/claimedSlots.h"
 #include "server/handlers.h"
-#include "server/lastPatience.h"
+#include "server/lifespan.h"
 
 #include <QPointer>
 
-#include <cerrno>
-#include <poll.h>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <utility>
 
 namespace
 {
 
 using namespace std::chrono_literals;
 
-/// What is read at one go, in bytes. It stays in the processor's cache.
-constexpr qsizetype readSize = 64 * 1024;
 /// For so long the messages of one channel are handled; then the others, the ticks and the painting have
 /// their turn.
 constexpr auto turn = 20ms;
@@ -27,27 +20,21 @@ constexpr auto turn = 20ms;
 constexpr int messagesPerLook = 16;
 /// Bytes that may wait for a client that does not read.
 constexpr qint64 maxBacklog = 4 * 1024 * 1024;
+/// For so long what a client has left behind when it went keeps a daemon that all others have left.
+constexpr auto longestEstate = 1s;
 
 } // namespace
 
-localChannel::localChannel(int descriptor, handlers &shared, claimedSlots &claims, bool mayEndDaemon)
-    : m_descriptor(descriptor), m_shared(shared), m_claims(claims), m_mayEndDaemon(mayEndDaemon),
-      m_readable(descriptor, QSocketNotifier::Read), m_writable(descriptor, QSocketNotifier::Write)
+localChannel::localChannel(int descriptor, handlers &shared, lifespan &life)
+    : channel(descriptor), m_shared(shared), m_life(life), m_asker(std::make_unique<QObject>())
 {
-    m_writable.setEnabled(false);
-    connect(&m_readable, &QSocketNotifier::activated, this, &localChannel::takeTurn);
-    connect(&m_writable, &QSocketNotifier::activated, this, &localChannel::flush);
+    connect(this, &channel::readable, this, &localChannel::takeTurn);
 }
 
 localChannel::~localChannel()
 {
+    m_isOver = true;
     m_shared.m_listeners.removeLocal(this);
-    pollfd room{m_descriptor, POLLOUT, 0};
-    while (waiting() > 0 && !m_deaf && poll(&room, 1, lastPatienceMs()) > 0)
-        flush();
-    m_readable.setEnabled(false);
-    m_writable.setEnabled(false);
-    ::close(m_descriptor);
 }
 
 /// Nothing more is read before all that is complete has been handled.
@@ -59,42 +46,30 @@ void localChannel::takeTurn()
     const auto end = clock::now() + turn;
     bool complete = handleMessages(end);
     for (bool more = true; more && complete && !m_incoming.isTooLong() && clock::now() < end;) {
-        more = receive();
+        const qsizetype size = receive(m_incoming.reserve(readSize));
+        m_incoming.commit(size);
+        // More has probably come; the way through the event loop would cost as much as the reading.
+        more = size == readSize;
         complete = handleMessages(end);
     }
+    if (m_stopped)
+        setReading(false);
     if (m_isOver || m_stopped)
         return;
+    if (clock::now() >= end)
+        noticeAbsence();
     if (!complete) {
-        m_readable.setEnabled(false);
+        setReading(false);
         QMetaObject::invokeMethod(this, &localChannel::takeTurn, Qt::QueuedConnection);
-        return;
-    }
-    if (m_incoming.isTooLong()) {
+    } else if (m_incoming.isTooLong()) {
         dump("---- closing a local channel, its message is too long", 0);
         cutOff();
-    } else if (m_ended) {
-        finish();
+        endClient();
+    } else if (hasEnded()) {
+        endClient();
     } else {
-        m_readable.setEnabled(true);
+        setReading(true);
     }
-}
-
-bool localChannel::hasUnread() const
-{
-    int bytes = 0;
-    return !m_isOver && ioctl(m_descriptor, FIONREAD, &bytes) == 0 && bytes > 0;
-}
-
-/// Whether more has probably come; the way through the event loop would cost as much as the reading.
-bool localChannel::receive()
-{
-    char *const room = m_incoming.reserve(readSize);
-    const ssize_t size = recv(m_descriptor, room, readSize, 0);
-    if (size > 0)
-        m_incoming.commit(size);
-    else if (size == 0 || (errno != EAGAIN && errno != EINTR))
-        m_ended = true;
-    return size == readSize;
 }
 
 /// Whether all complete messages have been handled before `end`, and the channel stays open.
@@ -110,40 +85,47 @@ bool localChannel::handleMessages(clock::time_point end)
 
 void localChannel::handle(const message &received)
 {
-    if (received.kind == messageKind::events) {
-        if (!std::exchange(m_listens, true))
-            m_shared.m_listeners.addLocal(this);
-        return;
-    }
-    m_isClient = true;
+    m_isClient = m_isClient || received.kind != messageKind::events;
     switch (received.kind) {
-    case messageKind::exit:
-        requestExit();
+    case messageKind::events:
+        listen();
         break;
     case messageKind::claim:
-        reply("<claimed>" + QByteArray::number(m_claims.claim(this)) + "</claimed>");
+        claim();
+        break;
+    case messageKind::exit:
+        m_stopped = m_life.requestExit();
+        break;
+    case messageKind::stop:
+        m_life.stop();
+        m_stopped = true;
         break;
     default:
-        m_shared.handle(received, dialect::local, [this] { return nextAnswer(); });
+        m_shared.handle(
+            received, dialect::local, [this] { return nextAnswer(); }, m_asker.get());
     }
 }
 
-void localChannel::requestExit()
+void localChannel::listen()
 {
-    dump("---- got exit command by client!", 0);
-    if (!m_mayEndDaemon)
-        return;
-    m_stopped = true;
-    m_readable.setEnabled(false);
-    emit exitRequested();
+    if (!std::exchange(m_listens, true))
+        m_shared.m_listeners.addLocal(this);
+}
+
+void localChannel::claim()
+{
+    const int slot = m_shared.m_claims.claim();
+    if (slot >= 0)
+        m_claimed.push_back(slot);
+    reply("<claimed>" + QByteArray::number(slot) + "</claimed>");
 }
 
 answerFunction localChannel::nextAnswer()
 {
-    return [channel = QPointer(this), number = ++m_boxCount](quint32 code) {
-        if (channel && !channel->m_isOver)
-            channel->reply("<answer>" + QByteArray::number(number) + ';' + QByteArray::number(code) +
-                           "</answer>");
+    return [asker = QPointer(this), number = ++m_boxCount](quint32 code) {
+        if (asker && !asker->m_isOver)
+            asker->reply("<answer>" + QByteArray::number(number) + ';' + QByteArray::number(code) +
+                         "</answer>");
     };
 }
 
@@ -154,62 +136,38 @@ void localChannel::reply(const QByteArray &bytes)
     if (waiting() + bytes.size() > maxBacklog) {
         dump("---- closing a local channel that does not read its answers", 0);
         cutOff();
+        endClient();
         return;
     }
     write(bytes);
     flush();
 }
 
-void localChannel::write(QByteArrayView bytes)
+/// Whoever only has ended its sending direction waits until everything was handled; one that was killed does
+/// not.
+void localChannel::noticeAbsence()
 {
-    if (m_deaf || m_isOver)
+    if (!m_hungUpAt && isHungUp())
+        m_hungUpAt = clock::now();
+    if (m_isAbandoned || !m_hungUpAt || clock::now() - *m_hungUpAt < longestEstate)
         return;
-    if (m_sent == m_outgoing.size()) {
-        m_outgoing.resize(0);
-        m_sent = 0;
-    }
-    m_outgoing.append(bytes);
+    m_isAbandoned = true;
+    m_life.clientGone();
 }
 
-void localChannel::flush()
-{
-    while (waiting() > 0 && !m_deaf) {
-        const ssize_t sent = send(m_descriptor, m_outgoing.constData() + m_sent,
-                                  static_cast<size_t>(waiting()), MSG_DONTWAIT | MSG_NOSIGNAL);
-        if (sent < 0) {
-            // What the client has sent is still to be read, so this does not end the channel.
-            m_deaf = errno != EAGAIN && errno != EINTR;
-            break;
-        }
-        m_sent += sent;
-    }
-    if (m_sent > maxBacklog / 4) {
-        m_outgoing.remove(0, m_sent);
-        m_sent = 0;
-    }
-    const bool mustWait = waiting() > 0 && !m_deaf;
-    m_writable.setEnabled(mustWait);
-    if (m_isOver && !mustWait && !std::exchange(m_finished, true))
-        emit finished();
-}
-
-void localChannel::finish()
+void localChannel::endClient()
 {
     if (m_isOver)
         return;
     // What its last messages have caused is its own, too.
     m_shared.m_listeners.flush();
     m_isOver = true;
-    m_readable.setEnabled(false);
     m_shared.m_listeners.removeLocal(this);
-    m_claims.release(this);
+    for (const int slot : m_claimed)
+        m_shared.m_claims.release(slot);
+    // Takes its boxes away.
+    m_asker.reset();
     if (m_isClient)
-        emit clientGone();
-    flush();
-}
-
-void localChannel::cutOff()
-{
-    m_deaf = true;
+        m_life.clientGone();
     finish();
 }

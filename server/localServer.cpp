@@ -1,17 +1,13 @@
 #include "server/localServer.h"
 
-#include "log/dump.h"
-#include "server/descriptors.h"
 #include "server/handlers.h"
 #include "server/localChannel.h"
 
-#include <QTimer>
-
 #include <algorithm>
-#include <cerrno>
 #include <functional>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -29,43 +25,28 @@ bool isTrusted(int descriptor)
 
 } // namespace
 
-localServer::localServer(handlers &shared, bool clientsMayEnd)
-    : m_shared(shared), m_clientsMayEnd(clientsMayEnd), m_claims(shared)
+localServer::localServer(handlers &shared, lifespan &life) : m_shared(shared), m_life(life)
 {
-}
-
-localServer::~localServer()
-{
-    close();
+    m_life.watch(*this);
 }
 
 localSocket::outcome localServer::open(const char *identifier)
 {
     const localSocket::outcome result = m_socket.open(identifier);
     if (result == localSocket::outcome::listening) {
-        m_incoming = std::make_unique<QSocketNotifier>(m_socket.descriptor(), QSocketNotifier::Read);
-        connect(m_incoming.get(), &QSocketNotifier::activated, this, &localServer::accept);
+        m_acceptor = std::make_unique<acceptor>(m_socket.descriptor());
+        // One at a time: those who have come and gone meanwhile must not take the places of the others.
+        QObject::connect(m_acceptor.get(), &acceptor::incoming, [this] { accept(); });
     }
     return result;
 }
 
-/// One at a time: those who have come and gone meanwhile must not take the places of the others.
-void localServer::accept()
+bool localServer::accept()
 {
-    if (acceptOne() || errno == EAGAIN || errno == EINTR || errno == ECONNABORTED)
-        return;
-    // Without a descriptor left, the connection that waits would call again and again.
-    dump("---- cannot accept a local connection, trying again, error", errno);
-    m_incoming->setEnabled(false);
-    QTimer::singleShot(acceptAgainMs, m_incoming.get(), [this] { m_incoming->setEnabled(true); });
-}
-
-bool localServer::acceptOne()
-{
-    const int descriptor = accept4(m_socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    const int descriptor = m_acceptor ? m_acceptor->next() : -1;
     if (descriptor < 0)
         return false;
-    if (m_channels.size() < maxChannels && leavesDescriptors(descriptor) && isTrusted(descriptor))
+    if (m_channels.size() < maxChannels && isTrusted(descriptor))
         add(descriptor);
     else
         ::close(descriptor);
@@ -74,34 +55,29 @@ bool localServer::acceptOne()
 
 void localServer::add(int descriptor)
 {
-    auto *channel = new localChannel(descriptor, m_shared, m_claims, m_clientsMayEnd);
-    m_channels.push_back(channel);
-    connect(channel, &localChannel::exitRequested, this, &localServer::exitRequested);
-    connect(channel, &localChannel::clientGone, this, &localServer::clientGone);
-    connect(channel, &localChannel::finished, this, [this, channel] { remove(channel); });
+    auto *client = new localChannel(descriptor, m_shared, m_life);
+    m_channels.push_back(client);
+    QObject::connect(client, &channel::finished, client, [this, client] { remove(client); });
 }
 
-void localServer::remove(localChannel *channel)
+void localServer::remove(localChannel *client)
 {
-    m_channels.erase(std::find(m_channels.begin(), m_channels.end(), channel));
-    channel->deleteLater();
+    m_channels.erase(std::find(m_channels.begin(), m_channels.end(), client));
+    client->deleteLater();
 }
 
-bool localServer::hasClients() const
+wayIn::presence localServer::clients()
 {
-    return std::any_of(m_channels.begin(), m_channels.end(),
-                       [](const localChannel *channel) { return channel->isClient(); });
-}
-
-bool localServer::mayGetClients()
-{
-    return acceptOne() ||
-           std::any_of(m_channels.begin(), m_channels.end(), std::mem_fn(&localChannel::hasUnread));
+    if (std::any_of(m_channels.begin(), m_channels.end(), std::mem_fn(&localChannel::isClient)))
+        return presence::client;
+    const bool isUncertain = accept() || std::any_of(m_channels.begin(), m_channels.end(),
+                                                     std::mem_fn(&localChannel::mayBecomeClient));
+    return isUncertain ? presence::uncertain : presence::none;
 }
 
 void localServer::removeSocket()
 {
-    m_incoming.reset();
+    m_acceptor.reset();
     m_socket.close();
 }
 
@@ -109,6 +85,6 @@ void localServer::close()
 {
     m_shared.m_listeners.sendLocal("shutDown");
     removeSocket();
-    for (localChannel *channel : std::exchange(m_channels, {}))
-        delete channel;
+    for (localChannel *client : std::exchange(m_channels, {}))
+        delete client;
 }

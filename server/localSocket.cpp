@@ -1,12 +1,15 @@
 #include "server/localSocket.h"
 
-#include "server/localFolder.h"
 #include "wire/places.h"
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
+#include <set>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -20,10 +23,20 @@ namespace
 
 using namespace std::chrono_literals;
 
+constexpr char socketSuffix[] = ".sock";
+constexpr char lockSuffix[] = ".lock";
+
 /// For so long a daemon that starts or ends may hold the lock without answering.
 constexpr auto patience = 2s;
 constexpr auto step = 10ms;
 constexpr int backlog = 64;
+
+/// Where the sockets of this user's daemons lie. Found out at the first call.
+const std::string &localFolder()
+{
+    static const std::string folder = wire::socketFolder();
+    return folder;
+}
 
 sockaddr_un addressOf(const std::string &path)
 {
@@ -53,6 +66,24 @@ void closeDescriptor(int &descriptor)
 
 } // namespace
 
+void settleLocalFolder()
+{
+    const std::string &folder = localFolder();
+    const std::string runtime = wire::runtimeFolder();
+    setenv("XDG_RUNTIME_DIR", (runtime.empty() ? folder : runtime).c_str(), 1);
+}
+
+localSocket::localSocket(const std::string &folder, const std::string &name)
+    : m_path(folder + '/' + name + socketSuffix), m_lockPath(folder + '/' + name + lockSuffix)
+{
+}
+
+localSocket::~localSocket()
+{
+    close();
+    closeDescriptor(m_lock);
+}
+
 localSocket::outcome localSocket::open(const char *identifier)
 {
     const std::string &folder = localFolder();
@@ -60,7 +91,7 @@ localSocket::outcome localSocket::open(const char *identifier)
     if (!path)
         return fail("the identifier is no file name");
     m_path = *path;
-    m_lockPath = folder + "/" + identifier + ".lock";
+    m_lockPath = folder + '/' + identifier + lockSuffix;
     if (!wire::fitsSocket(m_path))
         return fail(m_path + " is too long for a socket");
     for (const auto &prepare : {wire::makeSocketFolder, wire::faultOfSocketFolder}) {
@@ -68,7 +99,9 @@ localSocket::outcome localSocket::open(const char *identifier)
             return fail(fault);
     }
     const outcome result = take();
-    if (result != outcome::listening)
+    if (result == outcome::listening)
+        sweep(folder);
+    else
         closeDescriptor(m_lock);
     return result;
 }
@@ -76,7 +109,17 @@ localSocket::outcome localSocket::open(const char *identifier)
 localSocket::outcome localSocket::take()
 {
     const auto deadline = std::chrono::steady_clock::now() + patience;
+    pid_t holder = 0;
+    int sightings = 0;
     while (!lock()) {
+        // At the second sighting the holder, which neither starts nor ends, did not answer; at the third it
+        // is certain that it still lived then.
+        const pid_t seen = servingHolder();
+        sightings = seen != 0 && seen == holder ? sightings + 1 : 1;
+        holder = seen;
+        if (holder != 0 && sightings == 3)
+            return fail("process " + std::to_string(holder) + " has the place of " + m_path +
+                        ", and its socket is gone");
         if (somebodyAnswers())
             break;
         if (std::chrono::steady_clock::now() > deadline)
@@ -96,7 +139,8 @@ localSocket::outcome localSocket::fail(const std::string &reason)
     return outcome::failed;
 }
 
-/// Whoever ends removes the lock file, so a lock only counts on the file that still has the name.
+/// Whoever ends removes the lock file, so a lock only counts on the file that still has the name. What a
+/// crash has left in it goes.
 bool localSocket::lock()
 {
     closeDescriptor(m_lock);
@@ -104,7 +148,14 @@ bool localSocket::lock()
         ::open(m_lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR);
     struct stat held = {};
     return m_lock >= 0 && flock(m_lock, LOCK_EX | LOCK_NB) == 0 && fstat(m_lock, &held) == 0 &&
-           isSameFile(m_lockPath, held.st_dev, held.st_ino);
+           isSameFile(m_lockPath, held.st_dev, held.st_ino) && ftruncate(m_lock, 0) == 0;
+}
+
+/// The process that holds the lock, while its socket is there; else 0.
+pid_t localSocket::servingHolder() const
+{
+    char text[16] = {};
+    return pread(m_lock, text, sizeof text - 1, 0) > 0 ? static_cast<pid_t>(std::atol(text)) : 0;
 }
 
 bool localSocket::somebodyAnswers() const
@@ -129,6 +180,7 @@ bool localSocket::listen()
         ::listen(m_descriptor, backlog) == 0 && lstat(m_path.c_str(), &made) == 0) {
         m_device = made.st_dev;
         m_inode = made.st_ino;
+        dprintf(m_lock, "%d\n", static_cast<int>(getpid()));
         return true;
     }
     const int error = errno;
@@ -141,9 +193,31 @@ void localSocket::close()
 {
     if (m_descriptor < 0)
         return;
+    [[maybe_unused]] const int emptied = ftruncate(m_lock, 0);
     if (isSameFile(m_path, m_device, m_inode))
         unlink(m_path.c_str());
     closeDescriptor(m_descriptor);
     unlink(m_lockPath.c_str());
     closeDescriptor(m_lock);
+}
+
+/// Takes away what daemons that were killed have left. Their places are locked meanwhile, so nobody who is
+/// just starting is met; a daemon whose lock file was removed still answers.
+void localSocket::sweep(const std::string &folder)
+{
+    std::set<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator each(folder, error), end; !error && each != end;
+         each.increment(error)) {
+        const std::filesystem::path file = each->path().filename();
+        if (file.extension() == socketSuffix || file.extension() == lockSuffix)
+            names.insert(file.stem());
+    }
+    for (const std::string &name : names) {
+        localSocket left(folder, name);
+        if (!left.lock() || left.somebodyAnswers())
+            continue;
+        unlink(left.m_path.c_str());
+        unlink(left.m_lockPath.c_str());
+    }
 }

@@ -3,9 +3,15 @@
 #include <string>
 #include <sys/types.h>
 
+/// Finds out where the sockets lie before the toolkit, which makes a runtime folder where XDG_RUNTIME_DIR
+/// names none, and gives it this session's, or that one, for its own. To be called before the application
+/// object is made.
+void settleLocalFolder();
+
 /// The listening socket of one daemon, with its place in the file system. A lock on a file beside it, held
-/// as long as this object lives, keeps two daemons from taking the same place from each other; a file that a
-/// crash has left behind is replaced.
+/// as long as this object lives, keeps two daemons from taking the same place from each other; in it stands
+/// the daemon's process number while it serves. What a crash has left behind is replaced, and the files of
+/// others that were killed are swept away.
 class localSocket
 {
 public:
@@ -16,7 +22,7 @@ public:
     };
 
     localSocket() = default;
-    ~localSocket() { close(); }
+    ~localSocket();
     localSocket(const localSocket &) = delete;
     localSocket &operator=(const localSocket &) = delete;
 
@@ -30,9 +36,13 @@ public:
     int descriptor() const { return m_descriptor; }
 
 private:
+    localSocket(const std::string &folder, const std::string &name);
+
+    static void sweep(const std::string &folder);
     outcome take();
     outcome fail(const std::string &reason);
     bool lock();
+    pid_t servingHolder() const;
     bool somebodyAnswers() const;
     bool listen();
 

@@ -29,7 +29,7 @@ noticeBoxes::~noticeBoxes()
     dismiss();
 }
 
-void noticeBoxes::openAssertion(const QString &message, const answerFunction &answer)
+void noticeBoxes::openAssertion(const QString &message, const answerFunction &answer, const QObject *waiting)
 {
     if (isFull(answer))
         return;
@@ -48,10 +48,11 @@ void noticeBoxes::openAssertion(const QString &message, const answerFunction &an
             clipboard->setText(message);
         return QMessageBox::Yes;
     };
-    open(box, code, answer);
+    open(box, code, answer, waiting);
 }
 
-void noticeBoxes::openMessage(const QString &description, const answerFunction &answer)
+void noticeBoxes::openMessage(const QString &description, const answerFunction &answer,
+                              const QObject *waiting)
 {
     if (isFull(answer))
         return;
@@ -82,10 +83,11 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
         }
         return 0;
     };
-    open(box, code, answer);
+    open(box, code, answer, waiting);
 }
 
-void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFunction &answer)
+void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFunction &answer,
+                       const QObject *waiting)
 {
     box->setWindowFlag(Qt::WindowStaysOnTopHint);
     connect(box, &QDialog::finished, this, [this, box, code, answer] {
@@ -93,6 +95,11 @@ void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFun
         close(box);
         answer(result);
     });
+    if (waiting)
+        connect(waiting, &QObject::destroyed, box, [this, box] {
+            if (m_open.contains(box))
+                box->done(0);
+        });
     m_active.cancelRun();
     m_open.append(box);
     // As a modal window of the application, which it is by itself, it would block the other boxes.

@@ -27,10 +27,13 @@ public:
     /// Boxes that are still open are dismissed.
     ~noticeBoxes() override;
 
+    // When `waiting` is deleted, nobody waits for the answer any more, and the box is taken away; without it
+    // the box stays until the user answers.
+
     /// Asks what to do about a failed assertion; `message` is shown as it is.
-    void openAssertion(const QString &message, const answerFunction &answer);
+    void openAssertion(const QString &message, const answerFunction &answer, const QObject *waiting);
     /// Asks what `description` says: icon, title, text and buttons, with "[#]" between them.
-    void openMessage(const QString &description, const answerFunction &answer);
+    void openMessage(const QString &description, const answerFunction &answer, const QObject *waiting);
     /// Answers every open box with 0.
     void dismiss();
     qsizetype openCount() const { return m_open.size(); }
@@ -39,7 +42,7 @@ private:
     /// Maps the button that was clicked, null for none, to the code of the answer.
     using answerCode = std::function<quint32(const QAbstractButton *)>;
 
-    void open(QMessageBox *box, const answerCode &code, const answerFunction &answer);
+    void open(QMessageBox *box, const answerCode &code, const answerFunction &answer, const QObject *waiting);
     void close(QMessageBox *box);
     /// While as many boxes are open as can be, a further one is answered with 0 at once.
     bool isFull(const answerFunction &answer) const;

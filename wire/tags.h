@@ -10,9 +10,9 @@
 namespace wire
 {
 
-/// What clients send, in the order in which the ports' servers cut it out of the text. The last two are the
-/// local channels' alone.
-enum class messageKind { configuration, assertion, messageBox, progress, exit, events, claim };
+/// What clients send, in the order in which the ports' servers cut it out of the text. The last three are
+/// the local channels' alone.
+enum class messageKind { configuration, assertion, messageBox, progress, exit, events, claim, stop };
 
 struct messageTags {
     messageKind kind;
@@ -28,6 +28,7 @@ inline constexpr messageTags allTags[] = {
     {messageKind::exit, "<exit/>", ""},
     {messageKind::events, "<events/>", ""},
     {messageKind::claim, "<claim/>", ""},
+    {messageKind::stop, "<stop/>", ""},
 };
 /// How many of them the ports know.
 inline constexpr std::size_t portKinds = 5;

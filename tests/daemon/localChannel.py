@@ -8,8 +8,9 @@ import socket
 import subprocess
 import sys
 import threading
+import time
 
-from harness import ORDERLY, SLOWNESS, Case, Channel, Log, main, progress, until
+from harness import ORDERLY, PATIENCE, SLOWNESS, Case, Channel, Log, main, progress, until
 
 NOBODY = 65534
 MIB = 1 << 20
@@ -115,13 +116,15 @@ class LocalChannel(Case):
             self.screen.gone(title)
         self.assertEqual([client.item(), client.item()], ["answer 2;1024", "answer 1;1024"])
         self.assertEqual(other.item(), "answer 1;1024")
-        # An answer that is open when its client goes, goes nowhere.
-        other.send(OK_BOX.format("four"))
-        self.screen.window("four")
-        self.assertEqual(other.finish(), b"")
-        self.screen.key("Return")
+        # The answers that are open when a client goes go nowhere: its boxes are taken away, and make room for others.
+        other.send(OK_BOX.format("four") * 40)
+        until(lambda: len(self.screen.windows("four")) == 32)
+        self.assertTrue(other.finish().endswith(b"<answer>41;0</answer>"))
         self.screen.gone("four")
-        self.assertEqual(self.heard(listener, client), ["0"])
+        client.send(OK_BOX.format("five"))
+        self.screen.focused("five")
+        self.screen.key("Return")
+        self.assertEqual((self.heard(listener, client), client.item()), (["0"], "answer 3;1024"))
 
     def test_reserves_slots(self):
         daemon, listener, client = self.private()
@@ -138,10 +141,12 @@ class LocalChannel(Case):
         self.assertEqual([client.ask("<claim/>"), client.ask("<claim/>")], ["claimed 1", "claimed 2"])
 
     def test_ends_with_its_last_client(self):
-        for name, arguments, last, status in (("left alone", [], "", 0), ("asked to", [], "<exit/>", 0),
-                                              ("with a base port", ["0"], "<exit/>", None)):
+        for name, arguments, last, status in (
+                ("left alone", [], "", 0), ("asked to", [], "<exit/>", 0), ("with a base port", ["0"], "<exit/>", None),
+                ("stopped", ["0"], "<stop/>", 0), ("one that stays", ["--stay"], "", None),
+                ("one that stays is asked to", ["--stay"], "<exit/>", 0)):
             with self.alone(name):
-                daemon = self.daemon(*arguments)
+                daemon = self.daemon(*arguments, private="--stay" in arguments)
                 listener = self.connect(daemon, "<events/>")
                 for _ in range(3):
                     self.connect(daemon).close()
@@ -159,6 +164,45 @@ class LocalChannel(Case):
                                  else b"<event>isActivated</event><event>shutDown</event>")
                 self.assertEqual(daemon.status(), status)
                 self.assertFalse(os.path.exists(self.path(daemon)))
+
+    def test_ends_without_clients(self):
+        daemon = self.daemon("--stay", "--idle", "1", private=True)
+        client = self.connect(daemon, "<claim/>")
+        time.sleep(1.5 * SLOWNESS)
+        self.assertEqual(client.item(), "claimed 0")
+        listener = self.connect(daemon, "<events/>")
+        client.close()
+        self.assertEqual((listener.rest(), daemon.status()), (b"<event>shutDown</event>", 0))
+
+    def test_does_not_work_for_the_dead(self):
+        """What a killed client has left keeps nobody, but the daemon that others use handles it."""
+        for survivor, count in ((False, 30000), (True, 2500)):
+            with self.alone(survivor):
+                daemon, listener, client = self.private()
+                heir = self.connect(daemon, "<claim/>") if survivor else None
+                client.socket.settimeout(PATIENCE if survivor else 0.5)
+                try:
+                    client.progress(*["create:0;x", "remove:0"] * count, "activate")
+                except TimeoutError:
+                    pass
+                listener.event()
+                client.socket.close()
+                if survivor:
+                    self.assertEqual(listener.until("isActivated").count("isHidden"), count)
+                    continue
+                left = time.monotonic()
+                self.assertEqual(daemon.status(), 0)
+                self.assertLess(time.monotonic() - left, 2.5 * SLOWNESS)
+
+    def test_ends_while_one_that_hung_up_has_events_waiting(self):
+        daemon, listener, client = self.private()
+        half = self.connect(daemon, "<events/>")
+        half.progress(*["activate"] * 20000)
+        half.socket.shutdown(socket.SHUT_WR)
+        for _ in range(20000):
+            listener.until("isActivated")
+        client.send("<exit/>")
+        self.assertEqual((half.rest().count(b"isActivated"), daemon.status()), (20000, 0))
 
     def test_knows_clients_that_overlap(self):
         daemon = self.daemon(private=True)
@@ -197,8 +241,8 @@ class LocalChannel(Case):
     def test_has_bounds(self):
         for name, text, survives in (("within", b"x" * (16 * MIB - 100), True), ("beyond", b"x" * (16 * MIB + 1), False)):
             with self.alone(name):
-                daemon, listener, client = self.private()
-                log = Log()
+                common = Log()
+                daemon, listener, client = self.private("--log", "own.log")
                 greedy = self.connect(daemon)
                 greedy.send(progress("activate") + b"<progress>" + text)
                 self.assertEqual(listener.event(), "isActivated")
@@ -207,7 +251,9 @@ class LocalChannel(Case):
                     self.assertEqual(listener.event(), "isActivated")
                 else:
                     self.assertEqual(greedy.rest(), b"")
-                    log.has("too long")
+                    with open(os.path.join(daemon.folder, "own.log")) as log:
+                        self.assertIn("too long", log.read())
+                    self.assertNotIn("too long", common.text())
 
     def test_takes_sixty_four(self):
         daemon, listener, client = self.private()
@@ -339,6 +385,29 @@ class LocalChannel(Case):
         again.status()
         self.assertTrue(os.path.exists(self.path(again)))
         os.remove(self.path(again))
+
+    def test_says_whose_place_it_is_without_a_socket(self):
+        daemon, listener, client = self.private()
+        os.remove(self.path(daemon))
+        started = time.monotonic()
+        second = self.daemon(private=True, wait=False, identifier=daemon.identifier)
+        self.assertEqual(second.status(), 2)
+        self.assertRegex(second.stderr(), rf"process {daemon.pid} .*{daemon.identifier}.sock.* gone")
+        self.assertLess(time.monotonic() - started, 1.5 * SLOWNESS)
+
+    def test_sweeps_up_behind_the_dead(self):
+        daemon, listener, client = self.private()
+        dead = [self.daemon(private=True) for _ in range(3)]
+        for each in dead:
+            self.connect(each)
+            each.process.kill()
+            each.status()
+        # Neither one that serves is taken for dead, nor one that is just starting.
+        starting = [self.daemon(private=True) for _ in range(5)]
+        for each in starting:
+            self.connect(each)
+        until(lambda: sorted(os.listdir(self.folder())) == sorted(
+            each.identifier + suffix for each in (daemon, *starting) for suffix in (".lock", ".sock")), "the sweeping")
 
     def test_learns_under_another_name(self):
         for name, kept in (("job", True), ("", False)):

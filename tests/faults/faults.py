@@ -192,6 +192,21 @@ class Faults(Case):
                     with open(path) as file:
                         self.assertEqual(file.read(), "1\n2\n")
 
+    def test_says_once_that_the_last_channel_closes(self):
+        """In its own log, where no other daemon writes."""
+        daemon, channel = self.running()
+        crowd = [daemon.commands() for _ in range(4)]
+        events, log = daemon.events(), Log()
+        crowd[1].close()
+        channel.send("<exit/>")
+        events.until("shutDown")
+        self.assertEqual(daemon.status(), 0)
+        self.assertEqual(log.text().count("doing exit by last closed connection"), 0)
+        daemon, channel = self.running()
+        channel.send("<exit/>")
+        daemon.status()
+        self.assertEqual(log.text().count("doing exit by last closed connection"), 1)
+
     def test_descriptors_run_out(self):
         daemon, channel = self.running()
         used = daemon.descriptors()

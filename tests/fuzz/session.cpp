@@ -3,7 +3,7 @@
 // behind ends with it.
 
 #include "dialog/CProgressDialog.h"
-#include "server/claimedSlots.h"
+#include "server/channel.h"
 #include "server/handlers.h"
 #include "server/messageBuffer.h"
 #include "server/messageStream.h"
@@ -21,8 +21,11 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -32,18 +35,20 @@ const std::string unsavable(8192, 'x');
 
 enum end : char { port = 1, local, acceptBox, rejectBox, clickButtons, pressBusyWindow, tick, hangUp };
 
-/// Has events put together, and forgets them.
-class deafListener : public eventListener
+/// The end of a connection whose other end has gone: events are put together for it, and forgotten.
+int deafDescriptor()
 {
-public:
-    qint64 waiting() const override { return 0; }
-    void write(QByteArrayView) override {}
-    void flush() override {}
-};
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0)
+        std::abort();
+    close(ends[1]);
+    return ends[0];
+}
 
 class session
 {
 public:
+    session() { m_listener.setReading(false); }
     ~session()
     {
         turn();
@@ -63,7 +68,7 @@ private:
         while (const auto received = buffer.next()) {
             // What a local channel does itself.
             if (received->kind == messageKind::claim)
-                m_claims.claim(this);
+                m_claimed.push_back(m_handlers.m_claims.claim());
             else if (received->kind == messageKind::events)
                 m_handlers.m_listeners.addLocal(&m_listener);
             else
@@ -81,8 +86,8 @@ private:
     }
 
     handlers m_handlers;
-    claimedSlots m_claims{m_handlers};
-    deafListener m_listener;
+    std::vector<int> m_claimed;
+    channel m_listener{deafDescriptor()};
     messageBuffer m_port;
     messageStream m_local;
 };
@@ -107,7 +112,10 @@ void session::act(char end)
 {
     if (end == hangUp) {
         m_handlers.m_listeners.removeLocal(&m_listener);
-        m_claims.release(this);
+        for (const int slot : std::exchange(m_claimed, {})) {
+            if (slot >= 0)
+                m_handlers.m_claims.release(slot);
+        }
     }
     CProgressDialog *dialog = m_handlers.m_active.dialog();
     for (QWidget *window : QApplication::topLevelWidgets()) {

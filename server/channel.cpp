@@ -1,0 +1,116 @@
+#include "server/channel.h"
+
+#include <QDeadlineTimer>
+
+#include <cerrno>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+
+/// Bytes that have been taken are moved out of the way when they are so many.
+constexpr qsizetype worthMoving = 1024 * 1024;
+
+/// Milliseconds that clients still have to take the last that they are told, at the daemon's end. All of them
+/// together have two seconds from the first call on: one that never reads must not hold up the end, and a cut
+/// event is worse than a late end.
+int lastPatienceMs()
+{
+    constexpr int patienceMs = 2000;
+    static const QDeadlineTimer deadline(patienceMs);
+    return static_cast<int>(deadline.remainingTime());
+}
+
+} // namespace
+
+channel::channel(int descriptor)
+    : m_descriptor(descriptor), m_readable(descriptor, QSocketNotifier::Read),
+      m_writable(descriptor, QSocketNotifier::Write)
+{
+    m_writable.setEnabled(false);
+    connect(&m_readable, &QSocketNotifier::activated, this, &channel::readable);
+    connect(&m_writable, &QSocketNotifier::activated, this, &channel::flush);
+}
+
+channel::~channel()
+{
+    pollfd room{m_descriptor, POLLOUT, 0};
+    while (mustWait() && poll(&room, 1, lastPatienceMs()) > 0)
+        send();
+    m_readable.setEnabled(false);
+    m_writable.setEnabled(false);
+    ::close(m_descriptor);
+}
+
+qsizetype channel::receive(char *room)
+{
+    const ssize_t size = recv(m_descriptor, room, readSize, 0);
+    m_ended = size == 0 || (size < 0 && errno != EAGAIN && errno != EINTR);
+    return std::max<ssize_t>(size, 0);
+}
+
+bool channel::hasUnread() const
+{
+    int bytes = 0;
+    return !m_isFinishing && ioctl(m_descriptor, FIONREAD, &bytes) == 0 && bytes > 0;
+}
+
+bool channel::isHungUp() const
+{
+    pollfd about{m_descriptor, 0, 0};
+    return poll(&about, 1, 0) > 0 && (about.revents & POLLHUP);
+}
+
+void channel::write(QByteArrayView bytes)
+{
+    if (m_deaf)
+        return;
+    if (m_sent == m_outgoing.size()) {
+        m_outgoing.resize(0);
+        m_sent = 0;
+    }
+    m_outgoing.append(bytes);
+}
+
+void channel::flush()
+{
+    send();
+    m_writable.setEnabled(mustWait());
+    if (m_isFinishing && !mustWait() && !std::exchange(m_isFinished, true))
+        QMetaObject::invokeMethod(this, &channel::finished, Qt::QueuedConnection);
+}
+
+void channel::send()
+{
+    while (mustWait()) {
+        const ssize_t sent = ::send(m_descriptor, m_outgoing.constData() + m_sent,
+                                    static_cast<size_t>(waiting()), MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (sent < 0) {
+            // What the client has sent is still to be read, so this does not end the channel.
+            m_deaf = errno != EAGAIN && errno != EINTR;
+            break;
+        }
+        m_sent += sent;
+    }
+    if (m_sent > worthMoving) {
+        m_outgoing.remove(0, m_sent);
+        m_sent = 0;
+    }
+}
+
+void channel::finish()
+{
+    m_isFinishing = true;
+    setReading(false);
+    flush();
+}
+
+void channel::cutOff()
+{
+    m_deaf = true;
+    finish();
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QSocketNotifier>
+
+/// One client's connection, on a stream socket of either way in: bytes that come, and bytes that wait until
+/// the client takes them. Who made it deletes it when it is finished.
+class channel : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// What is read at one go, in bytes; it stays in the processor's cache. Then the other channels, the
+    /// ticks and the painting have their turn.
+    static constexpr qsizetype readSize = 64 * 1024;
+
+    /// Takes over `descriptor`, which does not block.
+    explicit channel(int descriptor);
+    /// Gives the client a moment to take what still waits for it, then closes.
+    ~channel() override;
+
+    /// Reads into `room`, of `readSize` bytes. Returns how many have come; 0 when there are none now, or when
+    /// the channel has ended.
+    qsizetype receive(char *room);
+    /// The client sends no more.
+    bool hasEnded() const { return m_ended; }
+    /// The client has sent something that was not read yet.
+    bool hasUnread() const;
+    /// The client neither sends nor reads any more.
+    bool isHungUp() const;
+    /// Whether `readable()` is told.
+    void setReading(bool isOn) { m_readable.setEnabled(isOn); }
+
+    /// Bytes that wait for the client to take them.
+    qint64 waiting() const { return m_outgoing.size() - m_sent; }
+    /// Adds to what waits. A client that has gone gets nothing.
+    void write(QByteArrayView bytes);
+    /// Hands what waits to the system, as far as it takes it now.
+    void flush();
+
+    /// Reads no more, and closes when the client has taken what waits.
+    void finish();
+    /// As `finish()`, but does not wait for the client.
+    void cutOff();
+
+signals:
+    /// Something has come, or the client has ended.
+    void readable();
+    /// It is closed to the client. Told once, and from the event loop: whoever writes need not expect it.
+    void finished();
+
+private:
+    void send();
+    bool mustWait() const { return waiting() > 0 && !m_deaf; }
+
+    int m_descriptor;
+    QSocketNotifier m_readable;
+    QSocketNotifier m_writable;
+    QByteArray m_outgoing;
+    /// How much of `m_outgoing` has been taken.
+    qsizetype m_sent = 0;
+    bool m_ended = false;
+    /// The client takes no more.
+    bool m_deaf = false;
+    bool m_isFinishing = false;
+    bool m_isFinished = false;
+};
