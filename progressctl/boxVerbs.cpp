@@ -1,7 +1,8 @@
-#include "progressctl/buttonNames.h"
-#include "progressctl/exitStatus.h"
-#include "progressctl/verbs.h"
+#include "progressctl/commandLine.h"
+#include "wire/words.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <memory>
 
@@ -27,18 +28,53 @@ struct boxArguments {
     }
 };
 
-button namedButton(const std::string &name)
+std::string allButtonNames()
 {
-    const auto found = buttonFromName(name);
-    if (!found)
-        throw failure(statusUsage, "there is no button \"" + name + "\"; there are " + allButtonNames());
-    return *found;
+    std::string all;
+    for (const wire::button &each : wire::buttons)
+        all.append(all.empty() ? "" : ", ").append(each.name);
+    return all;
 }
 
+/// Upper and lower case, blanks, "-" and "_" make no difference.
+std::string plain(std::string_view name)
+{
+    std::string made;
+    for (const char letter : name) {
+        if (letter != '-' && letter != '_' && letter != ' ')
+            made += static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    }
+    return made;
+}
+
+button namedButton(const std::string &name)
+{
+    for (const wire::button &each : wire::buttons) {
+        if (plain(each.name) == plain(name))
+            return static_cast<button>(each.number);
+    }
+    throw failure(statusUsage, "there is no button \"" + name + "\"; there are " + allButtonNames());
+}
+
+/// A box that was closed without a button says "none", and no.
 int report(button pressed)
 {
-    std::printf("%s\n", std::string(nameOf(pressed)).c_str());
-    return isAccepting(pressed) ? statusOk : statusRejected;
+    const auto *found =
+        std::find_if(std::begin(wire::buttons), std::end(wire::buttons),
+                     [=](const auto &each) { return each.number == static_cast<unsigned>(pressed); });
+    const bool isNone = found == std::end(wire::buttons);
+    std::printf("%s\n", isNone ? "none" : std::string(found->name).c_str());
+    return !isNone && found->accepts ? statusOk : statusRejected;
+}
+
+/// A name, in any case of letters, made the icon's number.
+std::string iconNumber(std::string &text)
+{
+    const auto *found = std::find(wire::icons.begin(), wire::icons.end(), plain(text));
+    if (found == wire::icons.end())
+        return "there is no icon \"" + text + '"';
+    text = std::to_string(found - wire::icons.begin());
+    return {};
 }
 
 int ask(const commonOptions &common, const boxArguments &given)
@@ -71,8 +107,6 @@ void addTimeout(CLI::App *verb, boxArguments &given)
 
 void addAsk(commandLineSetup &setup)
 {
-    // In the order of their numbers.
-    const std::vector<std::string> icons{"none", "information", "warning", "critical", "question"};
     auto given = std::make_shared<boxArguments>();
     auto *verb = setup.app.add_subcommand("ask", "Asks the user and prints the name of the button pressed");
     verb->footer("\nButtons: " + allButtonNames() + ".");
@@ -80,7 +114,7 @@ void addAsk(commandLineSetup &setup)
     verb->add_option("BUTTON", given->buttons, "Names of one to ten buttons (yes no)");
     verb->add_option("--title", given->title, "Title of the box")->capture_default_str();
     verb->add_option("--icon", given->picture, "none, information, warning, critical or question")
-        ->transform(oneOf(icons, true))
+        ->transform(CLI::Validator(iconNumber, "", "icon"))
         ->default_str("question");
     verb->add_option("--default", given->preset, "The button that Return presses");
     addTimeout(verb, *given);

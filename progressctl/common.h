@@ -7,6 +7,20 @@
 #include <stdexcept>
 #include <string>
 
+/// The exit statuses of progressctl, as its manual page lists them. `pipe -- COMMAND` passes the command's
+/// on.
+enum exitStatus : int {
+    statusOk = 0,         ///< done; an accepting button
+    statusRejected = 1,   ///< a rejecting button or none, Cancel in `pipe`
+    statusUsage = 2,      ///< an argument that is wrong or that the protocol cannot carry
+    statusNoDaemon = 3,   ///< no daemon, one that cannot be started or reached, or one of another user
+    statusGone = 4,       ///< the daemon went away half-way
+    statusTimedOut = 5,   ///< no answer in time
+    statusIncomplete = 6, ///< `pipe --expect-complete`: the input ended below 100
+    statusFile = 7,       ///< a file cannot be read or written
+    statusInternal = 8,   ///< a call to the system failed
+};
+
 /// What went wrong outside of the client library, with the exit status that it means.
 class failure : public std::runtime_error
 {
@@ -43,3 +57,9 @@ int actOnce(const commonOptions &common, const std::function<void(progressClient
 
 /// A line on standard error, with the program's name.
 void complain(const std::string &text);
+
+/// The daemon's program: the environment's PROGRESSD, else "progressd".
+std::string daemonProgram();
+
+/// The content of a file; fails (statusFile) when it cannot be read or is longer than 64 MiB.
+std::string readTextFile(const std::string &path);

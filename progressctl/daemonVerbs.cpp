@@ -1,10 +1,8 @@
-#include "progressctl/exitStatus.h"
-#include "progressctl/plainText.h"
-#include "progressctl/theme.h"
-#include "progressctl/verbs.h"
+#include "progressctl/commandLine.h"
+#include "progressctl/look.h"
+#include "progressctl/texts.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 namespace
@@ -63,12 +61,6 @@ void addStop(commandLineSetup &setup)
 }
 
 } // namespace
-
-std::string daemonProgram()
-{
-    const char *program = std::getenv("PROGRESSD");
-    return program && *program ? program : "progressd";
-}
 
 void addDaemonVerbs(commandLineSetup &setup)
 {

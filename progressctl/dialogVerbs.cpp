@@ -1,6 +1,7 @@
-#include "progressctl/exitStatus.h"
+#include "progressctl/commandLine.h"
+#include "progressctl/look.h"
 #include "progressctl/pipeInput.h"
-#include "progressctl/verbs.h"
+#include "wire/recordLine.h"
 
 #include <memory>
 
@@ -99,6 +100,50 @@ void addBusy(commandLineSetup &setup)
     verb->add_option("STATE", given->text, "on or off")->required()->check(oneOf({"on", "off"}));
 }
 
+struct settingsArguments {
+    std::vector<std::string> entries;
+    std::string theme;
+};
+
+int configure(const commonOptions &common, const settingsArguments &given)
+{
+    settingEntries all;
+    if (!given.theme.empty())
+        all = loadTheme(given.theme);
+    for (const std::string &text : given.entries)
+        all.push_back(entryFromText(text));
+    if (all.empty())
+        throw failure(statusUsage, "nothing to configure: give KEY=VALUE or --file");
+    return actOnce(common, [&all](progressClient &client) { client.configure(all); });
+}
+
+void addConfigure(commandLineSetup &setup)
+{
+    auto given = std::make_shared<settingsArguments>();
+    auto *verb = setup.app.add_subcommand("configure", "Changes the look of the windows");
+    verb->footer("\nKeys:" + settingKeys() + '.');
+    verb->add_option("ENTRY", given->entries, "KEY=VALUE, after those of the file")->type_name("KEY=VALUE");
+    verb->add_option("--file", given->theme, "A file with a KEY=VALUE a line, or light, dark or auto");
+    verb->callback(
+        [&setup, given] { setup.chosen = [&setup, given] { return configure(setup.common, *given); }; });
+}
+
+void addAmount(commandLineSetup &setup)
+{
+    auto given = std::make_shared<slotArguments>();
+    auto *verb = addVerb(setup, "amount", "Says how much there is to do, which makes the estimate better",
+                         given, [](progressClient &client, const slotArguments &all) {
+                             client.send("<progress>amount:" + all.text + "</progress>");
+                         });
+    verb->add_option("N", given->text, "Files, bytes, lines or the like, always in the same unit")
+        ->required()
+        ->check([](const std::string &text) {
+            return wire::readAmount(text) > 0 || text == "0"
+                       ? std::string()
+                       : '"' + text + "\" is no amount (1 to 2^53; 0: none)";
+        });
+}
+
 void addSend(commandLineSetup &setup)
 {
     auto given = std::make_shared<slotArguments>();
@@ -125,5 +170,7 @@ void addDialogVerbs(commandLineSetup &setup)
     addPlainVerb(setup, "pause", "Hides the window", &client::messageStart);
     addPlainVerb(setup, "resume", "Brings the window back after pause", &client::messageStop);
     addBusy(setup);
+    addAmount(setup);
+    addConfigure(setup);
     addSend(setup);
 }

@@ -1,6 +1,5 @@
-#include "client/system.h"
-#include "progressctl/exitStatus.h"
-#include "progressctl/verbs.h"
+#include "client/deadline.h"
+#include "progressctl/commandLine.h"
 
 #include <csignal>
 #include <poll.h>

@@ -1,24 +1,20 @@
 // progressctl: the command-line client.
 //
-// main            command line (words.h), errors, exit statuses
+// main            command line (commandLine.h), errors, exit statuses (common.h)
 // daemonVerbs     start, stop
-// dialogVerbs     bar, update, text, button, …: one message each; send
-// configureVerb   configure; the keys and their values (settings.h), the looks (theme.h)
-// boxVerbs        ask, assert; the buttons' names (buttonNames.h)
+// dialogVerbs     bar, update, text, button, …: one message each; configure (look.h), send
+// boxVerbs        ask, assert
 // eventsVerb      events
+// recordsVerb     records
 // pipeVerb        the options of pipe; the work is done by progressPipe, which shows in a pipeWindow what it
-// reads
-//                 with pipeInput, and runs or ends the writer with writer.h
-// recordsVerb     records; the file (runRecords.h) and the picture (recordsPlot.h)
-// completeVerb    what shells complete
+//                 reads with pipeInput, and runs the writer with writer.h
+// standIn         links to this program that are named as other programs
 
-#include "progressctl/exitStatus.h"
-#include "progressctl/verbs.h"
-#include "progressctl/words.h"
+#include "progressctl/commandLine.h"
+#include "progressctl/standIn.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -92,14 +88,16 @@ void takeLast(CLI::App &verb)
     }
 }
 
-int run(int argc, char **argv)
+int run(const std::vector<std::string> &all)
 {
     CLI::App app("Shows progress windows and asks questions through the daemon progressd.", "progressctl");
-    givenWords given = wordsFrom(argc, argv);
+    givenWords given = wordsFrom(all);
     commandLineSetup setup{app, {}, std::move(given.command), {}};
     app.footer(footer);
     app.require_subcommand(0, 1);
     app.fallthrough();
+    // A script's user cannot do anything about an option that only other progress windows know.
+    app.allow_extras(given.verb == "pipe");
     app.set_version_flag("--version", "progressctl " PROGRESS_VERSION);
     auto *identifier = app.add_option("-i,--identifier", setup.common.identifier, "Identifier of the daemon");
     identifier->envname("PROGRESS_IDENTIFIER")->default_str("user-UID");
@@ -108,12 +106,10 @@ int run(int argc, char **argv)
         ->default_str("5");
     addDaemonVerbs(setup);
     addDialogVerbs(setup);
-    addConfigureVerb(setup);
     addBoxVerbs(setup);
     addEventsVerb(setup);
     addPipeVerb(setup);
     addRecordsVerb(setup);
-    addCompleteVerb(setup);
     takeLast(app);
     for (CLI::App *verb : app.get_subcommands({}))
         takeLast(*verb);
@@ -139,50 +135,11 @@ int run(int argc, char **argv)
 
 } // namespace
 
-int actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act)
-{
-    progressClient client(common.identifier, common.limit());
-    act(client);
-    client.finish();
-    return statusOk;
-}
-
-CLI::Validator secondsWithin(double least, double most)
-{
-    const auto check = [=](const std::string &text) {
-        char *end = nullptr;
-        const double number = std::strtod(text.c_str(), &end);
-        // A number that is none is within nothing.
-        const bool isWithin = !text.empty() && *end == '\0' && number >= least && number <= most;
-        return isWithin ? std::string() : "\"" + text + "\" is no number of seconds";
-    };
-    return {check, "SECONDS", "seconds"};
-}
-
-CLI::Validator oneOf(const std::vector<std::string> &words, bool isNumbered)
-{
-    const auto check = [=](std::string &text) {
-        const std::string wanted = isNumbered ? CLI::detail::to_lower(text) : text;
-        const auto found = std::find(words.begin(), words.end(), wanted);
-        if (found == words.end())
-            return '"' + text + "\" is none of " + CLI::detail::join(words, ", ");
-        if (isNumbered)
-            text = std::to_string(found - words.begin());
-        return std::string();
-    };
-    return {check, "", "words"};
-}
-
-void complain(const std::string &text)
-{
-    std::fprintf(stderr, "progressctl: %s\n", text.c_str());
-}
-
 int main(int argc, char **argv)
 {
     openStandardStreams();
     try {
-        return flushed(run(argc, argv));
+        return flushed(run(wordsOfStandIn(argc, argv)));
     } catch (const progressClient::error &problem) {
         complain(problem.what());
         return statusOf(problem.why());

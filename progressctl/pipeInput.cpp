@@ -30,7 +30,71 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
+bool isWordPart(char each)
+{
+    return isDigit(each) || (each >= 'a' && each <= 'z') || (each >= 'A' && each <= 'Z') || each == '.' ||
+           each == '/';
+}
+
+/// Takes the digits at the front; -1 without any, or for more than an amount can be.
+std::int64_t takeDigits(std::string_view &text)
+{
+    constexpr std::int64_t most = std::int64_t{1} << 53;
+    std::int64_t number = text.empty() || !isDigit(text.front()) ? -1 : 0;
+    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1))
+        number = number < 0 || number > most / 10 ? -1 : number * 10 + (text.front() - '0');
+    return number <= most ? number : -1;
+}
+
+bool takePrefix(std::string_view &text, std::string_view prefix)
+{
+    const bool isThere = text.substr(0, prefix.size()) == prefix;
+    text.remove_prefix(isThere ? prefix.size() : 0);
+    return isThere;
+}
+
+/// "45" of "1,048,576  45% …", as rsync tells the bytes first.
+std::optional<frontNumber> percentBehindSize(std::string_view line)
+{
+    const std::size_t blank = line.find(' ');
+    if (blank == std::string_view::npos)
+        return std::nullopt;
+    const auto number = numberAtFront(trimmed(line.substr(blank)));
+    return number && number->rest.substr(0, 1) == "%" ? number : std::nullopt;
+}
+
+/// "45" of "###…###   45.0%", the bar that curl draws.
+std::optional<frontNumber> percentBehindBar(std::string_view line)
+{
+    const std::size_t barEnd = line.find_first_not_of('#');
+    const std::size_t at = line.find_first_not_of(' ', barEnd);
+    if (at == std::string_view::npos || at == barEnd || (barEnd < 2 && at - barEnd < 2))
+        return std::nullopt;
+    const auto number = numberAtFront(line.substr(at));
+    const bool isLast = number && number->rest == "%" && line.find('.', at) != std::string_view::npos;
+    return isLast ? number : std::nullopt;
+}
+
 } // namespace
+
+std::int64_t amountIn(std::string_view text)
+{
+    char before = ' ';
+    while (!text.empty()) {
+        std::string_view rest = text;
+        const std::int64_t part = isWordPart(before) ? -1 : takeDigits(rest);
+        const bool isFraction = part >= 0 && (takePrefix(rest, "/") || takePrefix(rest, " of "));
+        const std::int64_t whole = isFraction ? takeDigits(rest) : -1;
+        // "1/2/2024" is a date, and "1/2.5" no count.
+        const bool goesOn =
+            rest.size() > 1 && isWordPart(rest.front()) && (rest.front() != '.' || isDigit(rest[1]));
+        if (whole > 0 && part <= whole && !goesOn)
+            return whole;
+        before = text.front();
+        text.remove_prefix(1);
+    }
+    return 0;
+}
 
 std::optional<frontNumber> numberAtFront(std::string_view text)
 {
@@ -90,17 +154,41 @@ void pipeInput::take(std::string_view line)
         complain(m_tooLongTold, "a line is too long and was cut", line);
     }
     line = trimmed(line);
-    if (line.empty())
+    if (line.empty() || (m_hasBlocks && takeBlock(line)) || takeFromOthers(line))
         return;
     if (line.front() == '#') {
         takeText(trimmed(line.substr(1)));
     } else if (const auto number = numberAtFront(line)) {
-        m_percent = std::clamp(number->whole, 0, 100);
-        if (number->whole != *m_percent)
-            complain(m_outOfRangeTold, "a number is not within 0 to 100", line);
+        takeNumber(*number, line);
     } else {
         takeOther(line);
     }
+}
+
+/// "2:50" and "2:#text" mean the second bar, if there is one.
+void pipeInput::takeNumber(const frontNumber &number, std::string_view line)
+{
+    const auto bar = static_cast<std::size_t>(std::max(number.whole, 0));
+    if (m_bars.size() > 1 && bar > 0 && bar <= m_bars.size() && number.rest.substr(0, 1) == ":") {
+        const std::string_view words = trimmed(number.rest.substr(1));
+        if (words.substr(0, 1) == "#")
+            m_bars[bar - 1].text.assign(trimmed(words.substr(1)));
+        else if (const auto percent = numberAtFront(words))
+            setPercent(bar - 1, percent->whole);
+        return;
+    }
+    const frontNumber percent = percentBehindSize(line).value_or(number);
+    setPercent(0, percent.whole);
+    if (percent.whole != *m_bars[0].percent)
+        complain(m_outOfRangeTold, "a number is not within 0 to 100", line);
+    if (!number.rest.empty())
+        lookForAmount(line);
+}
+
+void pipeInput::setPercent(std::size_t bar, int percent)
+{
+    m_bars[bar].percent = std::clamp(percent, 0, 100);
+    m_wasFull = m_wasFull || m_bars[0].percent == 100;
 }
 
 void pipeInput::takeText(std::string_view text)
@@ -108,15 +196,71 @@ void pipeInput::takeText(std::string_view text)
     if (!m_text)
         m_text.emplace();
     m_text->assign(text);
+    lookForAmount(text);
+}
+
+void pipeInput::lookForAmount(std::string_view text)
+{
+    if (m_amount == 0)
+        m_amount = amountIn(text);
+}
+
+/// True for a line of a block, or one that begins or ends it.
+bool pipeInput::takeBlock(std::string_view line)
+{
+    if (line == "XXX") {
+        if (m_block)
+            takeText(*m_block);
+        m_block = m_block ? std::nullopt : std::optional(std::string());
+        return true;
+    }
+    if (!m_block)
+        return false;
+    const auto number = numberAtFront(line);
+    if (m_block->empty() && number && number->rest.empty())
+        setPercent(0, number->whole);
+    else if (m_block->size() < longestLine)
+        m_block->append(m_block->empty() ? "" : "\n").append(line);
+    return true;
+}
+
+/// What programs print that were not made for a progress window: curl's bar and apt's status lines
+/// ("dlstatus:1:20.9:Retrieving file 1 of 3").
+bool pipeInput::takeFromOthers(std::string_view line)
+{
+    std::optional<frontNumber> number;
+    std::string_view text;
+    if (line.front() == '#') {
+        number = percentBehindBar(line);
+    } else if (takePrefix(line, "dlstatus:") || takePrefix(line, "pmstatus:")) {
+        // A package's name may have a colon in it.
+        for (std::size_t at; !number && (at = line.find(':')) != std::string_view::npos;) {
+            line.remove_prefix(at + 1);
+            number = numberAtFront(line);
+            if (number && !takePrefix(text = number->rest, ":"))
+                number.reset();
+        }
+    }
+    if (!number)
+        return false;
+    setPercent(0, number->whole);
+    if (!text.empty() && text != "%")
+        takeText(text);
+    return true;
 }
 
 void pipeInput::takeOther(std::string_view line)
 {
     constexpr std::string_view pulsate = "pulsate:";
-    if (line.substr(0, pulsate.size()) == pulsate)
+    if (line.substr(0, pulsate.size()) == pulsate) {
         m_pulsates = ::strcasecmp(std::string(trimmed(line.substr(pulsate.size()))).c_str(), "false") != 0;
+        return;
+    }
+    if (const auto percent = percentBehindSize(line))
+        setPercent(0, percent->whole);
     else
         complain(m_notUnderstoodTold, "a line is neither a number nor a text behind \"#\"", line);
+    lookForAmount(line);
 }
 
 void pipeInput::complain(bool &told, const std::string &what, std::string_view line)

@@ -1,43 +1,119 @@
-#include "progressctl/exitStatus.h"
+#include "progressctl/commandLine.h"
 #include "progressctl/progressPipe.h"
-#include "progressctl/verbs.h"
+#include "wire/recordLine.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 
 namespace
 {
 
-/// Options of other progress windows, and of their toolkit, that have no meaning here.
-void addIgnoredOptions(CLI::App *verb)
+/// What other progress windows and their toolkits know and what has no meaning here is passed over: the user
+/// of a script cannot do anything about it.
+constexpr const char *ignoredFlags[] = {
+    "--progress",
+    "--multi-progress",
+    "--no-wrap",
+    "--ellipsize",
+    "--default-cancel",
+    "--center",
+    "--enable-log",
+    "--log-expanded",
+    "--log-on-top",
+    "--hide-text",
+    "--rtl",
+    "--vertical",
+    "--mouse",
+    "--sticky",
+    "--fixed",
+    "--skip-taskbar",
+    "--no-escape",
+    "--always-print-result",
+    "--splash",
+    "--no-focus",
+    "--selectable-labels",
+    "--keep-icon-size",
+    "--image-on-top",
+    "--clear",
+    "--no-shadow",
+    "--stdout",
+    "--colors",
+    "--no-collapse",
+    "--cr-wrap",
+    "--gtk-debug",
+    "--gtk-no-debug",
+    "--gdk-debug",
+    "--gdk-no-debug",
+    "--g-fatal-warnings",
+};
+constexpr const char *ignoredOptions[] = {
+    "--height",    "--attach",     "--class",          "--name",
+    "--screen",    "--gtk-module", "--borders",        "--geometry",
+    "--posx",      "--posy",       "--log-height",     "--response",
+    "--align",     "--text-align", "--buttons-layout", "--timeout-indicator",
+    "--watch-bar", "--backtitle",
+};
+
+std::string addIgnored(CLI::App *verb)
 {
-    const auto telling = [](const std::string &name) {
-        return [name](const auto &) { complain(name + " is ignored: there is no such thing here"); };
-    };
-    for (const char *name :
-         {"--height", "--attach", "--class", "--name", "--display", "--screen", "--gtk-module", "--gtk-debug",
-          "--gtk-no-debug", "--gdk-debug", "--gdk-no-debug"})
-        verb->add_option_function<std::string>(name, telling(name))->group("");
-    verb->add_flag_function("--g-fatal-warnings", telling("--g-fatal-warnings"))->group("");
+    std::string all;
+    for (const char *name : ignoredFlags) {
+        verb->add_flag(name)->group("");
+        all.append(" ").append(name);
+    }
+    for (const char *name : ignoredOptions) {
+        verb->add_option_function<std::string>(name, [](const std::string &) {})->group("");
+        all.append(" ").append(name);
+    }
+    return all;
 }
 
 void addLook(CLI::App *verb, pipeOptions &given)
 {
     verb->add_option("--title", given.title, "Title of the window and caption of the bar");
     verb->add_option("--caption", given.caption, "Caption of the bar, when it is not the title");
-    verb->add_option("--text", given.text, "Text below the bar, until a line starts with \"#\"");
+    verb->add_option("--text,--progress-text", given.text,
+                     "Text below the bar, until a line starts with \"#\"");
     verb->add_flag("!--no-markup", given.hasMarkup, "Shows markup in texts as it stands");
     verb->add_option("--percentage", given.percentage, "Where the bar starts");
     verb->add_flag("--pulsate", given.pulsates, "Moves the bar to and fro, until 100");
-    verb->add_option("--slot", given.slot, "Slot of the bar and the button, instead of any that is free")
-        ->check(CLI::Range(0, progressClient::slotCount - 1));
+    verb->add_option("--bar", given.bars,
+                     "A bar with this LABEL; several have lines \"N:PERCENT\", \"N:#TEXT\"")
+        ->allow_extra_args(false);
+    verb->add_option("--slot", given.slot, "Slot of the bar and its button, instead of any that is free")
+        ->check(CLI::Range(0, progressClient::slots - 1));
     addLookOptions(*verb, given.look);
-    verb->add_option("--width", given.width, "Least width of a window of its own, in pixels")
-        ->check(CLI::Range(0, 8192));
-    verb->add_option("--window-icon", given.windowIcon, "Picture file for the icon of a window of its own");
-    verb->add_option("--icon-name", given.iconName, "Name of the icon, when it is no file");
-    verb->add_flag("--modal", given.isModal, "A daemon that is started keeps its window above all others");
+    verb->add_option("--width", given.width, "Least width of a window of its own, in pixels");
+    verb->add_option("--window-icon,--icon-name,--icon,--image", given.icon,
+                     "Icon of a window of its own: a picture file, or the name of an icon");
+    verb->add_flag("--modal,--on-top,--undecorated", given.isModal,
+                   "A window of its own stays above all others, without a frame");
+    verb->add_option_function<std::string>(
+        "--display", [](const std::string &name) { ::setenv("DISPLAY", name.c_str(), 1); },
+        "The X display of a window of its own");
     verb->add_flag("--time-remaining", given.showsRemaining, "Shows how long it will still take");
+}
+
+/// "LABEL!ICON!TIP:STATUS", or the name of a button that the toolkit has.
+void addButton(pipeOptions &given, const std::string &text)
+{
+    const std::size_t colon = text.rfind(':');
+    pipeButton made{text.substr(0, std::min(text.find('!'), colon)), 0};
+    if (colon != std::string::npos)
+        made.status = std::atoi(text.c_str() + colon + 1) & 0xFF;
+    else
+        made.status = static_cast<int>(given.buttons.size());
+    for (const char *prefix : {"gtk-", "yad-"}) {
+        if (made.label.compare(0, 4, prefix) == 0 && made.label.size() > 4) {
+            made.label.erase(0, 4);
+            made.label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(made.label[0])));
+        }
+    }
+    if (made.label == "Ok")
+        made.label = "OK";
+    given.buttons.push_back(made);
+    given.hasCancel = given.hasOk = false;
 }
 
 void addButtons(CLI::App *verb, pipeOptions &given)
@@ -45,27 +121,62 @@ void addButtons(CLI::App *verb, pipeOptions &given)
     verb->add_flag("!--no-cancel", given.hasCancel, "Shows no Cancel button");
     verb->add_option("--cancel-label", given.cancelLabel, "What the Cancel button reads")
         ->capture_default_str();
-    verb->add_option("--cancel-status", given.cancelStatus, "Exit status when it is pressed")
+    verb->add_option("--ok-label", given.okLabel, "What the button that ends it reads")
+        ->capture_default_str();
+    verb->add_option("--cancel-status", given.cancelStatus, "Exit status when Cancel is pressed")
         ->check(CLI::Range(0, 255))
         ->capture_default_str();
-    verb->add_flag("--auto-kill", given.autoKill, "Ends the writer when Cancel is pressed");
-    verb->add_option("--extra-button", given.extraLabels, "A further button; prints its label, exit status 1")
+    verb->add_flag("--auto-kill", given.autoKill,
+                   "When Cancel is pressed, ends the calling script (SIGHUP), or the COMMAND (SIGTERM)");
+    verb->add_option_function<std::vector<std::string>>(
+            "--extra-button",
+            [&given](const std::vector<std::string> &labels) {
+                for (const std::string &label : labels)
+                    given.buttons.push_back({label, pipeButton::printsLabel});
+            },
+            "A further button; prints its label, exit status 1")
         ->allow_extra_args(false);
-    verb->add_option("--ok-label", given.okLabel, "What the button of --wait reads")->capture_default_str();
+    verb->add_option_function<std::vector<std::string>>(
+            "--button",
+            [&given](const std::vector<std::string> &texts) {
+                for (const std::string &text : texts)
+                    addButton(given, text);
+            },
+            "LABEL:STATUS, a button in the place of OK and Cancel")
+        ->allow_extra_args(false);
+    verb->add_flag_callback(
+        "--no-buttons", [&given] { given.hasCancel = given.hasOk = false; }, "Shows neither OK nor Cancel");
 }
 
 void addEnd(CLI::App *verb, pipeOptions &given)
 {
     verb->add_flag("--auto-close", given.autoClose,
-                   "Closes the window at 100 already, not at the end of the input");
-    verb->add_flag("--wait", given.waitForOk, "Keeps the window at the end, until its button is pressed");
+                   "Closes the window at 100, or when the input ends; else it stays until OK is pressed");
+    verb->add_flag("--keep-open", given.keepsOpen, "Keeps the window of a COMMAND, too, until OK is pressed");
     verb->add_flag("--expect-complete", given.expectsComplete,
-                   "An input that ends below 100 is a failure (6)");
-    verb->add_option("--timeout", given.timeoutSeconds, "Gives up after so many seconds (5)")
-        ->check(secondsWithin(0, 1e6));
+                   "An input that ends below 100 is a failure: exit status 6");
+    verb->add_option("--timeout", given.timeoutSeconds,
+                     "Longest time that the window is open, in SECONDS; then the exit status is 5")
+        ->check(secondsWithin(-1e6, 1e6));
+    verb->add_option_function<std::vector<std::string>>(
+            "--gauge",
+            [&given](const std::vector<std::string> &words) {
+                given.isGauge = true;
+                given.text = words.front();
+                if (words.size() > 3)
+                    given.percentage = std::atoi(words[3].c_str());
+            },
+            "TEXT HEIGHT WIDTH [PERCENT], as in dialog and whiptail: lines between two \"XXX\" are a percent "
+            "and a text; closes at the end of the input")
+        ->expected(1, 4);
     verb->add_option(
         "--learn", given.learnName,
         "Name under which the time is learned, instead of the title or the command's; empty: not");
+    verb->add_option("--amount", given.amount,
+                     "How much there is to do (else the m of the first \"n/m\" or \"n of m\" that is read)")
+        ->check([](const std::string &text) {
+            return wire::readAmount(text) > 0 ? std::string() : '"' + text + "\" is no amount";
+        });
 }
 
 /// A word that is no option's is most likely a part of a text that was not quoted; only what stands behind
@@ -79,16 +190,23 @@ void tellIgnored(const std::vector<std::string> &ignored)
         complain("ignored:" + all + " (a command stands behind \"--\")");
 }
 
-/// As other progress windows take it: the nearest percent, and no button without a label.
+/// As other progress windows take it: the nearest percent and size, and no button without a label.
 void putRight(pipeOptions &given)
 {
     given.percentage = std::clamp(given.percentage, 0, 100);
+    given.width = std::clamp(given.width, 0, 32767);
     if (given.cancelLabel.empty())
         given.cancelLabel = pipeOptions().cancelLabel;
     if (given.okLabel.empty())
         given.okLabel = pipeOptions().okLabel;
-    auto &extra = given.extraLabels;
-    extra.erase(std::remove(extra.begin(), extra.end(), std::string()), extra.end());
+    auto &buttons = given.buttons;
+    const auto isUnlabelled = [](const pipeButton &each) { return each.label.empty(); };
+    buttons.erase(std::remove_if(buttons.begin(), buttons.end(), isUnlabelled), buttons.end());
+    if (given.bars.size() > progressClient::slots - 1)
+        given.bars.resize(progressClient::slots - 1);
+    // "LABEL:TYPE": what kind of bar it is looks the same here.
+    for (std::string &each : given.bars)
+        each.erase(std::min(each.rfind(':'), each.size()));
 }
 
 } // namespace
@@ -98,18 +216,22 @@ void addPipeVerb(commandLineSetup &setup)
     auto given = std::make_shared<pipeOptions>();
     auto *verb =
         setup.app.add_subcommand("pipe", "Shows what a writer tells: percents, and texts behind \"#\"");
-    verb->footer("\nWith a COMMAND behind \"--\", runs it, reads its output and passes its exit status on; "
-                 "else reads\n"
-                 "standard input. Takes the options of \"zenity --progress\".");
     addLook(verb, *given);
     addButtons(verb, *given);
     addEnd(verb, *given);
-    addIgnoredOptions(verb);
+    const std::string ignored = addIgnored(verb);
+    verb->footer("\nWith a COMMAND behind \"--\", runs it, reads its output and passes its exit status on; "
+                 "else reads\nstandard input, and when it has ended the window stays until OK is pressed. "
+                 "Takes the options of\n\"zenity --progress\". These have no meaning here and are passed "
+                 "over:" +
+                 ignored + '.');
     const auto others = std::make_shared<std::vector<std::string>>();
     verb->add_option("WORD", *others)->group("");
     verb->callback([&setup, given, others] {
         setup.chosen = [&setup, given, others] {
-            tellIgnored(*others);
+            std::vector<std::string> ignoredWords = setup.app.remaining();
+            ignoredWords.insert(ignoredWords.end(), others->begin(), others->end());
+            tellIgnored(ignoredWords);
             putRight(*given);
             given->command = setup.command;
             return progressPipe(setup.common, *given).run();

@@ -1,9 +1,7 @@
 #include "progressctl/pipeWindow.h"
 
-#include "progressctl/exitStatus.h"
-#include "progressctl/iconFile.h"
-#include "progressctl/plainText.h"
-#include "progressctl/safeName.h"
+#include "client/protocolText.h"
+#include "progressctl/texts.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -30,15 +28,40 @@ std::string uniqueIdentifier()
 
 } // namespace
 
-pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options)
+std::vector<std::string> pipeOptions::captions() const
+{
+    if (!bars.empty())
+        return bars;
+    if (!caption.empty())
+        return {caption};
+    return {title.empty() ? defaultTitle : oneLine(title)};
+}
+
+pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start)
     : m_common(common), m_options(options)
 {
-    if (progressClient::isRunning(common.identifier, common.limit()))
-        m_client.emplace(common.identifier, common.limit());
-    else
+    if (!findPlace())
         startOwnDaemon();
-    showContent();
+    showContent(start);
     send();
+}
+
+/// On the daemon that runs; false when there is none, or none with room.
+bool pipeWindow::findPlace()
+{
+    if (!progressClient::isRunning(m_common.identifier, m_common.limit()))
+        return false;
+    m_client.emplace(m_common.identifier, m_common.limit());
+    const std::size_t wanted = std::max<std::size_t>(2, m_options.bars.size() + 1);
+    for (std::size_t i = 0; i < wanted && m_options.slot < 0; ++i) {
+        const int slot = m_client->claim();
+        if (slot < 0) {
+            m_slots.clear();
+            return false;
+        }
+        m_slots.push_back(slot);
+    }
+    return true;
 }
 
 void pipeWindow::startOwnDaemon()
@@ -50,6 +73,7 @@ void pipeWindow::startOwnDaemon()
     options.isPrivate = true;
     options.learnName = learnName();
     const std::string identifier = uniqueIdentifier();
+    m_client.reset();
     const auto started = progressClient::startDaemon(identifier, options);
     m_ownDaemon = std::make_unique<processHandle>(started.process);
     m_client.emplace(identifier, m_common.limit());
@@ -64,11 +88,8 @@ settingEntries pipeWindow::ownSettings() const
     settings.emplace_back("windowModal", m_options.isModal ? "on" : "off");
     if (m_options.width > 0)
         settings.emplace_back("windowWidth", std::to_string(m_options.width));
-    std::string icon = m_options.windowIcon;
-    if (icon.empty() && !m_options.iconName.empty())
-        icon = iconFile(m_options.iconName);
-    if (!icon.empty())
-        settings.emplace_back("windowIcon", icon);
+    if (!m_options.icon.empty() && m_options.icon.find(';') == std::string::npos)
+        settings.emplace_back("windowIcon", m_options.icon);
     return settings;
 }
 
@@ -82,37 +103,40 @@ std::string pipeWindow::learnName() const
     return m_options.command.empty() ? std::string() : safeName(baseName(m_options.command.front()));
 }
 
-void pipeWindow::showContent()
+void pipeWindow::showContent(const pipeContent &start)
 {
-    if (!slotAt(0))
-        throw failure(statusNoDaemon, "the daemon has no slot left for another bar");
-    if (m_options.hasCancel || m_options.waitForOk || m_options.showsRemaining ||
-        !m_options.extraLabels.empty())
-        m_client->listen();
-    m_untold.createBar(m_slots[0], caption());
-    showButtons(m_options.hasCancel ? m_options.cancelLabel : std::string());
+    m_client->listen();
+    if (m_options.amount > 0)
+        tellAmount(m_options.amount);
+    for (std::size_t i = 0; i < start.bars.size(); ++i) {
+        if (const auto slot = slotOfBar(i))
+            tell("create:", *slot, start.bars[i].caption);
+        m_shown.bars.push_back({0, start.bars[i].caption});
+    }
+    const auto showButton = [this](std::size_t index, const std::string &label) {
+        if (const auto slot = slotAt(index))
+            tell("addButt:", *slot, labelFromMnemonic(label));
+    };
+    for (std::size_t i = 0; i < m_options.buttons.size(); ++i)
+        showButton(i + 2, m_options.buttons[i].label);
+    if (m_options.hasCancel)
+        showButton(1, m_options.cancelLabel);
     // Its user may have closed the window, which does not come back for further content.
     if (!m_ownDaemon)
         m_untold.activate();
 }
 
-/// The further ones and one with this label, if it has one.
-void pipeWindow::showButtons(const std::string &label)
+void pipeWindow::offerOk()
 {
-    for (std::size_t i = 0; i < m_options.extraLabels.size(); ++i) {
-        if (const auto slot = slotAt(i + 1))
-            m_untold.addButton(*slot, labelFromMnemonic(m_options.extraLabels[i]));
-    }
-    if (!label.empty())
-        m_untold.addButton(m_slots[0], labelFromMnemonic(label));
-    m_hasButton = !label.empty();
+    if (!m_options.hasOk || std::exchange(m_hasOk, true))
+        return;
+    tell("addButt:", m_slots[0], labelFromMnemonic(m_options.okLabel));
+    send();
 }
 
-std::string pipeWindow::caption() const
+void pipeWindow::tellAmount(std::int64_t amount)
 {
-    if (!m_options.caption.empty())
-        return m_options.caption;
-    return m_options.title.empty() ? defaultTitle : oneLine(m_options.title);
+    m_untold += message("progress", "amount:" + std::to_string(amount));
 }
 
 void pipeWindow::send()
@@ -121,10 +145,8 @@ void pipeWindow::send()
 }
 
 /// With a slot that was asked for, the others are the next ones, and below it those that are left.
-int pipeWindow::nextSlot()
+int pipeWindow::nextSlot() const
 {
-    if (m_options.slot < 0)
-        return m_client->claim();
     const int count = static_cast<int>(m_slots.size());
     if (count == progressClient::slotCount)
         return -1;
@@ -135,9 +157,9 @@ int pipeWindow::nextSlot()
 std::optional<int> pipeWindow::slotAt(std::size_t index)
 {
     while (m_slots.size() <= index) {
-        const int slot = nextSlot();
-        if (slot < 0 && index > 0 && !std::exchange(m_isFullTold, true))
-            complain("the daemon has no slot left for the text, or for another button");
+        const int slot = m_options.slot < 0 ? m_client->claim() : nextSlot();
+        if (slot < 0 && !std::exchange(m_isFullTold, true))
+            complain("the daemon has no slot left for another bar or button");
         if (slot < 0)
             return std::nullopt;
         m_slots.push_back(slot);
@@ -147,15 +169,23 @@ std::optional<int> pipeWindow::slotAt(std::size_t index)
 
 void pipeWindow::show(const pipeContent &wanted)
 {
-    const bool moves = wanted.pulsates && wanted.percent < 100;
-    if (moves && !m_shown.pulsates)
-        m_untold.pulse(m_slots[0]);
-    else if (!moves && (m_shown.pulsates || wanted.percent != m_shown.percent))
-        m_untold.updateBar(m_slots[0], wanted.percent);
+    for (std::size_t i = 0; i < wanted.bars.size(); ++i) {
+        const auto slot = slotOfBar(i);
+        const pipeBar &now = wanted.bars[i];
+        const bool moves = i == 0 && wanted.pulsates;
+        const bool moved = i == 0 && m_shown.pulsates;
+        if (!slot)
+            continue;
+        if (now.caption != m_shown.bars[i].caption)
+            tell("updateText:", *slot, now.caption);
+        if (moves && !moved)
+            tell("pulse:", *slot);
+        else if (!moves && (moved || now.percent != m_shown.bars[i].percent))
+            tell("update:", *slot, std::to_string(now.percent));
+    }
     if (wanted.text != m_shown.text)
         showText(wanted.text);
     m_shown = wanted;
-    m_shown.pulsates = moves;
     send();
 }
 
@@ -175,25 +205,10 @@ void pipeWindow::showText(const std::string &text)
     m_hasText = !isUseless;
 }
 
-/// A run ends with the last of the content. So what stays is put up anew, as another run that is not learned:
-/// an own daemon is told so; another one, which may have other clients' runs to learn, gets a text in the
-/// bar's place.
-void pipeWindow::offerOk(bool isWorthLearning)
+void pipeWindow::endRun()
 {
-    takeAway(isWorthLearning);
-    if (m_ownDaemon) {
-        // With so few moments as this run has, an exact estimate shows nothing.
-        m_untold.configure({{"estimate", "exact"}});
-        m_untold.createBar(m_slots[0], caption());
-        m_untold.updateBar(m_slots[0], m_shown.percent);
-    } else {
-        m_untold.createText(m_slots[0], caption() + ' ' + std::to_string(m_shown.percent) + '%');
-    }
-    if (!m_shown.text.empty())
-        showText(m_shown.text);
-    showButtons(m_options.okLabel);
-    if (m_ownDaemon)
-        m_untold.messageStop();
+    for (const int slot : m_slots)
+        tell("finish:", slot);
     send();
 }
 
@@ -212,17 +227,19 @@ pipeWindow::deed pipeWindow::deedOf(const event &each)
     if (each.what == event::kind::shutDown)
         throw error(error::reason::gone, "the daemon ends");
     if (each.what == event::kind::closed)
-        return deed::closed;
+        return deed::cancelled;
     if (each.what == event::kind::totalProgress)
         m_remaining = each.remainingSeconds;
     const auto found = std::find(m_slots.begin(), m_slots.end(), each.slot);
-    const auto index = static_cast<std::size_t>(found - m_slots.begin());
-    if (each.what != event::kind::clicked || found == m_slots.end() || index > m_options.extraLabels.size())
+    if (each.what != event::kind::clicked || found == m_slots.end())
         return deed::nothing;
-    if (index == 0)
-        return deed::pressedButton;
-    m_pressedLabel = m_options.extraLabels[index - 1];
-    return deed::pressedExtra;
+    const auto index = static_cast<std::size_t>(found - m_slots.begin());
+    if (index < 2)
+        return index == 0 ? deed::accepted : deed::cancelled;
+    if (index - 2 >= m_options.buttons.size())
+        return deed::nothing;
+    m_pressed = index - 2;
+    return deed::pressedOther;
 }
 
 void pipeWindow::close(bool isWorthLearning)
@@ -236,17 +253,20 @@ void pipeWindow::close(bool isWorthLearning)
         m_ownDaemon->waitForEnd(deadline(m_common.limit()));
 }
 
+/// A daemon forgets a run in which a client has hung up on unfinished bars in its claimed slots.
 void pipeWindow::takeAway(bool isWorthLearning)
 {
+    if (!m_ownDaemon && !isWorthLearning && m_options.slot < 0)
+        return;
     if (m_ownDaemon && !isWorthLearning)
         m_untold.messageStart();
     if (m_hasText)
-        m_untold.removeText(m_slots[1]);
-    if (m_hasButton)
-        m_untold.removeButton(m_slots[0]);
-    for (std::size_t i = 1; i <= m_options.extraLabels.size() && i < m_slots.size(); ++i)
-        m_untold.removeButton(m_slots[i]);
-    // The last, or its going would be learned as a fall to 0 percent.
-    m_untold.removeBar(m_slots[0]);
-    m_hasText = false;
+        tell("delText:", m_slots[1]);
+    for (const int slot : m_slots)
+        tell("delButt:", slot);
+    // The bars are the last, or their going would be learned as a fall to 0 percent.
+    for (std::size_t i = m_shown.bars.size(); i-- > 0;) {
+        if (const auto slot = slotOfBar(i))
+            tell("remove:", *slot);
+    }
 }

@@ -2,50 +2,77 @@
 
 #include "client/system.h"
 #include "progressctl/common.h"
-#include "progressctl/theme.h"
+#include "progressctl/look.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+/// A button beside OK and Cancel.
+struct pipeButton {
+    static constexpr int printsLabel = -1;
+
+    std::string label;
+    int status = printsLabel; ///< of the exit; `printsLabel`: 1, and the label is printed
+};
+
 struct pipeOptions {
     std::string title;   ///< of the window, if the daemon is started here; empty: none was given
     std::string caption; ///< of the bar; empty: the title
     std::string text;
+    std::vector<std::string> bars; ///< labels of several bars; empty: there is one, with the caption
     lookOptions look;
-    std::string windowIcon; ///< a file
-    std::string iconName;
-    int width = 0; ///< least one, in pixels; 0: as the content asks for
+    std::string icon; ///< a file, or the name of an icon
+    int width = 0;    ///< least one, in pixels; 0: as the content asks for
     std::string cancelLabel = "Cancel";
     std::string okLabel = "OK";
-    std::vector<std::string> extraLabels;
+    std::vector<pipeButton> buttons;
     std::optional<std::string> learnName;
-    int slot = -1; ///< -1: any that is free
+    std::int64_t amount = 0; ///< 0: none was given
+    int slot = -1;           ///< -1: any that is free
     int percentage = 0;
     bool isModal = false;
     bool hasCancel = true;
+    bool hasOk = true;
     bool hasMarkup = true;
     bool pulsates = false;
     bool autoClose = false;
+    bool isGauge = false;
+    bool keepsOpen = false;
     bool autoKill = false;
-    bool waitForOk = false;
     bool showsRemaining = false;
     bool expectsComplete = false;
     int cancelStatus = 1;
-    double timeoutSeconds = 0; ///< 0: none
+    double timeoutSeconds = 0; ///< 0 or less: none
     std::vector<std::string> command;
+
+    /// Of all bars, at least one.
+    std::vector<std::string> captions() const;
+    /// Whether the window waits for the user when the input has ended.
+    bool staysOpen() const { return command.empty() ? !autoClose && !isGauge : keepsOpen; }
 };
 
-/// What a bar and the text below it tell.
-struct pipeContent {
+struct pipeBar {
     int percent = 0;
+    std::string caption;
+
+    bool operator==(const pipeBar &other) const
+    {
+        return percent == other.percent && caption == other.caption;
+    }
+};
+
+/// What is shown of a pipe: its bars, at least one, and the text below the first.
+struct pipeContent {
+    std::vector<pipeBar> bars;
     std::string text;
-    bool pulsates = false;
+    bool pulsates = false; ///< the first bar
 
     bool operator==(const pipeContent &other) const
     {
-        return percent == other.percent && pulsates == other.pulsates && text == other.text;
+        return pulsates == other.pulsates && text == other.text && bars == other.bars;
     }
 };
 
@@ -55,7 +82,7 @@ class pipeWindow
 {
 public:
     /// Throws `progressClient::error` or `failure` when there can be none.
-    pipeWindow(const commonOptions &common, const pipeOptions &options);
+    pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start);
 
     /// For poll(2): POLLIN: call `handleEvents()`; POLLOUT: `show()` will not wait.
     int fd() const { return m_client->fd(); }
@@ -64,42 +91,47 @@ public:
     int remainingSeconds() const { return m_remaining; }
 
     void show(const pipeContent &wanted);
-    /// The run ends here, and is forgotten unless it `isWorthLearning`. What was shown stays, with one button
-    /// that ends the waiting, and is learned by no daemon.
-    void offerOk(bool isWorthLearning);
+    void tellAmount(std::int64_t amount);
+    /// Shows the OK button, from which Return takes the keyboard.
+    void offerOk();
+    /// The run ends here and is learned; what is shown stays.
+    void endRun();
+    /// Throws when the daemon does not get round to its clients.
+    void checkAlive() { m_client->checkAlive(); }
     /// What the user has done last.
-    enum class deed { nothing, pressedButton, pressedExtra, closed };
+    enum class deed { nothing, accepted, cancelled, pressedOther };
     deed handleEvents();
-    const std::string &pressedLabel() const { return m_pressedLabel; }
-    /// Takes the content away. A daemon that was started here ends; it forgets the run unless it
-    /// `isWorthLearning`.
+    /// The one that was pressed last, besides OK and Cancel.
+    const pipeButton &pressedButton() const { return m_options.buttons[m_pressed]; }
+    /// Takes the content away. A daemon that was started here ends. A run that has not ended is forgotten
+    /// unless it `isWorthLearning`.
     void close(bool isWorthLearning);
 
 private:
+    bool findPlace();
     void startOwnDaemon();
     settingEntries ownSettings() const;
     std::string learnName() const;
-    std::string caption() const;
-    void showContent();
-    void showButtons(const std::string &label);
+    void showContent(const pipeContent &start);
     void showText(const std::string &text);
     void takeAway(bool isWorthLearning);
     void send();
+    int nextSlot() const;
     std::optional<int> slotAt(std::size_t index);
-    int nextSlot();
+    std::optional<int> slotOfBar(std::size_t index) { return slotAt(index == 0 ? 0 : index + 1); }
     deed deedOf(const progressClient::event &each);
 
     const commonOptions &m_common;
     const pipeOptions &m_options;
     std::optional<progressClient> m_client;
     std::unique_ptr<processHandle> m_ownDaemon;
-    progressBatch m_untold; ///< what `send()` sends
-    std::vector<int>
-        m_slots; ///< of the bar and its button; of the text and the first extra button; of the next
+    std::string m_untold; ///< messages for the daemon, which `send()` sends in one piece
+    /// Of the first bar and OK, of the text and Cancel, and of further bars and buttons.
+    std::vector<int> m_slots;
     bool m_isFullTold = false;
     pipeContent m_shown;
     bool m_hasText = false;
-    bool m_hasButton = false;
+    bool m_hasOk = false;
     int m_remaining = -1;
-    std::string m_pressedLabel;
+    std::size_t m_pressed = 0;
 };

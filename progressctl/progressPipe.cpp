@@ -1,9 +1,7 @@
 #include "progressctl/progressPipe.h"
 
-#include "client/system.h"
-#include "progressctl/exitStatus.h"
-#include "progressctl/plainText.h"
-#include "progressctl/remainingTime.h"
+#include "client/waiting.h"
+#include "progressctl/texts.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -46,8 +44,11 @@ int millisecondsUntil(std::chrono::steady_clock::time_point when)
 } // namespace
 
 progressPipe::progressPipe(const commonOptions &common, const pipeOptions &options)
-    : m_common(common), m_options(options)
+    : m_common(common), m_options(options), m_reading(std::max<std::size_t>(1, options.bars.size())),
+      m_amountTold(options.amount > 0), m_parent(::getppid())
 {
+    if (options.isGauge)
+        m_reading.expectBlocks();
     const sigset_t set = endingSignals();
     ::sigprocmask(SIG_BLOCK, &set, nullptr);
     m_signals = descriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
@@ -62,10 +63,12 @@ int progressPipe::run()
     }
     m_started = clock::now();
     m_nextShow = m_started;
-    int status = finalStatus(watch());
-    if (m_state == state::inputEnded && m_options.waitForOk && m_window && !m_wasClosed)
-        status = statusAfterOk(status);
-    closeWindow(status == statusOk);
+    watch();
+    if (m_state == state::inputEnded && m_options.staysOpen() && m_window)
+        waitForOk(endedStatus() == statusOk);
+    const int status = finalStatus();
+    const bool isCancelled = m_state == state::cancelled && !m_waitsForOk;
+    closeWindow(status == statusOk && !isCancelled);
     if (m_state == state::interrupted) {
         const sigset_t set = endingSignals();
         ::signal(m_signal, SIG_DFL);
@@ -84,9 +87,9 @@ void progressPipe::openWindow()
         complain("no window (" + why + "), the command runs without one");
     };
     try {
-        m_window = std::make_unique<pipeWindow>(m_common, m_options);
+        m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted());
     } catch (const error &problem) {
-        if (m_options.command.empty() || problem.why() == error::reason::badArgument)
+        if (m_options.command.empty())
             throw;
         goOnWithout(problem.what());
     } catch (const failure &problem) {
@@ -173,22 +176,37 @@ void progressPipe::tendWindow(short events)
             handleDeed(m_window->handleEvents());
         if (events & POLLOUT) {
             m_nextShow = clock::now() + showInterval;
+            if (m_reading.amount() > 0 && !std::exchange(m_amountTold, true))
+                m_window->tellAmount(m_reading.amount());
             m_window->show(wanted());
+            if (m_reading.wasFull())
+                m_window->offerOk();
         }
+        if (m_waitsForOk)
+            lookAfterDaemon();
     } catch (const error &problem) {
         loseWindow(problem.what());
     }
 }
 
-/// Closing the window is Cancel; without Cancel the work goes on out of sight.
+/// A daemon that is stopped keeps its channels open and says nothing, as one does whose user takes time.
+void progressPipe::lookAfterDaemon()
+{
+    if (clock::now() < m_nextLook)
+        return;
+    m_window->checkAlive();
+    m_nextLook = clock::now() + m_common.limit() / 2;
+}
+
+/// Closing the window is Cancel.
 void progressPipe::handleDeed(pipeWindow::deed deed)
 {
-    m_wasClosed = m_wasClosed || deed == pipeWindow::deed::closed;
-    if (deed == pipeWindow::deed::pressedExtra)
-        m_state = state::extra;
-    else if (deed == pipeWindow::deed::pressedButton ||
-             (deed == pipeWindow::deed::closed && (m_options.hasCancel || m_waitsForOk)))
+    if (deed == pipeWindow::deed::accepted)
+        m_state = state::accepted;
+    else if (deed == pipeWindow::deed::cancelled)
         m_state = state::cancelled;
+    else if (deed == pipeWindow::deed::pressedOther)
+        m_state = state::pressedOther;
 }
 
 /// How long poll may wait, in milliseconds; -1 for ever.
@@ -198,7 +216,9 @@ int progressPipe::waitingTime() const
     const auto consider = [&next](clock::time_point when) { next = next ? std::min(*next, when) : when; };
     if (m_window && hasNews() && clock::now() < m_nextShow)
         consider(m_nextShow);
-    if (m_window && m_options.showsRemaining)
+    if (m_window && m_waitsForOk)
+        consider(m_nextLook);
+    else if (m_window && m_options.showsRemaining)
         consider(
             std::max(clock::now() + std::chrono::milliseconds(1), m_nextShow - showInterval + secondsTick));
     if (m_options.timeoutSeconds > 0)
@@ -251,10 +271,18 @@ void progressPipe::handleSignal()
 
 pipeContent progressPipe::wanted() const
 {
-    const int shown = m_window ? m_window->shown().percent : 0;
-    const int percent = m_reading.percent().value_or(std::max(shown, m_options.percentage));
-    const bool pulsates = m_reading.pulsates().value_or(m_options.pulsates);
-    return {percent, wantedText(), pulsates && percent < 100};
+    pipeContent made;
+    const std::vector<std::string> captions = m_options.captions();
+    for (std::size_t i = 0; i < captions.size(); ++i) {
+        const pipeInput::barWords &said = m_reading.bars()[i];
+        const std::string separator = said.text.empty() || captions[i].empty() ? "" : ": ";
+        const int start = i == 0 ? m_options.percentage : 0;
+        made.bars.push_back(
+            {m_waitsForOk ? 100 : said.percent.value_or(start), captions[i] + separator + said.text});
+    }
+    made.pulsates = m_reading.pulsates().value_or(m_options.pulsates) && made.bars[0].percent < 100;
+    made.text = wantedText();
+    return made;
 }
 
 std::string progressPipe::wantedText() const
@@ -263,10 +291,10 @@ std::string progressPipe::wantedText() const
     if (m_options.hasMarkup)
         text = withoutMarkup(text);
     // The daemon shows its estimate itself.
-    if (!m_options.showsRemaining || m_waitsForOk || m_window->remainingSeconds() >= 0)
+    if (!m_options.showsRemaining || m_waitsForOk || !m_window || m_window->remainingSeconds() >= 0)
         return text;
     const std::chrono::duration<double> elapsed = clock::now() - m_started;
-    const auto left = secondsLeft(elapsed.count(), m_window->shown().percent);
+    const auto left = secondsLeft(elapsed.count(), percent());
     if (!left)
         return text;
     return text.empty() ? remainingText(*left) : text + " (" + remainingText(*left) + ')';
@@ -274,71 +302,77 @@ std::string progressPipe::wantedText() const
 
 // The end.
 
-/// The Cancel button becomes one that ends the waiting, as closing the window does. Nothing is learned of the
-/// waiting. `status` is the one that all has ended with so far.
-int progressPipe::statusAfterOk(int status)
+/// The run ends with the input: nothing is learned of the waiting. `isWorthLearning` is false for a run that
+/// has failed.
+void progressPipe::waitForOk(bool isWorthLearning)
 {
-    m_waitsForOk = true;
-    m_state = state::running;
     try {
         m_window->show(wanted());
-        m_window->offerOk(status == statusOk);
+        if (isWorthLearning)
+            m_window->endRun();
+        m_waitsForOk = true;
+        m_window->show(wanted());
+        m_window->offerOk();
     } catch (const error &problem) {
         loseWindow(problem.what());
+        return;
     }
+    m_nextLook = clock::now() + m_common.limit() / 2;
+    m_state = state::running;
     while (m_state == state::running)
         wait();
-    const bool isOk = m_state == state::cancelled || (m_state == state::windowGone && m_writer);
-    return isOk ? status : finalStatus(m_state);
 }
 
-int progressPipe::finalStatus(state ending)
+int progressPipe::finalStatus()
 {
-    switch (ending) {
+    switch (m_state) {
     case state::cancelled:
         return cancelledStatus();
-    case state::extra:
-        std::printf("%s\n", m_window->pressedLabel().c_str());
+    case state::pressedOther:
+        if (m_window->pressedButton().status != pipeButton::printsLabel)
+            return m_window->pressedButton().status;
+        std::printf("%s\n", m_window->pressedButton().label.c_str());
         return statusRejected;
     case state::timedOut:
         return statusTimedOut;
     case state::windowGone:
-        return statusGone;
+        return m_writer ? endedStatus() : statusGone;
     case state::interrupted:
         return 128 + m_signal;
     case state::inputFailed:
         return statusFile;
     case state::running:
     case state::full:
+    case state::accepted:
     case state::inputEnded:
         break;
     }
     return endedStatus();
 }
 
+/// Of a command, which has ended or closed its output, its own.
 int progressPipe::endedStatus()
 {
-    if (m_writer) {
-        if (const int status = m_writer->exitStatus(); status != 0)
-            return status;
+    if (m_endedStatus)
+        return *m_endedStatus;
+    m_endedStatus = m_writer ? m_writer->exitStatus() : statusOk;
+    if (*m_endedStatus == statusOk && m_options.expectsComplete && percent() < 100) {
+        complain("the input ended at " + std::to_string(percent()) + " percent");
+        m_endedStatus = statusIncomplete;
     }
-    const int percent = m_reading.percent().value_or(m_options.percentage);
-    if (m_options.expectsComplete && percent < 100) {
-        complain("the input ended at " + std::to_string(percent) + " percent");
-        return statusIncomplete;
-    }
-    return statusOk;
+    return *m_endedStatus;
 }
 
+/// A command that has ended already has its own status.
 int progressPipe::cancelledStatus()
 {
-    if (m_options.autoKill) {
-        if (m_writer)
-            m_writer->handle().signal(SIGTERM);
-        if (m_input >= 0 && !endWriters(m_input))
-            complain("--auto-kill: standard input is no pipe, there is no writer to end");
-        if (m_writer)
-            m_writer->handle().waitForEnd(deadline(m_common.limit()));
+    if (m_writer && m_waitsForOk)
+        return endedStatus();
+    if (m_options.autoKill && m_writer) {
+        m_writer->handle().signal(SIGTERM);
+        m_writer->handle().waitForEnd(deadline(m_common.limit()));
+    } else if (m_options.autoKill && m_parent > 1 && m_parent == ::getppid()) {
+        ::kill(m_parent, SIGHUP);
     }
     return m_options.cancelStatus;
 }

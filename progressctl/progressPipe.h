@@ -25,8 +25,9 @@ private:
         running,
         inputEnded,
         inputFailed,
+        accepted,
         cancelled,
-        extra,
+        pressedOther,
         full,
         timedOut,
         interrupted,
@@ -40,6 +41,7 @@ private:
     state watch();
     void wait();
     void tendWindow(short events);
+    void lookAfterDaemon();
     void handleDeed(pipeWindow::deed deed);
     void readInput();
     void endInput();
@@ -49,8 +51,9 @@ private:
     bool hasNews() const { return !(wanted() == m_window->shown()); }
     int waitingTime() const;
     clock::time_point timeLimit() const;
-    int statusAfterOk(int status);
-    int finalStatus(state ending);
+    int percent() const { return m_reading.percent().value_or(m_options.percentage); }
+    void waitForOk(bool isWorthLearning);
+    int finalStatus();
     int cancelledStatus();
     int endedStatus();
 
@@ -63,8 +66,11 @@ private:
     int m_signal = 0;
     state m_state = state::running;
     bool m_waitsForOk = false;
-    bool m_wasClosed = false; ///< by the user, who cannot press a button of it any more
+    std::optional<int> m_endedStatus; ///< what the end of the input has come to
     pipeInput m_reading;
+    bool m_amountTold = false;
+    const int m_parent; ///< who has called this program
     clock::time_point m_started;
     clock::time_point m_nextShow;
+    clock::time_point m_nextLook;
 };

@@ -1,24 +1,27 @@
-#include "progressctl/exitStatus.h"
-#include "progressctl/recordsPlot.h"
-#include "progressctl/runRecords.h"
-#include "progressctl/textFile.h"
-#include "progressctl/verbs.h"
+#include "progressctl/commandLine.h"
+#include "wire/recordLine.h"
 
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <sstream>
+#include <unistd.h>
 
 namespace
 {
 
-struct recordsArguments {
-    std::string file;
-    std::string plot;
-};
+constexpr std::size_t mostRecords = 1024;
 
-std::string localTime(std::int64_t seconds)
+std::string recordsPath(const std::string &identifier)
 {
-    const std::time_t time = static_cast<std::time_t>(seconds);
+    const std::string name = "/currentTimestamps_" + identifier + ".txt";
+    const std::string preferred = "/var/instrument" + name;
+    return ::access(preferred.c_str(), R_OK) == 0 ? preferred : "/var/tmp" + name;
+}
+
+std::string localTime(unsigned seconds)
+{
+    const std::time_t time = seconds;
     std::tm parts{};
     char text[32];
     if (seconds == 0 || !::localtime_r(&time, &parts) ||
@@ -27,22 +30,29 @@ std::string localTime(std::int64_t seconds)
     return text;
 }
 
-void print(const std::vector<runRecord> &records)
+/// Lines that are no records are left out, as the daemon leaves them out, and so is what goes beyond its
+/// table.
+int showRecords(const std::string &path)
 {
-    std::printf("%4s  %-19s  %8s  %6s  %9s\n", "run", "last seen", "seconds", "times", "snapshots");
-    int number = 0;
-    for (const runRecord &record : records)
-        std::printf("%4d  %-19s  %8d  %6d  %9zu\n", ++number, localTime(record.lastSeen).c_str(),
-                    record.seconds, record.timesFound, record.course.size());
-}
-
-int showRecords(const commonOptions &common, const recordsArguments &given)
-{
-    const std::string path = given.file.empty() ? recordsPath(common.identifier) : given.file;
-    const std::vector<runRecord> records = recordsFromText(readTextFile(path));
-    print(records);
-    if (!given.plot.empty())
-        writeTextFile(given.plot, plotOf(records, "Runs in " + path));
+    std::istringstream lines(readTextFile(path));
+    std::printf("%4s  %-19s  %8s  %6s  %9s  %9s\n", "run", "last seen", "seconds", "times", "snapshots",
+                "amount");
+    wire::recordColumns columns = wire::columnsVersion1;
+    wire::recordLine record{};
+    std::string line;
+    for (std::size_t number = 0; number < mostRecords && std::getline(lines, line);) {
+        if (line.find(wire::versionMark) != std::string::npos) {
+            if (line.size() > wire::versionMark.size() &&
+                wire::readNumber(std::string_view(line).substr(wire::versionMark.size())) == 2)
+                columns = wire::columnsVersion2;
+            continue;
+        }
+        if (!wire::parseRecordLine(line, columns, record) || record.total <= 0)
+            continue;
+        std::printf("%4zu  %-19s  %8d  %6d  %9zu  %9s\n", ++number, localTime(record.time).c_str(),
+                    record.total, record.found, record.snapshots.size(),
+                    record.amount > 0 ? std::to_string(record.amount).c_str() : "-");
+    }
     return statusOk;
 }
 
@@ -50,10 +60,12 @@ int showRecords(const commonOptions &common, const recordsArguments &given)
 
 void addRecordsVerb(commandLineSetup &setup)
 {
-    auto given = std::make_shared<recordsArguments>();
+    auto file = std::make_shared<std::string>();
     auto *verb = setup.app.add_subcommand("records", "Prints the runs that the daemon has learned");
-    verb->add_option("--plot", given->plot, "Draws their courses into this SVG file")->type_name("FILE.svg");
-    verb->add_option("--file", given->file, "Reads this file instead of the daemon's");
-    verb->callback(
-        [&setup, given] { setup.chosen = [&setup, given] { return showRecords(setup.common, *given); }; });
+    verb->add_option("--file", *file, "Reads this file instead of the daemon's");
+    verb->callback([&setup, file] {
+        setup.chosen = [&setup, file] {
+            return showRecords(file->empty() ? recordsPath(setup.common.identifier) : *file);
+        };
+    });
 }

@@ -12,12 +12,10 @@ class writer
 {
 public:
     /// Starts it. A command that cannot be run says so on standard error and ends with 126 or 127, as in a
-    /// shell; where not `tellsFailure`, it says nothing.
-    explicit writer(const std::vector<std::string> &command, bool tellsFailure = true);
+    /// shell.
+    explicit writer(const std::vector<std::string> &command);
     /// The reading end. It does not block.
     int output() const { return m_output.get(); }
-    /// All that it prints from here on.
-    std::string outputToEnd();
     const processHandle &handle() const { return *m_handle; }
     /// Its exit status, or 128 and the signal that has ended it. Waits for its end.
     int exitStatus();
@@ -27,7 +25,3 @@ private:
     pid_t m_process = 0;
     std::unique_ptr<processHandle> m_handle;
 };
-
-/// Sends SIGTERM to all processes, as far as this user may, that hold the pipe at `inputFd` open for writing,
-/// but not to this one. False when it is no pipe.
-bool endWriters(int inputFd);

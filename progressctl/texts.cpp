@@ -1,9 +1,10 @@
-#include "progressctl/plainText.h"
+#include "progressctl/texts.h"
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <optional>
+#include <cmath>
+#include <cstdio>
 #include <utility>
 #include <vector>
 
@@ -100,6 +101,16 @@ bool isLetter(char each)
     return std::isalnum(static_cast<unsigned char>(each)) || static_cast<unsigned char>(each) >= 0x80;
 }
 
+constexpr char zeroWidthSpace[] = "\xE2\x80\x8B";
+constexpr char greekQuestionMark[] = "\xCD\xBE";
+
+std::string replaced(std::string text, std::string_view part, const std::string &by)
+{
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += by.size())
+        text.replace(at, part.size(), by);
+    return text;
+}
+
 } // namespace
 
 std::string withoutEscapes(std::string_view text)
@@ -154,9 +165,60 @@ std::string labelFromMnemonic(std::string_view text)
     return made;
 }
 
+std::string carriable(std::string text, std::string_view kind)
+{
+    text.erase(std::remove(text.begin(), text.end(), '\0'), text.end());
+    const std::string name = std::string(kind) + '>';
+    return replaced(std::move(text), "</" + name, "</" + (zeroWidthSpace + name));
+}
+
 std::string oneLine(std::string text)
 {
     std::replace_if(
         text.begin(), text.end(), [](unsigned char each) { return each < ' '; }, ' ');
+    return text;
+}
+
+std::string titleSetting(const std::string &title)
+{
+    return replaced(carriable(oneLine(title), "configuration"), ";", greekQuestionMark);
+}
+
+std::string safeName(std::string text)
+{
+    constexpr std::size_t longest = 100;
+    std::size_t size = std::min(text.size(), longest);
+    // Not within a character of several bytes.
+    while (size < text.size() && size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
+        --size;
+    text.resize(size);
+    std::replace_if(
+        text.begin(), text.end(),
+        [](unsigned char each) { return each < ' ' || each == '/' || each == 0x7F; }, '_');
+    if (!text.empty() && text.front() == '.')
+        text.front() = '_';
+    return text;
+}
+
+std::string baseName(const std::string &path)
+{
+    return path.substr(path.find_last_of('/') + 1);
+}
+
+std::optional<long long> secondsLeft(double elapsedSeconds, int percent)
+{
+    if (percent < 1)
+        return std::nullopt;
+    return std::llround(elapsedSeconds * (100 - percent) / percent);
+}
+
+std::string remainingText(long long seconds)
+{
+    char text[64];
+    if (seconds >= 3600)
+        std::snprintf(text, sizeof text, "%lld:%02lld:%02lld remaining", seconds / 3600, seconds / 60 % 60,
+                      seconds % 60);
+    else
+        std::snprintf(text, sizeof text, "%lld:%02lld remaining", seconds / 60, seconds % 60);
     return text;
 }

@@ -1,21 +1,34 @@
-#include "progressctl/textFile.h"
-
-#include "client/system.h"
 #include "progressctl/common.h"
-#include "progressctl/exitStatus.h"
+
+#include "client/waiting.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 
-namespace
+int actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act)
 {
+    progressClient client(common.identifier, common.limit());
+    act(client);
+    client.finish();
+    return statusOk;
+}
 
-constexpr std::size_t longestFile = 64 * 1024 * 1024;
+void complain(const std::string &text)
+{
+    std::fprintf(stderr, "progressctl: %s\n", text.c_str());
+}
 
-} // namespace
+std::string daemonProgram()
+{
+    const char *program = std::getenv("PROGRESSD");
+    return program && *program ? program : "progressd";
+}
 
 std::string readTextFile(const std::string &path)
 {
+    constexpr std::size_t longestFile = 64 * 1024 * 1024;
     std::ifstream file(path, std::ios::binary);
     std::string content;
     char buffer[16 * 1024];
@@ -27,13 +40,4 @@ std::string readTextFile(const std::string &path)
     if (!file.eof())
         throw failure(statusFile, systemText("cannot read " + path));
     return content;
-}
-
-void writeTextFile(const std::string &path, const std::string &content)
-{
-    std::ofstream file(path, std::ios::binary);
-    file << content;
-    file.close();
-    if (!file)
-        throw failure(statusFile, systemText("cannot write " + path));
 }

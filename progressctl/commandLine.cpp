@@ -1,6 +1,7 @@
-#include "progressctl/words.h"
+#include "progressctl/commandLine.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace
 {
@@ -24,20 +25,41 @@ std::string verbOf(const std::vector<std::string> &all)
 
 } // namespace
 
-givenWords wordsFrom(int argc, char **argv)
+givenWords wordsFrom(const std::vector<std::string> &all)
 {
-    const std::vector<std::string> all(argv + 1, argv + argc);
     const auto mark = std::find(all.begin(), all.end(), "--");
     givenWords given;
+    given.verb = verbOf(all);
     for (auto each = all.begin(); each != mark; ++each) {
         const bool isEmpty = each->size() > 3 && each->compare(0, 2, "--") == 0 && each->back() == '=';
         given.words.push_back(isEmpty ? each->substr(0, each->size() - 1) : *each);
         if (isEmpty)
             given.words.emplace_back();
     }
-    if (mark != all.end() && verbOf(all) == "pipe")
+    if (mark != all.end() && given.verb == "pipe")
         given.command.assign(mark + 1, all.end());
     else
         given.words.insert(given.words.end(), mark, all.end());
     return given;
+}
+
+CLI::Validator secondsWithin(double least, double most)
+{
+    const auto check = [=](const std::string &text) {
+        char *end = nullptr;
+        const double number = std::strtod(text.c_str(), &end);
+        // A number that is none is within nothing.
+        const bool isWithin = !text.empty() && *end == '\0' && number >= least && number <= most;
+        return isWithin ? std::string() : "\"" + text + "\" is no number of seconds";
+    };
+    return {check, "SECONDS", "seconds"};
+}
+
+CLI::Validator oneOf(const std::vector<std::string> &words)
+{
+    const auto check = [words](const std::string &text) {
+        const bool isOne = std::find(words.begin(), words.end(), text) != words.end();
+        return isOne ? std::string() : '"' + text + "\" is none of " + CLI::detail::join(words, ", ");
+    };
+    return {check, "", "words"};
 }

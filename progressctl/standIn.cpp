@@ -1,0 +1,82 @@
+#include "progressctl/standIn.h"
+
+#include "client/waiting.h"
+#include "progressctl/common.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+/// Options by which a program of this name is asked for a progress window.
+struct otherProgram {
+    std::string_view name;
+    std::vector<std::string_view> progressOptions;
+};
+
+const std::vector<otherProgram> &otherPrograms()
+{
+    static const std::vector<otherProgram> all{{"zenity", {"--progress"}},
+                                               {"yad", {"--progress", "--multi-progress"}},
+                                               {"dialog", {"--gauge"}},
+                                               {"whiptail", {"--gauge"}}};
+    return all;
+}
+
+bool isThisProgram(const struct stat &file)
+{
+    struct stat self = {};
+    return ::stat("/proc/self/exe", &self) == 0 && self.st_dev == file.st_dev && self.st_ino == file.st_ino;
+}
+
+/// The first one in PATH that is not this program under another name; empty if there is none.
+std::string nextInPath(const std::string &name)
+{
+    const char *given = std::getenv("PATH");
+    std::istringstream folders(given ? given : "/usr/local/bin:/usr/bin:/bin");
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        const std::string path = (folder.empty() ? "." : folder) + '/' + name;
+        struct stat about = {};
+        if (::stat(path.c_str(), &about) == 0 && S_ISREG(about.st_mode) &&
+            ::access(path.c_str(), X_OK) == 0 && !isThisProgram(about))
+            return path;
+    }
+    return {};
+}
+
+[[noreturn]] void handOn(const std::string &name, char **argv)
+{
+    const std::string path = nextInPath(name);
+    if (path.empty())
+        throw failure(127, "this is no progress window, and there is no other " + name + " in PATH");
+    ::execv(path.c_str(), argv);
+    throw failure(126, systemText("cannot run " + path));
+}
+
+} // namespace
+
+std::vector<std::string> wordsOfStandIn(int argc, char **argv)
+{
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    const std::string path = argc > 0 ? argv[0] : "";
+    const std::string name = path.substr(path.find_last_of('/') + 1);
+    const auto &all = otherPrograms();
+    const auto other =
+        std::find_if(all.begin(), all.end(), [&name](const auto &each) { return each.name == name; });
+    if (other == all.end())
+        return words;
+    const auto asks = [&](const std::string &word) {
+        const auto &options = other->progressOptions;
+        return std::find(options.begin(), options.end(), word) != options.end();
+    };
+    if (std::none_of(words.begin(), words.end(), asks))
+        handOn(name, argv);
+    // What stands behind a "--" there is no command.
+    words.erase(std::remove(words.begin(), words.end(), "--"), words.end());
+    words.insert(words.begin(), "pipe");
+    return words;
+}

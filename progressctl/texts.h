@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Of what a writer says.
+
+/// "\n" made a line feed, "\t" a blank and "\\" a backslash.
+std::string withoutEscapes(std::string_view text);
+
+/// Well-formed markup of labels ("<b>", "<span …>", entities) without its tags. What is none stays as it
+/// stands, and so does the whole of a text whose tags do not match.
+std::string withoutMarkup(const std::string &text);
+
+/// A button's label as the daemon wants it, from one in which "_" marks the letter that presses the button
+/// and "__" is an underscore. "&" is nothing special in it.
+std::string labelFromMnemonic(std::string_view text);
+
+// For the daemon.
+
+/// A text that arrives whole in a message of this kind: what would end the message gets a character without a
+/// width, and zero bytes are left out.
+std::string carriable(std::string text, std::string_view kind);
+
+/// Line ends and other control characters made blanks.
+std::string oneLine(std::string text);
+
+/// A window's title as a setting, on one line. What would end the setting, ";", is shown as its look-alike.
+std::string titleSetting(const std::string &title);
+
+/// A name made into one for a file that cannot leave its folder: no "/" or control characters, no dot in
+/// front, at most 100 bytes.
+std::string safeName(std::string text);
+
+/// The last part of a path.
+std::string baseName(const std::string &path);
+
+// For the user.
+
+/// How long it will go on as it went so far, in seconds; none below 1 percent.
+std::optional<long long> secondsLeft(double elapsedSeconds, int percent);
+
+/// "1:05 remaining", "2:03:07 remaining".
+std::string remainingText(long long seconds);
