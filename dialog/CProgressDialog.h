@@ -44,6 +44,9 @@ public:
     void removeButton(int id);
     /// Sets a bar to `percent`, 0 to 100; -1 stands for a bar that would be cancelled and shows 100.
     void updateBar(int id, int percent);
+    /// What stands in the slot stays, without being a part of the run: that ends, and is learned, when
+    /// nothing else is left. What is put into the slot later is a part again.
+    void finishSlot(int id);
     /// The bar of the slot moves to and fro without a percent until its next update; it counts as it stood.
     void pulseBar(int id);
 

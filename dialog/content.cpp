@@ -36,6 +36,7 @@ void CProgressDialog::createBar(int id, const QString &text)
     if (!hasRow(id))
         return;
     barVisible[id] = true;
+    finished[id] = false;
     labels[id]->setText(text);
     bars[id]->reset();
     bars[id]->setValue(0);
@@ -53,6 +54,7 @@ int CProgressDialog::createText(int id, const QString &text)
     if (hasRow(id)) {
         labels[id]->setText(text);
         labelVisible[id] = true;
+        finished[id] = false;
         relayout();
     }
     return id;
@@ -80,6 +82,17 @@ void CProgressDialog::clearRow(int id)
     relayout();
 }
 
+void CProgressDialog::finishSlot(int id)
+{
+    if (id < 0 || id >= MAX_ENTRIES)
+        return;
+    finished[id] = true;
+    const bool ran = m_timerId != -1;
+    takeTimingStep(m_isActive);
+    if (ran && m_timerId == -1)
+        showAverage();
+}
+
 void CProgressDialog::pulseBar(int id)
 {
     if (hasRow(id))
@@ -92,6 +105,7 @@ void CProgressDialog::addButton(int id, const QString &text)
         return;
     buttons[id]->setText(text);
     buttonVisible[id] = true;
+    finished[id] = false;
     ensureVisible();
     update();
     connect(buttons[id], &QPushButton::clicked, this, &CProgressDialog::buttonClicked, Qt::UniqueConnection);
@@ -131,6 +145,7 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
 
 void CProgressDialog::copySlot(int id, const CProgressDialog &src)
 {
+    finished[id] = src.finished[id];
     const auto copyLook = [](QWidget *to, const QWidget *from) {
         to->setPalette(from->palette());
         to->setFont(from->font());

@@ -21,6 +21,16 @@ bool dialogSlots::hasContent() const
     return anySet(labelVisible, maxBars) || anySet(barVisible, maxBars) || anySet(buttonVisible, maxButtons);
 }
 
+bool dialogSlots::hasUnfinished() const
+{
+    dialogSlots others = *this;
+    for (int i = 0; i < MAX_ENTRIES; ++i) {
+        if (finished[i])
+            others.labelVisible[i] = others.barVisible[i] = others.buttonVisible[i] = false;
+    }
+    return others.hasContent();
+}
+
 void dialogLayout::createWidgets()
 {
     m_content.m_totalLabel = newLabel();

@@ -24,6 +24,9 @@ struct dialogSlots {
     /// Null from `maxButtons` on.
     QPushButton *buttons[MAX_ENTRIES] = {};
 
+    /// What stands in the slot stays, but is no part of the run any more.
+    bool finished[MAX_ENTRIES] = {};
+
     /// Slots that have widgets.
     int maxBars = MAX_ENTRIES;
     int maxButtons = MAX_ENTRIES;
@@ -32,4 +35,6 @@ struct dialogSlots {
     int shownButtons() const;
     /// Whether a text line, a bar or a button is shown.
     bool hasContent() const;
+    /// The same, of the slots that are not finished.
+    bool hasUnfinished() const;
 };

@@ -9,20 +9,20 @@
 #include <algorithm>
 #include <cstdlib>
 
-/// The end of every layout pass: a run starts when the dialog gets content and ends when it has lost it.
+/// The end of every layout pass: a run starts when the dialog gets content and ends when it has lost all that
+/// is not finished.
 bool CProgressDialog::takeTimingStep(bool inAction)
 {
     if (m_justcopied) {
         m_justcopied = false;
         return inAction;
     }
-    if (m_isActive == inAction)
-        return inAction;
+    const bool isChanged = m_isActive != inAction;
     m_isActive = inAction;
-    if (inAction)
-        startRun();
-    else
-        endRun();
+    if (const bool runs = hasUnfinished(); runs != (m_timerId != -1))
+        runs ? startRun() : endRun();
+    if (!isChanged)
+        return inAction;
     m_host.progressVisibilityChanged(inAction);
     return inAction;
 }

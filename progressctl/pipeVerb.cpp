@@ -75,7 +75,8 @@ void addLook(CLI::App *verb, pipeOptions &given)
     verb->add_option("--caption", given.caption, "Caption of the bar, when it is not the title");
     verb->add_option("--text,--progress-text", given.text,
                      "Text below the bar, until a line starts with \"#\"");
-    verb->add_flag("!--no-markup", given.hasMarkup, "Shows markup in texts as it stands");
+    verb->add_flag_callback(
+        "--no-markup", [&given] { given.hasMarkup = false; }, "Shows markup in texts as it stands");
     verb->add_option("--percentage", given.percentage, "Where the bar starts");
     verb->add_flag("--pulsate", given.pulsates, "Moves the bar to and fro, until 100");
     verb->add_option("--bar", given.bars,
@@ -118,7 +119,8 @@ void addButton(pipeOptions &given, const std::string &text)
 
 void addButtons(CLI::App *verb, pipeOptions &given)
 {
-    verb->add_flag("!--no-cancel", given.hasCancel, "Shows no Cancel button");
+    verb->add_flag_callback(
+        "--no-cancel", [&given] { given.hasCancel = false; }, "Shows no Cancel button");
     verb->add_option("--cancel-label", given.cancelLabel, "What the Cancel button reads")
         ->capture_default_str();
     verb->add_option("--ok-label", given.okLabel, "What the button that ends it reads")

@@ -308,11 +308,11 @@ void progressPipe::waitForOk(bool isWorthLearning)
 {
     try {
         m_window->show(wanted());
+        m_window->offerOk();
         if (isWorthLearning)
             m_window->endRun();
         m_waitsForOk = true;
         m_window->show(wanted());
-        m_window->offerOk();
     } catch (const error &problem) {
         loseWindow(problem.what());
         return;

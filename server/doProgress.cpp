@@ -54,5 +54,8 @@ void handlers::doProgress(const progressCommand &command)
     case progressVerb::pulse:
         dialog.pulseBar(slot);
         break;
+    case progressVerb::finish:
+        dialog.finishSlot(slot);
+        break;
     }
 }

@@ -34,7 +34,7 @@ enum class progressVerb : unsigned char {
     updateText,
     delText,
     pulse,
-    amount,
+    finish,
 };
 
 /// What stands behind a keyword, separated by ";".
@@ -62,8 +62,9 @@ inline constexpr std::array progressForms{
     progressForm{"delText:", argumentKind::slot},
     progressForm{"pulse:", argumentKind::slot},
     progressForm{"amount:", argumentKind::amount},
+    progressForm{"finish:", argumentKind::slot},
 };
-static_assert(progressForms.size() == static_cast<std::size_t>(progressVerb::amount) + 1);
+static_assert(progressForms.size() == static_cast<std::size_t>(progressVerb::finish) + 1);
 
 constexpr const progressForm &formOf(progressVerb verb)
 {
