@@ -3,9 +3,11 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS progressd progressctl)
-# progressctl acts as zenity under that name. Outside of PATH: who wants that puts this folder in front.
-file(CREATE_LINK ../../bin/progressctl ${CMAKE_CURRENT_BINARY_DIR}/zenity SYMBOLIC)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zenity DESTINATION lib/progressd)
+# progressctl acts as these under their names. Outside of PATH: who wants that puts this folder in front.
+foreach(name zenity yad dialog whiptail)
+    file(CREATE_LINK ../../bin/progressctl ${CMAKE_CURRENT_BINARY_DIR}/${name} SYMBOLIC)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name} DESTINATION lib/progressd)
+endforeach()
 
 # made(FILE COMMAND SOURCE OPTION...): a file of the build's folder that the command writes to its output.
 function(made file command source)

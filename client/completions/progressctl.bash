@@ -1,28 +1,61 @@
-# bash completion for progressctl: the program itself knows what may follow.
+# bash completion for progressctl
 
 _progressctl() {
-    local word=${COMP_WORDS[COMP_CWORD]} each i
-    local -a before=()
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} verb='' i
     for ((i = 1; i < COMP_CWORD; ++i)); do
-        if [[ ${COMP_WORDS[i]} == -- && " ${before[*]} " == *' pipe '* ]]; then
-            if declare -F _command_offset >/dev/null; then _command_offset $((i + 1)); else
-                mapfile -t COMPREPLY < <(compgen -c -- "$word")
+        case ${COMP_WORDS[i]} in
+        -i | --identifier | --limit) ((++i)) ;;
+        --)
+            if [[ $verb == pipe ]]; then
+                if declare -F _command_offset >/dev/null; then _command_offset $((i + 1)); else
+                    mapfile -t COMPREPLY < <(compgen -c -- "$word")
+                fi
+                return
             fi
-            return
-        fi
-        # The shell takes "--theme=dark" for three words.
-        [[ ${COMP_WORDS[i]} == = ]] || before+=("${COMP_WORDS[i]}")
+            ;;
+        -*) ;;
+        *) verb=${verb:-${COMP_WORDS[i]}} ;;
+        esac
     done
+    # The shell takes "--theme=dark" for three words.
+    [[ $before != = ]] || before=${COMP_WORDS[COMP_CWORD - 2]}
     [[ $word != = ]] || word=''
 
-    COMPREPLY=()
-    while IFS=$'\t' read -r each _; do
-        if [[ $each == FILES ]]; then
-            mapfile -t -O ${#COMPREPLY[@]} COMPREPLY < <(compgen -f -- "$word")
-        elif [[ $each == "$word"* && ($each != -* || $word == -*) ]]; then
-            COMPREPLY+=("$each")
-            [[ $each != *= ]] || compopt -o nospace 2>/dev/null
-        fi
-    done < <(progressctl complete -- "${before[@]}" 2>/dev/null)
+    local buttons='ok yes yes-to-all no no-to-all cancel close abort retry ignore save save-all discard open apply
+        reset restore-defaults help'
+    local words='' options='--identifier --limit --help' files=''
+    case $verb in
+    '') words='start stop bar update pulse remove text update-text remove-text button remove-button activate pause resume
+        busy amount configure send ask assert events pipe records' options+=' --version' ;;
+    start) options+=' --layout --theme --ports --idle' ;;
+    bar | update | pulse | remove | text | update-text | remove-text | button | remove-button)
+        [[ $before != "$verb" ]] || words='0 1 2 3 4 5 6 7 8 9' ;;
+    busy) words='on off' ;;
+    configure)
+        words='windowFonts= busyIndicator= paintOffset= screenGeometry= windowTitle= windowPixmap= windowIcon= windowStyle=
+            windowControls= windowModal= windowLayout= windowTheme= windowText= windowWidth= estimate='
+        options+=' --file' ;;
+    ask) words=$buttons options+=' --title --icon --default --timeout' ;;
+    assert) options+=' --timeout' ;;
+    records) options+=' --file' ;;
+    pipe) options+=' --title --caption --text --no-markup --percentage --pulsate --bar --slot --layout --theme --width
+        --window-icon --modal --display --time-remaining --no-cancel --cancel-label --ok-label --cancel-status --auto-kill
+        --extra-button --button --no-buttons --auto-close --keep-open --expect-complete --timeout --gauge --learn --amount' ;;
+    esac
+    case $before in
+    --layout | windowLayout) words='fitted grid' options='' ;;
+    windowModal) words='on off' ;;
+    windowTheme) words='light dark auto' ;;
+    estimate) words='exact adaptive' ;;
+    --theme) words='auto light dark none' options='' files=yes ;;
+    --icon) words='none information warning critical question' options='' ;;
+    --default) words=$buttons options='' ;;
+    --file) words='' options='' files=yes && [[ $verb != configure ]] || words='auto light dark' ;;
+    --window-icon) words='' options='' files=yes ;;
+    --slot) words='0 1 2 3 4 5 6 7 8 9' options='' ;;
+    esac
+    [[ $word != -* ]] || words=$options
+    mapfile -t COMPREPLY < <(compgen -W "$words" ${files:+-f} -- "$word")
+    [[ ${COMPREPLY[*]} != *= ]] || compopt -o nospace 2>/dev/null
 }
 complete -F _progressctl progressctl

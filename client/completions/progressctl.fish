@@ -1,4 +1,4 @@
-# fish completion for progressctl: the program itself knows what may follow.
+# fish completion for progressctl
 
 # The words behind `pipe … --`, which are a command.
 function __progressctl_command
@@ -9,13 +9,44 @@ function __progressctl_command
     and echo (test -n "$words"; and string escape -- $words) (commandline -ct)
 end
 
-function __progressctl_candidates
-    set -l all (progressctl complete -- (commandline -opc)[2..-1] 2>/dev/null)
-    string match -q -- '-*' (commandline -ct); or set all (string match -v -- '-*' $all)
-    string join \n -- $all
+# Whether one of these verbs was given, and no command.
+function __progressctl_verb
+    not __progressctl_command >/dev/null; and __fish_seen_subcommand_from $argv
 end
+
+set -l slots 0 1 2 3 4 5 6 7 8 9
+set -l buttons ok yes yes-to-all no no-to-all cancel close abort retry ignore save save-all discard open apply reset \
+    restore-defaults help
+set -l verbs start stop bar update pulse remove text update-text remove-text button remove-button activate pause resume busy \
+    amount configure send ask assert events pipe records
 
 complete -c progressctl -f
 complete -c progressctl -n '__progressctl_command >/dev/null' -a '(complete -C (__progressctl_command))'
-complete -c progressctl -n 'not __progressctl_command >/dev/null' -a '(__progressctl_candidates | string match -v FILES)'
-complete -c progressctl -n 'not __progressctl_command >/dev/null; and __progressctl_candidates | string match -q FILES' -F
+complete -c progressctl -n "not __fish_seen_subcommand_from $verbs" -a "$verbs"
+complete -c progressctl -s i -l identifier -x
+complete -c progressctl -l limit -x
+complete -c progressctl -s h -l help
+complete -c progressctl -l version
+complete -c progressctl -n '__progressctl_verb bar update pulse remove text update-text remove-text button remove-button' -a "$slots"
+complete -c progressctl -n '__progressctl_verb busy' -a 'on off'
+complete -c progressctl -n '__progressctl_verb ask' -a "$buttons"
+complete -c progressctl -n '__progressctl_verb ask' -l default -xa "$buttons"
+complete -c progressctl -n '__progressctl_verb ask' -l icon -xa 'none information warning critical question'
+complete -c progressctl -n '__progressctl_verb ask pipe' -l title -x
+complete -c progressctl -n '__progressctl_verb ask assert pipe' -l timeout -x
+complete -c progressctl -n '__progressctl_verb configure records' -l file -r
+complete -c progressctl -n '__progressctl_verb configure' -a 'windowFonts= busyIndicator= paintOffset= screenGeometry=
+    windowTitle= windowPixmap= windowIcon= windowStyle= windowControls= windowModal=on windowModal=off windowLayout=grid
+    windowLayout=fitted windowTheme=light windowTheme=dark windowTheme=auto windowText= windowWidth= estimate=exact
+    estimate=adaptive'
+complete -c progressctl -n '__progressctl_verb start' -l ports -x
+complete -c progressctl -n '__progressctl_verb start' -l idle -x
+complete -c progressctl -n '__progressctl_verb start pipe' -l layout -xa 'fitted grid'
+complete -c progressctl -n '__progressctl_verb start pipe' -l theme -ra 'auto light dark none'
+complete -c progressctl -n '__progressctl_verb pipe' -l window-icon -r
+for each in caption text percentage bar slot width display cancel-label ok-label cancel-status extra-button button gauge learn amount
+    complete -c progressctl -n '__progressctl_verb pipe' -l $each -x
+end
+for each in no-markup pulsate modal time-remaining no-cancel auto-kill no-buttons auto-close keep-open expect-complete
+    complete -c progressctl -n '__progressctl_verb pipe' -l $each
+end

@@ -1,6 +1,7 @@
 """`progressctl pipe` with real writers: what it makes of their lines, and how it ends."""
 
 import os
+import re
 import signal
 import subprocess
 import time
@@ -18,7 +19,7 @@ class Lines(ClientCase):
 
     def check_told(self, fake, options, lines, expected):
         """The last percent and text that were told, and whether a bar moved to and fro."""
-        result = self.run_script(f"printf '{lines}' | progressctl pipe --no-cancel {options}")
+        result = self.ctl(f"pipe --no-cancel {options} -- printf '{lines}'")
         self.assertEqual(result.status, 0, result.errors)
         percent, text, pulses = 0, None, False
         for message in fake.messages().split("<progress>")[1:]:
@@ -41,6 +42,12 @@ class Lines(ClientCase):
                 ("+5\\n", (5, None, False), ""),
                 ("5\\n12/24\\n", (12, None, False), ""),
                 ("5\\n64 bytes\\n", (64, None, False), ""),
+                ("    1,048,576  45%%    1.00MB/s    0:00:01\\r", (45, None, False), ""),
+                ("  1.05M 100%%  9.9MB/s\\r", (100, None, False), ""),
+                ("10 of 20, 80%%\\n", (10, None, False), ""),
+                ("####              12.3%%\\r", (12, None, False), ""),
+                ("#  7.5%%\\n", (7, None, False), ""),
+                ("dlstatus:1:20.9:Retrieving x\\npmstatus:libc6:amd64:40.5:Unpacking: y\\n", (40, "Unpacking: y", False), ""),
                 ("10\\r20\\r30", (30, None, False), ""),
                 ("30,5\\n", (30, None, False), ""),
                 ("5\\n101\\n102\\n", (100, None, False), "101"),
@@ -63,7 +70,7 @@ class Lines(ClientCase):
             with self.subTest(lines):
                 if told[2] is None:
                     # Whether it moved in between depends on how fast the lines come.
-                    errors = self.run_script(f"printf '{lines}' | progressctl pipe --no-cancel").errors
+                    errors = self.ctl(f"pipe --no-cancel -- printf '{lines}'").errors
                     self.assertIn(f"update:0;{told[0]}<" if told[0] < 100 else "update:", fake.messages())
                 else:
                     errors = self.check_told(fake, "--slot 0", lines, told)
@@ -71,29 +78,48 @@ class Lines(ClientCase):
         self.check_told(fake, "--slot 0 --no-markup", "#<b>x</b>\\n", (0, "<b>x</b>", False))
         self.check_told(fake, "--slot 0 --text 'a\\nb' --percentage 7", "", (7, "a\nb", False))
         self.check_told(fake, "--slot 0 --pulsate", "60\\n", (0, None, True))
+        self.check_told(fake, "--slot 0 --gauge old 8 70 5", "", (5, "old", False))
+        self.check_told(fake, "--slot 0 --gauge old 8 70", "30\\nXXX\\n40\\nx\\n2 y\\nXXX\\n", (40, "x\n2 y", False))
 
     def test_are_told_in_claimed_slots(self):
         fake = FakeDaemon(self.path)
         self.addCleanup(fake.close)
-        result = self.run_script("printf '100\\n#x\\n' | progressctl pipe --caption 'a;b' --extra-button Pause")
-        self.assertEqual(result.status, 0)
+        self.assertEqual(self.ctl("pipe --caption 'a;b' --extra-button Pause -- printf '100\\n#x\\n'").status, 0)
         self.assertEqual(
             fake.messages(), "".join(f"<progress>{each}</progress>" for each in (
-                "create:0;a;b", "addButt:1;Pause", "addButt:0;Cancel", "activate", "update:0;100", "addText:1;x",
-                "delText:1", "delButt:0", "delButt:1", "remove:0")))
+                "create:0;a;b", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:0;100", "addText:1;x", "addButt:0;OK",
+                "delText:1", "delButt:0", "delButt:1", "delButt:2", "remove:0")))
+
+    def test_are_told_of_several_bars(self):
+        fake = FakeDaemon(self.path)
+        self.addCleanup(fake.close)
+        self.assertEqual(self.ctl("pipe --bar A --bar=B:NORM -- printf '50\\n2:70\\n2:#x\\n3:9\\n'").status, 0)
+        messages = fake.messages()
+        for told in ("create:0;A<", "create:2;B<", "update:2;70<", "updateText:2;B: x<"):
+            self.assertIn(told, messages)
+
+    def test_tell_the_amount(self):
+        fake = FakeDaemon(self.path)
+        self.addCleanup(fake.close)
+        for options, lines, told in (
+                ("", "# file 3 of 80, 1/2\\n", "80"), ("", "12/40\\n# 1 of 7\\n", "40"), ("", "copied 0/9\\n", "9"),
+                ("--amount 12", "1/3\\n", "12"), ("", "1/2/2024\\n9/8\\n# v1/2.5 a1/2\\n1/0\\n", None)):
+            with self.subTest(lines):
+                self.ctl(f"pipe {options} -- printf '{lines}'")
+                self.assertEqual(re.findall(r"amount:(\d+)<", fake.messages()), [told] if told else [])
 
     def test_are_told_as_they_were_meant(self):
         """Labels, captions, and what is given twice or is empty."""
         fake = FakeDaemon(self.path)
         self.addCleanup(fake.close)
         for options, *told in (
-                ("--cancel-label 'R&D _quit __x'", "addButt:0;R&&D &quit _x<"),
-                ("--cancel-label= --extra-button=", "addButt:0;Cancel<", "activate"),
+                ("--cancel-label 'R&D _quit __x'", "addButt:1;R&&D &quit _x<"),
+                ("--cancel-label= --extra-button=", "addButt:1;Cancel<", "activate"),
                 ("--title x --title $'a\nb</progress>' --text x --text y --pulsate --pulsate",
                  "create:0;a b</\u200bprogress><", "addText:1;y<"),
-                ("--percentage 150 --extra-button '</progress>'", "addButt:1;</\u200bprogress><", "update:0;100<")):
+                ("--percentage 150 --extra-button '</progress>'", "addButt:2;</\u200bprogress><", "update:0;100<")):
             with self.subTest(options):
-                result = self.ctl(f"pipe --slot 0 {options} </dev/null")
+                result = self.ctl(f"pipe --slot 0 --auto-close {options} </dev/null")
                 self.assertEqual((result.status, result.errors), (0, ""))
                 messages = fake.messages()
                 self.assertEqual([each for each in told if each not in messages], [], messages)
@@ -102,7 +128,7 @@ class Lines(ClientCase):
         fake = FakeDaemon(self.path)
         self.addCleanup(fake.close)
         began = time.monotonic()
-        script = "(yes 7 | head -n 1000000; for i in $(seq 99); do echo $i; sleep 0.01; done) | progressctl pipe"
+        script = "(yes 7 | head -n 1000000; for i in $(seq 99); do echo $i; sleep 0.01; done) | progressctl pipe --auto-close"
         self.assertEqual(self.run_script(script).status, 0)
         updates = fake.messages().count("update:")
         self.assertGreater(updates, 5)
@@ -111,8 +137,8 @@ class Lines(ClientCase):
     def test_may_be_endless(self):
         fake = FakeDaemon(self.path)
         self.addCleanup(fake.close)
-        self.assertIn("too long", self.run_script("head -c 9000000 /dev/zero | progressctl pipe").errors)
-        result = self.run_script("(printf '#'; head -c 100000 /dev/zero | tr '\\0' x; echo; echo 50) | progressctl pipe")
+        self.assertIn("too long", self.run_script("head -c 9000000 /dev/zero | progressctl pipe --auto-close").errors)
+        result = self.run_script("(printf '#'; head -c 100000 /dev/zero | tr '\\0' x; echo; echo 50) | progressctl pipe --auto-close")
         self.assertIn("x" * 1023 + "</progress>", fake.messages())
         self.check_line(result.errors, "too long")
 
@@ -120,9 +146,10 @@ class Lines(ClientCase):
 class Ends(ClientCase):
     def test_have_the_status(self):
         for script, status, message in (
-                ("seq 0 30 | progressctl pipe", 0, ""),
-                ("seq 0 30 | progressctl pipe --text= --title= --cancel-label=", 0, ""),
-                ("seq 0 30 | progressctl pipe --expect-complete", 6, "ended at 30 percent"),
+                ("seq 0 30 | progressctl pipe --auto-close", 0, ""),
+                ("seq 0 30 | progressctl pipe --auto-close --text= --title= --cancel-label=", 0, ""),
+                ("seq 0 30 | progressctl pipe --auto-close --expect-complete", 6, "ended at 30 percent"),
+                ("seq 0 30 | progressctl pipe --gauge Text 8 70 0", 0, ""),
                 ("progressctl pipe --expect-complete -- seq 0 100", 0, ""),
                 ("progressctl pipe -- sh -c 'echo 30; exit 7'", 7, ""),
                 ("progressctl pipe -- sh -c 'kill -9 $$'", 137, ""),
@@ -132,27 +159,31 @@ class Ends(ClientCase):
                 ("progressctl pipe -- sh -c 'sleep 3 & echo 100'", 0, ""),
                 ("progressctl pipe -- sh -c 'exec >&-; sleep 0.2; exit 5'", 5, ""),
                 (WAITING.format("--auto-close").replace("echo 30", "echo 100"), 0, ""),
-                ("(echo 100; sleep 0.1; echo 20) | progressctl pipe --expect-complete", 6, "20"),
+                ("(echo 90; sleep 0.1; echo 20) | progressctl pipe --auto-close --expect-complete", 6, "20"),
                 ("progressctl pipe --auto-close -- sh -c 'echo 100; sleep 0.2; exit 3'", 3, ""),
                 (WAITING.format("--timeout 0.2"), 5, ""),
-                ("progressctl pipe --height=9 --width 300 --modal --layout grid --theme dark </dev/null", 0, "--height is"),
-                ("progressctl pipe --display :9 </dev/null", 0, "--display is"),
-                ("progressctl pipe --icon-name no-such-icon </dev/null", 0, "no icon"),
-                ("progressctl pipe --text Please touch x stop </dev/null; test ! -e x", 0, "ignored: touch x stop"),
-                ("progressctl pipe --title 'a;b \"</title>' --learn ../../x </dev/null", 0, ""),
-                ("progressctl pipe <&-", 0, ""),
+                ("progressctl pipe --timeout 0.2 </dev/null", 5, ""),
+                ("progressctl pipe --keep-open --timeout 1 -- true", 5, ""),
+                ("progressctl pipe --auto-close --progress --height=9 --width 99999 --modal --attach 1 --class=x --default-cancel "
+                 "--center --enable-log --icon-name no-such-icon --theme dark </dev/null", 0, ""),
+                ("progressctl pipe --auto-close --nix --text Please touch x stop </dev/null; test ! -e x", 0,
+                 "ignored: --nix touch x stop"),
+                ("progressctl pipe --auto-close --title 'a;b \"</title>' --learn ../../x </dev/null", 0, ""),
+                ("progressctl pipe --auto-close <&-", 0, ""),
                 ("progressctl pipe </", 7, "directory"),
                 ("progressctl pipe --percentage x </dev/null", 2, "--percentage"),
                 ("progressctl pipe --timeout nan </dev/null", 2, "--timeout"),
-                ("progressctl pipe --nix </dev/null", 2, "--nix"),
+                ("progressctl pipe --amount -1 </dev/null", 2, "--amount"),
                 ("progressctl -i '' pipe </dev/null", 2, "empty"),
                 ("progressctl pipe --theme /nix -- true", 7, "/nix"),
-                ("DISPLAY= progressctl pipe </dev/zero", 3, "display"),
+                ("DISPLAY= progressctl pipe --no-terminal </dev/zero", 3, "display"),
                 ("DISPLAY= progressctl pipe -- sh -c 'exit 9'", 9, "without"),
-                ("PROGRESSD=/nix progressctl pipe </dev/zero", 3, "/nix"),
+                ("PROGRESSD=/nix progressctl pipe --no-terminal </dev/zero", 3, "/nix"),
                 ("PROGRESSD=false progressctl pipe -- sh -c 'exit 9'", 9, "without"),
                 ("chmod 755 $XDG_RUNTIME_DIR/progressd; progressctl pipe -- sh -c 'exit 9'; s=$?;"
-                 "chmod 700 $XDG_RUNTIME_DIR/progressd; exit $s", 9, "without")):
+                 "chmod 700 $XDG_RUNTIME_DIR/progressd; exit $s", 9, "without"),
+                ("export XDG_RUNTIME_DIR=$XDG_RUNTIME_DIR/$(printf 'x%.0s' {1..99}); "
+                 "mkdir -p $XDG_RUNTIME_DIR; progressctl pipe -- sh -c 'exit 9'", 9, "too long")):
             with self.subTest(script):
                 result = self.run_script(script)
                 self.assertEqual(result.status, status, result.errors)
@@ -166,37 +197,44 @@ class Ends(ClientCase):
     def test_are_the_users(self):
         """Keys, the extra button and the window manager's way to close."""
         waiting = WAITING.replace("exit $s", "echo $s").replace("pipe", "pipe --title $TITLE")
+        ended = waiting.replace("exec sleep 99", ":")
         for name, script, key, printed in (
                 ("Cancel", waiting.format(""), "Return", "1\n"),
                 ("Escape", waiting.format(""), "Escape", "1\n"),
                 ("closing", waiting.format("--cancel-status 9"), "alt+F4", "9\n"),
+                ("Escape without Cancel", waiting.format("--no-cancel"), "Escape", "1\n"),
+                ("OK", ended.format(""), "Return", "0\n"),
+                ("OK at 100", waiting.format("").replace("echo 30", "echo 100; echo 50"), "Return", "0\n"),
+                ("Escape at the end", ended.format("--no-cancel --pulsate"), "Escape", "1\n"),
+                ("OK of a command", "progressctl pipe --keep-open --title $TITLE -- sh -c 'exit 3'; echo $?", "Return", "3\n"),
                 ("an extra button", waiting.format("--no-cancel --extra-button 'Nö; no'"), "Return", "Nö; no\n1\n"),
-                ("a writer that is ended", "(echo 30; sleep 99) | progressctl pipe --title $TITLE --auto-kill; "
-                 "echo ${PIPESTATUS[@]}", "Return", "143 1\n"),
+                ("a button with a status", waiting.format("--button=gtk-ok:0 --button 'No!x:7'"), "Tab Return", "7\n"),
+                ("the script that has called", f"bash -c '{waiting.format('--auto-kill').replace('echo $s', 'echo went on')}'; echo $?",
+                 "Return", "129\n"),
                 ("a command", "progressctl pipe --title $TITLE --auto-kill --cancel-status 42 -- "
-                 "sh -c 'echo 30; sleep 99'; echo $?", "Return", "42\n"),
-                ("closing without Cancel", "progressctl pipe --title $TITLE --no-cancel -- sh -c 'sleep 2; exit 4'; echo $?",
-                 "alt+F4", "4\n")):
+                 "sh -c 'echo 30; sleep 99'; echo $?", "Return", "42\n")):
             with self.subTest(name):
                 running = self.begin(script)
-                self.press(key)
+                if "30" not in script or "100" in script or ":" in script:
+                    time.sleep(0.5)
+                self.press(*key.split())
                 result = Result(running)
                 self.assertEqual((result.output, result.errors), (printed, ""))
                 self.screen.gone(self.name)
 
     def test_wait_for_ok(self):
         """A user who takes time is not learned, and what is learned is not forgotten."""
-        job = "(echo 50; sleep 1.2; echo 100) | progressctl pipe --title $TITLE --wait"
-        for key, begin in (("Return", lambda: None), ("Escape", lambda: None), ("alt+F4", self.start_shared)):
+        job = "(echo 50; sleep 1.2; echo 100) | progressctl pipe --title $TITLE"
+        for key, status, begin in (("Return", 0, lambda: None), ("Escape", 1, lambda: None), ("Return", 0, self.start_shared)):
             with self.subTest(key):
                 begin()
                 running = self.begin(job)
                 until(lambda: self.learned(self.name), "the end of the run")
                 self.assertRaises(subprocess.TimeoutExpired, running.wait, 1.5)
                 self.press(key)
-                self.assertEqual(Result(running).status, 0)
+                self.assertEqual(Result(running).status, status)
                 self.screen.gone(self.name)
-                self.assertRegex(self.ctl("records").output, r"^.*\n.* [12] +1 +\d+\n$")
+                self.assertRegex(self.ctl("records").output, r"^.*\n.* [12] +1 +\d+ .*\n$")
                 os.unlink(self.learned(self.name))
 
     def test_come_into_a_window_that_was_closed(self):
@@ -213,15 +251,13 @@ class Ends(ClientCase):
         """Pipes on one daemon have slots of their own, and a killed one's are free again."""
         self.start_shared()
         script = "exec progressctl pipe -- sh -c 'echo ready >&2; exec cat'"
-        pipes = [self.begin(script, stdin=subprocess.PIPE) for _ in range(10)]
+        pipes = [self.begin(script, stdin=subprocess.PIPE) for _ in range(5)]
         self.assertEqual({each.stderr.readline() for each in pipes}, {b"ready\n"})
-        self.assertEqual(self.ctl("pipe </dev/null").status, 3)
-        full = self.ctl("pipe -- sh -c 'exit 9'")
-        self.assertEqual(full.status, 9)
-        self.check_line(full.errors, "no slot left")
+        own = self.begin("exec progressctl pipe --title $TITLE-own < <(exec sleep 99)")
+        self.screen.window(self.name + "-own")
         pipes.pop(2).kill()
-        until(lambda: self.ctl("pipe </dev/null").status == 0, "a free slot")
-        for each in pipes:
+        self.assertEqual(self.ctl("pipe --auto-close </dev/null").status, 0)
+        for each in [*pipes, own]:
             each.terminate()
             self.assertEqual(each.wait(PATIENCE), -signal.SIGTERM)
         self.screen.gone(self.name)
@@ -259,7 +295,7 @@ class Ends(ClientCase):
                 self.assertEqual(self.run_script(f"progressctl pipe {options} {job.format(status or 0)}").status, 0)
                 self.assertEqual(bool(self.learned(name)), status is not None)
                 if status is not None:
-                    self.assertIn(" 1 ", self.ctl(f"-i '{name}' records").output.splitlines()[1][-20:])
+                    self.assertRegex(self.ctl(f"-i '{name}' records").output.splitlines()[1], r" [12] +1 +\d+ +-$")
                     os.unlink(self.learned(name))
 
 
