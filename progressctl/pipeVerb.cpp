@@ -93,6 +93,11 @@ void addLook(CLI::App *verb, pipeOptions &given)
     verb->add_option_function<std::string>(
         "--display", [](const std::string &name) { ::setenv("DISPLAY", name.c_str(), 1); },
         "The X display of a window of its own");
+    verb->add_flag_callback(
+        "--terminal", [&given] { given.usesTerminal = true; },
+        "A line on standard error in the place of a window, as where there is no display");
+    verb->add_flag_callback(
+        "--no-terminal", [&given] { given.usesTerminal = false; }, "No line where there is no display");
     verb->add_flag("--time-remaining", given.showsRemaining, "Shows how long it will still take");
 }
 

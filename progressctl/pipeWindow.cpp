@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <sys/random.h>
 #include <utility>
 
@@ -37,11 +38,12 @@ std::vector<std::string> pipeOptions::captions() const
     return {title.empty() ? defaultTitle : oneLine(title)};
 }
 
-pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start)
+pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start,
+                       place where)
     : m_common(common), m_options(options)
 {
-    if (!findPlace())
-        startOwnDaemon();
+    if (where == place::nowhere || !findPlace())
+        startOwnDaemon(where);
     showContent(start);
     send();
 }
@@ -64,8 +66,10 @@ bool pipeWindow::findPlace()
     return true;
 }
 
-void pipeWindow::startOwnDaemon()
+void pipeWindow::startOwnDaemon(place where)
 {
+    if (where == place::nowhere)
+        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     const settingEntries settings = ownSettings();
     progressClient::daemonOptions options;
     options.program = daemonProgram();

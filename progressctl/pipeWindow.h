@@ -42,6 +42,7 @@ struct pipeOptions {
     bool isGauge = false;
     bool keepsOpen = false;
     bool autoKill = false;
+    std::optional<bool> usesTerminal; ///< none: where there is no display
     bool showsRemaining = false;
     bool expectsComplete = false;
     int cancelStatus = 1;
@@ -81,12 +82,16 @@ struct pipeContent {
 class pipeWindow
 {
 public:
+    enum class place {
+        screen,
+        nowhere, ///< nothing is seen of it, but the daemon learns and estimates as ever
+    };
     /// Throws `progressClient::error` or `failure` when there can be none.
-    pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start);
+    pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start,
+               place where);
 
     /// For poll(2): POLLIN: call `handleEvents()`; POLLOUT: `show()` will not wait.
     int fd() const { return m_client->fd(); }
-    const pipeContent &shown() const { return m_shown; }
     /// By the daemon's estimate; -1 while it has none.
     int remainingSeconds() const { return m_remaining; }
 
@@ -109,7 +114,7 @@ public:
 
 private:
     bool findPlace();
-    void startOwnDaemon();
+    void startOwnDaemon(place where);
     settingEntries ownSettings() const;
     std::string learnName() const;
     void showContent(const pipeContent &start);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -32,6 +33,15 @@ sigset_t endingSignals()
             ::sigaddset(&set, each);
     }
     return set;
+}
+
+bool hasDisplay()
+{
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (const char *value = std::getenv(name); value && *value)
+            return true;
+    }
+    return false;
 }
 
 int millisecondsUntil(std::chrono::steady_clock::time_point when)
@@ -64,9 +74,12 @@ int progressPipe::run()
     m_started = clock::now();
     m_nextShow = m_started;
     watch();
-    if (m_state == state::inputEnded && m_options.staysOpen() && m_window)
+    if (m_state == state::inputEnded && m_options.staysOpen() && m_window && !m_terminal)
         waitForOk(endedStatus() == statusOk);
     const int status = finalStatus();
+    if (m_terminal && status == statusOk)
+        m_terminal->show(wanted(), -1);
+    m_terminal.reset();
     const bool isCancelled = m_state == state::cancelled && !m_waitsForOk;
     closeWindow(status == statusOk && !isCancelled);
     if (m_state == state::interrupted) {
@@ -87,7 +100,11 @@ void progressPipe::openWindow()
         complain("no window (" + why + "), the command runs without one");
     };
     try {
-        m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted());
+        if (m_options.usesTerminal.value_or(
+                !hasDisplay() && !progressClient::isRunning(m_common.identifier, m_common.limit())))
+            openTerminal();
+        else
+            m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted(), pipeWindow::place::screen);
     } catch (const error &problem) {
         if (m_options.command.empty())
             throw;
@@ -96,6 +113,17 @@ void progressPipe::openWindow()
         if (m_options.command.empty() || problem.status() != statusNoDaemon)
             throw;
         goOnWithout(problem.what());
+    }
+}
+
+/// Without a daemon, which learns how long it takes, the line is still worth having.
+void progressPipe::openTerminal()
+{
+    m_terminal = std::make_unique<terminalLine>();
+    try {
+        m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted(), pipeWindow::place::nowhere);
+    } catch (const error &problem) {
+        complain(problem.what());
     }
 }
 
@@ -131,8 +159,8 @@ progressPipe::state progressPipe::watch()
         wait();
         if (m_state == state::full && m_writer)
             closeWindow(true);
-        const bool goesOn = m_state == state::running ||
-                            (m_writer && (m_state == state::full || m_state == state::windowGone));
+        const bool goesOn = m_state == state::running || (m_writer && m_state == state::full) ||
+                            ((m_writer || m_terminal) && m_state == state::windowGone);
         if (!goesOn)
             return m_state;
         m_state = state::running;
@@ -146,8 +174,10 @@ void progressPipe::wait()
         m_state = state::inputEnded;
         return;
     }
-    const bool isDue = m_window && hasNews() && clock::now() >= m_nextShow;
+    const bool isDue = hasNews() && clock::now() >= m_nextShow;
     const short windowEvents = isDue ? POLLIN | POLLOUT : POLLIN;
+    if (isDue && !m_window)
+        showNews();
     pollfd fds[] = {{m_input, POLLIN, 0},
                     {m_signals.get(), POLLIN, 0},
                     {commandRuns ? m_writer->handle().fd() : -1, POLLIN, 0},
@@ -174,19 +204,31 @@ void progressPipe::tendWindow(short events)
     try {
         if (events & ~POLLOUT)
             handleDeed(m_window->handleEvents());
-        if (events & POLLOUT) {
-            m_nextShow = clock::now() + showInterval;
-            if (m_reading.amount() > 0 && !std::exchange(m_amountTold, true))
-                m_window->tellAmount(m_reading.amount());
-            m_window->show(wanted());
-            if (m_reading.wasFull())
-                m_window->offerOk();
-        }
+        // With each event the time that is left may be another one.
+        if (events != 0)
+            showNews();
         if (m_waitsForOk)
             lookAfterDaemon();
     } catch (const error &problem) {
         loseWindow(problem.what());
     }
+}
+
+void progressPipe::showNews()
+{
+    if (m_terminal)
+        m_terminal->show(wanted(), m_window ? m_window->remainingSeconds() : -1);
+    if (clock::now() < m_nextShow)
+        return;
+    m_nextShow = clock::now() + showInterval;
+    m_shown = wanted();
+    if (!m_window)
+        return;
+    if (m_reading.amount() > 0 && !std::exchange(m_amountTold, true))
+        m_window->tellAmount(m_reading.amount());
+    m_window->show(m_shown);
+    if (m_reading.wasFull())
+        m_window->offerOk();
 }
 
 /// A daemon that is stopped keeps its channels open and says nothing, as one does whose user takes time.
@@ -214,7 +256,7 @@ int progressPipe::waitingTime() const
 {
     std::optional<clock::time_point> next;
     const auto consider = [&next](clock::time_point when) { next = next ? std::min(*next, when) : when; };
-    if (m_window && hasNews() && clock::now() < m_nextShow)
+    if (hasNews() && clock::now() < m_nextShow)
         consider(m_nextShow);
     if (m_window && m_waitsForOk)
         consider(m_nextLook);
@@ -261,6 +303,10 @@ void progressPipe::handleSignal()
     signalfd_siginfo about{};
     if (::read(m_signals.get(), &about, sizeof about) != static_cast<ssize_t>(sizeof about))
         return;
+    if (m_terminal && about.ssi_signo == SIGINT) {
+        m_state = state::cancelled;
+        return;
+    }
     m_signal = static_cast<int>(about.ssi_signo);
     m_state = state::interrupted;
     if (m_writer)
@@ -369,7 +415,7 @@ int progressPipe::cancelledStatus()
     if (m_writer && m_waitsForOk)
         return endedStatus();
     if (m_options.autoKill && m_writer) {
-        m_writer->handle().signal(SIGTERM);
+        m_writer->endAll();
         m_writer->handle().waitForEnd(deadline(m_common.limit()));
     } else if (m_options.autoKill && m_parent > 1 && m_parent == ::getppid()) {
         ::kill(m_parent, SIGHUP);

@@ -2,6 +2,7 @@
 
 #include "progressctl/pipeInput.h"
 #include "progressctl/pipeWindow.h"
+#include "progressctl/terminalLine.h"
 #include "progressctl/writer.h"
 
 #include <chrono>
@@ -35,12 +36,14 @@ private:
     };
 
     void openWindow();
+    void openTerminal();
     void closeWindow(bool isWorthLearning);
     void loseWindow(const char *why);
 
     state watch();
     void wait();
     void tendWindow(short events);
+    void showNews();
     void lookAfterDaemon();
     void handleDeed(pipeWindow::deed deed);
     void readInput();
@@ -48,7 +51,7 @@ private:
     void handleSignal();
     pipeContent wanted() const;
     std::string wantedText() const;
-    bool hasNews() const { return !(wanted() == m_window->shown()); }
+    bool hasNews() const { return (m_window || m_terminal) && !(wanted() == m_shown); }
     int waitingTime() const;
     clock::time_point timeLimit() const;
     int percent() const { return m_reading.percent().value_or(m_options.percentage); }
@@ -60,6 +63,7 @@ private:
     const commonOptions &m_common;
     const pipeOptions &m_options;
     std::unique_ptr<pipeWindow> m_window; ///< none once it is closed or lost, or could not be had
+    std::unique_ptr<terminalLine> m_terminal;
     std::unique_ptr<writer> m_writer;
     int m_input = 0;
     descriptor m_signals;
@@ -69,6 +73,7 @@ private:
     std::optional<int> m_endedStatus; ///< what the end of the input has come to
     pipeInput m_reading;
     bool m_amountTold = false;
+    pipeContent m_shown;
     const int m_parent; ///< who has called this program
     clock::time_point m_started;
     clock::time_point m_nextShow;

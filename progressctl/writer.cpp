@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -29,6 +30,15 @@ namespace
     ::_exit(status);
 }
 
+void endTree(pid_t process)
+{
+    const std::string number = std::to_string(process);
+    std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+    for (pid_t child = 0; children >> child;)
+        endTree(child);
+    ::kill(process, SIGTERM);
+}
+
 } // namespace
 
 writer::writer(const std::vector<std::string> &command)
@@ -45,6 +55,12 @@ writer::writer(const std::vector<std::string> &command)
     if (m_process < 0)
         throw failure(statusInternal, systemText("cannot make a process"));
     m_handle = std::make_unique<processHandle>(m_process);
+}
+
+/// Not waited for yet, so its number still means it.
+void writer::endAll() const
+{
+    endTree(m_process);
 }
 
 int writer::exitStatus()

@@ -17,6 +17,8 @@ public:
     /// The reading end. It does not block.
     int output() const { return m_output.get(); }
     const processHandle &handle() const { return *m_handle; }
+    /// Sends SIGTERM to it and to all that it has started and not left behind.
+    void endAll() const;
     /// Its exit status, or 128 and the signal that has ended it. Waits for its end.
     int exitStatus();
 

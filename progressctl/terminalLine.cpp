@@ -1,0 +1,131 @@
+#include "progressctl/terminalLine.h"
+
+#include "progressctl/texts.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace
+{
+
+std::string environment(const char *name)
+{
+    const char *value = std::getenv(name);
+    return value ? value : "";
+}
+
+/// The features are letters in a row, each a capital with what follows it; progress is "P" alone.
+bool hasProgressFeature(const std::string &features)
+{
+    for (std::size_t i = 0; i < features.size(); ++i) {
+        const bool isAlone =
+            i + 1 == features.size() || !std::islower(static_cast<unsigned char>(features[i + 1]));
+        if (features[i] == 'P' && isAlone)
+            return true;
+    }
+    return false;
+}
+
+bool takesProgressSequence()
+{
+    constexpr int firstVte = 7900;
+    const std::string program = environment("TERM_PROGRAM");
+    return hasProgressFeature(environment("TERM_FEATURES")) || program == "WezTerm" || program == "ghostty" ||
+           !environment("WT_SESSION").empty() || environment("ConEmuANSI") == "ON" ||
+           std::atoi(environment("VTE_VERSION").c_str()) >= firstVte;
+}
+
+std::size_t columns()
+{
+    winsize size{};
+    if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+    return 80;
+}
+
+bool beginsCharacter(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+}
+
+/// At most so many characters of the front.
+std::string cut(const std::string &text, std::size_t most)
+{
+    std::size_t characters = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (beginsCharacter(text[i]) && ++characters > most)
+            return text.substr(0, i);
+    }
+    return text;
+}
+
+std::string barOf(int percent)
+{
+    constexpr int width = 20;
+    const int full = percent * width / 100;
+    return '[' + std::string(static_cast<std::size_t>(full), '#') +
+           std::string(static_cast<std::size_t>(width - full), '.') + ']';
+}
+
+std::string captionOf(const pipeContent &content)
+{
+    return oneLine(content.text.empty() ? content.bars[0].caption : content.text);
+}
+
+} // namespace
+
+terminalLine::terminalLine()
+    : m_isTerminal(::isatty(STDERR_FILENO) != 0), m_takesProgress(m_isTerminal && takesProgressSequence())
+{
+}
+
+terminalLine::~terminalLine()
+{
+    if (m_takesProgress)
+        std::fputs("\x1B]9;4;0;0\x1B\\", stderr);
+    if (!m_drawn.empty())
+        std::fputc('\n', stderr);
+}
+
+void terminalLine::show(const pipeContent &content, int remainingSeconds)
+{
+    if (!m_isTerminal) {
+        print(content);
+        return;
+    }
+    std::string line;
+    for (const pipeBar &bar : content.bars) {
+        const bool pulsates = content.pulsates && &bar == &content.bars[0];
+        line += pulsates ? "[...] " : barOf(bar.percent) + ' ' + std::to_string(bar.percent) + "% ";
+    }
+    if (remainingSeconds >= 0)
+        line += remainingText(remainingSeconds) + ' ';
+    line = cut(line + captionOf(content), columns() - 1);
+    if (line != m_drawn)
+        draw(line, content);
+}
+
+void terminalLine::draw(const std::string &line, const pipeContent &content)
+{
+    std::fprintf(stderr, "\r%s\x1B[K", line.c_str());
+    if (m_takesProgress && content.pulsates)
+        std::fputs("\x1B]9;4;3;0\x1B\\", stderr);
+    else if (m_takesProgress)
+        std::fprintf(stderr, "\x1B]9;4;1;%d\x1B\\", content.bars[0].percent);
+    m_drawn = line;
+}
+
+void terminalLine::print(const pipeContent &content)
+{
+    const std::string text = captionOf(content);
+    const int tenth = content.bars[0].percent / 10;
+    if (text == m_printedText && tenth == m_printedTenth)
+        return;
+    std::fprintf(stderr, "%3d%% %s\n", content.bars[0].percent, text.c_str());
+    m_printedText = text;
+    m_printedTenth = tenth;
+}
