@@ -1,5 +1,6 @@
 """`progressctl pipe` with real writers: what it makes of their lines, and how it ends."""
 
+import contextlib
 import os
 import re
 import signal
@@ -228,7 +229,7 @@ class Ends(ClientCase):
 
     def test_wait_for_ok(self):
         """A user who takes time is not learned, and what is learned is not forgotten."""
-        job = "(echo 50; sleep 1.2; echo 100) | progressctl pipe --title $TITLE"
+        job = "(echo 50; sleep 2.4; echo 100) | progressctl pipe --title $TITLE"
         for key, status, begin in (("Return", 0, lambda: None), ("Escape", 1, lambda: None), ("Return", 0, self.start_shared)):
             with self.subTest(key):
                 begin()
@@ -238,7 +239,7 @@ class Ends(ClientCase):
                 self.press(key)
                 self.assertEqual(Result(running).status, status)
                 self.screen.gone(self.name)
-                self.assertRegex(self.ctl("records").output, r"^.*\n.* [12] +1 +\d+ .*\n$")
+                self.assertRegex(self.ctl("records").output, r"^.*\n.* [1-3] +1 +\d+ .*\n$")
                 os.unlink(self.learned(self.name))
 
     def test_come_into_a_window_that_was_closed(self):
@@ -301,6 +302,56 @@ class Ends(ClientCase):
                 if status is not None:
                     self.assertRegex(self.ctl(f"-i '{name}' records").output.splitlines()[1], r" [12] +1 +\d+ +-$")
                     os.unlink(self.learned(name))
+
+
+class Terminal(ClientCase):
+    """Without a display."""
+
+    JOB = "(echo 5; echo '# a 1 of 3'; sleep 0.2; echo 50; echo 50; sleep 1.2; echo 100) | progressctl pipe --title $TITLE"
+
+    def setUp(self):
+        super().setUp()
+        self.environment = {name: value for name, value in self.environment.items() if not name.startswith(("DISPLAY", "VTE", "TERM", "WT_"))}
+
+    def test_has_plain_lines_elsewhere(self):
+        for script, status, lines in ((self.JOB, 0, ["5% a 1 of 3", "50% a 1 of 3", "100% a 1 of 3"]),
+                                      ("progressctl pipe -- sh -c 'echo 50; exit 7'", 7, None),
+                                      ("progressctl pipe --timeout 0.3 < <(exec sleep 9)", 5, ["0% Progress"])):
+            with self.subTest(script):
+                result = self.run_script(script)
+                self.assertEqual((result.status, result.output), (status, ""))
+                if lines:
+                    self.assertEqual([line.strip() for line in result.errors.splitlines()], lines)
+        self.assertRegex(self.ctl("-i $TITLE records").output.splitlines()[1], r" [12] +1 +\d+ ")
+
+    def test_has_one_line(self):
+        for variables, says in (({}, False), ({"VTE_VERSION": "7800"}, False), ({"VTE_VERSION": "7900"}, True), ({"WT_SESSION": "x"}, True),
+                                ({"TERM_FEATURES": "T3PrSc7"}, False), ({"TERM_FEATURES": "T3PSc7"}, True), ({"TERM_PROGRAM": "ghostty"}, True)):
+            with self.subTest(variables):
+                self.environment.update(variables)
+                shown = self.in_terminal(self.JOB)
+                for name in variables:
+                    del self.environment[name]
+                self.assertRegex(shown, r"^\r\[#\.{19}\] 5% a 1 of 3\x1b\[K(.|\n)*\r\[#{20}\] 100% a 1 of 3\x1b\[K(.|\n)*\n$")
+                self.assertEqual(("\x1b]9;4;1;50\x1b\\" in shown, shown.endswith("\x1b]9;4;0;0\x1b\\\r\n")), (says, says), shown)
+
+    def in_terminal(self, script):
+        controller, terminal = os.openpty()
+        running = self.begin(script, stderr=terminal)
+        os.close(terminal)
+        shown = b""
+        with contextlib.suppress(OSError):
+            while piece := os.read(controller, 4096):
+                shown += piece
+        os.close(controller)
+        self.assertEqual(running.wait(PATIENCE), 0)
+        return shown.decode()
+
+    def test_is_cancelled_by_the_keyboard(self):
+        running = self.begin("exec progressctl pipe --cancel-status 9 < <(echo 5; exec sleep 9)")
+        self.assertIn(b"5%", running.stderr.readline())
+        running.send_signal(signal.SIGINT)
+        self.assertEqual(running.wait(PATIENCE), 9)
 
 
 if __name__ == "__main__":
