@@ -61,6 +61,11 @@ void progressCommands::pulse(int slot)
     tell(command(verb::pulse, slot));
 }
 
+void progressCommands::finishSlot(int slot)
+{
+    tell(command(verb::finish, slot));
+}
+
 void progressCommands::removeBar(int slot)
 {
     tell(command(verb::remove, slot));

@@ -32,6 +32,9 @@ public:
     void updateBar(int slot, int percent);
     /// The bar moves to and fro, without a percent, until the next `updateBar()`.
     void pulse(int slot);
+    /// What stands in the slot stays, but the run does not wait for it: it ends, and is learned, when nothing
+    /// else is left. For what waits for the user when the work is done.
+    void finishSlot(int slot);
     /// Removes the slot's bar or text.
     void removeBar(int slot);
     /// Shows a text line; it takes the place of a bar in the same slot.

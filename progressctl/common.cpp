@@ -1,10 +1,9 @@
 #include "progressctl/common.h"
 
-#include "client/waiting.h"
+#include "client/system.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 
 int actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act)
@@ -18,12 +17,6 @@ int actOnce(const commonOptions &common, const std::function<void(progressClient
 void complain(const std::string &text)
 {
     std::fprintf(stderr, "progressctl: %s\n", text.c_str());
-}
-
-std::string daemonProgram()
-{
-    const char *program = std::getenv("PROGRESSD");
-    return program && *program ? program : "progressd";
 }
 
 std::string readTextFile(const std::string &path)

@@ -58,8 +58,5 @@ int actOnce(const commonOptions &common, const std::function<void(progressClient
 /// A line on standard error, with the program's name.
 void complain(const std::string &text);
 
-/// The daemon's program: the environment's PROGRESSD, else "progressd".
-std::string daemonProgram();
-
 /// The content of a file; fails (statusFile) when it cannot be read or is longer than 64 MiB.
 std::string readTextFile(const std::string &path);

@@ -20,7 +20,6 @@ int start(const commonOptions &common, const startArguments &arguments)
     settingEntries look = loadLook(arguments.look);
     look.insert(look.begin(), {"windowTitle", oneLine(common.identifier)});
     progressClient::daemonOptions options;
-    options.program = daemonProgram();
     options.basePort = arguments.basePort;
     options.timeout = common.startLimit();
     const auto started = progressClient::startDaemon(common.identifier, options);

@@ -133,7 +133,7 @@ void addAmount(commandLineSetup &setup)
     auto given = std::make_shared<slotArguments>();
     auto *verb = addVerb(setup, "amount", "Says how much there is to do, which makes the estimate better",
                          given, [](progressClient &client, const slotArguments &all) {
-                             client.send("<progress>amount:" + all.text + "</progress>");
+                             client.setAmount(wire::readAmount(all.text));
                          });
     verb->add_option("N", given->text, "Files, bytes, lines or the like, always in the same unit")
         ->required()

@@ -1,4 +1,4 @@
-#include "client/deadline.h"
+#include "client/system.h"
 #include "progressctl/commandLine.h"
 
 #include <csignal>

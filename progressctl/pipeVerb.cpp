@@ -83,7 +83,7 @@ void addLook(CLI::App *verb, pipeOptions &given)
                      "A bar with this LABEL; several have lines \"N:PERCENT\", \"N:#TEXT\"")
         ->allow_extra_args(false);
     verb->add_option("--slot", given.slot, "Slot of the bar and its button, instead of any that is free")
-        ->check(CLI::Range(0, progressClient::slots - 1));
+        ->check(CLI::Range(0, progressClient::slotCount - 1));
     addLookOptions(*verb, given.look);
     verb->add_option("--width", given.width, "Least width of a window of its own, in pixels");
     verb->add_option("--window-icon,--icon-name,--icon,--image", given.icon,
@@ -209,8 +209,8 @@ void putRight(pipeOptions &given)
     auto &buttons = given.buttons;
     const auto isUnlabelled = [](const pipeButton &each) { return each.label.empty(); };
     buttons.erase(std::remove_if(buttons.begin(), buttons.end(), isUnlabelled), buttons.end());
-    if (given.bars.size() > progressClient::slots - 1)
-        given.bars.resize(progressClient::slots - 1);
+    if (given.bars.size() > progressClient::slotCount - 1)
+        given.bars.resize(progressClient::slotCount - 1);
     // "LABEL:TYPE": what kind of bar it is looks the same here.
     for (std::string &each : given.bars)
         each.erase(std::min(each.rfind(':'), each.size()));

@@ -1,6 +1,5 @@
 #include "progressctl/pipeWindow.h"
 
-#include "client/protocolText.h"
 #include "progressctl/texts.h"
 
 #include <algorithm>
@@ -72,7 +71,6 @@ void pipeWindow::startOwnDaemon(place where)
         ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     const settingEntries settings = ownSettings();
     progressClient::daemonOptions options;
-    options.program = daemonProgram();
     options.timeout = m_common.startLimit();
     options.isPrivate = true;
     options.learnName = learnName();
@@ -92,7 +90,7 @@ settingEntries pipeWindow::ownSettings() const
     settings.emplace_back("windowModal", m_options.isModal ? "on" : "off");
     if (m_options.width > 0)
         settings.emplace_back("windowWidth", std::to_string(m_options.width));
-    if (!m_options.icon.empty() && m_options.icon.find(';') == std::string::npos)
+    if (!m_options.icon.empty())
         settings.emplace_back("windowIcon", m_options.icon);
     return settings;
 }
@@ -114,12 +112,12 @@ void pipeWindow::showContent(const pipeContent &start)
         tellAmount(m_options.amount);
     for (std::size_t i = 0; i < start.bars.size(); ++i) {
         if (const auto slot = slotOfBar(i))
-            tell("create:", *slot, start.bars[i].caption);
+            m_untold.createBar(*slot, start.bars[i].caption);
         m_shown.bars.push_back({0, start.bars[i].caption});
     }
     const auto showButton = [this](std::size_t index, const std::string &label) {
         if (const auto slot = slotAt(index))
-            tell("addButt:", *slot, labelFromMnemonic(label));
+            m_untold.addButton(*slot, labelFromMnemonic(label));
     };
     for (std::size_t i = 0; i < m_options.buttons.size(); ++i)
         showButton(i + 2, m_options.buttons[i].label);
@@ -134,13 +132,8 @@ void pipeWindow::offerOk()
 {
     if (!m_options.hasOk || std::exchange(m_hasOk, true))
         return;
-    tell("addButt:", m_slots[0], labelFromMnemonic(m_options.okLabel));
+    m_untold.addButton(m_slots[0], labelFromMnemonic(m_options.okLabel));
     send();
-}
-
-void pipeWindow::tellAmount(std::int64_t amount)
-{
-    m_untold += message("progress", "amount:" + std::to_string(amount));
 }
 
 void pipeWindow::send()
@@ -181,11 +174,11 @@ void pipeWindow::show(const pipeContent &wanted)
         if (!slot)
             continue;
         if (now.caption != m_shown.bars[i].caption)
-            tell("updateText:", *slot, now.caption);
+            m_untold.updateText(*slot, now.caption);
         if (moves && !moved)
-            tell("pulse:", *slot);
+            m_untold.pulse(*slot);
         else if (!moves && (moved || now.percent != m_shown.bars[i].percent))
-            tell("update:", *slot, std::to_string(now.percent));
+            m_untold.updateBar(*slot, now.percent);
     }
     if (wanted.text != m_shown.text)
         showText(wanted.text);
@@ -212,7 +205,7 @@ void pipeWindow::showText(const std::string &text)
 void pipeWindow::endRun()
 {
     for (const int slot : m_slots)
-        tell("finish:", slot);
+        m_untold.finishSlot(slot);
     send();
 }
 
@@ -265,12 +258,12 @@ void pipeWindow::takeAway(bool isWorthLearning)
     if (m_ownDaemon && !isWorthLearning)
         m_untold.messageStart();
     if (m_hasText)
-        tell("delText:", m_slots[1]);
+        m_untold.removeText(m_slots[1]);
     for (const int slot : m_slots)
-        tell("delButt:", slot);
+        m_untold.removeButton(slot);
     // The bars are the last, or their going would be learned as a fall to 0 percent.
     for (std::size_t i = m_shown.bars.size(); i-- > 0;) {
         if (const auto slot = slotOfBar(i))
-            tell("remove:", *slot);
+            m_untold.removeBar(*slot);
     }
 }

@@ -96,7 +96,7 @@ public:
     int remainingSeconds() const { return m_remaining; }
 
     void show(const pipeContent &wanted);
-    void tellAmount(std::int64_t amount);
+    void tellAmount(std::int64_t amount) { m_untold.setAmount(amount); }
     /// Shows the OK button, from which Return takes the keyboard.
     void offerOk();
     /// The run ends here and is learned; what is shown stays.
@@ -130,7 +130,7 @@ private:
     const pipeOptions &m_options;
     std::optional<progressClient> m_client;
     std::unique_ptr<processHandle> m_ownDaemon;
-    std::string m_untold; ///< messages for the daemon, which `send()` sends in one piece
+    progressBatch m_untold; ///< what `send()` sends
     /// Of the first bar and OK, of the text and Cancel, and of further bars and buttons.
     std::vector<int> m_slots;
     bool m_isFullTold = false;

@@ -1,6 +1,6 @@
 #include "progressctl/progressPipe.h"
 
-#include "client/waiting.h"
+#include "client/system.h"
 #include "progressctl/texts.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "progressctl/standIn.h"
 
-#include "client/waiting.h"
+#include "client/system.h"
 #include "progressctl/common.h"
 
 #include <algorithm>

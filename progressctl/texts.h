@@ -19,15 +19,8 @@ std::string labelFromMnemonic(std::string_view text);
 
 // For the daemon.
 
-/// A text that arrives whole in a message of this kind: what would end the message gets a character without a
-/// width, and zero bytes are left out.
-std::string carriable(std::string text, std::string_view kind);
-
 /// Line ends and other control characters made blanks.
 std::string oneLine(std::string text);
-
-/// A window's title as a setting, on one line. What would end the setting, ";", is shown as its look-alike.
-std::string titleSetting(const std::string &title);
 
 /// A name made into one for a file that cannot leave its folder: no "/" or control characters, no dot in
 /// front, at most 100 bytes.

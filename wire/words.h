@@ -34,6 +34,7 @@ enum class progressVerb : unsigned char {
     updateText,
     delText,
     pulse,
+    amount,
     finish,
 };
 
