@@ -9,27 +9,41 @@ namespace
 {
 
 struct startArguments {
-    int basePort = 0;
+    bool hasPorts = false;
+    int basePort = 0; ///< 0: any
+    int idleSeconds = 0;
     lookOptions look;
 };
 
-/// A daemon that is started by a command has no client that stays: it gets a base port (0 stands for any), or
-/// it would end as soon as the first command had hung up.
+/// A daemon that is started by a command has no client that stays, so it is to stay by itself: it would end
+/// as soon as the first command had hung up.
+progressClient::daemonOptions optionsFor(const commonOptions &common, const startArguments &arguments)
+{
+    progressClient::daemonOptions options;
+    options.timeout = common.startLimit();
+    if (arguments.hasPorts) {
+        options.basePort = arguments.basePort;
+    } else {
+        options.isPrivate = options.stays = true;
+        options.idle = std::chrono::seconds(arguments.idleSeconds);
+    }
+    return options;
+}
+
 int start(const commonOptions &common, const startArguments &arguments)
 {
     settingEntries look = loadLook(arguments.look);
     look.insert(look.begin(), {"windowTitle", oneLine(common.identifier)});
-    progressClient::daemonOptions options;
-    options.basePort = arguments.basePort;
-    options.timeout = common.startLimit();
-    const auto started = progressClient::startDaemon(common.identifier, options);
+    const auto started = progressClient::startDaemon(common.identifier, optionsFor(common, arguments));
     const auto [command, event] = started.daemonPorts;
     if (started.wasRunning)
         complain("the daemon \"" + common.identifier + "\" already runs");
     else
         actOnce(common, [&look](progressClient &client) { client.configure(look); });
+    if (!arguments.hasPorts)
+        return statusOk;
     std::printf("%d %d\n", command, event);
-    if (arguments.basePort != 0 && arguments.basePort != command)
+    if (command == 0 || (arguments.basePort != 0 && arguments.basePort != command))
         throw failure(statusNoDaemon, "its base port is " + std::to_string(command) + ", not " +
                                           std::to_string(arguments.basePort));
     return statusOk;
@@ -38,14 +52,18 @@ int start(const commonOptions &common, const startArguments &arguments)
 void addStart(commandLineSetup &setup)
 {
     auto given = std::make_shared<startArguments>();
-    auto *verb =
-        setup.app.add_subcommand("start", "Starts the daemon, if it does not run, and prints its ports");
-    verb->add_option("PORT", given->basePort, "Command port; the event port is the next. 0: any")
-        ->check(CLI::Range(0, 65534))
-        ->capture_default_str();
+    auto *verb = setup.app.add_subcommand("start", "Starts the daemon, if it does not run");
+    auto *ports = verb->add_option("--ports,PORT", given->basePort,
+                                   "Also opens TCP ports and prints them: PORT and the next; 0: any");
+    ports->check(CLI::Range(0, 65534))->type_name("PORT");
+    verb->add_option("--idle", given->idleSeconds, "Ends without clients for so many SECONDS; else it stays")
+        ->check(CLI::Range(1, 2'000'000))
+        ->excludes(ports);
     addLookOptions(*verb, given->look);
-    verb->callback(
-        [&setup, given] { setup.chosen = [&setup, given] { return start(setup.common, *given); }; });
+    verb->callback([&setup, given, ports] {
+        given->hasPorts = ports->count() > 0;
+        setup.chosen = [&setup, given] { return start(setup.common, *given); };
+    });
 }
 
 void addStop(commandLineSetup &setup)

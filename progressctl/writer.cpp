@@ -7,6 +7,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
+#include <iterator>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,10 +34,12 @@ namespace
 void endTree(pid_t process)
 {
     const std::string number = std::to_string(process);
-    std::ifstream children("/proc/" + number + "/task/" + number + "/children");
-    for (pid_t child = 0; children >> child;)
-        endTree(child);
+    std::ifstream list("/proc/" + number + "/task/" + number + "/children");
+    const std::vector<pid_t> children{std::istream_iterator<pid_t>(list), {}};
+    // Before them, or it would tell how they have ended.
     ::kill(process, SIGTERM);
+    for (const pid_t child : children)
+        endTree(child);
 }
 
 } // namespace
