@@ -134,7 +134,7 @@ void progressPipe::closeWindow(bool isWorthLearning)
         return;
     try {
         if (isWorthLearning)
-            m_window->show(wanted());
+            showInWindow();
         m_window->close(isWorthLearning);
     } catch (const error &problem) {
         complain(problem.what());
@@ -224,11 +224,16 @@ void progressPipe::showNews()
     m_shown = wanted();
     if (!m_window)
         return;
+    showInWindow();
+    if (m_reading.wasFull() && m_options.staysOpen())
+        m_window->offerOk();
+}
+
+void progressPipe::showInWindow()
+{
     if (m_reading.amount() > 0 && !std::exchange(m_amountTold, true))
         m_window->tellAmount(m_reading.amount());
-    m_window->show(m_shown);
-    if (m_reading.wasFull())
-        m_window->offerOk();
+    m_window->show(wanted());
 }
 
 /// A daemon that is stopped keeps its channels open and says nothing, as one does whose user takes time.
@@ -353,7 +358,7 @@ std::string progressPipe::wantedText() const
 void progressPipe::waitForOk(bool isWorthLearning)
 {
     try {
-        m_window->show(wanted());
+        showInWindow();
         m_window->offerOk();
         if (isWorthLearning)
             m_window->endRun();

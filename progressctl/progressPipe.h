@@ -44,6 +44,7 @@ private:
     void wait();
     void tendWindow(short events);
     void showNews();
+    void showInWindow();
     void lookAfterDaemon();
     void handleDeed(pipeWindow::deed deed);
     void readInput();

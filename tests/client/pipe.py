@@ -88,7 +88,7 @@ class Lines(ClientCase):
         self.assertEqual(self.ctl("pipe --caption 'a;b' --extra-button Pause -- printf '100\\n#x\\n'").status, 0)
         self.assertEqual(
             fake.messages(), "".join(f"<progress>{each}</progress>" for each in (
-                "create:0;a;b", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:0;100", "addText:1;x", "addButt:0;OK",
+                "create:0;a;b", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:0;100", "addText:1;x",
                 "delText:1", "delButt:0", "delButt:1", "delButt:2", "remove:0")))
 
     def test_are_told_of_several_bars(self):
