@@ -4,9 +4,10 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS progressd progressctl)
 # progressctl acts as these under their names. Outside of PATH: who wants that puts this folder in front.
+file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/names)
 foreach(name zenity yad dialog whiptail)
-    file(CREATE_LINK ../../bin/progressctl ${CMAKE_CURRENT_BINARY_DIR}/${name} SYMBOLIC)
-    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name} DESTINATION lib/progressd)
+    file(CREATE_LINK ../../bin/progressctl ${CMAKE_CURRENT_BINARY_DIR}/names/${name} SYMBOLIC)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/names/${name} DESTINATION lib/progressd)
 endforeach()
 
 # made(FILE COMMAND SOURCE OPTION...): a file of the build's folder that the command writes to its output.
