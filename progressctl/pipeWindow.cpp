@@ -26,6 +26,31 @@ std::string uniqueIdentifier()
     return text;
 }
 
+/// For as long as it lives, what is started here uses no display; a command that is started later does.
+class withoutDisplay
+{
+public:
+    withoutDisplay()
+    {
+        if (const char *value = std::getenv(variable))
+            m_before = value;
+        ::setenv(variable, "offscreen", 1);
+    }
+    ~withoutDisplay()
+    {
+        if (m_before)
+            ::setenv(variable, m_before->c_str(), 1);
+        else
+            ::unsetenv(variable);
+    }
+    withoutDisplay(const withoutDisplay &) = delete;
+    withoutDisplay &operator=(const withoutDisplay &) = delete;
+
+private:
+    static constexpr char variable[] = "QT_QPA_PLATFORM";
+    std::optional<std::string> m_before;
+};
+
 } // namespace
 
 std::vector<std::string> pipeOptions::captions() const
@@ -67,8 +92,6 @@ bool pipeWindow::findPlace()
 
 void pipeWindow::startOwnDaemon(place where)
 {
-    if (where == place::nowhere)
-        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     const settingEntries settings = ownSettings();
     progressClient::daemonOptions options;
     options.timeout = m_common.startLimit();
@@ -76,7 +99,11 @@ void pipeWindow::startOwnDaemon(place where)
     options.learnName = learnName();
     const std::string identifier = uniqueIdentifier();
     m_client.reset();
+    std::optional<withoutDisplay> hidden;
+    if (where == place::nowhere)
+        hidden.emplace();
     const auto started = progressClient::startDaemon(identifier, options);
+    hidden.reset();
     m_ownDaemon = std::make_unique<processHandle>(started.process);
     m_client.emplace(identifier, m_common.limit());
     m_client->configure(settings);
