@@ -1,4 +1,5 @@
 #include "progressctl/commandLine.h"
+#include "wire/places.h"
 #include "wire/recordLine.h"
 
 #include <cstdio>
@@ -12,8 +13,11 @@ namespace
 
 constexpr std::size_t mostRecords = 1024;
 
+/// That of a private daemon, if there is one, else in /var/instrument, else in /var/tmp.
 std::string recordsPath(const std::string &identifier)
 {
+    if (const std::string own = wire::learnedPath(identifier); ::access(own.c_str(), R_OK) == 0)
+        return own;
     const std::string name = "/currentTimestamps_" + identifier + ".txt";
     const std::string preferred = "/var/instrument" + name;
     return ::access(preferred.c_str(), R_OK) == 0 ? preferred : "/var/tmp" + name;

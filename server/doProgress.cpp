@@ -54,8 +54,6 @@ void handlers::doProgress(const progressCommand &command)
     case progressVerb::pulse:
         dialog.pulseBar(slot);
         break;
-    case progressVerb::amount:
-        break;
     case progressVerb::finish:
         dialog.finishSlot(slot);
         break;
