@@ -10,7 +10,7 @@ import time
 from typing import Callable, Optional, TypeVar
 
 from .place import believe_path, believe_peer
-from .words import BOXES, CLAIM, LISTEN, REPLIES, message
+from .words import BOXES, REPLIES, message
 
 T = TypeVar("T")
 
@@ -115,7 +115,7 @@ class Channel:
 
     def listen(self, timeout: Optional[float] = DEADLINE) -> None:
         """Asks for the events from now on."""
-        self.send(LISTEN, timeout=timeout)
+        self.send("events", timeout=timeout)
 
     def event(self, timeout: Optional[float] = DEADLINE) -> str:
         """The next event, such as "clicked:3"."""
@@ -131,7 +131,7 @@ class Channel:
         After a TimeoutError the answer may still come, and would be taken for the next one: close the channel.
         """
         end = _end(timeout)
-        self.send(CLAIM, timeout=timeout)
+        self.send("claim", timeout=timeout)
         return self._await(lambda: self._claims.popleft() if self._claims else None, _left(end))
 
     def receive(self) -> bool:

@@ -14,7 +14,7 @@ from types import TracebackType
 from typing import Iterable, Optional, TypeVar, Union
 
 from .courier import Courier
-from .daemon import START_DEADLINE, NamedDaemon, PrivateDaemon
+from .daemon import START_DEADLINE, Daemon
 from .loops import Loop
 from .terminal import Line, has_display, write
 from .widgets import PERCENT, Bar, Button, Question, Text, Widget
@@ -54,7 +54,7 @@ class Progress:
     notify: a desktop notification tells the end of work that took longer than 10 s, if nobody was looking.
     """
 
-    __slots__ = ("daemon", "_title", "_has_warned", "_courier", "_cancel_button", "_cancel_askers")
+    __slots__ = ("daemon", "_title", "_has_warned", "_courier", "_cancel_button", "_cancel_askers", "_loops")
 
     def __init__(
         self,
@@ -68,17 +68,19 @@ class Progress:
         notify: bool = False,
     ) -> None:
         self.daemon = daemon
-        title = words_of(title)
-        self._title = title or _script() or "Python"
+        script, title = _script(), words_of(title)
+        self._title = title or script or "Python"
         self._has_warned = False
-        if daemon is None:
-            way = PrivateDaemon(program, words_of((title or _script()) if learn is None else learn))
-            looks = f"{configuration(self._title, notify)};{settings}"
-            self._courier = Courier(way, looks, None if has_display() else Line())
-        else:
-            self._courier = Courier(NamedDaemon(daemon), settings, None)
+        way = Daemon(daemon, program, words_of((title or script) if learn is None else learn))
+        line = None
+        if way.is_private:
+            settings = f"{configuration(self._title, notify)};{settings}"
+            line = None if has_display() else Line()
+        self._courier = Courier(way, settings, line)
         self._cancel_button: Optional[Button] = None
         self._cancel_askers = 0
+        #: How many use it, of a window that was opened for a loop and closes with the last one.
+        self._loops: Optional[int] = None
         self._open()
         if cancel:
             self._offer_cancel(cancel)
@@ -132,7 +134,7 @@ class Progress:
     ) -> Loop[T]:
         """The items, with a bar in this window; see the function `track()`."""
         open_window = None if disable else lambda: self
-        return Loop(iterable, _first(description, desc, caption), total, unit, cancel, open_window, _leave)
+        return Loop(iterable, _first(description, desc, caption), total, unit, cancel, open_window)
 
     write = staticmethod(write)
 
@@ -154,7 +156,7 @@ class Progress:
     ) -> Optional[str]:
         """Shows a box and waits for the user's answer: the name of one of the buttons.
 
-        buttons: one to ten of "ok", "yes", "no", "cancel", "retry", ... (`boxes.BUTTONS`); by default "ok".
+        buttons: one to ten of "ok", "yes", "no", "cancel", "retry", ... (`words.BUTTONS`); by default "ok".
         default: the one that Return presses.
         icon: "none", "information", "warning", "critical" or "question".
         timeout: in seconds; when they are over the box stays on the screen, unheard.
@@ -163,7 +165,7 @@ class Progress:
         """
         title = self._title if title is None else words_of(title)
         question = Question(box(icon, title, words_of(text), buttons or ("ok",), default))
-        if self._courier.is_unseen:
+        if self._courier.line:
             return None
         self._courier.questions.append(question)
         end = math.inf if timeout is None else time.monotonic() + timeout
@@ -208,6 +210,14 @@ class Progress:
             self._cancel_button.remove()
             self._cancel_button = None
 
+    def _let_go(self, is_failed: bool) -> None:
+        """One loop less."""
+        with _sharing:
+            if self._loops is not None:
+                self._loops -= 1
+                if not self._loops:
+                    self.close(is_failed)
+
 
 def _first(*names: object) -> str:
     """The first of them that says anything."""
@@ -249,6 +259,7 @@ def track(
     daemon: Optional[str] = None,
     program: Optional[str] = None,
     learn: Optional[str] = None,
+    notify: bool = False,
 ) -> Loop[T]:
     """The items, one by one, with a window that shows how far they are. The loop runs in any case.
 
@@ -260,7 +271,7 @@ def track(
     disable: show nothing.
     unit: what is counted: "files", say; "B" for bytes.
     title: the window's; by default the description.
-    daemon, program, learn: as for `Progress`.
+    daemon, program, learn, notify: as for `Progress`.
 
     A window that this process has open already (on the same daemon) is shared: loops within loops, and loops of
     several threads, are bars in one window.
@@ -268,36 +279,22 @@ def track(
     name = _first(description, desc, caption)
 
     def open_window() -> Progress:
-        return _shared_window(words_of(title) or name, daemon, program, learn)
+        with _sharing:
+            window = next((window for window in open_windows if window.daemon == daemon), None)
+            if window is None:
+                window = Progress(
+                    words_of(title) or name, daemon=daemon, program=program, learn=learn, notify=notify
+                )
+                window._loops = 0
+            if window._loops is not None:
+                window._loops += 1
+            return window
 
-    return Loop(iterable, name, total, unit, cancel, None if disable else open_window, _leave)
+    return Loop(iterable, name, total, unit, cancel, None if disable else open_window)
 
 
-#: Windows that were opened for a loop, with how many loops use them.
-_users: dict[Progress, int] = {}
+#: Held while it is decided whether a loop's window is there already, or goes.
 _sharing = threading.RLock()
-
-
-def _shared_window(title: str, daemon: Optional[str], program: Optional[str], learn: Optional[str]) -> Progress:
-    """A window that is open already, else one that closes with the last loop that uses it."""
-    with _sharing:
-        window = next((window for window in open_windows if window.daemon == daemon), None)
-        if window is None:
-            window = Progress(title, daemon=daemon, program=program, learn=learn)
-            _users[window] = 0
-        if window in _users:
-            _users[window] += 1
-        return window
-
-
-def _leave(window: Progress, is_failed: bool) -> None:
-    with _sharing:
-        if window not in _users:
-            return
-        _users[window] -= 1
-        if not _users[window]:
-            del _users[window]
-            window.close(is_failed)
 
 
 def _renew_lock() -> None:

@@ -2,29 +2,18 @@
 
 from __future__ import annotations
 
+import heapq
 import math
 import re
 import threading
 import time
 from typing import Callable, Optional
 
-from .words import (
-    ADD_BUTTON,
-    ADD_TEXT,
-    CREATE,
-    DEL_BUTTON,
-    DEL_TEXT,
-    MOST_AMOUNT,
-    PULSE,
-    REMOVE,
-    UPDATE,
-    UPDATE_TEXT,
-    plain,
-    words_of,
-)
+from .words import plain, words_of
 
 Check = Callable[[], None]
 
+MOST_AMOUNT = 2**53
 NO_SLOT = -1
 PERCENT = float("100")  # the total of a bar that is told percents: by identity, since 100 may be an amount as well
 _PULSES = -2  # as what a bar shows, beside its percent
@@ -42,8 +31,8 @@ class Widget:
     __slots__ = ("_slot", "_told", "_is_wanted", "_check")
 
     _kind = "row"
-    _creation = CREATE
-    _removal = REMOVE
+    _creation, _removal = "create", "remove"
+    _is_failed = False  # what goes with it has not come to its end
 
     def __init__(self, check: Check = lambda: None) -> None:
         self._slot: Optional[int] = None  # NO_SLOT when there was none left
@@ -62,7 +51,7 @@ class Widget:
     def _percent(self) -> int:
         return 0
 
-    def _counted(self) -> str:
+    def _calm_count(self) -> str:
         """What is added to its text as time goes by."""
         return ""
 
@@ -76,15 +65,15 @@ class Widget:
         """What the daemon must be told, taken as told."""
         text, percent = self._label(), self._percent()
         if self._told:  # not at first: in a grid, which shows what the row was made with, a count would stand still
-            text = ", ".join(filter(None, (text, self._counted())))
+            text = ", ".join(filter(None, (text, self._calm_count())))
         text = self._plain(text)
         news = []
         if self._told is None:
             news.append(f"{self._creation}:{self._slot};{text}")
         elif self._told[0] != text:
-            news.append(f"{UPDATE_TEXT}:{self._slot};{text}")
+            news.append(f"updateText:{self._slot};{text}")
         if percent != (self._told[1] if self._told else 0):
-            news.append(f"{PULSE}:{self._slot}" if percent == _PULSES else f"{UPDATE}:{self._slot};{percent}")
+            news.append(f"pulse:{self._slot}" if percent == _PULSES else f"update:{self._slot};{percent}")
         self._told = text, percent
         return news
 
@@ -108,7 +97,7 @@ class Bar(Widget):
         self._completed = 0.0
         self._is_pulsing = False
         self._count = ""
-        self._due = self._begin = 0.0
+        self._due = self._begin = 0.0  # on the monotonic clock
         self.total = total  # type: ignore[assignment]
 
     @property
@@ -165,7 +154,7 @@ class Bar(Widget):
         if self._total is None:
             self.total = PERCENT
         known = _number(percent)
-        self.completed = None if known is None else known * (self._total or 0) / 100
+        self.completed = math.nan if known is None else known * (self._total or 0) / 100  # no number: unknown
         self._check()
 
     def pulse(self) -> None:
@@ -186,26 +175,26 @@ class Bar(Widget):
             return _PULSES
         return int(max(0.0, min(100.0, 100 * self._completed / total))) if total else 100
 
-    def _counted(self) -> str:
-        """"12 of 40 files, 3.1/s", no newer than can be read."""
+    def _calm_count(self) -> str:
+        """No newer than can be read."""
         now = time.monotonic()
         if now >= self._due:
-            self._begin = self._begin or now
             self._due = now + _COUNT_EVERY
-            self._count = self._count_now(now - self._begin)
+            self._count = self._counted()
         return self._count
 
-    def _count_now(self, elapsed: float) -> str:
-        total, done = self._total, self._completed
-        if not self._counts or (not total and not done):
+    def _counted(self) -> str:
+        """"12 of 40 files, 3.1/s"."""
+        self._begin = self._begin or time.monotonic()
+        elapsed = time.monotonic() - self._begin
+        total, done, unit = self._total, self._completed, self._unit
+        if not self._counts or not (total or done):
             return ""
-        count = _amount(done, self._unit)
-        if total:
-            count = f"{_amount(done, self._unit, total)} of {_amount(total, self._unit)}"
+        count = f"{_amount(done, unit, total)} of {_amount(total, unit)}" if total else _amount(done, unit)
+        if unit and unit != "B":
+            count += f" {unit}"
         rate = done / elapsed if elapsed >= _RATE_AFTER else 0
-        if self._unit != "B":
-            count += f" {self._unit}" if self._unit else ""
-        return f"{count}, {_amount(rate, self._unit)}/s" if rate >= 1 else count
+        return f"{count}, {_amount(rate, unit)}/s" if rate >= 1 else count
 
     def _known_amount(self) -> int:
         """What it adds to the window's amount; 0 for none."""
@@ -218,8 +207,7 @@ class Text(Widget):
 
     __slots__ = ("_text",)
 
-    _creation = ADD_TEXT
-    _removal = DEL_TEXT
+    _creation, _removal = "addText", "delText"
 
     def __init__(self, text: object, check: Check) -> None:
         super().__init__(check)
@@ -240,8 +228,7 @@ class Button(Widget):
     __slots__ = ("_words", "_cancels", "_clicks", "_seen")
 
     _kind = "button"
-    _creation = ADD_BUTTON
-    _removal = DEL_BUTTON
+    _creation, _removal = "addButt", "delButt"
 
     def __init__(self, label: object, cancels: bool = False) -> None:
         super().__init__()
@@ -273,10 +260,6 @@ class Question:
         self.code: Optional[int] = None
         self.is_answered = threading.Event()
 
-    def take_answer(self, code: int) -> None:
-        self.code = code
-        self.is_answered.set()
-
 
 class Slots:
     """Slots that were claimed: each has room for a row and for a button."""
@@ -286,19 +269,18 @@ class Slots:
         self._free: dict[str, list[int]] = {"row": [], "button": []}
 
     def take(self, kind: str) -> int:
-        """A slot whose row or button is free; NO_SLOT when there is none."""
+        """The lowest slot whose row or button is free; NO_SLOT when there is none."""
         if not self._free[kind]:
             slot = self._claim()
             if slot == NO_SLOT:
                 return NO_SLOT
             for free in self._free.values():
-                free.append(slot)
-        self._free[kind].sort()
-        return self._free[kind].pop(0)
+                heapq.heappush(free, slot)
+        return heapq.heappop(self._free[kind])
 
     def give_back(self, widget: Widget) -> None:
         if widget._slot is not None:
-            self._free[widget._kind].append(widget._slot)
+            heapq.heappush(self._free[widget._kind], widget._slot)
 
 
 def renew_lock() -> None:
