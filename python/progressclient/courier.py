@@ -112,7 +112,7 @@ class Courier(threading.Thread):
         line.close()
 
     def _draw(self, line: Line) -> None:
-        rows = self._rows()
+        rows = [widget for widget in list(self.widgets) if widget._is_wanted and not isinstance(widget, Button)]
         bars = [bar for bar in rows if isinstance(bar, Bar)]
         percents = [percent for percent in (bar._percent() for bar in bars) if percent >= 0]
         line.show(
@@ -121,9 +121,6 @@ class Courier(threading.Thread):
             sum(percents) // len(percents) if percents else None,
             self._seconds,
         )
-
-    def _rows(self) -> list[Widget]:
-        return [widget for widget in list(self.widgets) if widget._is_wanted and widget._kind == "row"]
 
     def _say_goodbye(self, channel: Channel, until: float) -> None:
         """When the channel of a run that failed closes, its unfinished bars go with their slots, and the run is not
@@ -158,8 +155,10 @@ class Courier(threading.Thread):
         if widget._has_slot():
             if not channel.flush():
                 return
-            is_given_up = widget._is_failed and self._daemon.is_private and not self._rows()
-            self._tell(channel, [*widget._news(), *([_GIVE_UP] if is_given_up else []), widget._farewell()])
+            self._tell(channel, widget._news())
+            if widget._is_failed and self._daemon.is_private and not any(w._is_wanted for w in list(self.widgets)):
+                self._tell(channel, [_GIVE_UP])  # it also hides the window: only when nothing is left in it
+            self._tell(channel, [widget._farewell()])
             slots.give_back(widget)
         self.widgets.remove(widget)
 
