@@ -164,7 +164,7 @@ def _fitted(label: str, count: str, bar: str, left: str, columns: int) -> str:
     room = columns - min(_width(label), _LEAST_LABEL) - 1
     choices = (_joined(count, bar, left), _joined(count, left), left)
     rest = next((rest for rest in choices if _width(rest) <= room), left)
-    return _cut(_joined(_cut(label, columns - _width(rest) - 1), rest), columns)
+    return _cut(_joined(_cut(label, columns - _width(rest) - 1).rstrip(), rest), columns)
 
 
 def _width(text: str) -> int:

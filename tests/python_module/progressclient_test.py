@@ -2,7 +2,6 @@
 """The Python module: progressclient_test.py PROGRESSD, on a display of its own, with python/ in PYTHONPATH."""
 
 import contextlib
-import glob
 import itertools
 import math
 import os
@@ -16,10 +15,11 @@ import tempfile
 import threading
 import time
 import unittest
+import unittest.mock
 import warnings
 
 import progressclient.terminal as terminal
-from progressclient import Bar, Button, Cancelled, Channel, Progress, Text, socket_path, track
+from progressclient import Cancelled, Channel, Progress, socket_path, track
 
 PROGRESSD = sys.argv.pop(1)
 NAME = "moduleTest"
@@ -52,17 +52,8 @@ def pretender(answer, folder_mode=0o700):
             os.chmod(os.path.dirname(path), 0o700)
 
 
-@contextlib.contextmanager
 def changed(**variables):
-    before = {name: os.environ.get(name) for name in variables}
-    os.environ.update(variables)
-    try:
-        yield
-    finally:
-        for name, value in before.items():
-            os.environ.pop(name)
-            if value is not None:
-                os.environ[name] = value
+    return unittest.mock.patch.dict(os.environ, variables)
 
 
 def flood(connection):
@@ -122,7 +113,6 @@ class Faults(unittest.TestCase):
     def test_pretenders(self):
         for name, answer in (
             ("hangs", None),
-            ("hangs up", lambda connection: None),
             ("dies later", lambda connection: time.sleep(0.1)),
             ("floods", flood),
             ("lies", lambda connection: connection.sendall(b"<claimed>none</claimed>")),
@@ -135,26 +125,20 @@ class Faults(unittest.TestCase):
             ("nobody.sock", {"daemon": "nobody"}),
             ("/no/progressd", {"program": "/no/progressd"}),
             ("/bin/false ended", {"program": "/bin/false"}),
-            ("no local socket", {"daemon": ""}),
             ("no local socket", {"daemon": "a/b"}),
         ):
             self.assertIn(expected, self.loop(**how))
-
-    def test_warnings_that_are_errors(self):
         with warnings.catch_warnings(), contextlib.redirect_stderr(None):
             warnings.simplefilter("error")
             self.assertEqual(list(track(range(3), daemon="nobody")), [0, 1, 2])
 
     def test_places(self):
-        runtime, me = os.environ["XDG_RUNTIME_DIR"], os.geteuid()
-        usual = f"/run/user/{me}"
-        is_usual = os.path.isdir(usual) and os.stat(usual).st_uid == me and os.stat(usual).st_mode & 0o777 == 0o700
-        other = f"{usual}/progressd" if is_usual else f"/tmp/progressd-{me}"
+        runtime, usual = os.environ["XDG_RUNTIME_DIR"], f"/run/user/{os.geteuid()}"
+        is_usual = os.path.isdir(usual) and os.stat(usual).st_mode & 0o777 == 0o700
+        other = f"{usual}/progressd" if is_usual else f"/tmp/progressd-{os.geteuid()}"
         for value, folder in ((runtime, f"{runtime}/progressd"), ("", other), ("tmp", other), ("/no", other)):
             with self.subTest(value), changed(XDG_RUNTIME_DIR=value):
                 self.assertEqual(socket_path("x"), f"{folder}/x.sock")
-        for identifier in ("", "a/b", "a\0b"):
-            self.assertRaises(ValueError, socket_path, identifier)
         for mode, is_believed in ((0o700, True), (0o2700, True), (0o755, False), (0o710, False)):
             with self.subTest(oct(mode)), pretender(None, mode) as path:
                 if is_believed:
@@ -162,9 +146,8 @@ class Faults(unittest.TestCase):
                 else:
                     self.assertRaises(PermissionError, Channel.connect, path)
         with pretender(None) as path:
-            folder = os.path.dirname(path)
-            os.symlink(folder, folder + "-link")
-            self.assertRaises(PermissionError, Channel.connect, os.path.join(folder + "-link", NAME + ".sock"))
+            os.symlink(os.path.dirname(path), f"{runtime}/link")
+            self.assertRaises(PermissionError, Channel.connect, f"{runtime}/link/{NAME}.sock")
 
 
 class Strange(list):
@@ -183,36 +166,32 @@ class Strange(list):
         raise RuntimeError
 
 
-STRANGE = (None, math.nan, math.inf, "x", [], Strange(3), -5, 10**400, "\ud800", "a\0</prog\0ress>", "%p")
+STRANGE = (None, math.nan, "x", [], Strange(3), -5, 10**400, "\ud800", "a\0</prog\0ress>", "%p")
 
 
 class Told(unittest.TestCase):
     """What the daemon is told, and that nothing that is handed in ends the job."""
 
-    def test_lengths(self):
-        for length in (RuntimeError, ValueError, -1, 10**30, 2.5, None):
+    def test_whatever_is_handed_in(self):
+        for length in (RuntimeError, -1, 10**30, 2.5):
             with self.subTest(length), recorder() as heard:
                 items = []
                 for item in track(Strange(length), daemon=NAME):
                     wait_for(lambda: "pulse:0" in commands(heard))
                     items.append(item)
                 self.assertEqual(items, [1, 2, 3])
-        for total in STRANGE:
-            with self.subTest(total=repr(total)[:9] if not isinstance(total, list) else "list"), recorder():
-                self.assertEqual(list(track(3, total, total, daemon=NAME)), [0, 1, 2])
-
-    def test_values(self):
         with recorder() as heard:
             with Progress(daemon=NAME) as window:
                 bar, text = window.bar(Strange(3), 40), window.text(Strange(3))
                 for value in STRANGE:
+                    self.assertEqual(list(window.track(3, value, value, unit=value)), [0, 1, 2])
                     bar.value = bar.text = bar.caption = bar.total = value
                     text.update(value)
                     bar.advance(value)
                     bar.update(value)
                     time.sleep(0.05)
-                bar.total, bar.completed, bar.caption = 40, 20, "all well"
-                wait_for(lambda: b"all well" in heard and "update:0;50" in commands(heard))
+                bar.total, bar.completed, bar.caption, bar.text = 40, 20, "all well", None
+                wait_for(lambda: "updateText:0;all well, 20 of 40" in commands(heard) and "update:0;50" in commands(heard))
 
     def test_texts_and_counts(self):
         with recorder() as heard:
@@ -220,8 +199,7 @@ class Told(unittest.TestCase):
                 bar = window.bar("Files", 40, unit="files")
                 window.bar("Bytes", 3.4e9, unit="B").advance(1.2e9)
                 window.bar("Percent").update(12)
-                bar.advance(10)
-                bar.advance()
+                bar.advance(11)
                 bar.advance()
                 bar.text = "a.txt; %p"
                 wait_for(lambda: b"12 of 40" in heard)
@@ -235,16 +213,12 @@ class Told(unittest.TestCase):
             self.assertIn(expected, commands(heard))
 
     def test_amounts(self):
-        def percents(window):
-            window.bar().update(7)
-
         def changed_total(window):
             window.bar(total=5).total = 50
 
         def other_unit(window):
-            window.bar(total=5, unit="files")
-            window.bar(total=1000, unit="B")
-            window.bar(total=6, unit="files")
+            for total, unit in ((5, "files"), (1000, "B"), (6, "files")):
+                window.bar(total=total, unit=unit)
 
         def loops(window):
             for _ in window.track(range(4)):
@@ -252,10 +226,9 @@ class Told(unittest.TestCase):
                 time.sleep(0.06)
 
         for told, show in (
-            ([], percents),
+            ([], lambda window: window.bar().update(7)),
             (["100"], lambda window: window.bar(total=100)),
             ([], lambda window: window.bar(total=2**54)),
-            ([], lambda window: window.bar(total=None)),
             (["50"], changed_total),
             (["11"], other_unit),
             (["11"], loops),
@@ -293,11 +266,9 @@ class Interface(unittest.TestCase):
         for expected, iterable, how in (
             (3, "abc", {}),
             (10, 10, {}),
-            (0, 0, {}),
             (3, range(3), {"disable": True}),
             (7, iter("abc"), {"total": 7}),
             (TypeError, iter("abc"), {}),
-            (TypeError, Strange(RuntimeError), {}),
         ):
             with self.subTest(expected), recorder():
                 with track(iterable, daemon=NAME, desc="Items", **how) as loop:
@@ -307,20 +278,15 @@ class Interface(unittest.TestCase):
                         self.assertRaises(expected, len, loop)
                     self.assertTrue(loop)
                     self.assertEqual(loop.caption, "Items")
-                    loop.text = "just now"
                     items = list(loop)
                     self.assertEqual(loop.completed, 0 if how.get("disable") else len(items))
         self.assertNotIn("progressclient", [thread.name for thread in threading.enumerate()])
 
     def test_names_that_do_not_exist(self):
-        with recorder():
-            with Progress(daemon=NAME) as window:
-                for thing in (window, window.bar(), window.text(""), window.button(""), track(3)):
-                    with self.assertRaises(AttributeError, msg=repr(thing)):
-                        thing.captoin = 1
-        public = {kind: [name for name in dir(kind) if name[0] != "_"] for kind in (Bar, Text, Button)}
-        bar = ["advance", "caption", "completed", "pulse", "remove", "text", "total", "update", "value"]
-        self.assertEqual(public, {Bar: bar, Text: ["remove", "update"], Button: ["clicked", "clicks", "remove"]})
+        with recorder(), Progress(daemon=NAME) as window:
+            for thing in (window, window.bar(), window.text(""), window.button(""), track(3)):
+                with self.assertRaises(AttributeError, msg=repr(thing)):
+                    thing.captoin = 1
 
 
 class NoDisplay(unittest.TestCase):
@@ -373,7 +339,19 @@ with Progress("Line", learn="", program=sys.argv[1]) as window:
             self.assertEqual([lines[0], lines[-1]], ["Items 0 %", "Items:  [31mhalf 100 %"])
             self.assertEqual((" left" in said, len(set(lines)), len(lines)), (program == PROGRESSD, 9, 9), said)
             self.assertNotIn("\x1b", said)
-        self.assertEqual(self.output(PROGRESSD, 1), "between\n")
+
+    def test_narrow_terminals(self):
+        for columns, expected in (
+            (60, "漢字 and more 2 of 4 [#####-----] 50 %, 3 s left"),
+            (46, "漢字 and mo 2 of 4 [#####-----] 50 %, 3 s left"),
+            (40, "漢字 and more 2 of 4 50 %, 3 s left"),
+            (20, "漢字 50 %, 3 s left"),
+            (18, "漢 50 %, 3 s left"),
+            (4, "50 %"),
+            (0, ""),
+        ):
+            line = terminal._fitted("漢字 and more", "2 of 4", "[#####-----]", "50 %, 3 s left", columns)
+            self.assertEqual(line, expected, columns)
 
     def test_terminals_that_take_progress(self):
         for expected, environment in (
@@ -381,7 +359,6 @@ with Progress("Line", learn="", program=sys.argv[1]) as window:
             (False, {"VTE_VERSION": "7899", "TERM_PROGRAM": "vscode", "ConEmuANSI": "OFF", "TERM_FEATURES": "T3PaCw"}),
             (True, {"VTE_VERSION": "7900"}),
             (True, {"TERM_PROGRAM": "ghostty"}),
-            (True, {"WT_SESSION": "1"}),
             (True, {"ConEmuANSI": "ON"}),
             (True, {"TERM_FEATURES": "T3CwPSc7"}),
         ):
@@ -436,14 +413,6 @@ class Window(unittest.TestCase):
                     time.sleep(0.01)
             self.hear("isHidden")
 
-    def test_killed_client(self):
-        program = f"import progressclient as p, time\nfor i in p.track([1, 2], daemon='{NAME}'): time.sleep(100)"
-        client = subprocess.Popen([sys.executable, "-c", program])
-        self.hear("isShown")
-        client.kill()
-        client.wait()
-        self.hear("isHidden")
-
     def test_daemon_that_pauses_and_box(self):
         with Progress("Keep?", daemon=NAME) as window:
             bar = window.bar("Steps", total=1000)
@@ -457,30 +426,27 @@ class Window(unittest.TestCase):
 
 
 class PrivateDaemon(unittest.TestCase):
-    def records(self, name):
-        """Of the runs that were learned under this name, which are removed."""
-        found = glob.glob(f"{os.environ['XDG_STATE_HOME']}/progressd/{name.replace(' ', '%20')}.txt")
-        counts = [0]
-        for path in found:
-            with open(path) as file:
-                counts.append(len(file.readlines()) - 1)
-            os.remove(path)
-        return max(counts)
-
     def test_learns_under_its_name_and_leaves_nothing(self):
-        for expected, failure in ((1, None), (0, KeyError), (0, Cancelled)):
-            name = f"module test {os.getpid()} {expected}"
-            with self.subTest(failure), changed(PROGRESSD=PROGRESSD), contextlib.suppress(KeyError, Cancelled):
+        for is_learned, failure, has_full_bar in (
+            (True, None, True),
+            (False, KeyError, True),
+            (False, Cancelled, True),
+            (False, KeyError, False),  # the failed loop's bar is the last to go, some time before the window
+        ):
+            name = f"learned{failure and failure.__name__}{has_full_bar}"
+            with self.subTest(name), changed(PROGRESSD=PROGRESSD), contextlib.suppress(KeyError, Cancelled):
                 with Progress("a;\nb</configuration>", learn=name) as window:
-                    for number in window.track(range(3)):
-                        window.text(number)
-                        press("^a.* b<.*>$", "Tab")
-                        time.sleep(0.6)
-                    full = window.bar()
-                    full.update(100)
-                    if failure:
-                        raise failure
-            self.assertEqual(self.records(name), expected)
+                    try:
+                        for number in window.track(range(3)):
+                            press("^a.* b<.*>$", "Tab")
+                            time.sleep(0.6)
+                            if failure and number == 2:
+                                raise failure
+                    finally:
+                        if has_full_bar:
+                            window.bar().update(100)
+                        time.sleep(0.3)
+            self.assertEqual(os.path.exists(f"{os.environ['XDG_STATE_HOME']}/progressd/{name}.txt"), is_learned, name)
         self.assertEqual([f for f in os.listdir(os.path.dirname(socket_path("x"))) if "python-" in f], [])
 
 
