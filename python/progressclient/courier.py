@@ -156,8 +156,9 @@ class Courier(threading.Thread):
             if not channel.flush():
                 return
             self._tell(channel, widget._news())
-            if widget._is_failed and self._daemon.is_private and not any(w._is_wanted for w in list(self.widgets)):
-                self._tell(channel, [_GIVE_UP])  # it also hides the window: only when nothing is left in it
+            is_last = not any(other._is_wanted and other._has_slot() for other in list(self.widgets))
+            if widget._is_failed and is_last and self._daemon.is_private:
+                self._tell(channel, [_GIVE_UP])  # it hides the window, too
             self._tell(channel, [widget._farewell()])
             slots.give_back(widget)
         self.widgets.remove(widget)
