@@ -282,9 +282,8 @@ def track(
         with _sharing:
             window = next((window for window in open_windows if window.daemon == daemon), None)
             if window is None:
-                window = Progress(
-                    words_of(title) or name, daemon=daemon, program=program, learn=learn, notify=notify
-                )
+                heading = words_of(title) or name
+                window = Progress(heading, daemon=daemon, program=program, learn=learn, notify=notify)
                 window._loops = 0
             if window._loops is not None:
                 window._loops += 1

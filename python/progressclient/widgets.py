@@ -28,13 +28,14 @@ class Widget:
     """Something in a slot. `_slot`, `_told` and `_news()` are the thread's that talks to the daemon; the rest
     anybody's."""
 
-    __slots__ = ("_slot", "_told", "_is_wanted", "_check")
+    __slots__ = ("_slot", "_told", "_is_wanted", "_words", "_check")
 
     _kind = "row"
     _creation, _removal = "create", "remove"
     _is_failed = False  # what goes with it has not come to its end
 
-    def __init__(self, check: Check = lambda: None) -> None:
+    def __init__(self, words: object, check: Check) -> None:
+        self._words = words_of(words)
         self._slot: Optional[int] = None  # NO_SLOT when there was none left
         self._told: Optional[tuple[str, int]] = None
         self._is_wanted = True
@@ -46,7 +47,7 @@ class Widget:
 
     def _label(self) -> str:
         """Its text, as it stands."""
-        raise NotImplementedError
+        return self._words
 
     def _percent(self) -> int:
         return 0
@@ -87,27 +88,27 @@ class Bar(Widget):
     What is set to something that is no number is unknown: the bar moves to and fro.
     """
 
-    __slots__ = ("_name", "_text", "_total", "_completed", "_is_pulsing", "_counts", "_unit", "_count", "_due", "_begin")
+    __slots__ = ("_text", "_total", "_completed", "_is_pulsing", "_counts", "_unit", "_count", "_due", "_begin")
 
     def __init__(self, caption: object, total: object, unit: object, check: Check) -> None:
-        super().__init__(check)
-        self._name = words_of(caption)
+        super().__init__(caption, check)
         self._text = ""
         self._unit = words_of(unit)
         self._completed = 0.0
         self._is_pulsing = False
         self._count = ""
-        self._due = self._begin = 0.0  # on the monotonic clock
+        self._due = 0.0  # on the monotonic clock, as the begin, which stands beside what was done by then
+        self._begin: Optional[tuple[float, float]] = None
         self.total = total  # type: ignore[assignment]
 
     @property
     def caption(self) -> str:
         """What it is called; anything may be set."""
-        return self._name
+        return self._words
 
     @caption.setter
     def caption(self, caption: object) -> None:
-        self._name = words_of(caption)
+        self._words = words_of(caption)
 
     @property
     def text(self) -> str:
@@ -163,7 +164,7 @@ class Bar(Widget):
         self._check()
 
     def _label(self) -> str:
-        return ": ".join(filter(None, (self._name, self._text)))
+        return ": ".join(filter(None, (self._words, self._text)))
 
     def _plain(self, text: str) -> str:
         # A character without a width keeps the daemon from reading "%p", "%v" and "%m" as numbers of the bar.
@@ -185,15 +186,14 @@ class Bar(Widget):
 
     def _counted(self) -> str:
         """"12 of 40 files, 3.1/s"."""
-        self._begin = self._begin or time.monotonic()
-        elapsed = time.monotonic() - self._begin
-        total, done, unit = self._total, self._completed, self._unit
+        total, done, unit, now = self._total, self._completed, self._unit, time.monotonic()
+        begin, done_before = self._begin = self._begin or (now, done)
         if not self._counts or not (total or done):
             return ""
         count = f"{_amount(done, unit, total)} of {_amount(total, unit)}" if total else _amount(done, unit)
         if unit and unit != "B":
             count += f" {unit}"
-        rate = done / elapsed if elapsed >= _RATE_AFTER else 0
+        rate = (done - done_before) / (now - begin) if now - begin >= _RATE_AFTER else 0
         return f"{count}, {_amount(rate, unit)}/s" if rate >= 1 else count
 
     def _known_amount(self) -> int:
@@ -205,34 +205,26 @@ class Bar(Widget):
 class Text(Widget):
     """A line of text."""
 
-    __slots__ = ("_text",)
+    __slots__ = ()
 
     _creation, _removal = "addText", "delText"
 
-    def __init__(self, text: object, check: Check) -> None:
-        super().__init__(check)
-        self._text = words_of(text)
-
     def update(self, text: object) -> None:
         """Shows another text, or what `str()` makes of something else. Raises Cancelled if that was asked for."""
-        self._text = words_of(text)
+        self._words = words_of(text)
         self._check()
-
-    def _label(self) -> str:
-        return self._text
 
 
 class Button(Widget):
     """A button. "&" in its label marks the letter that presses it."""
 
-    __slots__ = ("_words", "_cancels", "_clicks", "_seen")
+    __slots__ = ("_cancels", "_clicks", "_seen")
 
     _kind = "button"
     _creation, _removal = "addButt", "delButt"
 
     def __init__(self, label: object, cancels: bool = False) -> None:
-        super().__init__()
-        self._words = words_of(label)
+        super().__init__(label, lambda: None)
         self._cancels = cancels
         self._clicks = self._seen = 0
 
@@ -245,9 +237,6 @@ class Button(Widget):
         """Whether it was clicked since this was last asked."""
         seen, self._seen = self._seen, self._clicks
         return seen != self._seen
-
-    def _label(self) -> str:
-        return self._words
 
 
 class Question:
