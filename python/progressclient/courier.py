@@ -59,7 +59,7 @@ class Courier(threading.Thread):
         not learned."""
         self._is_failed = is_failed
         self._leave.set()
-        if self.is_alive():
+        if self.is_alive() and self is not threading.current_thread():  # where a loop left behind may be collected
             self.join(DEADLINE + 1)
 
     def forget(self) -> None:

@@ -199,16 +199,18 @@ class Progress:
         return widget
 
     def _offer_cancel(self, label: Union[bool, str]) -> None:
-        self._cancel_askers += 1
-        if not self._cancel_button:
-            self._courier.wants_out = False
-            self._cancel_button = self._add(Button(label if isinstance(label, str) else "Cancel", cancels=True))
+        with _sharing:
+            self._cancel_askers += 1
+            if not self._cancel_button:
+                self._courier.wants_out = False
+                self._cancel_button = self._add(Button(label if isinstance(label, str) else "Cancel", cancels=True))
 
     def _withdraw_cancel(self) -> None:
-        self._cancel_askers -= 1
-        if self._cancel_button and not self._cancel_askers:
-            self._cancel_button.remove()
-            self._cancel_button = None
+        with _sharing:
+            self._cancel_askers -= 1
+            if self._cancel_button and not self._cancel_askers:
+                self._cancel_button.remove()
+                self._cancel_button = None
 
     def _let_go(self, is_failed: bool) -> None:
         """One loop less."""
@@ -240,7 +242,7 @@ def _warn(text: str) -> None:
 def _callers_level() -> int:
     """How far up the caller of this package is, for a warning that this function's caller gives."""
     level, frame = 1, sys._getframe(1)
-    while frame.f_back and frame.f_globals["__name__"].split(".")[0] == __package__:
+    while frame.f_back and frame.f_globals.get("__name__", "").split(".")[0] == __package__:
         level, frame = level + 1, frame.f_back
     return level
 
@@ -282,8 +284,7 @@ def track(
         with _sharing:
             window = next((window for window in open_windows if window.daemon == daemon), None)
             if window is None:
-                heading = words_of(title) or name
-                window = Progress(heading, daemon=daemon, program=program, learn=learn, notify=notify)
+                window = Progress(_first(title, name), daemon=daemon, program=program, learn=learn, notify=notify)
                 window._loops = 0
             if window._loops is not None:
                 window._loops += 1
@@ -292,7 +293,7 @@ def track(
     return Loop(iterable, name, total, unit, cancel, None if disable else open_window)
 
 
-#: Held while it is decided whether a loop's window is there already, or goes.
+#: Held while loops come to a window, or to its Cancel, and leave it.
 _sharing = threading.RLock()
 
 
