@@ -6,13 +6,15 @@ import os
 import threading
 import time
 import weakref
-from typing import Optional
+from typing import Optional, TypeVar
 
 from .channel import DEADLINE, Channel
 from .daemon import Daemon
 from .terminal import Line, forget_lines
 from .widgets import MOST_AMOUNT, Bar, Button, Question, Slots, Widget, renew_lock
 from .words import words_of
+
+W = TypeVar("W", bound=Widget)
 
 TICK = 0.04  # seconds between two looks at what shall be shown
 _GIVE_UP = "messageStart"  # a run across which it comes is not learned
@@ -48,11 +50,12 @@ class Courier(threading.Thread):
         self.questions: list[Question] = []
         _couriers.add(self)
 
-    def add(self, widget: Widget) -> None:
+    def add(self, widget: W) -> W:
         """Shows it, if there is a window."""
         if self.is_alive():
             self.widgets.append(widget)
             self._amounts.note(self.widgets)
+        return widget
 
     def leave(self, is_failed: bool) -> None:
         """Takes everything out of the window and waits until that is done, but not for long. A run that failed is
@@ -106,8 +109,8 @@ class Courier(threading.Thread):
         is_over = False
         while not is_over:
             is_over = self._leave.wait(TICK)
-            for widget in [widget for widget in self.widgets if not widget._is_wanted]:
-                self.widgets.remove(widget)
+            for gone in [widget for widget in self.widgets if not widget._is_wanted]:
+                self.widgets.remove(gone)
             self._draw(line)
         line.close()
 

@@ -65,7 +65,7 @@ class Loop(Bar, Generic[T]):
             show, self._open = self._open, None
             self._window = show()
             self._check = self._window.check
-            self._window._add(self)
+            self._window._courier.add(self)
             if self._cancel:
                 self._window._offer_cancel(self._cancel)
         self._users += 1

@@ -17,11 +17,10 @@ from .courier import Courier
 from .daemon import START_DEADLINE, Daemon
 from .loops import Loop
 from .terminal import Line, has_display, write
-from .widgets import PERCENT, Bar, Button, Question, Text, Widget
+from .widgets import PERCENT, Bar, Button, Question, Text
 from .words import box, button_name, configuration, words_of
 
 T = TypeVar("T")
-W = TypeVar("W", bound=Widget)
 
 _LOOK = 0.25  # seconds between two looks whether who should answer is still there
 
@@ -54,7 +53,7 @@ class Progress:
     notify: a desktop notification tells the end of work that took longer than 10 s, if nobody was looking.
     """
 
-    __slots__ = ("daemon", "_title", "_has_warned", "_courier", "_cancel_button", "_cancel_askers", "_loops")
+    __slots__ = ("daemon", "_title", "_courier", "_cancel_button", "_cancel_askers", "_loops")
 
     def __init__(
         self,
@@ -68,10 +67,9 @@ class Progress:
         notify: bool = False,
     ) -> None:
         self.daemon = daemon
-        script, title = _script(), words_of(title)
-        self._title = title or script or "Python"
-        self._has_warned = False
-        way = Daemon(daemon, program, words_of((title or script) if learn is None else learn))
+        name = _first(title, _script())
+        self._title = name or "Python"
+        way = Daemon(daemon, program, name if learn is None else words_of(learn))
         line = None
         if way.is_private:
             settings = f"{configuration(self._title, notify)};{settings}"
@@ -110,15 +108,15 @@ class Progress:
         With a total of your own the window shows how much of it is done, and the rate, in this unit ("files"; "B" for
         bytes); what remains is told from how long as much took before.
         """
-        return self._add(Bar(caption, total, unit, self.check))
+        return self._courier.add(Bar(caption, total, unit, self.check))
 
     def text(self, text: object) -> Text:
         """Shows a line of text, or what `str()` makes of something else. Beyond ten bars and texts nothing is shown."""
-        return self._add(Text(text, self.check))
+        return self._courier.add(Text(text, self.check))
 
     def button(self, label: object) -> Button:
         """Shows a button. Beyond ten buttons nothing is shown."""
-        return self._add(Button(label))
+        return self._courier.add(Button(label))
 
     def track(
         self,
@@ -190,20 +188,16 @@ class Progress:
         self._warn_of_trouble()
 
     def _warn_of_trouble(self) -> None:
-        if self._courier.trouble is not None and not self._has_warned:
-            self._has_warned = True
-            _warn(f"going on without a progress window: {self._courier.trouble}")
-
-    def _add(self, widget: W) -> W:
-        self._courier.add(widget)
-        return widget
+        trouble, self._courier.trouble = self._courier.trouble, None
+        if trouble is not None:
+            _warn(f"going on without a progress window: {trouble}")
 
     def _offer_cancel(self, label: Union[bool, str]) -> None:
         with _sharing:
             self._cancel_askers += 1
             if not self._cancel_button:
                 self._courier.wants_out = False
-                self._cancel_button = self._add(Button(label if isinstance(label, str) else "Cancel", cancels=True))
+                self._cancel_button = self._courier.add(Button(label if isinstance(label, str) else "Cancel", cancels=True))
 
     def _withdraw_cancel(self) -> None:
         with _sharing:

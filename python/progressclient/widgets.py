@@ -244,8 +244,7 @@ class Question:
 
     def __init__(self, payload: str) -> None:
         self.payload = payload
-        #: Its number on the channel, once it was asked.
-        self.number: Optional[int] = None
+        self.number: Optional[int] = None  # on the channel, once it was asked
         self.code: Optional[int] = None
         self.is_answered = threading.Event()
 
