@@ -96,7 +96,7 @@ class Line:
             with _writing:
                 self._stream.write(text)
                 self._stream.flush()
-        except (OSError, ValueError):  # hung up, full, or closed
+        except Exception:  # hung up, full, closed, or the program's own and odd
             self._stream = None
 
 
@@ -151,7 +151,7 @@ def _is_terminal(stream: Optional[TextIO]) -> bool:
 def _columns(stream: Optional[TextIO]) -> int:
     try:
         return os.get_terminal_size(stream.fileno()).columns or 80 if stream else 80
-    except (OSError, ValueError, AttributeError):
+    except Exception:
         return 80
 
 
