@@ -86,11 +86,15 @@ daemonSocket daemonSocket::connect(const std::string &identifier, const deadline
         throw error(error::reason::system, systemText("no socket"));
 
     const sockaddr_un address = wire::socketAddress(path);
-    limitConnecting(made.fd(), until);
-    if (::connect(made.fd(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+    const auto connects = [&made, &address, &until] {
+        limitConnecting(made.fd(), until);
+        return ::connect(made.fd(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    };
+    while (!connects()) {
         if (errno == EAGAIN)
             throwTimedOut("take the connection");
-        throwNotRunning(identifier, path);
+        if (errno != EINTR)
+            throwNotRunning(identifier, path);
     }
     if (!wire::isTrusted(wire::peerOf(made.fd())))
         throw error(error::reason::notOurs, "somebody else answers at " + path);
