@@ -56,8 +56,10 @@ channel::channel(int descriptor)
 channel::~channel()
 {
     pollfd room{m_descriptor, POLLOUT, 0};
-    while (mustWait() && poll(&room, 1, lastPatienceMs()) > 0)
+    for (int ready = 1; mustWait() && ready != 0;) {
+        ready = poll(&room, 1, lastPatienceMs()); // a signal that asks for the end again interrupts it
         send();
+    }
     m_readable.setEnabled(false);
     m_writable.setEnabled(false);
     ::close(m_descriptor);

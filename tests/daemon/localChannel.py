@@ -202,6 +202,10 @@ class LocalChannel(Case):
         for _ in range(20000):
             listener.until("isActivated")
         client.send("<exit/>")
+        until(lambda: not os.path.exists(self.path(daemon)), "the end")
+        for _ in range(5):  # to ask again cuts nothing off
+            daemon.process.terminate()
+            time.sleep(0.02)
         self.assertEqual((half.rest().count(b"isActivated"), daemon.status()), (20000, 0))
 
     def test_knows_clients_that_overlap(self):
