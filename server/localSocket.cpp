@@ -85,6 +85,8 @@ localSocket::outcome localSocket::take()
     pid_t holder = 0;
     int sightings = 0;
     while (!lock()) {
+        if (!m_lock)
+            return fail(m_lockPath + ": " + std::strerror(errno));
         // At the second sighting the holder, which neither starts nor ends, did not answer; at the third it
         // is certain that it still lived then.
         const pid_t seen = servingHolder();
@@ -94,16 +96,20 @@ localSocket::outcome localSocket::take()
             return fail("process " + std::to_string(holder) + " has the place of " + m_path +
                         ", and its socket is gone");
         if (somebodyAnswers())
-            break;
+            return answered();
         if (std::chrono::steady_clock::now() > deadline)
             return fail(m_lockPath + " is locked, and nobody answers");
         std::this_thread::sleep_for(step);
     }
-    if (somebodyAnswers()) {
-        fail("another daemon answers at " + m_path);
-        return outcome::answered;
-    }
+    if (somebodyAnswers())
+        return answered();
     return listen();
+}
+
+localSocket::outcome localSocket::answered()
+{
+    fail("another daemon answers at " + m_path);
+    return outcome::answered;
 }
 
 localSocket::outcome localSocket::fail(const std::string &reason)
@@ -120,8 +126,8 @@ bool localSocket::lock()
     m_lock = wire::descriptor(::open(m_lockPath.c_str(), flags, S_IRUSR | S_IWUSR));
     const int file = m_lock.get();
     struct stat held = {};
-    return flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &held) == 0 && isAt(m_lockPath, held) &&
-           ftruncate(file, 0) == 0;
+    return m_lock && flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &held) == 0 &&
+           isAt(m_lockPath, held) && ftruncate(file, 0) == 0;
 }
 
 /// The process that holds the lock, while its socket is there; else 0.

@@ -42,6 +42,7 @@ private:
 
     static void sweep(const std::string &folder);
     outcome take();
+    outcome answered();
     outcome fail(const std::string &reason);
     bool lock();
     pid_t servingHolder() const;

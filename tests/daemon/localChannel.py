@@ -397,6 +397,11 @@ class LocalChannel(Case):
         second = self.daemon(private=True, wait=False, identifier=daemon.identifier)
         self.assertEqual(second.status(), 2)
         self.assertRegex(second.stderr(), rf"process {daemon.pid} .*{daemon.identifier}.sock.* gone")
+        os.mkdir(f"{self.folder()}/{daemon.identifier}-hindered.lock")
+        third = self.daemon(private=True, wait=False, identifier=daemon.identifier + "-hindered")
+        self.assertEqual(third.status(), 2)
+        self.assertRegex(third.stderr(), "lock: Is a directory")
+        os.rmdir(f"{self.folder()}/{daemon.identifier}-hindered.lock")
         self.assertLess(time.monotonic() - started, 1.5 * SLOWNESS)
 
     def test_sweeps_up_behind_the_dead(self):
