@@ -9,9 +9,10 @@
 //   lifespan         when the daemon ends by what clients do
 //   receiver         two of them: the command server and the event server
 //   localServer      the local socket and its channels
-// MyApplication    the application object (app/MyApplication.h)
+// MyApplication    the application object (app/MyApplication.h), with endSignals, the signals that end a
+// private
+//                  daemon in order
 // displayInput     keys and presses before the toolkit sees them (platform/displayInput.h)
-// endSignals       the signals that end a private daemon in order (app/endSignals.h)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
 // dump             the diagnostic log, written by all (log/dump.h)
 
@@ -20,7 +21,6 @@
 #include "app/lockFile.h"
 #include "app/serve.h"
 #include "app/standardError.h"
-#include "app/toolkitMessages.h"
 #include "platform/displayInput.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
@@ -88,7 +88,7 @@ bool isUsable(const commandLine &line)
         std::fputs(usage, stderr);
         return false;
     }
-    const bool lockFits = line.isPrivate || setLockFile(line.identifier);
+    const bool lockFits = line.isPrivate || lockFile(line.identifier).fits();
     if (!lockFits || (line.statisticsName && !statisticsPathFits(line.statisticsName))) {
         complain("the identifier is too long");
         return false;

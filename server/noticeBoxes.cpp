@@ -3,6 +3,7 @@
 #include "server/activeDialog.h"
 #include "server/windowOrder.h"
 #include "widgets/noticeBox.h"
+#include "wire/words.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -16,7 +17,6 @@ namespace
 /// A button field holds a button's code and, in these bits, what else it is.
 constexpr int defaultFlag = QMessageBox::Default;
 constexpr int escapeFlag = QMessageBox::Escape;
-constexpr qsizetype maxButtonFields = 10;
 /// More boxes than this at a time nobody can answer.
 constexpr qsizetype maxOpenBoxes = 32;
 
@@ -56,8 +56,8 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
 {
     if (isFull(answer))
         return;
-    QStringList fields = description.split(QStringLiteral("[#]"));
-    const QStringList buttonFields = fields.mid(3, maxButtonFields);
+    QStringList fields = description.split(QString::fromLatin1(wire::fieldSeparator));
+    const QStringList buttonFields = fields.mid(3, wire::mostButtons);
     fields.resize(3);
     auto *box = new noticeBox(fields[1], fields[2]);
     box->setIcon(static_cast<QMessageBox::Icon>(fields[0].toInt()));
