@@ -54,8 +54,7 @@ int millisecondsUntil(std::chrono::steady_clock::time_point when)
 } // namespace
 
 progressPipe::progressPipe(const commonOptions &common, const pipeOptions &options)
-    : m_common(common), m_options(options), m_reading(std::max<std::size_t>(1, options.bars.size())),
-      m_amountTold(options.amount > 0), m_parent(::getppid())
+    : m_common(common), m_options(options), m_reading(options.bars.size()), m_amountTold(options.amount > 0), m_parent(::getppid())
 {
     if (options.isGauge)
         m_reading.expectBlocks();
