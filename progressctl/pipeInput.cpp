@@ -58,8 +58,8 @@ bool takePrefix(std::string_view &text, std::string_view prefix)
     return isThere;
 }
 
-/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11 and
-/// "12/40" as 1240, and their scripts end at what these take for 100.
+/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11
+/// and "12/40" as 1240, and their scripts end at what these take for 100.
 int joinedDigits(std::string_view text)
 {
     int number = 0;

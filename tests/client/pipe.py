@@ -77,7 +77,7 @@ class Lines(ClientCase):
                 if told[2] is None:
                     # Whether it moved in between depends on how fast the lines come.
                     errors = self.ctl(f"pipe --no-cancel -- printf '{lines}'").errors
-                    self.assertIn(f"update:0;{told[0]}<" if told[0] < 100 else "update:", fake.messages())
+                    self.assertIn(f"update:1;{told[0]}<" if told[0] < 100 else "update:", fake.messages())
                 else:
                     errors = self.check_told(fake, "--slot 0", lines, told)
                 self.check_line(errors, complaint)
@@ -93,15 +93,19 @@ class Lines(ClientCase):
         self.assertEqual(self.ctl("pipe --caption 'a;b' --extra-button Pause -- printf '100\\n#x\\n'").status, 0)
         self.assertEqual(
             fake.messages(), "".join(f"<progress>{each}</progress>" for each in (
-                "create:0;a;b", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:0;100", "addText:1;x",
-                "delText:1", "delButt:0", "delButt:1", "delButt:2", "remove:0")))
+                "create:1;a;b", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:1;100", "addText:0;x",
+                "delText:0", "delButt:0", "delButt:1", "delButt:2", "remove:1")))
+        self.assertEqual(self.ctl("pipe --title T --slot 9 -- printf '#x\\n'").status, 0)
+        messages = fake.messages()
+        for told in ("create:9;<", "addText:8;T", "T\nx<"):
+            self.assertIn(told, messages)
 
     def test_are_told_of_several_bars(self):
         fake = FakeDaemon(self.path)
         self.addCleanup(fake.close)
         self.assertEqual(self.ctl("pipe --bar A --bar=B:NORM -- printf '50\\n2:70\\n2:#x\\n3:9\\n'").status, 0)
         messages = fake.messages()
-        for told in ("create:0;A<", "create:2;B<", "update:2;70<", "updateText:2;B: x<"):
+        for told in ("create:1;A<", "create:2;B<", "update:2;70<", "updateText:2;B: x<"):
             self.assertIn(told, messages)
 
     def test_tell_the_amount(self):
@@ -122,8 +126,8 @@ class Lines(ClientCase):
                 ("--cancel-label 'R&D _quit __x'", "addButt:1;R&&D &quit _x<"),
                 ("--cancel-label= --extra-button=", "addButt:1;Cancel<", "activate"),
                 ("--title x --title $'a\nb</progress>' --text x --text y --pulsate --pulsate",
-                 "create:0;a b</\u200bprogress><", "addText:1;y<"),
-                ("--percentage 150 --extra-button '</progress>'", "addButt:2;</\u200bprogress><", "update:0;100<")):
+                 "addText:0;a b</\u200bprogress>\ny<", "create:1;<"),
+                ("--percentage 150 --extra-button '</progress>'", "addButt:2;</\u200bprogress><", "update:1;100<")):
             with self.subTest(options):
                 result = self.ctl(f"pipe --slot 0 --auto-close {options} </dev/null")
                 self.assertEqual((result.status, result.errors), (0, ""))
@@ -320,6 +324,8 @@ class Terminal(ClientCase):
 
     def test_has_plain_lines_elsewhere(self):
         for script, status, lines in ((self.JOB, 0, ["5% a 1 of 3", "50% a 1 of 3", "100% a 1 of 3"]),
+                                      ("export DISPLAY=:9999; " + self.JOB, 0, ["5% a 1 of 3", "50% a 1 of 3", "100% a 1 of 3"]),
+                                      ("WAYLAND_DISPLAY=none progressctl pipe -- sh -c 'exit 7'", 7, ["0% Progress"]),
                                       ("progressctl pipe -- sh -c 'echo 50; test -z \"$QT_QPA_PLATFORM\" && exit 7'", 7, None),
                                       ("progressctl pipe --timeout 0.3 < <(exec sleep 9)", 5, ["0% Progress"])):
             with self.subTest(script):
