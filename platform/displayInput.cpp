@@ -19,6 +19,9 @@ namespace
 /// Marks the press of a key that was down in the event's state, where no modifier and no button has this bit.
 constexpr quint16 repetitionMark = 0x8000;
 
+/// No window has this number.
+constexpr quint32 otherWindow = 0xffffffff;
+
 bool repetitionsAreMarked = false;
 
 /// Tells whether the display has this.
@@ -65,23 +68,39 @@ bool displayInput::nativeEventFilter(const QByteArray &, void *message, qintptr 
     }
     case XCB_KEY_PRESS: {
         auto *press = static_cast<xcb_key_press_event_t *>(message);
-        if (m_down[press->detail])
-            press->state |= repetitionMark;
-        m_down.set(press->detail);
-        return false;
+        return !isWanted(press->detail, press->event, press->state);
     }
     case XCB_KEY_RELEASE:
-        m_down.reset(static_cast<xcb_key_release_event_t *>(message)->detail);
+        m_downOn[static_cast<xcb_key_release_event_t *>(message)->detail] = 0;
         return false;
-    case XCB_KEYMAP_NOTIFY: {
-        // Without the first eight key codes, which no key has.
-        const auto &keys = static_cast<xcb_keymap_notify_event_t *>(message)->keys;
-        for (size_t code = 8; code < m_down.size(); ++code)
-            m_down[code] = keys[code / 8 - 1] >> code % 8 & 1;
+    case XCB_KEYMAP_NOTIFY:
+        takeDown(static_cast<xcb_keymap_notify_event_t *>(message)->keys);
         return false;
-    }
     default:
         return false;
+    }
+}
+
+bool displayInput::isWanted(quint8 keyCode, quint32 window, quint16 &state)
+{
+    quint32 &downOn = m_downOn[keyCode];
+    if (downOn == 0) {
+        downOn = window;
+        return true;
+    }
+    state |= repetitionMark;
+    return downOn == window;
+}
+
+/// `keys` has a bit for each key code but the first eight, which no key has.
+void displayInput::takeDown(const quint8 *keys)
+{
+    for (size_t code = 8; code < m_downOn.size(); ++code) {
+        const bool isDown = keys[code / 8 - 1] >> code % 8 & 1;
+        if (!isDown)
+            m_downOn[code] = 0;
+        else if (m_downOn[code] == 0)
+            m_downOn[code] = otherWindow;
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <QAbstractNativeEventFilter>
 
-#include <bitset>
+#include <array>
 
 class QKeyEvent;
 class QWidget;
@@ -14,8 +14,9 @@ class QWidget;
 /// toolkit would remember it as the window of the last press, beyond its end, and look at it when the next
 /// one is hidden.
 ///
-/// A held key repeats as presses, without releases in between. The display does not mark these, so every key
-/// that is down is remembered, whichever window it went down on.
+/// A held key repeats as presses, without releases in between, in whichever window has the keyboard by then.
+/// The display does not mark these, so for every key that is down it is remembered where it went down;
+/// elsewhere its repetitions do not count: a key held in one window is no answer to the box that opens.
 class displayInput : public QAbstractNativeEventFilter
 {
 public:
@@ -23,11 +24,16 @@ public:
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
 
 private:
-    std::bitset<256> m_down; ///< by key code
-    int m_xinput = 0;        ///< major opcode of the extension that most presses come from; 0 for none
+    bool isWanted(quint8 keyCode, quint32 window, quint16 &state);
+    void takeDown(const quint8 *keys);
+
+    /// By key code: the window that the key went down on, `otherWindow` for one of another program's, 0 for a
+    /// key that is up.
+    std::array<quint32, 256> m_downOn{};
+    int m_xinput = 0; ///< major opcode of the extension that most presses come from; 0 for none
 };
 
-/// Whether the key was down already.
+/// Whether the key was down already, in the window that the event is for.
 bool isRepetition(const QKeyEvent &event);
 
 /// Has the display tell which keys are down whenever `window`, just created, gets the keyboard: those that

@@ -1,5 +1,6 @@
 #include "server/windowOrder.h"
 
+#include "platform/displayInput.h"
 #include "platform/stacking.h"
 
 #include <QApplication>
@@ -65,6 +66,7 @@ void windowOrder::openBox(QWidget *box, const QWidget *dialog)
     m_boxes.append(box);
     box->installEventFilter(this);
     box->windowHandle()->installEventFilter(this);
+    tellHeldKeys(*box);
     box->raise();
     box->activateWindow();
     keepBelowBoxes();

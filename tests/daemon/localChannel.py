@@ -420,8 +420,9 @@ class LocalChannel(Case):
                 client.send("<exit/>")
                 daemon.status()
                 folder = os.path.join(self.screen.environment["XDG_STATE_HOME"], "progressd")
-                self.assertEqual(glob.glob(f"{folder}/*.txt"), [f"{folder}/{name}{os.getpid()}.txt"] if kept else [])
-                shutil.rmtree(folder, ignore_errors=True)
+                mine = [path for path in glob.glob(f"{folder}/*.txt")
+                        if os.path.basename(path) in (f"{name}{os.getpid()}.txt", f"{daemon.identifier}.txt", ".txt")]
+                self.assertEqual(mine, [f"{folder}/{name}{os.getpid()}.txt"] if kept else [])
                 self.assertEqual(daemon.statistics(), "")
 
 
