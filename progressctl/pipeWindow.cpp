@@ -161,6 +161,9 @@ void pipeWindow::showContent(const pipeContent &start)
             m_untold.createBar(*slot, start.bars[i].caption);
         m_shown.bars.push_back({0, start.bars[i].caption});
     }
+    // A window of its own has nothing to stand apart from.
+    if (!m_ownDaemon)
+        joinSlots();
     const auto showButton = [this](std::size_t index, const std::string &label) {
         if (const auto slot = slotAt(index))
             m_untold.addButton(*slot, labelFromMnemonic(label));
@@ -172,6 +175,14 @@ void pipeWindow::showContent(const pipeContent &start)
     // Its user may have closed the window, which does not come back for further content.
     if (!m_ownDaemon)
         m_untold.activate();
+}
+
+/// That of the first bar and Cancel leads.
+void pipeWindow::joinSlots()
+{
+    m_untold.joinSlot(m_slots[1], m_slots[1]);
+    for (const int slot : m_slots)
+        m_untold.joinSlot(slot, m_slots[1]);
 }
 
 void pipeWindow::offerOk()
@@ -237,8 +248,10 @@ void pipeWindow::showText(const std::string &text)
         m_untold.removeText(slot);
     else if (m_hasText)
         m_untold.updateText(slot, text);
-    else
+    else {
         m_untold.createText(slot, text);
+        m_untold.joinSlot(slot, m_slots[1]);
+    }
     m_hasText = !isUseless;
 }
 

@@ -125,6 +125,7 @@ private:
     void send();
     std::size_t slotsWanted() const;
     void takeSlots();
+    void joinSlots();
     pipeContent placed(pipeContent content) const;
     std::optional<int> slotAt(std::size_t index) const;
     std::optional<int> slotOfBar(std::size_t index) const { return slotAt(index + 1); }
