@@ -93,7 +93,7 @@ class Lines(ClientCase):
         self.assertEqual(self.ctl("pipe --caption 'a;b' --extra-button Pause -- printf '100\\n#x\\n'").status, 0)
         self.assertEqual(
             fake.messages(), "".join(f"<progress>{each}</progress>" for each in (
-                "create:1;a;b", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:1;100", "addText:0;x",
+                "create:1;a;b", "join:1;1", "join:0;1", "join:2;1", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:1;100", "addText:0;x", "join:0;1",
                 "delText:0", "delButt:0", "delButt:1", "delButt:2", "remove:1")))
         self.assertEqual(self.ctl("pipe --title T --slot 9 -- printf '#x\\n'").status, 0)
         messages = fake.messages()
@@ -260,6 +260,20 @@ class Ends(ClientCase):
         self.screen.window(self.name)
         running.terminate()
         running.wait(PATIENCE)
+
+    def test_are_cancelled_one_by_one(self):
+        """In a window that they share, Escape means the one that has the keyboard."""
+        self.start_shared()
+        job = "(echo 30; exec sleep 99) | progressctl pipe --title {}; echo $?"
+        pipes = []
+        for name in "abc":
+            pipes.append(self.begin(job.format(name)))
+            time.sleep(0.5)
+        self.press("Tab", "Escape")
+        self.assertEqual(pipes[1].stdout.readline(), b"1\n")
+        self.assertEqual([pipes[0].poll(), pipes[2].poll()], [None, None])
+        self.press("alt+F4")
+        self.assertEqual([pipes[0].stdout.readline(), pipes[2].stdout.readline()], [b"1\n", b"1\n"])
 
     def test_leave_nothing_behind(self):
         """Pipes on one daemon have slots of their own, and a killed one's are free again."""
