@@ -64,6 +64,11 @@ void progressCommands::finishSlot(int slot)
     tell(command(verb::finish, slot));
 }
 
+void progressCommands::joinSlot(int slot, int leader)
+{
+    tell(command(verb::join, slot, std::to_string(leader)));
+}
+
 void progressCommands::removeBar(int slot)
 {
     tell(command(verb::remove, slot));

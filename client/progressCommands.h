@@ -35,6 +35,10 @@ public:
     /// What stands in the slot stays, but the run does not wait for it: it ends, and is learned, when nothing
     /// else is left. For what waits for the user when the work is done.
     void finishSlot(int slot);
+    /// Has the slot stand with another one, the `leader`, for as long as something stands in it: in a fitted
+    /// dialog that shows anything else, their rows and buttons are together, below what was there before, and
+    /// Escape on one of their buttons is a click on the leader's. The leader joins itself first.
+    void joinSlot(int slot, int leader);
     /// Removes the slot's bar or text.
     void removeBar(int slot);
     /// Shows a text line; it takes the place of a bar in the same slot.

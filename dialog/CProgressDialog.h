@@ -47,6 +47,7 @@ public:
     /// What stands in the slot stays, without being a part of the run: that ends, and is learned, when
     /// nothing else is left. What is put into the slot later is a part again.
     void finishSlot(int id);
+    void joinSlot(int id, int leaderId);
     /// The bar of the slot moves to and fro without a percent until its next update; it counts as it stood.
     void pulseBar(int id);
 

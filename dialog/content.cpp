@@ -79,6 +79,7 @@ void CProgressDialog::clearRow(int id)
         return;
     labelVisible[id] = false;
     barVisible[id] = false;
+    leaveIfEmpty(id);
     relayout();
 }
 
@@ -91,6 +92,15 @@ void CProgressDialog::finishSlot(int id)
     takeTimingStep(m_isActive);
     if (ran && m_timerId == -1)
         showAverage();
+}
+
+void CProgressDialog::joinSlot(int id, int leaderId)
+{
+    const auto isSlot = [](int each) { return each >= 0 && each < MAX_ENTRIES; };
+    if (!isSlot(id) || !isSlot(leaderId))
+        return;
+    join(id, leaderId);
+    relayout();
 }
 
 void CProgressDialog::pulseBar(int id)
@@ -116,6 +126,7 @@ void CProgressDialog::removeButton(int id)
     if (id < 0 || id >= MAX_ENTRIES)
         return;
     buttonVisible[id] = false;
+    leaveIfEmpty(id);
     ensureVisible();
     update();
     if (buttons[id])
@@ -146,6 +157,8 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
 void CProgressDialog::copySlot(int id, const CProgressDialog &src)
 {
     finished[id] = src.finished[id];
+    leader[id] = src.leader[id];
+    coming[id] = src.coming[id];
     const auto copyLook = [](QWidget *to, const QWidget *from) {
         to->setPalette(from->palette());
         to->setFont(from->font());

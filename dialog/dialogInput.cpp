@@ -139,8 +139,15 @@ dialogInput::target dialogInput::concernedButton(const QObject *obj) const
 
 bool dialogInput::act(int key, const target &pressed)
 {
-    if (key == Qt::Key_Escape && m_layout.takesDesktopKeys())
-        return close();
+    if (key == Qt::Key_Escape && m_layout.takesDesktopKeys()) {
+        const bool isOnButton = pressed.button && pressed.button != m_content.m_hideButton;
+        const int leader = isOnButton && pressed.button->isVisible() ? m_content.groupOf(pressed.slot) : -1;
+        if (leader < 0)
+            return close();
+        m_host.clicked(leader);
+        m_dialog.willCancel();
+        return true;
+    }
     if (!pressed.button)
         return false;
     switch (key) {
@@ -181,18 +188,29 @@ bool dialogInput::focus(QPushButton *button) const
     return isShown;
 }
 
+/// The slot of the next button, below or above; -1 behind the last. Where keys are the desktop's, those that
+/// are not shown do not count.
+int dialogInput::neighbour(int slot, int step) const
+{
+    for (slot += step; slot >= 0 && slot < m_content.maxButtons; slot += step) {
+        if (!m_layout.takesDesktopKeys() || m_content.buttonVisible[slot])
+            return slot;
+    }
+    return -1;
+}
+
 void dialogInput::focusNext(const target &pressed)
 {
-    const int next = pressed.slot + 1;
-    const bool isLast = pressed.button == m_content.m_hideButton || next >= m_content.maxButtons;
-    if (isLast || !focus(m_content.buttons[next]))
+    const bool isLast = pressed.button == m_content.m_hideButton;
+    const int next = isLast ? -1 : neighbour(pressed.slot, 1);
+    if (next < 0 || !focus(m_content.buttons[next]))
         m_content.m_hideButton->setFocus();
 }
 
 void dialogInput::focusPrevious(const target &pressed)
 {
-    if (pressed.slot > 0)
-        focus(m_content.buttons[pressed.slot - 1]);
+    if (pressed.slot > 0 && neighbour(pressed.slot, -1) >= 0)
+        focus(m_content.buttons[neighbour(pressed.slot, -1)]);
     else if (pressed.button == m_content.m_hideButton)
         focus(lastShownButton());
 }

@@ -31,6 +31,7 @@ public:
     void goOnFrom(const dialogInput &src);
     /// Sends the event of a shown slot button; false when `button` is none.
     bool sendClicked(const QObject *button);
+    int neighbour(int slot, int step) const;
 
 private:
     struct target;

@@ -7,6 +7,7 @@
 #include "widgets/theme.h"
 
 #include <algorithm>
+#include <numeric>
 
 int dialogSlots::shownButtons() const
 {
@@ -29,6 +30,40 @@ bool dialogSlots::hasUnfinished() const
             others.labelVisible[i] = others.barVisible[i] = others.buttonVisible[i] = false;
     }
     return others.hasContent();
+}
+
+void dialogSlots::join(int id, int leaderId)
+{
+    if (id == leaderId && leader[id] != id)
+        coming[id] = 1 + *std::max_element(std::begin(coming), std::end(coming));
+    leader[id] = leaderId;
+}
+
+void dialogSlots::leaveIfEmpty(int id)
+{
+    if (labelVisible[id] || barVisible[id] || buttonVisible[id])
+        return;
+    leader[id] = -1;
+    coming[id] = 0;
+}
+
+std::array<int, dialogSlots::MAX_ENTRIES> dialogSlots::order() const
+{
+    std::array<int, MAX_ENTRIES> all{};
+    std::iota(all.begin(), all.end(), 0);
+    const auto rank = [this](int id) { return leader[id] < 0 ? 0 : coming[leader[id]]; };
+    std::stable_sort(all.begin(), all.end(), [&rank](int a, int b) { return rank(a) < rank(b); });
+    return all;
+}
+
+int dialogSlots::groupOf(int id) const
+{
+    const auto isApart = [this, id](int other) {
+        return leader[other] != leader[id] &&
+               (labelVisible[other] || barVisible[other] || buttonVisible[other]);
+    };
+    const auto all = order();
+    return std::any_of(all.begin(), all.end(), isApart) ? leader[id] : -1;
 }
 
 void dialogLayout::createWidgets()

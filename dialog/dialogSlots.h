@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 class QPushButton;
 class progressButton;
 class progressLabel;
@@ -27,12 +29,26 @@ struct dialogSlots {
     /// What stands in the slot stays, but is no part of the run any more.
     bool finished[MAX_ENTRIES] = {};
 
+    /// Slots that stand together have the same leader, which is one of them; -1 for one that stands by
+    /// itself.
+    int leader[MAX_ENTRIES] = {-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    /// Of leaders: the order of their coming, from 1 on.
+    int coming[MAX_ENTRIES] = {};
+
     /// Slots that have widgets.
     int maxBars = MAX_ENTRIES;
     int maxButtons = MAX_ENTRIES;
 
     bool showsBar(int id) const { return barVisible[id] && !labelVisible[id]; }
     int shownButtons() const;
+    void join(int id, int leaderId);
+    /// A slot that shows nothing stands with no other.
+    void leaveIfEmpty(int id);
+    /// All, in the order in which they are shown.
+    std::array<int, MAX_ENTRIES> order() const;
+    /// The leader of those that this one is shown apart with, each group below the other; -1 where all that
+    /// is shown belongs together.
+    int groupOf(int id) const;
     /// Whether a text line, a bar or a button is shown.
     bool hasContent() const;
     /// The same, of the slots that are not finished.

@@ -21,13 +21,18 @@ bool isBlank(char each)
     return each == ' ' || (each >= '\t' && each <= '\r');
 }
 
+std::string_view trimmedAtEnd(std::string_view text)
+{
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
 std::string_view trimmed(std::string_view text)
 {
     while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
+    return trimmedAtEnd(text);
 }
 
 bool isWordPart(char each)
@@ -51,6 +56,18 @@ bool takePrefix(std::string_view &text, std::string_view prefix)
     const bool isThere = text.substr(0, prefix.size()) == prefix;
     text.remove_prefix(isThere ? prefix.size() : 0);
     return isThere;
+}
+
+/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11
+/// and "12/40" as 1240, and their scripts end at what these take for 100.
+int joinedDigits(std::string_view text)
+{
+    int number = 0;
+    for (const char each : text.substr(0, text.find_first_of(".,"))) {
+        if (isDigit(each))
+            number = std::min(number * 10 + (each - '0'), mostWhole);
+    }
+    return number;
 }
 
 /// "45" of "1,048,576  45% …", as rsync tells the bytes first.
@@ -118,7 +135,7 @@ std::optional<frontNumber> numberAtFront(std::string_view text)
 void pipeInput::feed(std::string_view bytes)
 {
     for (;;) {
-        const auto isEnd = [](char each) { return each == '\n' || each == '\r'; };
+        const auto isEnd = [](char each) { return each == '\n' || each == '\r' || each == '\0'; };
         const auto at = std::find_if(bytes.begin(), bytes.end(), isEnd);
         if (at == bytes.end())
             break;
@@ -153,23 +170,23 @@ void pipeInput::take(std::string_view line)
         line = line.substr(0, longestLine);
         complain(m_tooLongTold, "a line is too long and was cut", line);
     }
-    line = trimmed(line);
-    if (line.empty() || (m_hasBlocks && takeBlock(line)) || takeFromOthers(line))
+    line = trimmedAtEnd(line);
+    if (line.empty() || (m_hasBlocks && takeBlock(trimmed(line))) || takeFromOthers(line))
         return;
-    if (line.front() == '#') {
+    if (line.front() == '#')
         takeText(trimmed(line.substr(1)));
-    } else if (const auto number = numberAtFront(line)) {
-        takeNumber(*number, line);
-    } else {
-        takeOther(line);
-    }
+    else if (isDigit(line.front()))
+        takeNumber(line);
+    else
+        takeOther(trimmed(line));
 }
 
-/// "2:50" and "2:#text" mean the second bar, if there is one.
-void pipeInput::takeNumber(const frontNumber &number, std::string_view line)
+/// "2:50" and "2:#text" mean the second bar, if they are numbered.
+void pipeInput::takeNumber(std::string_view line)
 {
-    const auto bar = static_cast<std::size_t>(std::max(number.whole, 0));
-    if (m_bars.size() > 1 && bar > 0 && bar <= m_bars.size() && number.rest.substr(0, 1) == ":") {
+    const frontNumber number = *numberAtFront(line);
+    const auto bar = static_cast<std::size_t>(number.whole);
+    if (m_isNumbered && bar > 0 && bar <= m_bars.size() && number.rest.substr(0, 1) == ":") {
         const std::string_view words = trimmed(number.rest.substr(1));
         if (words.substr(0, 1) == "#")
             m_bars[bar - 1].text.assign(trimmed(words.substr(1)));
@@ -177,12 +194,12 @@ void pipeInput::takeNumber(const frontNumber &number, std::string_view line)
             setPercent(bar - 1, percent->whole);
         return;
     }
-    const frontNumber percent = percentBehindSize(line).value_or(number);
-    setPercent(0, percent.whole);
-    if (percent.whole != *m_bars[0].percent)
+    const auto behindSize = percentBehindSize(line);
+    const int percent = behindSize ? behindSize->whole : joinedDigits(line);
+    setPercent(0, percent);
+    if (percent > 100)
         complain(m_outOfRangeTold, "a number is not within 0 to 100", line);
-    if (!number.rest.empty())
-        lookForAmount(line);
+    lookForAmount(line);
 }
 
 void pipeInput::setPercent(std::size_t bar, int percent)
@@ -230,7 +247,7 @@ bool pipeInput::takeFromOthers(std::string_view line)
 {
     std::optional<frontNumber> number;
     std::string_view text;
-    if (line.front() == '#') {
+    if (line.front() == '#' || line.front() == ' ') {
         number = percentBehindBar(line);
     } else if (takePrefix(line, "dlstatus:") || takePrefix(line, "pmstatus:")) {
         // A package's name may have a colon in it.

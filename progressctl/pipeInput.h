@@ -17,10 +17,10 @@ std::optional<frontNumber> numberAtFront(std::string_view text);
 /// The m of the first "n/m" or "n of m" in a text, n being at most m, and m 1 to 2^53; 0 without one.
 std::int64_t amountIn(std::string_view text);
 
-/// Reads the lines that progress windows are fed with: one that begins with a number sets the percent, one
+/// Reads the lines that progress windows are fed with: one that begins with a digit sets the percent, one
 /// that begins with "#" the text, and "pulsate:true" makes the bar move to and fro. "N:" in front means the
-/// N-th bar. Lines of rsync, curl and apt are read as percents, too. Lines end with a line feed or a carriage
-/// return. Keeps the newest of each, so a writer of any speed costs no more than the reading.
+/// N-th bar. Lines of rsync, curl and apt are read as percents, too. Lines end with a line feed, a carriage
+/// return or a zero byte. Keeps the newest of each, so a writer of any speed costs no more than the reading.
 ///
 /// What is out of range is taken as the nearest percent; what is not understood changes nothing. Each kind of
 /// trouble is told once.
@@ -33,7 +33,8 @@ public:
         std::string text;
     };
 
-    explicit pipeInput(std::size_t bars) : m_bars(bars) {}
+    /// `bars` is 0 for one that has no number.
+    explicit pipeInput(std::size_t bars) : m_bars(bars + (bars == 0)), m_isNumbered(bars > 0) {}
     /// From here on, lines between two "XXX" are a percent and a text of one or more lines.
     void expectBlocks() { m_hasBlocks = true; }
 
@@ -57,7 +58,7 @@ public:
 private:
     void keep(std::string_view part);
     void take(std::string_view line);
-    void takeNumber(const frontNumber &number, std::string_view line);
+    void takeNumber(std::string_view line);
     void takeText(std::string_view text);
     bool takeBlock(std::string_view line);
     bool takeFromOthers(std::string_view line);
@@ -68,6 +69,7 @@ private:
 
     std::string m_partialLine;
     std::vector<barWords> m_bars;
+    const bool m_isNumbered;
     bool m_wasFull = false;
     std::optional<std::string> m_text;
     std::optional<bool> m_pulsates;

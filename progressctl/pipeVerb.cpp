@@ -74,7 +74,7 @@ void addLook(CLI::App *verb, pipeOptions &given)
     verb->add_option("--title", given.title, "Title of the window and caption of the bar");
     verb->add_option("--caption", given.caption, "Caption of the bar, when it is not the title");
     verb->add_option("--text,--progress-text", given.text,
-                     "Text below the bar, until a line starts with \"#\"");
+                     "Text above the bar, until a line starts with \"#\"");
     verb->add_flag_callback(
         "--no-markup", [&given] { given.hasMarkup = false; }, "Shows markup in texts as it stands");
     verb->add_option("--percentage", given.percentage, "Where the bar starts");
@@ -86,8 +86,10 @@ void addLook(CLI::App *verb, pipeOptions &given)
         ->check(CLI::Range(0, progressClient::slotCount - 1));
     addLookOptions(*verb, given.look);
     verb->add_option("--width", given.width, "Least width of a window of its own, in pixels");
-    verb->add_option("--window-icon,--icon-name,--icon,--image", given.icon,
+    verb->add_option("--window-icon", given.icon,
                      "Icon of a window of its own: a picture file, or the name of an icon");
+    verb->add_option("--icon-name,--icon,--image", given.image,
+                     "Picture in a window of its own: a file, or the name of an icon");
     verb->add_flag("--modal,--on-top,--undecorated", given.isModal,
                    "A window of its own stays above all others, without a frame");
     verb->add_option_function<std::string>(
@@ -160,6 +162,8 @@ void addEnd(CLI::App *verb, pipeOptions &given)
     verb->add_flag("--auto-close", given.autoClose,
                    "Closes the window at 100, or when the input ends; else it stays until OK is pressed");
     verb->add_flag("--keep-open", given.keepsOpen, "Keeps the window of a COMMAND, too, until OK is pressed");
+    verb->add_flag("--notify", given.notifies,
+                   "Tells the desktop of the end of a run of 10 seconds or more that was out of sight");
     verb->add_flag("--expect-complete", given.expectsComplete,
                    "An input that ends below 100 is a failure: exit status 6");
     verb->add_option("--timeout", given.timeoutSeconds,

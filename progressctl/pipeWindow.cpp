@@ -66,9 +66,13 @@ pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options, 
                        place where)
     : m_common(common), m_options(options)
 {
-    if (where == place::nowhere || !findPlace())
+    if (where == place::nowhere || !findPlace()) {
         startOwnDaemon(where);
-    showContent(start);
+        takeSlots();
+    }
+    if (m_slots.size() < slotsWanted())
+        complain("the daemon has no slot left for another bar or button");
+    showContent(placed(start));
     send();
 }
 
@@ -78,16 +82,27 @@ bool pipeWindow::findPlace()
     if (!progressClient::isRunning(m_common.identifier, m_common.limit()))
         return false;
     m_client.emplace(m_common.identifier, m_common.limit());
-    const std::size_t wanted = std::max<std::size_t>(2, m_options.bars.size() + 1);
-    for (std::size_t i = 0; i < wanted && m_options.slot < 0; ++i) {
-        const int slot = m_client->claim();
-        if (slot < 0) {
-            m_slots.clear();
-            return false;
-        }
+    takeSlots();
+    return m_options.slot >= 0 || m_slots.size() == slotsWanted();
+}
+
+std::size_t pipeWindow::slotsWanted() const
+{
+    return 1 + std::max(m_options.captions().size(), 1 + m_options.buttons.size());
+}
+
+/// A slot that was asked for is the first of all, unless there are too few behind it.
+void pipeWindow::takeSlots()
+{
+    constexpr int all = progressClient::slotCount;
+    const int count = std::min(static_cast<int>(slotsWanted()), all);
+    m_slots.clear();
+    for (int i = 0; i < count; ++i) {
+        const int slot = m_options.slot < 0 ? m_client->claim() : std::min(m_options.slot, all - count) + i;
+        if (slot < 0)
+            return;
         m_slots.push_back(slot);
     }
-    return true;
 }
 
 void pipeWindow::startOwnDaemon(place where)
@@ -119,6 +134,10 @@ settingEntries pipeWindow::ownSettings() const
         settings.emplace_back("windowWidth", std::to_string(m_options.width));
     if (!m_options.icon.empty())
         settings.emplace_back("windowIcon", m_options.icon);
+    if (!m_options.image.empty())
+        settings.emplace_back("windowImage", m_options.image);
+    if (m_options.notifies)
+        settings.emplace_back("notifyEnd", "10");
     return settings;
 }
 
@@ -142,6 +161,9 @@ void pipeWindow::showContent(const pipeContent &start)
             m_untold.createBar(*slot, start.bars[i].caption);
         m_shown.bars.push_back({0, start.bars[i].caption});
     }
+    // A window of its own has nothing to stand apart from.
+    if (!m_ownDaemon)
+        joinSlots();
     const auto showButton = [this](std::size_t index, const std::string &label) {
         if (const auto slot = slotAt(index))
             m_untold.addButton(*slot, labelFromMnemonic(label));
@@ -153,6 +175,14 @@ void pipeWindow::showContent(const pipeContent &start)
     // Its user may have closed the window, which does not come back for further content.
     if (!m_ownDaemon)
         m_untold.activate();
+}
+
+/// That of the first bar and Cancel leads.
+void pipeWindow::joinSlots()
+{
+    m_untold.joinSlot(m_slots[1], m_slots[1]);
+    for (const int slot : m_slots)
+        m_untold.joinSlot(slot, m_slots[1]);
 }
 
 void pipeWindow::offerOk()
@@ -168,31 +198,27 @@ void pipeWindow::send()
     m_client->send(m_untold);
 }
 
-/// With a slot that was asked for, the others are the next ones, and below it those that are left.
-int pipeWindow::nextSlot() const
+std::optional<int> pipeWindow::slotAt(std::size_t index) const
 {
-    const int count = static_cast<int>(m_slots.size());
-    if (count == progressClient::slotCount)
-        return -1;
-    const int above = m_options.slot + count;
-    return above < progressClient::slotCount ? above : progressClient::slotCount - 1 - count;
+    return index < m_slots.size() ? std::optional(m_slots[index]) : std::nullopt;
 }
 
-std::optional<int> pipeWindow::slotAt(std::size_t index)
+/// The title stands in the title bar of a window of its own, if it has one, and above the text in one that is
+/// shared.
+pipeContent pipeWindow::placed(pipeContent content) const
 {
-    while (m_slots.size() <= index) {
-        const int slot = m_options.slot < 0 ? m_client->claim() : nextSlot();
-        if (slot < 0 && !std::exchange(m_isFullTold, true))
-            complain("the daemon has no slot left for another bar or button");
-        if (slot < 0)
-            return std::nullopt;
-        m_slots.push_back(slot);
-    }
-    return m_slots[index];
+    const bool isShared = !m_ownDaemon;
+    if (!m_options.bars.empty() || !m_options.caption.empty() || (!isShared && m_options.isModal))
+        return content;
+    if (isShared && !m_options.title.empty())
+        content.text = content.bars[0].caption + (content.text.empty() ? "" : "\n" + content.text);
+    content.bars[0].caption.clear();
+    return content;
 }
 
-void pipeWindow::show(const pipeContent &wanted)
+void pipeWindow::show(const pipeContent &content)
 {
+    const pipeContent wanted = placed(content);
     for (std::size_t i = 0; i < wanted.bars.size(); ++i) {
         const auto slot = slotOfBar(i);
         const pipeBar &now = wanted.bars[i];
@@ -215,17 +241,17 @@ void pipeWindow::show(const pipeContent &wanted)
 
 void pipeWindow::showText(const std::string &text)
 {
-    const auto slot = slotAt(1);
-    if (!slot)
-        return;
+    const int slot = m_slots[0];
     // A line for nothing but the remaining time goes with it.
     const bool isUseless = m_hasText && text.empty() && m_options.showsRemaining;
     if (isUseless)
-        m_untold.removeText(*slot);
+        m_untold.removeText(slot);
     else if (m_hasText)
-        m_untold.updateText(*slot, text);
-    else
-        m_untold.createText(*slot, text);
+        m_untold.updateText(slot, text);
+    else {
+        m_untold.createText(slot, text);
+        m_untold.joinSlot(slot, m_slots[1]);
+    }
     m_hasText = !isUseless;
 }
 
@@ -285,7 +311,7 @@ void pipeWindow::takeAway(bool isWorthLearning)
     if (m_ownDaemon && !isWorthLearning)
         m_untold.messageStart();
     if (m_hasText)
-        m_untold.removeText(m_slots[1]);
+        m_untold.removeText(m_slots[0]);
     for (const int slot : m_slots)
         m_untold.removeButton(slot);
     // The bars are the last, or their going would be learned as a fall to 0 percent.

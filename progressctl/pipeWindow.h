@@ -24,8 +24,9 @@ struct pipeOptions {
     std::string text;
     std::vector<std::string> bars; ///< labels of several bars; empty: there is one, with the caption
     lookOptions look;
-    std::string icon; ///< a file, or the name of an icon
-    int width = 0;    ///< least one, in pixels; 0: as the content asks for
+    std::string icon;  ///< of the window: a file, or the name of an icon
+    std::string image; ///< beside the content, likewise
+    int width = 0;     ///< least one, in pixels; 0: as the content asks for
     std::string cancelLabel = "Cancel";
     std::string okLabel = "OK";
     std::vector<pipeButton> buttons;
@@ -37,6 +38,7 @@ struct pipeOptions {
     bool hasCancel = true;
     bool hasOk = true;
     bool hasMarkup = true;
+    bool notifies = false; ///< the desktop, of the end of a long run that nobody looked at
     bool pulsates = false;
     bool autoClose = false;
     bool isGauge = false;
@@ -65,7 +67,7 @@ struct pipeBar {
     }
 };
 
-/// What is shown of a pipe: its bars, at least one, and the text below the first.
+/// What is shown of a pipe: its bars, at least one, and the text above the first.
 struct pipeContent {
     std::vector<pipeBar> bars;
     std::string text;
@@ -95,7 +97,7 @@ public:
     /// By the daemon's estimate; -1 while it has none.
     int remainingSeconds() const { return m_remaining; }
 
-    void show(const pipeContent &wanted);
+    void show(const pipeContent &content);
     void tellAmount(std::int64_t amount) { m_untold.setAmount(amount); }
     /// Shows the OK button, from which Return takes the keyboard.
     void offerOk();
@@ -121,9 +123,12 @@ private:
     void showText(const std::string &text);
     void takeAway(bool isWorthLearning);
     void send();
-    int nextSlot() const;
-    std::optional<int> slotAt(std::size_t index);
-    std::optional<int> slotOfBar(std::size_t index) { return slotAt(index == 0 ? 0 : index + 1); }
+    std::size_t slotsWanted() const;
+    void takeSlots();
+    void joinSlots();
+    pipeContent placed(pipeContent content) const;
+    std::optional<int> slotAt(std::size_t index) const;
+    std::optional<int> slotOfBar(std::size_t index) const { return slotAt(index + 1); }
     deed deedOf(const progressClient::event &each);
 
     const commonOptions &m_common;
@@ -131,9 +136,9 @@ private:
     std::optional<progressClient> m_client;
     std::unique_ptr<processHandle> m_ownDaemon;
     progressBatch m_untold; ///< what `send()` sends
-    /// Of the first bar and OK, of the text and Cancel, and of further bars and buttons.
+    /// Of the text and OK, of the first bar and Cancel, and of further bars and buttons. Rows stand in the
+    /// order of their slots, and Return presses the button of the lowest.
     std::vector<int> m_slots;
-    bool m_isFullTold = false;
     pipeContent m_shown;
     bool m_hasText = false;
     bool m_hasOk = false;

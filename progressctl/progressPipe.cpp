@@ -54,8 +54,8 @@ int millisecondsUntil(std::chrono::steady_clock::time_point when)
 } // namespace
 
 progressPipe::progressPipe(const commonOptions &common, const pipeOptions &options)
-    : m_common(common), m_options(options), m_reading(std::max<std::size_t>(1, options.bars.size())),
-      m_amountTold(options.amount > 0), m_parent(::getppid())
+    : m_common(common), m_options(options), m_reading(options.bars.size()), m_amountTold(options.amount > 0),
+      m_parent(::getppid())
 {
     if (options.isGauge)
         m_reading.expectBlocks();
@@ -101,11 +101,17 @@ void progressPipe::openWindow()
     };
     try {
         if (m_options.usesTerminal.value_or(
-                !hasDisplay() && !progressClient::isRunning(m_common.identifier, m_common.limit())))
-            openTerminal();
-        else
-            m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted(), pipeWindow::place::screen);
+                !hasDisplay() && !progressClient::isRunning(m_common.identifier, m_common.limit()))) {
+            if (const std::string why = openTerminal(); !why.empty())
+                complain(why);
+            return;
+        }
+        m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted(), pipeWindow::place::screen);
     } catch (const error &problem) {
+        // Where a daemon starts without a display, the display is one that cannot be reached.
+        if (problem.why() == error::reason::cannotStart && !m_options.usesTerminal && openTerminal().empty())
+            return;
+        m_terminal.reset();
         if (m_options.command.empty())
             throw;
         goOnWithout(problem.what());
@@ -116,14 +122,15 @@ void progressPipe::openWindow()
     }
 }
 
-/// Without a daemon, which learns how long it takes, the line is still worth having.
-void progressPipe::openTerminal()
+/// Gives why there is no daemon, which learns how long it takes. Without one the line is still worth having.
+std::string progressPipe::openTerminal()
 {
     m_terminal = std::make_unique<terminalLine>();
     try {
         m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted(), pipeWindow::place::nowhere);
+        return {};
     } catch (const error &problem) {
-        complain(problem.what());
+        return problem.what();
     }
 }
 

@@ -36,7 +36,7 @@ private:
     };
 
     void openWindow();
-    void openTerminal();
+    std::string openTerminal();
     void closeWindow(bool isWorthLearning);
     void loseWindow(const char *why);
 

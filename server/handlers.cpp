@@ -84,6 +84,9 @@ void handlers::doProgress(const progressCommand &command)
     case progressVerb::finish:
         dialog.finishSlot(slot);
         break;
+    case progressVerb::join:
+        dialog.joinSlot(slot, command.value);
+        break;
     }
 }
 

@@ -39,6 +39,7 @@ enum class progressVerb : unsigned char {
     pulse,
     amount,
     finish,
+    join,
 };
 
 /// What stands behind a keyword, separated by ";".
@@ -67,8 +68,9 @@ inline constexpr std::array progressForms{
     progressForm{"pulse:", argumentKind::slot},
     progressForm{"amount:", argumentKind::amount},
     progressForm{"finish:", argumentKind::slot},
+    progressForm{"join:", argumentKind::slotAndValue},
 };
-static_assert(progressForms.size() == static_cast<std::size_t>(progressVerb::finish) + 1);
+static_assert(progressForms.size() == static_cast<std::size_t>(progressVerb::join) + 1);
 
 constexpr const progressForm &formOf(progressVerb verb)
 {

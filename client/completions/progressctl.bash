@@ -39,8 +39,8 @@ _progressctl() {
     assert) options+=' --timeout' ;;
     records) options+=' --file' ;;
     pipe) options+=' --title --caption --text --no-markup --percentage --pulsate --bar --slot --layout --theme --width
-        --window-icon --modal --display --terminal --no-terminal --time-remaining --no-cancel --cancel-label --ok-label --cancel-status --auto-kill
-        --extra-button --button --no-buttons --auto-close --keep-open --expect-complete --timeout --gauge --learn --amount' ;;
+        --window-icon --icon-name --modal --display --terminal --no-terminal --time-remaining --no-cancel --cancel-label --ok-label --cancel-status --auto-kill
+        --extra-button --button --no-buttons --auto-close --keep-open --notify --expect-complete --timeout --gauge --learn --amount' ;;
     esac
     case $before in
     --layout | windowLayout) words='fitted grid' options='' ;;

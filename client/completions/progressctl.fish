@@ -44,9 +44,10 @@ complete -c progressctl -n '__progressctl_verb start' -l idle -x
 complete -c progressctl -n '__progressctl_verb start pipe' -l layout -xa 'fitted grid'
 complete -c progressctl -n '__progressctl_verb start pipe' -l theme -ra 'auto light dark none'
 complete -c progressctl -n '__progressctl_verb pipe' -l window-icon -r
+complete -c progressctl -n '__progressctl_verb pipe' -l icon-name -r
 for each in caption text percentage bar slot width display cancel-label ok-label cancel-status extra-button button gauge learn amount
     complete -c progressctl -n '__progressctl_verb pipe' -l $each -x
 end
-for each in no-markup pulsate modal terminal no-terminal time-remaining no-cancel auto-kill no-buttons auto-close keep-open expect-complete
+for each in no-markup pulsate modal terminal no-terminal time-remaining no-cancel auto-kill no-buttons auto-close keep-open notify expect-complete
     complete -c progressctl -n '__progressctl_verb pipe' -l $each
 end

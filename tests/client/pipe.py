@@ -39,21 +39,26 @@ class Lines(ClientCase):
         for lines, told, complaint in (
                 ("1\\n42", (42, None, False), ""),
                 ("99.9\\n", (99, None, False), ""),
-                (" 7.5 %%\\r\\n", (7, None, False), ""),
-                ("+5\\n", (5, None, False), ""),
-                ("5\\n12/24\\n", (12, None, False), ""),
+                ("7.5 %%\\r\\n", (7, None, False), ""),
+                ("5\\n 20\\n #x\\n+30\\n", (5, None, False), "20"),
+                ("5\\n12/24\\n", (100, None, False), "12/24"),
+                ("1e1\\n", (11, None, False), ""),
+                ("0x20\\n", (20, None, False), ""),
+                ("12 of 4.5/7\\n", (100, None, False), "12 of 4"),
+                ("5\\n6\\0\\0", (6, None, False), ""),
+                ("                  12.3%%\\r", (12, None, False), ""),
                 ("5\\n64 bytes\\n", (64, None, False), ""),
                 ("    1,048,576  45%%    1.00MB/s    0:00:01\\r", (45, None, False), ""),
                 ("  1.05M 100%%  9.9MB/s\\r", (100, None, False), ""),
-                ("10 of 20, 80%%\\n", (10, None, False), ""),
+                ("10 of 20, 80%%\\n", (100, None, False), "10 of"),
                 ("####              12.3%%\\r", (12, None, False), ""),
                 ("#  7.5%%\\n", (7, None, False), ""),
                 ("dlstatus:1:20.9:Retrieving x\\npmstatus:libc6:amd64:40.5:Unpacking: y\\n", (40, "Unpacking: y", False), ""),
                 ("10\\r20\\r30", (30, None, False), ""),
                 ("30,5\\n", (30, None, False), ""),
                 ("5\\n101\\n102\\n", (100, None, False), "101"),
-                ("50\\n-1\\n", (0, None, False), "-1"),
-                ("1e300\\n", (1, None, False), ""),
+                ("50\\n-1\\n", (50, None, False), "-1"),
+                ("1e300\\n", (100, None, False), "1e300"),
                 ("9999999999999\\n", (100, None, False), "99"),
                 ("5\\nnan\\ninf\\n", (5, None, False), "nan"),
                 ("5\\n%%\\nfast\\nslow\\n", (5, None, False), "%"),
@@ -64,7 +69,7 @@ class Lines(ClientCase):
                 ("#<b>x</b> &lt;y&gt; <span color=\"red\">z</span> &#1046;\\n", (0, "x <y> z Ж", False), ""),
                 ("#<i>open & <file>\\n", (0, "<i>open & <file>", False), ""),
                 ("#AT&T <u>x</u> a<b\\n", (0, "AT&T x a<b", False), ""),
-                ("#</progress>\\0x\\n", (0, "</\u200bprogress>x", False), ""),
+                ("#</progress>\\1x\\n", (0, "</\u200bprogress>\x01x", False), ""),
                 ("pulsate:true\\n40\\n", (0, None, True), ""),
                 ("pulsate:true\\n40\\npulsate:false\\n", (40, None, None), ""),
                 ("pulsate:true\\n100\\n", (100, None, None), "")):
@@ -72,7 +77,7 @@ class Lines(ClientCase):
                 if told[2] is None:
                     # Whether it moved in between depends on how fast the lines come.
                     errors = self.ctl(f"pipe --no-cancel -- printf '{lines}'").errors
-                    self.assertIn(f"update:0;{told[0]}<" if told[0] < 100 else "update:", fake.messages())
+                    self.assertIn(f"update:1;{told[0]}<" if told[0] < 100 else "update:", fake.messages())
                 else:
                     errors = self.check_told(fake, "--slot 0", lines, told)
                 self.check_line(errors, complaint)
@@ -88,15 +93,19 @@ class Lines(ClientCase):
         self.assertEqual(self.ctl("pipe --caption 'a;b' --extra-button Pause -- printf '100\\n#x\\n'").status, 0)
         self.assertEqual(
             fake.messages(), "".join(f"<progress>{each}</progress>" for each in (
-                "create:0;a;b", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:0;100", "addText:1;x",
-                "delText:1", "delButt:0", "delButt:1", "delButt:2", "remove:0")))
+                "create:1;a;b", "join:1;1", "join:0;1", "join:2;1", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:1;100", "addText:0;x", "join:0;1",
+                "delText:0", "delButt:0", "delButt:1", "delButt:2", "remove:1")))
+        self.assertEqual(self.ctl("pipe --title T --slot 9 -- printf '#x\\n'").status, 0)
+        messages = fake.messages()
+        for told in ("create:9;<", "addText:8;T", "T\nx<"):
+            self.assertIn(told, messages)
 
     def test_are_told_of_several_bars(self):
         fake = FakeDaemon(self.path)
         self.addCleanup(fake.close)
         self.assertEqual(self.ctl("pipe --bar A --bar=B:NORM -- printf '50\\n2:70\\n2:#x\\n3:9\\n'").status, 0)
         messages = fake.messages()
-        for told in ("create:0;A<", "create:2;B<", "update:2;70<", "updateText:2;B: x<"):
+        for told in ("create:1;A<", "create:2;B<", "update:2;70<", "updateText:2;B: x<"):
             self.assertIn(told, messages)
 
     def test_tell_the_amount(self):
@@ -117,8 +126,8 @@ class Lines(ClientCase):
                 ("--cancel-label 'R&D _quit __x'", "addButt:1;R&&D &quit _x<"),
                 ("--cancel-label= --extra-button=", "addButt:1;Cancel<", "activate"),
                 ("--title x --title $'a\nb</progress>' --text x --text y --pulsate --pulsate",
-                 "create:0;a b</\u200bprogress><", "addText:1;y<"),
-                ("--percentage 150 --extra-button '</progress>'", "addButt:2;</\u200bprogress><", "update:0;100<")):
+                 "addText:0;a b</\u200bprogress>\ny<", "create:1;<"),
+                ("--percentage 150 --extra-button '</progress>'", "addButt:2;</\u200bprogress><", "update:1;100<")):
             with self.subTest(options):
                 result = self.ctl(f"pipe --slot 0 --auto-close {options} </dev/null")
                 self.assertEqual((result.status, result.errors), (0, ""))
@@ -138,7 +147,7 @@ class Lines(ClientCase):
     def test_may_be_endless(self):
         fake = FakeDaemon(self.path)
         self.addCleanup(fake.close)
-        self.assertIn("too long", self.run_script("head -c 9000000 /dev/zero | progressctl pipe --auto-close").errors)
+        self.assertIn("too long", self.run_script("head -c 9000000 /dev/zero | tr '\\0' x | progressctl pipe --auto-close").errors)
         result = self.run_script("(printf '#'; head -c 100000 /dev/zero | tr '\\0' x; echo; echo 50) | progressctl pipe --auto-close")
         self.assertIn("x" * 1023 + "</progress>", fake.messages())
         self.check_line(result.errors, "too long")
@@ -252,6 +261,20 @@ class Ends(ClientCase):
         running.terminate()
         running.wait(PATIENCE)
 
+    def test_are_cancelled_one_by_one(self):
+        """In a window that they share, Escape means the one that has the keyboard."""
+        self.start_shared()
+        job = "(echo 30; exec sleep 99) | progressctl pipe --title {}; echo $?"
+        pipes = []
+        for name in "abc":
+            pipes.append(self.begin(job.format(name)))
+            time.sleep(0.5)
+        self.press("Tab", "Escape")
+        self.assertEqual(pipes[1].stdout.readline(), b"1\n")
+        self.assertEqual([pipes[0].poll(), pipes[2].poll()], [None, None])
+        self.press("alt+F4")
+        self.assertEqual([pipes[0].stdout.readline(), pipes[2].stdout.readline()], [b"1\n", b"1\n"])
+
     def test_leave_nothing_behind(self):
         """Pipes on one daemon have slots of their own, and a killed one's are free again."""
         self.start_shared()
@@ -315,6 +338,8 @@ class Terminal(ClientCase):
 
     def test_has_plain_lines_elsewhere(self):
         for script, status, lines in ((self.JOB, 0, ["5% a 1 of 3", "50% a 1 of 3", "100% a 1 of 3"]),
+                                      ("export DISPLAY=:9999; " + self.JOB, 0, ["5% a 1 of 3", "50% a 1 of 3", "100% a 1 of 3"]),
+                                      ("WAYLAND_DISPLAY=none progressctl pipe -- sh -c 'exit 7'", 7, ["0% Progress"]),
                                       ("progressctl pipe -- sh -c 'echo 50; test -z \"$QT_QPA_PLATFORM\" && exit 7'", 7, None),
                                       ("progressctl pipe --timeout 0.3 < <(exec sleep 9)", 5, ["0% Progress"])):
             with self.subTest(script):
