@@ -1,10 +1,13 @@
 #include "dialog/dialogLayout.h"
 
 #include "widgets/appearance.h"
+#include "widgets/imageFile.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 #include "widgets/theme.h"
+
+#include <QIcon>
 
 #include <algorithm>
 
@@ -29,6 +32,11 @@ bool dialogSlots::hasUnfinished() const
             others.labelVisible[i] = others.barVisible[i] = others.buttonVisible[i] = false;
     }
     return others.hasContent();
+}
+
+QIcon dialogLayout::icon() const
+{
+    return QIcon(imageFile(appearance.m_windowIcon));
 }
 
 void dialogLayout::createWidgets()
