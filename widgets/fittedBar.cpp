@@ -111,7 +111,7 @@ void fittedBar::paintEvent(QPaintEvent *)
     if (!filled.isEmpty())
         drawRounded(filled, window()->palette().brush(QPalette::Highlight));
     painter.end();
-    ::paintTexts(*this, QPalette::WindowText, [this](QPainter &texts) { paintTexts(texts); });
+    paintText(*this, QPalette::WindowText, m_caption, [this](QPainter &texts) { paintTexts(texts); });
 }
 
 /// Both on one baseline, whatever other fonts their letters are taken from; a caption that is read from the
