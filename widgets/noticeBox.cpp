@@ -1,5 +1,6 @@
 #include "widgets/noticeBox.h"
 
+#include "language/language.h"
 #include "widgets/scrolledText.h"
 #include "widgets/texts.h"
 #include "widgets/theme.h"
@@ -84,6 +85,8 @@ void wrapButtons(QDialogButtonBox &box, int width)
 noticeBox::noticeBox(const QString &title, const QString &text) : m_text(scrolledText::beginning(text))
 {
     setWindowTitle(literalTitle(title.left(mostUnscrolled)));
+    // That of the buttons' language; each text has its own.
+    setLayoutDirection(directionOf(translated("Cancel")));
     setTextFormat(Qt::PlainText);
     setText(m_text.left(isHopeless() ? nameLength : mostUnscrolled));
     takeColors();
