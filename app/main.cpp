@@ -110,7 +110,7 @@ void preparePlatform()
         qunsetenv(scaling);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
-    // Which may have to be told to the C library, by the environment as well.
+    // While there are no threads.
     isTranslated();
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QGuiApplication::setDesktopSettingsAware(false);
