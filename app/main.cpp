@@ -13,6 +13,7 @@
 // private
 //                  daemon in order
 // displayInput     keys and presses before the toolkit sees them (platform/displayInput.h)
+// toolkitWords     the toolkit's words in the user's language (language/)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
 // dump             the diagnostic log, written by all (log/dump.h)
 
@@ -21,6 +22,8 @@
 #include "app/lockFile.h"
 #include "app/serve.h"
 #include "app/standardError.h"
+#include "app/toolkitWords.h"
+#include "language/language.h"
 #include "platform/displayInput.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
@@ -111,6 +114,8 @@ void preparePlatform()
         qunsetenv(scaling);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
+    // While there are no threads.
+    isTranslated();
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QGuiApplication::setDesktopSettingsAware(false);
 }
@@ -132,6 +137,7 @@ int main(int argc, char **argv)
     preparePlatform();
     MyApplication application(argc, argv);
     const displayInput input;
+    const toolkitWords words;
     // The toolkit has taken its own options out of the arguments.
     const commandLine line = parseCommandLine(argc, argv);
     if (!isUsable(line))
