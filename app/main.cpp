@@ -10,7 +10,7 @@
 //   receiver         two of them: the command server and the event server
 //   localServer      the local socket and its channels
 // MyApplication    the application object (app/MyApplication.h)
-// displayInput     keys and presses before the toolkit sees them (platform/displayInput.h)
+// x11Input     keys and presses before the toolkit sees them (platform/x11Input.h)
 // endSignals       the signals that end a private daemon in order (app/endSignals.h)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
 // dump             the diagnostic log, written by all (log/dump.h)
@@ -21,9 +21,11 @@
 #include "app/serve.h"
 #include "app/standardError.h"
 #include "app/toolkitMessages.h"
-#include "platform/displayInput.h"
+#include "platform/x11Input.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
+
+#include <QIcon>
 
 #include <cstdio>
 #include <cstdlib>
@@ -96,8 +98,8 @@ bool isUsable(const commandLine &line)
     return true;
 }
 
-/// Sizes and positions of the protocol are real pixels, and the daemon places its own windows, which works
-/// through X11 only.
+/// Sizes and positions of the protocol are real pixels. The daemon places its own windows, which works through
+/// X11 only: Wayland is for where there is nothing else.
 void preparePlatform()
 {
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
@@ -106,9 +108,11 @@ void preparePlatform()
     for (const char *scaling : {"QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_USE_PHYSICAL_DPI"})
         qunsetenv(scaling);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
+        qputenv("QT_QPA_PLATFORM", qEnvironmentVariableIsEmpty("DISPLAY") ? "wayland;xcb" : "xcb;wayland");
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QGuiApplication::setDesktopSettingsAware(false);
+    QIcon::setFallbackThemeName(QStringLiteral("hicolor"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("progressd"));
 }
 
 } // namespace
@@ -127,7 +131,7 @@ int main(int argc, char **argv)
     settleLocalFolder();
     preparePlatform();
     MyApplication application(argc, argv);
-    const displayInput input;
+    const x11Input input;
     // The toolkit has taken its own options out of the arguments.
     const commandLine line = parseCommandLine(argc, argv);
     if (!isUsable(line))

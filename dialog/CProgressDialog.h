@@ -53,6 +53,8 @@ public:
     /// Whether the slot, 0 to 9, shows neither a row nor a button.
     bool isFree(int id) const { return !labelVisible[id] && !barVisible[id] && !buttonVisible[id]; }
 
+    /// Whether it has the keyboard whenever it appears, not only when somebody asks for it.
+    bool takesKeyboard() const;
     /// The run in progress will not be recorded.
     void willCancel() { m_cancelled = true; }
     /// The same, unless all bars are full.

@@ -1,12 +1,20 @@
 #include "dialog/dialogLayout.h"
 
 #include "widgets/appearance.h"
+#include "widgets/imageFile.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 #include "widgets/theme.h"
 
+#include <QIcon>
+
 #include <algorithm>
+
+QIcon dialogLayout::icon() const
+{
+    return QIcon(imageFile(appearance.m_windowIcon));
+}
 
 int dialogSlots::shownButtons() const
 {

@@ -4,6 +4,7 @@
 
 #include <QtGlobal>
 
+class QIcon;
 class QPaintEvent;
 class QWidget;
 struct remainingTime;
@@ -43,6 +44,8 @@ public:
     /// Takes the settings' colours anew.
     virtual void takeColors() = 0;
     virtual void paint(const QPaintEvent &event) = 0;
+    /// Of the window: the settings' image.
+    virtual QIcon icon() const;
     /// Whether keys do what they do in other windows of the desktop: Escape closes, Space presses.
     virtual bool takesDesktopKeys() const { return false; }
 

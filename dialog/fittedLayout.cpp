@@ -1,6 +1,7 @@
 #include "dialog/fittedLayout.h"
 
 #include "stats/estimate.h"
+#include "platform/wayland.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
 #include "widgets/fittedBar.h"
@@ -9,6 +10,7 @@
 #include "widgets/progressLabel.h"
 #include "widgets/texts.h"
 
+#include <QIcon>
 #include <QScreen>
 
 namespace
@@ -29,11 +31,17 @@ QPixmap boundedTo(const QPixmap &image, const QSize &screen)
 
 fittedLayout::fittedLayout(QWidget &window, dialogSlots &content) : dialogLayout(window, content)
 {
-    if (appearance.m_modal_dialog)
+    if (appearance.m_modal_dialog && !onWayland())
         m_window.setAttribute(Qt::WA_TranslucentBackground);
     else
         m_window.setWindowFlags(managedFlags);
     usePalette();
+}
+
+QIcon fittedLayout::icon() const
+{
+    const QIcon image = dialogLayout::icon();
+    return image.isNull() ? QIcon::fromTheme(QStringLiteral("progressd")) : image;
 }
 
 bool fittedLayout::isManaged() const

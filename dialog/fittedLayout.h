@@ -39,6 +39,8 @@ public:
     void placeAgain() override;
     void takeText(int id) override;
     void paint(const QPaintEvent &event) override;
+    /// The program's own, if there is no image.
+    QIcon icon() const override;
     bool takesDesktopKeys() const override { return true; }
     void captionTotalBar() override;
     void showRemaining(const remainingTime &remaining) override;

@@ -4,7 +4,6 @@
 #include "dialog/fittedLayout.h"
 #include "dialog/gridLayout.h"
 #include "widgets/appearance.h"
-#include "widgets/imageFile.h"
 #include "widgets/progressButton.h"
 #include "widgets/texts.h"
 #include "widgets/theme.h"
@@ -36,7 +35,7 @@ CProgressDialog::CProgressDialog(dialogHost &host)
     m_layout->fixSize();
     movePosition();
     setWindowTitle(literalTitle(appearance.m_windowTitle));
-    setWindowIcon(QIcon(imageFile(appearance.m_windowIcon)));
+    setWindowIcon(m_layout->icon());
     m_layout->loadBackground();
     installEventFilter(this);
     connect(&theme::instance(), &theme::changed, this, &CProgressDialog::takeColors);
@@ -48,6 +47,11 @@ void CProgressDialog::takeColors()
     for (auto *child : findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
         child->update();
     update();
+}
+
+bool CProgressDialog::takesKeyboard() const
+{
+    return !m_layout->takesDesktopKeys();
 }
 
 void CProgressDialog::movePosition()

@@ -64,8 +64,9 @@ bool activeDialog::isShown() const
     return m_progress && (m_frontPending || m_progress->isVisible());
 }
 
-void activeDialog::bringToFront()
+void activeDialog::bringToFront(bool isAsked)
 {
+    m_frontIsAsked = isAsked || (m_frontPending && m_frontIsAsked);
     if (appearance.m_modal_dialog) {
         showInFront();
         return;
@@ -85,7 +86,7 @@ void activeDialog::showPending()
 void activeDialog::showInFront()
 {
     m_frontPending = false;
-    m_order.bringToFront(m_progress);
+    m_order.bringToFront(m_progress, m_frontIsAsked || m_progress->takesKeyboard());
 }
 
 void activeDialog::hideDialog()
@@ -128,7 +129,7 @@ void activeDialog::drainDeletionQueue()
 void activeDialog::activate()
 {
     if (m_windowIsActive)
-        bringToFront();
+        bringToFront(true);
 }
 
 void activeDialog::toggle()
@@ -151,7 +152,7 @@ void activeDialog::messageStop()
 {
     m_progress->willCancel();
     if (m_windowIsActive && !isShown())
-        bringToFront();
+        bringToFront(false);
 }
 
 void activeDialog::busyOn()
@@ -200,7 +201,7 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
     if (isVisible) {
         if (!m_busyActive)
             showBusyWindow();
-        bringToFront();
+        bringToFront(false);
     } else {
         m_splash->setBusyPercent(-1);
         if (!m_busyActive)

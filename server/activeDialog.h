@@ -29,8 +29,9 @@ public:
     bool isShown() const;
     busyWidget *busyWindow() const { return m_splash; }
 
-    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy.
-    void bringToFront();
+    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy. `isAsked`: the
+    /// user, or a client for him, has asked for it, so that it gets the keyboard.
+    void bringToFront(bool isAsked);
     /// Brings the dialog to the front if it has content.
     void activate();
     /// Hides the dialog, or brings it back if it has content.
@@ -75,6 +76,7 @@ private:
     /// The dialog, a fresh copy, is to be shown once the messages at hand have been handled: a burst of
     /// replacements needs one window, not one each.
     bool m_frontPending = false;
+    bool m_frontIsAsked = false;
     std::array<CProgressDialog *, 32> m_deleting{};
     int m_deletingCount = 0;
 };

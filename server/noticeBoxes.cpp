@@ -102,8 +102,6 @@ void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFun
         });
     m_active.cancelRun();
     m_open.append(box);
-    // As a modal window of the application, which it is by itself, it would block the other boxes.
-    box->open();
     m_order.openBox(box, m_active.window());
 }
 

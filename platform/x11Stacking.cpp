@@ -1,4 +1,4 @@
-#include "platform/stacking.h"
+#include "platform/x11Stacking.h"
 
 #include "platform/x11.h"
 

@@ -1,4 +1,4 @@
-#include "platform/displayInput.h"
+#include "platform/x11Input.h"
 
 #include "platform/x11.h"
 
@@ -44,7 +44,7 @@ bool isShown(xcb_window_t id)
 
 } // namespace
 
-displayInput::displayInput()
+x11Input::x11Input()
 {
     xcb_connection_t *const x11 = x11Display();
     if (!x11)
@@ -55,7 +55,7 @@ displayInput::displayInput()
     qGuiApp->installNativeEventFilter(this);
 }
 
-bool displayInput::nativeEventFilter(const QByteArray &, void *message, qintptr *)
+bool x11Input::nativeEventFilter(const QByteArray &, void *message, qintptr *)
 {
     constexpr uint8_t sentByClient = 0x80;
     switch (static_cast<xcb_generic_event_t *>(message)->response_type & ~sentByClient) {
