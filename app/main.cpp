@@ -21,6 +21,7 @@
 #include "app/serve.h"
 #include "app/standardError.h"
 #include "app/toolkitMessages.h"
+#include "platform/sessionBus.h"
 #include "platform/x11Input.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
@@ -130,6 +131,7 @@ int main(int argc, char **argv)
     reportToolkitMessages(cannotServe(given));
     settleLocalFolder();
     preparePlatform();
+    sessionBus::instance().open();
     MyApplication application(argc, argv);
     const x11Input input;
     // The toolkit has taken its own options out of the arguments.

@@ -57,8 +57,8 @@ public:
     bool takesKeyboard() const;
     /// The run in progress will not be recorded.
     void willCancel() { m_cancelled = true; }
-    /// The same, unless all bars are full.
-    void giveUpRun();
+    /// The same, unless all bars are full; tells whether they are not.
+    bool giveUpRun();
     /// Makes this dialog, just constructed, a copy of `src`; the run goes on in the copy.
     void copyFromDialog(const CProgressDialog &src);
     /// Centres the dialog on the screen.

@@ -81,7 +81,7 @@ bool x11Input::nativeEventFilter(const QByteArray &, void *message, qintptr *)
     }
 }
 
-bool displayInput::isWanted(quint8 keyCode, quint32 window, quint16 &state)
+bool x11Input::isWanted(quint8 keyCode, quint32 window, quint16 &state)
 {
     quint32 &downOn = m_downOn[keyCode];
     if (downOn == 0) {
@@ -93,7 +93,7 @@ bool displayInput::isWanted(quint8 keyCode, quint32 window, quint16 &state)
 }
 
 /// `keys` has a bit for each key code but the first eight, which no key has.
-void displayInput::takeDown(const quint8 *keys)
+void x11Input::takeDown(const quint8 *keys)
 {
     for (size_t code = 8; code < m_downOn.size(); ++code) {
         const bool isDown = keys[code / 8 - 1] >> code % 8 & 1;

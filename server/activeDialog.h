@@ -1,6 +1,8 @@
 #pragma once
 
 #include "dialog/dialogHost.h"
+#include "platform/taskbarEntry.h"
+#include "server/endNotice.h"
 
 #include <QtGlobal>
 
@@ -46,6 +48,10 @@ public:
     void cancelRun();
     /// Removes the row and the button of a slot, if they are shown.
     void clearSlot(int slot);
+    /// A bar of the run is given up.
+    void giveUp() { m_endNotice.giveUp(); }
+    /// Whether a box waits for the user.
+    void setUrgent(bool isUrgent) { m_taskbar.setUrgent(isUrgent); }
 
     /// Replaced dialogs may be in the middle of an operation; this is called when none is.
     void drainDeletionQueue();
@@ -77,6 +83,8 @@ private:
     /// replacements needs one window, not one each.
     bool m_frontPending = false;
     bool m_frontIsAsked = false;
+    taskbarEntry m_taskbar;
+    endNotice m_endNotice;
     std::array<CProgressDialog *, 32> m_deleting{};
     int m_deletingCount = 0;
 };

@@ -103,6 +103,7 @@ void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFun
     m_active.cancelRun();
     m_open.append(box);
     m_order.openBox(box, m_active.window());
+    m_active.setUrgent(true);
 }
 
 void noticeBoxes::close(QMessageBox *box)
@@ -111,6 +112,7 @@ void noticeBoxes::close(QMessageBox *box)
     box->deleteLater();
     m_active.cancelRun();
     m_order.closeBox(box, m_active.window());
+    m_active.setUrgent(m_order.boxIsOpen());
 }
 
 bool noticeBoxes::isFull(const answerFunction &answer) const

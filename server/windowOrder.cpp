@@ -2,7 +2,7 @@
 
 #include "platform/wayland.h"
 #include "platform/x11Input.h"
-#include "platform/x11Stacking.h"
+#include "platform/x11Windows.h"
 
 #include <QApplication>
 #include <QDialog>

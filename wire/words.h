@@ -90,6 +90,7 @@ enum class setting : unsigned char {
     windowText,
     windowWidth,
     estimate,
+    notifyEnd,
 };
 
 enum class valueKind : unsigned char { text, numbers, fonts, colours, words };
@@ -118,8 +119,9 @@ inline constexpr std::array settingForms{
     settingForm{"windowText", valueKind::colours},
     settingForm{"windowWidth", valueKind::numbers},
     settingForm{"estimate", valueKind::words, {"exact", "adaptive"}},
+    settingForm{"notifyEnd", valueKind::numbers},
 };
-static_assert(settingForms.size() == static_cast<std::size_t>(setting::estimate) + 1);
+static_assert(settingForms.size() == static_cast<std::size_t>(setting::notifyEnd) + 1);
 
 constexpr const settingForm &formOf(setting which)
 {
