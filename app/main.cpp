@@ -21,6 +21,7 @@
 #include "app/serve.h"
 #include "app/standardError.h"
 #include "app/toolkitMessages.h"
+#include "dialog/screenReader.h"
 #include "platform/sessionBus.h"
 #include "platform/x11Input.h"
 #include "server/localSocket.h"
@@ -134,6 +135,7 @@ int main(int argc, char **argv)
     sessionBus::instance().open();
     MyApplication application(argc, argv);
     const x11Input input;
+    describeToScreenReaders();
     // The toolkit has taken its own options out of the arguments.
     const commandLine line = parseCommandLine(argc, argv);
     if (!isUsable(line))

@@ -91,8 +91,11 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
     return false;
 }
 
+/// Screen readers press buttons without keys and mouse.
 void CProgressDialog::buttonClicked()
 {
+    if (m_host.isInputBlocked())
+        return;
     if (sender() == m_hideButton)
         setVisible(false);
     m_input.sendClicked(sender());
