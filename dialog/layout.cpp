@@ -72,12 +72,11 @@ void CProgressDialog::paintEvent(QPaintEvent *event)
 /// A close request just hides the window; the content stays.
 void CProgressDialog::closeEvent(QCloseEvent *event)
 {
-    if (!event->spontaneous())
-        return;
+    event->ignore();
     if (m_host.isInputBlocked())
-        event->ignore();
-    else
-        m_host.closed();
+        return;
+    hide();
+    m_host.closed();
 }
 
 bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)

@@ -71,8 +71,8 @@ class Compositor:
     def gone(self, title="Job"):
         until(lambda: title not in self.windows(), f"the end of {title}")
 
-    def type(self, *arguments, pause=PAUSE):
-        self.run("wtype", "-s", str(pause), *arguments)
+    def type(self, *arguments):
+        self.run("wtype", "-s", str(PAUSE), *arguments)
 
     def press(self, key, title="Job"):
         self.focused(title)
@@ -112,7 +112,7 @@ class Wayland(Case):
         until(lambda: max((colours() - before).values(), default=0) > rect["width"], "the bar")
         self.compositor.press("Return")
         client.until("clicked:0")
-        self.compositor.type("-k", "Tab", "-k", "space", pause=0)
+        self.compositor.type("-k", "Tab", "-k", "space")
         client.until("clicked:1")
         self.compositor.run("swaymsg", "[title=Job]", "kill")
         client.until("closed")
