@@ -11,7 +11,7 @@ namespace
 using namespace std::chrono_literals;
 
 /// Events that may wait in a channel whose client does not read, in bytes.
-constexpr qint64 maxBacklog = 4 * 1024 * 1024;
+constexpr qint64 maxEventBacklog = 4 * 1024 * 1024;
 /// Collected events that are worth a system call of their own, in bytes.
 constexpr qsizetype fullBatch = 64 * 1024;
 /// Less than the 20 ms that are promised: the message in hand takes its time, too.
@@ -33,7 +33,7 @@ QByteArrayView fitting(QByteArrayView events, qint64 room)
 void deliver(const std::vector<channel *> &listeners, QByteArrayView events)
 {
     for (channel *listener : listeners) {
-        listener->write(fitting(events, maxBacklog - listener->waiting()));
+        listener->write(fitting(events, maxEventBacklog - listener->waiting()));
         listener->flush();
     }
 }
