@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 import time
 
-from harness import OPENBOX, ORDERLY, PATIENCE, Case, main, scratch, start, until
+from harness import OPENBOX, PATIENCE, Case, main, scratch, start, until
 
 FITTED = ("windowLayout=fitted", "windowModal=off", "windowTitle=Job")
 # The system's own, whose modules for the accessibility bus no other has.
@@ -127,12 +127,12 @@ class Desktop(Case):
         self.screen.key("Return")
         events.answer()
         until(lambda: bus.launcher()[-1] == (0.5, True, False), "its answer")
-        for end in ("remove:0", None):
+        for end in ("<progress>remove:0</progress>", "<exit/>"):
             events.progress("create:0;x")
             until(lambda: bus.launcher()[-1][1], "a run")
-            events.progress(end) if end else daemon.process.terminate()
+            events.send(end)
             until(lambda: bus.launcher()[-1] == (0.0, False, False), "the end")
-        self.assertEqual(daemon.status(), ORDERLY)
+        self.assertEqual(daemon.status(), 0)
         self.assertEqual(bus.notifications(), [])
 
     def test_a_run_that_nobody_saw_ends_with_a_notification(self):
