@@ -10,9 +10,8 @@
 //   receiver         two of them: the command server and the event server
 //   localServer      the local socket and its channels
 // MyApplication    the application object (app/MyApplication.h), with endSignals, the signals that end a
-// private
-//                  daemon in order
-// displayInput     keys and presses before the toolkit sees them (platform/displayInput.h)
+//                  private daemon in order
+// x11Input         keys and presses before the toolkit sees them (platform/x11Input.h)
 // toolkitWords     the toolkit's words in the user's language (language/)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
 // dump             the diagnostic log, written by all (log/dump.h)
@@ -23,11 +22,15 @@
 #include "app/serve.h"
 #include "app/standardError.h"
 #include "app/toolkitWords.h"
+#include "dialog/screenReader.h"
 #include "language/language.h"
-#include "platform/displayInput.h"
+#include "platform/sessionBus.h"
+#include "platform/x11Input.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
 #include "widgets/appearance.h"
+
+#include <QIcon>
 
 #include <algorithm>
 #include <cstdio>
@@ -102,7 +105,8 @@ bool isUsable(const commandLine &line)
 }
 
 /// Sizes and positions of the protocol are real pixels, so only the fitted layout is as large as the user
-/// wishes. The daemon places its own windows, which works through X11 only.
+/// wishes. The daemon places its own windows, which works through X11 only: Wayland is for where there is
+/// nothing else.
 void preparePlatform()
 {
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
@@ -113,11 +117,13 @@ void preparePlatform()
     for (const char *scaling : {"QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_USE_PHYSICAL_DPI"})
         qunsetenv(scaling);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
+        qputenv("QT_QPA_PLATFORM", qEnvironmentVariableIsEmpty("DISPLAY") ? "wayland;xcb" : "xcb;wayland");
     // While there are no threads.
     isTranslated();
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QGuiApplication::setDesktopSettingsAware(false);
+    QIcon::setFallbackThemeName(QStringLiteral("hicolor"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("progressd"));
 }
 
 } // namespace
@@ -135,9 +141,11 @@ int main(int argc, char **argv)
     reportToolkitMessages(cannotServe(given));
     settleLocalFolder();
     preparePlatform();
+    sessionBus::instance().open();
     MyApplication application(argc, argv);
-    const displayInput input;
+    const x11Input input;
     const toolkitWords words;
+    describeToScreenReaders();
     // The toolkit has taken its own options out of the arguments.
     const commandLine line = parseCommandLine(argc, argv);
     if (!isUsable(line))

@@ -54,10 +54,12 @@ public:
     /// Whether the slot, 0 to 9, shows neither a row nor a button.
     bool isFree(int id) const { return !labelVisible[id] && !barVisible[id] && !buttonVisible[id]; }
 
+    /// Whether it has the keyboard whenever it appears, not only when somebody asks for it.
+    bool takesKeyboard() const;
     /// The run in progress will not be recorded.
     void willCancel() { m_cancelled = true; }
-    /// The same, unless all bars are full.
-    void giveUpRun();
+    /// The same, unless all bars are full; tells whether they are not.
+    bool giveUpRun();
     /// Makes this dialog, just constructed, a copy of `src`; the run goes on in the copy.
     void copyFromDialog(const CProgressDialog &src);
     /// Centres the dialog on the screen.

@@ -3,11 +3,13 @@
 #include "dialog/CProgressDialog.h"
 #include "dialog/dialogHost.h"
 #include "dialog/dialogLayout.h"
-#include "platform/displayInput.h"
+#include "platform/wayland.h"
+#include "platform/x11Input.h"
 #include "widgets/progressButton.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QWindow>
 
 namespace
 {
@@ -23,6 +25,9 @@ bool actsOnce(int key)
 {
     return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Escape || key == Qt::Key_Space;
 }
+
+/// Longer than those who type leave between two keys.
+constexpr int pauseMs = 400;
 
 } // namespace
 
@@ -73,7 +78,18 @@ bool dialogInput::filter(QObject *obj, QEvent *ev)
         if (type == QEvent::WinIdChange)
             tellHeldKeys(m_dialog);
     }
-    return isKey && handleKey(obj, *static_cast<QKeyEvent *>(ev));
+    return isKey && (isTypedOn(type) || handleKey(obj, *static_cast<QKeyEvent *>(ev)));
+}
+
+/// A compositor may give a window that nobody has asked for the keyboard in the middle of a word. What comes
+/// before there is a pause was meant for another window.
+bool dialogInput::isTypedOn(QEvent::Type type)
+{
+    if (!m_sinceTyped.isValid() || m_sinceTyped.hasExpired(pauseMs))
+        return false;
+    if (type == QEvent::KeyPress)
+        m_sinceTyped.start();
+    return true;
 }
 
 /// What is released elsewhere is never heard of: keys that were down when the keyboard went to another
@@ -84,12 +100,18 @@ void dialogInput::forgetInput(QEvent *ev)
         m_heldKeys.clear();
     if (ev->type() == QEvent::Hide)
         m_buttonPressed = false;
+    if (ev->type() == QEvent::Show && onWayland() && m_dialog.testAttribute(Qt::WA_ShowWithoutActivating))
+        m_sinceTyped.start();
 }
 
 void dialogInput::drag(QEvent *ev)
 {
     switch (ev->type()) {
     case QEvent::MouseButtonPress:
+        if (onWayland()) {
+            m_dialog.windowHandle()->startSystemMove();
+            break;
+        }
         m_buttonPressed = true;
         m_lastPoint = static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - m_dialog.pos();
         break;

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <QElapsedTimer>
+#include <QEvent>
 #include <QPoint>
 #include <QSet>
 
 class CProgressDialog;
-class QEvent;
 class QKeyEvent;
 class QObject;
 class QPushButton;
@@ -36,6 +37,7 @@ public:
 private:
     struct target;
 
+    bool isTypedOn(QEvent::Type type);
     void drag(QEvent *ev);
     void forgetInput(QEvent *ev);
     target concernedButton(const QObject *obj) const;
@@ -60,4 +62,6 @@ private:
     /// The keys that went down on the dialog, or on one that it is a copy of, and are still held; by scan
     /// code.
     QSet<quint32> m_heldKeys;
+    /// Since the dialog appeared unasked, or since what was typed on then.
+    QElapsedTimer m_sinceTyped;
 };

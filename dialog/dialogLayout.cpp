@@ -12,6 +12,11 @@
 #include <algorithm>
 #include <numeric>
 
+QIcon dialogLayout::icon() const
+{
+    return QIcon(imageFile(appearance.m_windowIcon));
+}
+
 int dialogSlots::shownButtons() const
 {
     return static_cast<int>(std::count(buttonVisible, buttonVisible + maxButtons, true));
@@ -67,11 +72,6 @@ int dialogSlots::groupOf(int id) const
     };
     const auto all = order();
     return std::any_of(all.begin(), all.end(), isApart) ? leader[id] : -1;
-}
-
-QIcon dialogLayout::icon() const
-{
-    return QIcon(imageFile(appearance.m_windowIcon));
 }
 
 void dialogLayout::createWidgets()

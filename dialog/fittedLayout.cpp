@@ -1,6 +1,7 @@
 #include "dialog/fittedLayout.h"
 
 #include "language/language.h"
+#include "platform/wayland.h"
 #include "stats/estimate.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
@@ -12,6 +13,7 @@
 
 #include <QIcon>
 #include <QLabel>
+#include <QScreen>
 
 namespace
 {
@@ -29,7 +31,7 @@ constexpr double largestPicture = 10;
 fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
     : dialogLayout(window, content), m_panel(window, appearance.m_modal_dialog)
 {
-    if (appearance.m_modal_dialog)
+    if (appearance.m_modal_dialog && !onWayland())
         m_window.setAttribute(Qt::WA_TranslucentBackground);
     else
         m_window.setWindowFlags(managedFlags);
@@ -72,7 +74,8 @@ fittedBar &fittedLayout::totalBar() const
 
 QIcon fittedLayout::icon() const
 {
-    return iconNamed(appearance.m_windowIcon);
+    const QIcon given = iconNamed(appearance.m_windowIcon);
+    return given.isNull() ? QIcon::fromTheme(QStringLiteral("progressd")) : given;
 }
 
 int fittedLayout::shownBars() const

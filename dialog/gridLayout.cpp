@@ -1,5 +1,6 @@
 #include "dialog/gridLayout.h"
 
+#include "platform/wayland.h"
 #include "stats/estimate.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
@@ -95,6 +96,9 @@ void gridLayout::fixSize()
     m_Width = std::min(m_Width + 2 * (m_framewidth + m_margin), screen.width());
     m_Height = std::min(m_Height + 2 * (m_framewidth + m_margin), screen.height());
     m_window.resize(m_Width, m_Height);
+    // A compositor would give it another one.
+    if (onWayland())
+        m_window.setFixedSize(m_window.size());
 }
 
 void gridLayout::movePosition()

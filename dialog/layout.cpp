@@ -49,6 +49,11 @@ void CProgressDialog::takeColors()
     update();
 }
 
+bool CProgressDialog::takesKeyboard() const
+{
+    return !m_layout->takesDesktopKeys();
+}
+
 void CProgressDialog::movePosition()
 {
     m_layout->movePosition();
@@ -67,12 +72,11 @@ void CProgressDialog::paintEvent(QPaintEvent *event)
 /// A close request just hides the window; the content stays.
 void CProgressDialog::closeEvent(QCloseEvent *event)
 {
-    if (!event->spontaneous())
-        return;
+    event->ignore();
     if (m_host.isInputBlocked())
-        event->ignore();
-    else
-        m_host.closed();
+        return;
+    hide();
+    m_host.closed();
 }
 
 bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
@@ -88,8 +92,11 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
     return false;
 }
 
+/// Screen readers press buttons without keys and mouse.
 void CProgressDialog::buttonClicked()
 {
+    if (m_host.isInputBlocked())
+        return;
     if (sender() == m_hideButton)
         setVisible(false);
     m_input.sendClicked(sender());

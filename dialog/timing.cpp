@@ -58,11 +58,13 @@ int CProgressDialog::secondsToLearn() const
     return 0;
 }
 
-void CProgressDialog::giveUpRun()
+bool CProgressDialog::giveUpRun()
 {
     constexpr int full = 100;
-    if (m_currentPercent < full)
-        willCancel();
+    if (m_currentPercent >= full)
+        return false;
+    willCancel();
+    return true;
 }
 
 void CProgressDialog::timerEvent(QTimerEvent *)

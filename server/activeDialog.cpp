@@ -64,8 +64,9 @@ bool activeDialog::isShown() const
     return m_progress && (m_frontPending || m_progress->isVisible());
 }
 
-void activeDialog::bringToFront()
+void activeDialog::bringToFront(bool isAsked)
 {
+    m_frontIsAsked = isAsked || (m_frontPending && m_frontIsAsked);
     if (appearance.m_modal_dialog) {
         showInFront();
         return;
@@ -85,7 +86,9 @@ void activeDialog::showPending()
 void activeDialog::showInFront()
 {
     m_frontPending = false;
-    m_order.bringToFront(m_progress);
+    m_order.bringToFront(m_progress, m_frontIsAsked || m_progress->takesKeyboard());
+    m_taskbar.follow(m_progress);
+    m_endNotice.showAgain();
 }
 
 void activeDialog::hideDialog()
@@ -128,7 +131,7 @@ void activeDialog::drainDeletionQueue()
 void activeDialog::activate()
 {
     if (m_windowIsActive)
-        bringToFront();
+        bringToFront(true);
 }
 
 void activeDialog::toggle()
@@ -144,6 +147,7 @@ void activeDialog::toggle()
 void activeDialog::messageStart()
 {
     m_progress->willCancel();
+    m_endNotice.hide(*m_progress);
     hideDialog();
 }
 
@@ -151,7 +155,7 @@ void activeDialog::messageStop()
 {
     m_progress->willCancel();
     if (m_windowIsActive && !isShown())
-        bringToFront();
+        bringToFront(false);
 }
 
 void activeDialog::busyOn()
@@ -188,7 +192,8 @@ void activeDialog::clearSlot(int slot)
     if (!m_progress || m_progress->isFree(slot))
         return;
     // Whoever leaves content behind has given its run up, unless the bars were full.
-    m_progress->giveUpRun();
+    if (m_progress->giveUpRun())
+        m_endNotice.giveUp();
     m_progress->removeBar(slot);
     m_progress->removeButton(slot);
     drainDeletionQueue();
@@ -203,8 +208,12 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
             m_splash->hide();
         else if (!m_busyActive)
             showBusyWindow();
-        bringToFront();
+        m_endNotice.begin();
+        m_taskbar.setPercent(0);
+        bringToFront(false);
     } else {
+        m_endNotice.end(*m_progress);
+        m_taskbar.setPercent(-1);
         m_splash->setBusyPercent(-1);
         if (!m_busyActive)
             m_splash->hide();
@@ -216,8 +225,10 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
 
 void activeDialog::updateTotalPercent(int currentPercent, int remainingSeconds)
 {
-    if (m_windowIsActive)
+    if (m_windowIsActive) {
         m_splash->setBusyPercent(currentPercent);
+        m_taskbar.setPercent(currentPercent);
+    }
     if (!m_listeners.empty())
         m_listeners.send(eventText(eventKind::totalProgress) << currentPercent << "|" << remainingSeconds);
 }
@@ -239,6 +250,7 @@ bool activeDialog::isInputBlocked() const
 
 void activeDialog::clear()
 {
+    m_taskbar.clear();
     delete std::exchange(m_progress, nullptr);
     delete std::exchange(m_splash, nullptr);
     // Queued dialogs would end with the process, but the toolkit wants them gone before the application.

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "dialog/dialogHost.h"
+#include "platform/taskbarEntry.h"
+#include "server/endNotice.h"
 
 #include <QtGlobal>
 
@@ -29,8 +31,9 @@ public:
     bool isShown() const;
     busyWidget *busyWindow() const { return m_splash; }
 
-    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy.
-    void bringToFront();
+    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy. `isAsked`: the
+    /// user, or a client for him, has asked for it, so that it gets the keyboard.
+    void bringToFront(bool isAsked);
     /// Brings the dialog to the front if it has content.
     void activate();
     /// Hides the dialog, or brings it back if it has content.
@@ -45,6 +48,10 @@ public:
     void cancelRun();
     /// Removes the row and the button of a slot, if they are shown.
     void clearSlot(int slot);
+    /// A bar of the run is given up.
+    void giveUp() { m_endNotice.giveUp(); }
+    /// Whether a box waits for the user.
+    void setUrgent(bool isUrgent) { m_taskbar.setUrgent(isUrgent); }
 
     /// Replaced dialogs may be in the middle of an operation; this is called when none is.
     void drainDeletionQueue();
@@ -75,6 +82,9 @@ private:
     /// The dialog, a fresh copy, is to be shown once the messages at hand have been handled: a burst of
     /// replacements needs one window, not one each.
     bool m_frontPending = false;
+    bool m_frontIsAsked = false;
+    taskbarEntry m_taskbar;
+    endNotice m_endNotice;
     std::array<CProgressDialog *, 32> m_deleting{};
     int m_deletingCount = 0;
 };

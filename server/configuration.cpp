@@ -2,6 +2,7 @@
 
 #include "dialog/CProgressDialog.h"
 #include "log/dump.h"
+#include "server/endNotice.h"
 #include "stats/statistics.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
@@ -184,6 +185,9 @@ void apply(wire::setting which, QStringView value, const activeDialog &windows)
         break;
     case setting::estimate:
         choose(statistics.m_estimateMode, which, value);
+        break;
+    case setting::notifyEnd:
+        fieldReader(value, u'|') >> m_notifyEndSeconds;
         break;
     }
 }

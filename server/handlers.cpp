@@ -52,6 +52,8 @@ void handlers::doProgress(const progressCommand &command)
         m_active.busyOff();
         break;
     case progressVerb::update:
+        if (command.value == wire::givenUpPercent)
+            m_active.giveUp();
         dialog.updateBar(slot, command.value);
         break;
     case progressVerb::create:

@@ -106,6 +106,7 @@ void noticeBoxes::open(noticeBox *box, const answerCode &code, const answerFunct
         box->keepClearOf(m_active.window()->frameGeometry());
     m_open.append(box);
     m_order.openBox(box, m_active.window());
+    m_active.setUrgent(true);
 }
 
 void noticeBoxes::close(QMessageBox *box)
@@ -114,6 +115,7 @@ void noticeBoxes::close(QMessageBox *box)
     box->deleteLater();
     m_active.cancelRun();
     m_order.closeBox(box, m_active.window());
+    m_active.setUrgent(m_order.boxIsOpen());
 }
 
 bool noticeBoxes::isFull(const answerFunction &answer) const

@@ -1,7 +1,8 @@
 #include "server/windowOrder.h"
 
-#include "platform/displayInput.h"
-#include "platform/stacking.h"
+#include "platform/wayland.h"
+#include "platform/x11Input.h"
+#include "platform/x11Windows.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -45,18 +46,23 @@ windowOrder::windowOrder()
     connect(&m_returning, &QTimer::timeout, this, &windowOrder::returnKeyboard);
 }
 
-void windowOrder::bringToFront(QWidget *dialog)
+void windowOrder::bringToFront(QWidget *dialog, bool takesKeyboard)
 {
-    dialog->setAttribute(Qt::WA_ShowWithoutActivating, boxIsOpen());
+    const bool wasVisible = dialog->isVisible();
+    dialog->setAttribute(Qt::WA_ShowWithoutActivating, boxIsOpen() || !takesKeyboard);
     dialog->show();
     if (boxIsOpen()) {
-        for (QWidget *box : std::as_const(m_boxes))
+        for (QWidget *box : std::as_const(m_boxes)) {
+            if (!wasVisible)
+                keepInFront(box, dialog);
             box->raise();
+        }
         keepBelowBoxes();
         return;
     }
     dialog->raise();
-    takeKeyboard(dialog);
+    if (takesKeyboard)
+        takeKeyboard(dialog);
 }
 
 void windowOrder::openBox(QDialog *box, const QWidget *dialog)
@@ -65,6 +71,7 @@ void windowOrder::openBox(QDialog *box, const QWidget *dialog)
     if (m_boxes.isEmpty())
         m_dialogHadKeyboard = dialog && (dialog->isActiveWindow() || dialog == m_heir);
     m_boxes.append(box);
+    keepInFront(box, dialog);
     box->installEventFilter(this);
     // As a modal window of the application, which it is by itself, it would block the other boxes.
     box->open();
@@ -84,7 +91,7 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
         keepBelowBoxes();
         return;
     }
-    if (!dialog || !dialog->isVisible())
+    if (!dialog || !dialog->isVisible() || onWayland())
         return;
     if (bypassesManager(dialog))
         dialog->raise();

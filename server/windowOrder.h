@@ -18,8 +18,8 @@ class windowOrder : public QObject
 public:
     windowOrder();
 
-    /// Shows the dialog in front of other windows, but behind boxes.
-    void bringToFront(QWidget *dialog);
+    /// Shows the dialog in front of other windows, but behind boxes. `takesKeyboard`: from whoever has it.
+    void bringToFront(QWidget *dialog, bool takesKeyboard);
     /// Opens `box` in front of everything; `dialog` is the active one, or null.
     void openBox(QDialog *box, const QWidget *dialog);
     /// `box` has been answered and is hidden; `dialog` is the active one, or null.

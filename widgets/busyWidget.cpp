@@ -42,6 +42,7 @@ busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progress
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_NoSystemBackground);
     setAutoFillBackground(false);
+    setAttribute(Qt::WA_ShowWithoutActivating);
 
     auto *style = new progressStyle;
     style->setParent(m_progr);
@@ -76,7 +77,7 @@ void busyWidget::setBusyPixmap(const QString &fileName)
     m_height = qMin(m_height, screenSize.height());
     diff_x = m_icon.isNull() ? 0 : qMax(0, m_width - m_icon.width());
     diff_y = m_icon.isNull() ? 0 : qMax(0, m_height - m_icon.height());
-    resize(m_width, m_height);
+    setFixedSize(m_width, m_height);
     m_progr->setGeometry(diff_x / 2 + 4, diff_y / 2 + 4, m_width - diff_x - 8, m_height - diff_y - 30);
     update();
 }

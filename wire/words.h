@@ -98,6 +98,7 @@ enum class setting : unsigned char {
     windowMarkup,
     busyPlace,
     estimate,
+    notifyEnd,
 };
 
 enum class valueKind : unsigned char { text, numbers, fonts, colours, words };
@@ -129,8 +130,9 @@ inline constexpr std::array settingForms{
     settingForm{"windowMarkup", valueKind::words, {"off", "on"}},
     settingForm{"busyPlace", valueKind::words, {"none", "centre"}},
     settingForm{"estimate", valueKind::words, {"exact", "adaptive"}},
+    settingForm{"notifyEnd", valueKind::numbers},
 };
-static_assert(settingForms.size() == static_cast<std::size_t>(setting::estimate) + 1);
+static_assert(settingForms.size() == static_cast<std::size_t>(setting::notifyEnd) + 1);
 
 constexpr const settingForm &formOf(setting which)
 {

@@ -201,7 +201,7 @@ class Ends(ClientCase):
         self.assertEqual(os.listdir(self.folder), [])
 
     def press(self, *keys):
-        self.screen.focused(self.name)
+        self.screen.focus_on(self.name)
         self.screen.key(*keys)
 
     def test_are_the_users(self):

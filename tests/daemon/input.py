@@ -69,8 +69,8 @@ class Input(Case):
             with self.alone(layout):
                 daemon, events, _ = self.session(f"windowLayout={layout}")
                 events.progress("addButt:0;Stop", "addButt:1;Go")
-                self.screen.focused()
                 events.served()
+                self.screen.focused()
                 self.screen.key("Tab", "space", "x")
                 self.assertEqual([events.event() for _ in expected] + events.served(), expected)
 

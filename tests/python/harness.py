@@ -111,7 +111,7 @@ class Screen:
         with os.fdopen(reader) as numbers:
             display = ":" + numbers.readline().strip()
         self.environment = {**os.environ, "DISPLAY": display, "XDG_RUNTIME_DIR": scratch(), "XDG_STATE_HOME": f"{scratch()}/state"}
-        for name in ("QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER"):
+        for name in ("QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER", "DBUS_SESSION_BUS_ADDRESS"):
             self.environment.pop(name, None)
         self.managers = [start(shlex.split(manager), env=self.environment, stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL) for manager in managers]
@@ -176,6 +176,11 @@ class Screen:
         """The same, and waits until it has the keyboard."""
         until(lambda: self.focus() == self.window(title).id, f"the focus on {title}")
         return self.window(title)
+
+    def focus_on(self, title="unknown"):
+        """Gives it the keyboard, as a user does."""
+        self.xdotool(f"windowfocus {self.window(title).id}")
+        return self.focused(title)
 
     def gone(self, title="unknown"):
         """Waits until none is shown, and until a window manager has given the keyboard to somebody else."""

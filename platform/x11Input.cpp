@@ -1,4 +1,4 @@
-#include "platform/displayInput.h"
+#include "platform/x11Input.h"
 
 #include "platform/x11.h"
 
@@ -44,7 +44,7 @@ bool isShown(xcb_window_t id)
 
 } // namespace
 
-displayInput::displayInput()
+x11Input::x11Input()
 {
     xcb_connection_t *const x11 = x11Display();
     if (!x11)
@@ -55,7 +55,7 @@ displayInput::displayInput()
     qGuiApp->installNativeEventFilter(this);
 }
 
-bool displayInput::nativeEventFilter(const QByteArray &, void *message, qintptr *)
+bool x11Input::nativeEventFilter(const QByteArray &, void *message, qintptr *)
 {
     constexpr uint8_t sentByClient = 0x80;
     switch (static_cast<xcb_generic_event_t *>(message)->response_type & ~sentByClient) {
@@ -81,7 +81,7 @@ bool displayInput::nativeEventFilter(const QByteArray &, void *message, qintptr 
     }
 }
 
-bool displayInput::isWanted(quint8 keyCode, quint32 window, quint16 &state)
+bool x11Input::isWanted(quint8 keyCode, quint32 window, quint16 &state)
 {
     quint32 &downOn = m_downOn[keyCode];
     if (downOn == 0) {
@@ -93,7 +93,7 @@ bool displayInput::isWanted(quint8 keyCode, quint32 window, quint16 &state)
 }
 
 /// `keys` has a bit for each key code but the first eight, which no key has.
-void displayInput::takeDown(const quint8 *keys)
+void x11Input::takeDown(const quint8 *keys)
 {
     for (size_t code = 8; code < m_downOn.size(); ++code) {
         const bool isDown = keys[code / 8 - 1] >> code % 8 & 1;

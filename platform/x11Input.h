@@ -17,10 +17,10 @@ class QWidget;
 /// A held key repeats as presses, without releases in between, in whichever window has the keyboard by then.
 /// The display does not mark these, so for every key that is down it is remembered where it went down;
 /// elsewhere its repetitions do not count: a key held in one window is no answer to the box that opens.
-class displayInput : public QAbstractNativeEventFilter
+class x11Input : public QAbstractNativeEventFilter
 {
 public:
-    displayInput();
+    x11Input();
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
 
 private:

@@ -1,0 +1,17 @@
+#pragma once
+
+class QWidget;
+
+/// What the toolkit cannot do with windows, and X11 can. Nothing happens on other platforms.
+
+/// Puts a window that bypasses the window manager directly below a visible one, which the manager may have
+/// put into a frame of its own. The toolkit can only raise a window above everything, or lower it under the
+/// windows of all other programs.
+void putBelow(const QWidget *window, const QWidget *other);
+
+/// Whether no other program's window lies above this one, panels aside. A window that bypasses the window
+/// manager lies above all, as every window does where there is no manager.
+bool liesInFront(const QWidget &window);
+
+/// Tells taskbars how far the window's program is, 0 to 100; below 0 for nothing under way.
+void setTaskbarProgress(const QWidget &window, int percent);

@@ -1,0 +1,49 @@
+#include "server/endNotice.h"
+
+#include "platform/sessionBus.h"
+#include "platform/x11Windows.h"
+#include "widgets/appearance.h"
+
+#include <QWidget>
+
+namespace
+{
+
+QString durationText(qint64 seconds)
+{
+    if (seconds < 60)
+        return QStringLiteral("%1 s").arg(seconds);
+    const qint64 minutes = seconds / 60;
+    if (minutes < 60)
+        return QStringLiteral("%1 min").arg(minutes);
+    return QStringLiteral("%1 h %2 min").arg(minutes / 60).arg(minutes % 60);
+}
+
+bool isInFront(const QWidget &window)
+{
+    return window.isVisible() && !window.isMinimized() && (window.isActiveWindow() || liesInFront(window));
+}
+
+} // namespace
+
+void endNotice::begin()
+{
+    *this = {};
+    m_clock.start();
+}
+
+void endNotice::hide(const QWidget &window)
+{
+    m_wasSeen = m_wasSeen || isInFront(window);
+}
+
+void endNotice::end(const QWidget &window)
+{
+    if (m_notifyEndSeconds < 0 || !m_clock.hasExpired(m_notifyEndSeconds * qint64{1000}) || m_wasSeen ||
+        isInFront(window))
+        return;
+    const QString text =
+        m_isGivenUp ? QStringLiteral("failed")
+                    : QStringLiteral("done after %1").arg(durationText(m_clock.elapsed() / 1000));
+    sessionBus::instance().notify(appearance.m_windowTitle, text, m_isGivenUp);
+}

@@ -1,0 +1,186 @@
+"""The windows under a Wayland compositor, with real keys and pictures, and no X server."""
+
+import atexit
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+from harness import OPENBOX, PATIENCE, Case, Picture, main, scratch, start, until
+
+NOBODY = 65534
+FITTED = "<configuration>windowLayout=fitted;windowTheme=light;windowModal=off;windowTitle=Job</configuration><events/>"
+PAUSE = 500  # milliseconds, longer than between two keys of who types
+
+
+class Compositor:
+    """Sway, as root another user's, which it has to be, with a screen that nobody sees."""
+
+    def __init__(self):
+        self.folder = tempfile.mkdtemp()
+        atexit.register(self.end)
+        as_other = []
+        if os.geteuid() == 0:
+            os.chown(self.folder, NOBODY, NOBODY)
+            as_other = ["setpriv", "--reuid", str(NOBODY), "--regid", str(NOBODY), "--clear-groups"]
+        config = os.path.join(self.folder, "config")
+        with open(config, "w") as file:
+            file.write("output HEADLESS-1 resolution 800x600 bg #345678 solid_color\nxwayland disable\n")
+        os.chmod(config, 0o644)
+        environment = {**os.environ, "HOME": self.folder, "XDG_RUNTIME_DIR": self.folder, "WLR_BACKENDS": "headless",
+                       "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman"}
+        for name in ("DISPLAY", "WAYLAND_DISPLAY", "SWAYSOCK", "LD_PRELOAD"):
+            environment.pop(name, None)
+        self.process = start([*as_other, "sway", "-c", config], env=environment, stdout=subprocess.DEVNULL,
+                             stderr=subprocess.DEVNULL)
+        display, control = (until(lambda: self.socket(name), name) for name in ("wayland-", "sway-ipc"))
+        self.environment = {**environment, "HOME": os.environ.get("HOME", "/"), "XDG_RUNTIME_DIR": scratch(),
+                            "WAYLAND_DISPLAY": display, "SWAYSOCK": control}
+        for name in ("QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"):
+            self.environment.pop(name, None)
+
+    def socket(self, begin):
+        assert self.process.poll() is None, "sway has ended"
+        found = [name for name in os.listdir(self.folder) if name.startswith(begin) and not name.endswith(".lock")]
+        return found and os.path.join(self.folder, found[0])
+
+    def end(self):
+        self.process.terminate()
+        self.process.wait()
+        shutil.rmtree(self.folder, True)
+
+    def run(self, *command):
+        return subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, stdin=subprocess.DEVNULL,
+                              timeout=PATIENCE).stdout
+
+    def windows(self):
+        """The daemons' windows by title."""
+        def below(node):
+            if node.get("app_id") == "progressd":
+                yield node["name"], node
+            for child in node["nodes"] + node["floating_nodes"]:
+                yield from below(child)
+
+        return dict(below(json.loads(self.run("swaymsg", "-r", "-t", "get_tree"))))
+
+    def focused(self, title="Job"):
+        return until(lambda: self.windows().get(title, {}).get("focused") and self.windows()[title], f"focus on {title}")
+
+    def gone(self, title="Job"):
+        until(lambda: title not in self.windows(), f"the end of {title}")
+
+    def type(self, *arguments):
+        self.run("wtype", "-s", str(PAUSE), *arguments)
+
+    def press(self, key, title="Job"):
+        self.focused(title)
+        self.type("-k", key)
+
+    def picture(self, title="Job"):
+        place = self.windows()[title]["rect"]
+        return Picture(self.run("grim", "-t", "ppm", "-g", "{x},{y} {width}x{height}".format(**place), "-"))
+
+
+class Wayland(Case):
+    managers = OPENBOX
+
+    @classmethod
+    def setUpClass(cls):
+        cls.compositor = Compositor()
+
+    def client(self, text=FITTED):
+        daemon = self.daemon(screen=self.compositor, private=True)
+        until(lambda: os.path.exists(f"{scratch()}/progressd/{daemon.identifier}.sock"), "the daemon")
+        client = daemon.local()
+        client.send(text)
+        return client
+
+    def test_a_dialog_shows_what_it_is_told_and_hears_keys(self):
+        client = self.client()
+        client.progress("create:0;x", "addButt:0;Stop", "addButt:1;Go")
+        client.until("isShown")
+        rect = self.compositor.focused()["rect"]
+
+        def colours():
+            return self.compositor.picture().colours()
+
+        until(lambda: len(colours()) > 20, "the texts")
+        before = colours()
+        client.progress("update:0;60")
+        until(lambda: max((colours() - before).values(), default=0) > rect["width"], "the bar")
+        self.compositor.press("Return")
+        client.until("clicked:0")
+        self.compositor.type("-k", "Tab", "-k", "space")
+        client.until("clicked:1")
+        self.compositor.run("swaymsg", "[title=Job]", "kill")
+        client.until("closed")
+        self.compositor.gone()
+        client.progress("activate")
+        self.compositor.press("Escape")
+        client.until("closed")
+        self.compositor.gone()
+
+    def test_a_dialog_that_appears_lets_nothing_be_pressed(self):
+        """Whoever types gets to see it, and the compositor gives it the keyboard."""
+        client = self.client()
+        typing = start(["wtype", "-d", "30", *["word"] * 15, "-k", "Return", "-k", "space", "-k", "Escape", "-d", "30",
+                        *["word"] * 5], env=self.compositor.environment)
+        client.progress("create:0;x", "addButt:0;Stop")
+        self.assertEqual(typing.wait(PATIENCE), 0)
+        self.compositor.focused()
+        self.assertEqual(client.served(), ["isShown", "totalProgress=0|-1"])
+        self.compositor.press("Return")
+        client.until("clicked:0")
+
+    def test_a_box_is_in_front_and_hears_keys(self):
+        for layout in ("windowModal=off", "windowModal=on", "windowLayout=grid;windowModal=on"):
+            for first in ("dialog", "box"):
+                with self.alone(layout, first=first):
+                    client = self.client(FITTED + f"<configuration>{layout}</configuration>")
+
+                    def show():
+                        client.progress("create:0;x", "addButt:0;Stop")
+                        client.until("isShown")
+                        until(lambda: "Job" in self.compositor.windows(), "the dialog")
+
+                    if first == "dialog":
+                        show()
+                        self.compositor.focused()
+                    client.send("<msgbox>4[#]Copy[#]Go on?[#]16384[#]65536</msgbox>")
+                    self.compositor.focused("Copy")
+                    if first == "box":
+                        show()
+                        client.progress("activate")
+                    client.served()
+                    self.compositor.press("Return", "Copy")
+                    until(lambda: client.pending() and b"<answer>1;16384</answer>" in client.pending(), "the answer")
+                    client.received = client.received.replace(b"<answer>1;16384</answer>", b"")
+                    self.compositor.gone("Copy")
+                    self.compositor.press("Return")
+                    client.until("clicked:0")
+
+    def test_clients_show_their_windows(self):
+        """A pipe, which Return cancels, and a loop of Python's."""
+        loop = "from progressclient import track; import time; [time.sleep(1) for _ in track(range(2), 'Job')]"
+        for command, key, status in (([os.environ["PROGRESSCTL"], "pipe", "--title", "Job", "--", "sleep", "99"], "Return", 1),
+                                     ([sys.executable, "-c", loop], "x", 0)):
+            with self.subTest(command[0]):
+                client = start(command, env=self.compositor.environment, stderr=subprocess.DEVNULL)
+                self.addCleanup(client.wait)
+                self.addCleanup(client.kill)
+                self.compositor.press(key)
+                self.assertEqual(client.wait(PATIENCE), status)
+                self.compositor.gone()
+
+    def test_a_display_that_works_comes_first(self):
+        both = {**self.compositor.environment, "DISPLAY": self.screen.environment["DISPLAY"]}
+        daemon = self.daemon(env=both)
+        daemon.events("windowTitle=Job").progress("create:0;x")
+        self.screen.window("Job")
+        self.assertEqual(self.compositor.windows(), {})
+
+
+if __name__ == "__main__":
+    main()
