@@ -1,5 +1,6 @@
 #include "server/endNotice.h"
 
+#include "language/language.h"
 #include "platform/sessionBus.h"
 #include "platform/x11Windows.h"
 #include "widgets/appearance.h"
@@ -12,11 +13,11 @@ namespace
 QString durationText(qint64 seconds)
 {
     if (seconds < 60)
-        return QStringLiteral("%1 s").arg(seconds);
+        return QString(translated("%1 s")).arg(seconds);
     const qint64 minutes = seconds / 60;
     if (minutes < 60)
-        return QStringLiteral("%1 min").arg(minutes);
-    return QStringLiteral("%1 h %2 min").arg(minutes / 60).arg(minutes % 60);
+        return QString(translated("%1 min")).arg(minutes);
+    return QString(translated("%1 h %2 min")).arg(minutes / 60).arg(minutes % 60);
 }
 
 bool isInFront(const QWidget &window)
@@ -43,7 +44,7 @@ void endNotice::end(const QWidget &window)
         isInFront(window))
         return;
     const QString text =
-        m_isGivenUp ? QStringLiteral("failed")
-                    : QStringLiteral("done after %1").arg(durationText(m_clock.elapsed() / 1000));
+        m_isGivenUp ? QString(translated("failed"))
+                    : QString(translated("done after %1")).arg(durationText(m_clock.elapsed() / 1000));
     sessionBus::instance().notify(appearance.m_windowTitle, text, m_isGivenUp);
 }
