@@ -24,7 +24,9 @@
 #include "platform/displayInput.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
+#include "widgets/appearance.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -96,13 +98,15 @@ bool isUsable(const commandLine &line)
     return true;
 }
 
-/// Sizes and positions of the protocol are real pixels, and the daemon places its own windows, which works
-/// through X11 only.
+/// Sizes and positions of the protocol are real pixels, so only the fitted layout is as large as the user
+/// wishes. The daemon places its own windows, which works through X11 only.
 void preparePlatform()
 {
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
     // An image is as large as its file says, also one that is named "x@2x.png".
     qputenv("QT_HIGHDPI_DISABLE_2X_IMAGE_LOADING", "1");
+    if (const double scale = qEnvironmentVariable("QT_SCALE_FACTOR").toDouble(); scale > 0)
+        appearance.m_scale = std::clamp(scale, 0.5, 4.0);
     for (const char *scaling : {"QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_USE_PHYSICAL_DPI"})
         qunsetenv(scaling);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))

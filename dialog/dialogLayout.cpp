@@ -1,10 +1,13 @@
 #include "dialog/dialogLayout.h"
 
 #include "widgets/appearance.h"
+#include "widgets/imageFile.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
 #include "widgets/theme.h"
+
+#include <QIcon>
 
 #include <algorithm>
 #include <numeric>
@@ -64,6 +67,11 @@ int dialogSlots::groupOf(int id) const
     };
     const auto all = order();
     return std::any_of(all.begin(), all.end(), isApart) ? leader[id] : -1;
+}
+
+QIcon dialogLayout::icon() const
+{
+    return QIcon(imageFile(appearance.m_windowIcon));
 }
 
 void dialogLayout::createWidgets()

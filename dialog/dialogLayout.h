@@ -4,6 +4,7 @@
 
 #include <QtGlobal>
 
+class QIcon;
 class QPaintEvent;
 class QWidget;
 struct remainingTime;
@@ -24,6 +25,8 @@ public:
     virtual void movePosition() = 0;
     /// The user has moved the window.
     virtual void takeMoved() {}
+    /// So has the size, or the layout itself.
+    virtual void takeResized() {}
     /// Loads the settings' background image.
     virtual void loadBackground() = 0;
     /// Applies the background image again, scaled to the window's size.
@@ -43,6 +46,8 @@ public:
     /// Takes the settings' colours anew.
     virtual void takeColors() = 0;
     virtual void paint(const QPaintEvent &event) = 0;
+    /// Of the window: the settings' image.
+    virtual QIcon icon() const;
     /// Whether keys do what they do in other windows of the desktop: Escape closes, Space presses.
     virtual bool takesDesktopKeys() const { return false; }
 

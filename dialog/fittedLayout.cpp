@@ -9,31 +9,29 @@
 #include "widgets/progressLabel.h"
 #include "widgets/texts.h"
 
-#include <QScreen>
+#include <QIcon>
+#include <QLabel>
 
 namespace
 {
 
 constexpr Qt::WindowFlags managedFlags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                                         Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                                         Qt::WindowSystemMenuHint | Qt::WindowMinMaxButtonsHint |
                                          Qt::WindowCloseButtonHint;
 
-/// Not larger than the screen.
-QPixmap boundedTo(const QPixmap &image, const QSize &screen)
-{
-    const QSize size = image.size().boundedTo(screen);
-    return size == image.size() ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-}
+// In em.
+constexpr double iconSize = 3;
+constexpr double largestPicture = 10;
 
 } // namespace
 
-fittedLayout::fittedLayout(QWidget &window, dialogSlots &content) : dialogLayout(window, content)
+fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
+    : dialogLayout(window, content), m_panel(window, appearance.m_modal_dialog)
 {
     if (appearance.m_modal_dialog)
         m_window.setAttribute(Qt::WA_TranslucentBackground);
     else
         m_window.setWindowFlags(managedFlags);
-    usePalette();
 }
 
 bool fittedLayout::isManaged() const
@@ -66,6 +64,16 @@ fittedLabel &fittedLayout::label(int id) const
     return static_cast<fittedLabel &>(*m_content.labels[id]);
 }
 
+fittedBar &fittedLayout::totalBar() const
+{
+    return static_cast<fittedBar &>(*m_content.m_totalBar);
+}
+
+QIcon fittedLayout::icon() const
+{
+    return iconNamed(appearance.m_windowIcon);
+}
+
 int fittedLayout::shownBars() const
 {
     int count = 0;
@@ -74,18 +82,19 @@ int fittedLayout::shownBars() const
     return count;
 }
 
+/// For several bars; without any for the time that is left.
 bool fittedLayout::showsTotalRow() const
 {
-    return m_estimateIsShown && !m_left.isEmpty() && shownBars() != 1;
+    const int bars = shownBars();
+    return bars > 1 || (bars == 0 && m_estimateIsShown && !m_left.isEmpty());
 }
 
 void fittedLayout::showChildren()
 {
     m_content.m_totalLabel->hide();
-    auto &total = static_cast<fittedBar &>(*m_content.m_totalBar);
-    total.setVisible(showsTotalRow());
-    total.showCaption(QStringLiteral("Total progress"));
-    total.expectRemaining(true);
+    totalBar().setVisible(showsTotalRow());
+    totalBar().showCaption(QStringLiteral("Total progress"));
+    totalBar().expectRemaining(true);
     const bool isSingle = shownBars() == 1;
     for (int i = 0; i < m_content.maxBars; ++i) {
         label(i).setVisible(m_content.labelVisible[i]);
@@ -116,7 +125,7 @@ void fittedLayout::tellRemaining()
     const bool isSingle = shownBars() == 1;
     for (int i = 0; i < m_content.maxBars; ++i)
         bar(i).showRemaining(isSingle && m_content.showsBar(i) ? left : QString());
-    static_cast<fittedBar &>(*m_content.m_totalBar).showRemaining(left);
+    totalBar().showRemaining(left);
 }
 
 void fittedLayout::captionTotalBar()
@@ -147,15 +156,38 @@ void fittedLayout::showEstimate()
         tellRemaining();
 }
 
+/// The picture is the image of a file, or an icon of the theme.
 void fittedLayout::loadBackground()
 {
-    static imageCache cache;
-    m_image = cache.image(appearance.m_windowPixmap, m_window.screen()->virtualSize(), boundedTo);
+    m_panel.loadBackground();
+    const QIcon icon = iconNamed(appearance.m_windowImage);
+    if (icon.isNull())
+        return;
+    const emLength em(appearance.m_labelFont, m_window);
+    const QSize most = QSize(1, 1) * em(largestPicture);
+    QPixmap picture(imageFile(appearance.m_windowImage));
+    if (picture.isNull()) {
+        const int side = qRound(em(iconSize) * appearance.m_scale);
+        picture = icon.pixmap(side, side);
+        picture.setDevicePixelRatio(appearance.m_scale);
+    } else if (picture.width() > most.width() || picture.height() > most.height())
+        picture = picture.scaled(most, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    m_picture = new QLabel(&m_window);
+    m_picture->setPixmap(picture);
+    m_picture->setScaledContents(true);
 }
 
-void fittedLayout::dropImages()
+void fittedLayout::reloadPixmap()
 {
-    m_image = m_scaledImage = QPixmap();
+    m_panel.rescale();
+}
+
+void fittedLayout::takeColors()
+{
+    m_panel.takeColors();
+    shareBarPalette();
+    for (int i = 0; i < m_content.maxBars; ++i)
+        m_content.bars[i]->setPalette(BAR_PALETTE);
 }
 
 void fittedLayout::copyFrom(const dialogLayout &other)
@@ -163,13 +195,15 @@ void fittedLayout::copyFrom(const dialogLayout &other)
     const auto *src = dynamic_cast<const fittedLayout *>(&other);
     if (!src)
         return;
-    m_image = src->m_image;
+    m_panel.takeBackground(src->m_panel);
     m_left = src->m_left;
     m_estimateIsShown = src->m_estimateIsShown;
+    totalBar().setValue(src->totalBar().value());
     std::copy(std::begin(src->m_grownLines), std::end(src->m_grownLines), m_grownLines);
     if (src->m_window.isVisible()) {
-        m_grownWidth = src->m_grownWidth;
+        m_grown = src->m_grown;
         m_window.move(src->m_window.pos());
+        m_window.setWindowState(src->m_window.windowState() & Qt::WindowMaximized);
         m_anchor = src->m_anchor;
         m_wasMoved = src->m_wasMoved;
     }

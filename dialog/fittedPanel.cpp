@@ -1,15 +1,15 @@
-#include "dialog/fittedLayout.h"
+#include "dialog/fittedPanel.h"
 
 #include "widgets/appearance.h"
-#include "widgets/progressLabel.h"
-#include "widgets/progressProcess.h"
-#include "widgets/texts.h"
+#include "widgets/imageFile.h"
 #include "widgets/theme.h"
 
 #include <QBitmap>
 #include <QImage>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QScreen>
+#include <QWidget>
 
 namespace
 {
@@ -28,9 +28,21 @@ QColor textOn(const QColor &background, const QColor &setting)
     return setting.isValid() ? setting : readableOn(background);
 }
 
+/// Not larger than the screen.
+QPixmap boundedTo(const QPixmap &image, const QSize &screen)
+{
+    const QSize size = image.size().boundedTo(screen);
+    return size == image.size() ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
 } // namespace
 
-void fittedLayout::usePalette()
+fittedPanel::fittedPanel(QWidget &window, bool isFrameless) : m_window(window), m_isFrameless(isFrameless)
+{
+    takeColors();
+}
+
+void fittedPanel::takeColors()
 {
     constexpr double trackShare = 0.14;
     const QColor panel = colorOf(&appearanceSettings::m_dialogBackgroundColor);
@@ -48,25 +60,34 @@ void fittedLayout::usePalette()
     m_window.setPalette(palette);
 }
 
-void fittedLayout::takeColors()
+void fittedPanel::loadBackground()
 {
-    usePalette();
-    shareBarPalette();
-    for (int i = 0; i < m_content.maxBars; ++i)
-        m_content.bars[i]->setPalette(BAR_PALETTE);
+    static imageCache cache;
+    m_image = cache.image(appearance.m_windowPixmap, m_window.screen()->virtualSize(), boundedTo);
 }
 
-/// Stretched to the window when it is painted, since not every size is.
-void fittedLayout::reloadPixmap()
+void fittedPanel::dropImages()
 {
-    m_scaledImage = QPixmap();
+    m_image = m_scaledImage = QPixmap();
 }
 
-void fittedLayout::paint(const QPaintEvent &event)
+/// The image is stretched when it is painted, since not every size is.
+void fittedPanel::takeSize(double em)
+{
+    if (em == m_em && m_window.size() == m_size)
+        return;
+    m_em = em;
+    m_size = m_window.size();
+    rescale();
+    if (m_isFrameless)
+        cutCorners();
+}
+
+void fittedPanel::paint(const QPaintEvent &event)
 {
     if (!m_image.isNull() && m_scaledImage.isNull())
         m_scaledImage = m_image.scaled(m_window.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    if (!isManaged()) {
+    if (m_isFrameless) {
         paintFrameless(event.rect());
         return;
     }
@@ -77,10 +98,9 @@ void fittedLayout::paint(const QPaintEvent &event)
         painter.drawPixmap(0, 0, m_scaledImage);
 }
 
-void fittedLayout::paintFrameless(const QRect &dirty) const
+void fittedPanel::paintFrameless(const QRect &dirty) const
 {
-    const emLength em(*m_content.m_totalLabel);
-    const int radius = em(cornerRadius);
+    const int radius = qRound(cornerRadius * m_em);
     const QColor panel = m_window.palette().color(QPalette::Window);
     QPainter painter(&m_window);
     const QRect inside = m_window.rect().adjusted(radius, radius, -radius, -radius);
@@ -88,7 +108,7 @@ void fittedLayout::paintFrameless(const QRect &dirty) const
         painter.fillRect(dirty, panel);
         return;
     }
-    const double line = std::max(1.0, em.exact(1.0 / 12));
+    const double line = std::max(1.0, m_em / 12);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(m_window.palette().color(QPalette::Mid), line));
     painter.setBrush(m_scaledImage.isNull() ? QBrush(panel) : QBrush(m_scaledImage));
@@ -98,11 +118,9 @@ void fittedLayout::paintFrameless(const QRect &dirty) const
 
 /// Without a compositing manager, what is not painted is black. The mask takes away what the rounded outline
 /// covers least, and leaves the rest of its edge for a compositing manager to blend.
-void fittedLayout::cutCorners()
+void fittedPanel::cutCorners()
 {
-    if (isManaged())
-        return;
-    const double radius = emLength(*m_content.m_totalLabel).exact(cornerRadius) - 0.5;
+    const double radius = cornerRadius * m_em - 0.5;
     QImage shape(m_window.size(), QImage::Format_ARGB32_Premultiplied);
     shape.fill(Qt::transparent);
     QPainter painter(&shape);

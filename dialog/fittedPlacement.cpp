@@ -6,10 +6,11 @@
 #include "widgets/progressLabel.h"
 #include "widgets/texts.h"
 
+#include <QLabel>
 #include <QScreen>
+#include <QWindow>
 
 #include <algorithm>
-#include <utility>
 
 namespace
 {
@@ -17,55 +18,57 @@ namespace
 // In em of the font of text lines.
 constexpr double leastWindowWidth = 24;
 constexpr double mostWindowWidth = 40;
-constexpr double windowMargin = 1.25;
-constexpr double rowDistance = 1;
-constexpr double buttonsDistance = 1.5;
-constexpr double buttonGap = 0.6;
+/// A content that gets wider by little and little must not pull the window along each time.
+constexpr double widthStep = 4;
 /// What a window manager puts above and below its windows.
 constexpr double frameHeight = 3;
+/// Lines of a text that has to scroll.
+constexpr int leastLines = 3;
 
 void setScaledFont(QWidget &widget, const QFont &setting, double scale)
 {
     QFont font = setting;
-    if (scale < 1 && font.pointSizeF() > 0)
+    if (scale != 1 && font.pointSizeF() > 0)
         font.setPointSizeF(font.pointSizeF() * scale);
-    else if (scale < 1)
+    else if (scale != 1)
         font.setPixelSize(std::max(1, static_cast<int>(font.pixelSize() * scale)));
     widget.setFont(font);
 }
 
-QPoint middleOfTop(const QRect &rect)
+QRect centredAt(const QPoint &centre, const QSize &size)
 {
-    return {rect.center().x(), rect.top()};
+    QRect rect(QPoint(), size);
+    rect.moveCenter(centre);
+    return rect;
+}
+
+/// Where the work area has room for it, unless it is out of that altogether.
+QRect pushedInto(const QRect &room, QRect place)
+{
+    if (!room.intersects(place))
+        return place;
+    place.moveRight(std::min(place.right(), room.right()));
+    place.moveBottom(std::min(place.bottom(), room.bottom()));
+    place.moveTopLeft({std::max(place.x(), room.x()), std::max(place.y(), room.y())});
+    return place;
 }
 
 } // namespace
 
-/// Places for the shown children, in pixels.
-struct fittedLayout::arrangement {
-    void add(QWidget *child, const QRect &place) { places.emplace_back(child, place); }
-
-    std::vector<std::pair<QWidget *, QRect>> places;
+/// The children that are shown, and their places in a window of this size, which can be made smaller by its
+/// user down to the least one.
+struct fittedLayout::plan {
+    QList<QWidget *> rows;
+    QList<QWidget *> buttons;
+    fittedPlaces places;
     QSize size;
-};
-
-/// The figures that one arrangement is made with, in pixels.
-struct fittedLayout::placing {
-    explicit placing(const QWidget &label, const QSize &roomOnScreen)
-        : em(label), margin(em(windowMargin)), room(roomOnScreen)
-    {
-    }
-
-    emLength em;
-    int margin;
-    QSize room;
-    int width = 0; ///< of the content
+    QSize leastSize;
 };
 
 void fittedLayout::fixSize()
 {
-    m_window.resize(emLength(appearance.m_labelFont, m_window)(leastWindowWidth),
-                    emLength(appearance.m_labelFont, m_window)(2 * windowMargin));
+    const emLength em(appearance.m_labelFont, m_window);
+    m_window.resize(em(leastWindowWidth), 2 * fittedDistances(em).margin);
 }
 
 /// A managed window is placed by the manager.
@@ -77,15 +80,13 @@ void fittedLayout::movePosition()
     if (appearance.m_desktopIsKnown)
         screen = {0, 0, appearance.m_desktopWidth, appearance.m_desktopHeight};
     screen.translate(appearance.m_paintOffsetX, appearance.m_paintOffsetY);
-    QRect place(QPoint(), m_window.size());
-    place.moveCenter(screen.center());
-    m_window.move(place.topLeft());
-    m_anchor = middleOfTop(place);
+    m_anchor = screen.center();
+    m_window.move(centredAt(m_anchor, m_window.size()).topLeft());
 }
 
 void fittedLayout::takeMoved()
 {
-    m_anchor = middleOfTop(m_window.geometry());
+    m_anchor = m_window.geometry().center();
     m_wasMoved = true;
 }
 
@@ -94,8 +95,8 @@ void fittedLayout::place(bool runs)
     if (!runs)
         captionTotalBar();
     if (!m_content.hasContent()) {
-        m_grownWidth = 0;
-        std::fill(std::begin(m_grownLines), std::end(m_grownLines), 0);
+        m_grown = {};
+        std::fill(std::begin(m_grownLines), std::end(m_grownLines), 0.0);
         m_estimateIsShown = false;
     }
     placeAgain();
@@ -104,15 +105,22 @@ void fittedLayout::place(bool runs)
 void fittedLayout::placeAgain()
 {
     showChildren();
-    const int room = roomOnScreen().height();
-    double scale = 1;
-    arrangement plan = arranged(scale);
-    constexpr int tries = 4;
-    for (int i = 0; i < tries && plan.size.height() > room; ++i) {
-        scale *= static_cast<double>(room) / plan.size.height();
-        plan = arranged(scale);
-    }
-    carryOut(plan);
+    const bool isGiven = m_window.isMaximized();
+    carryOut(planned(isGiven ? m_window.size() : roomOnScreen(), isGiven));
+}
+
+/// The window has the user's size, or the window manager's. Where that is too small for the content, the
+/// window asks for more; a manager who does not grant it has the content made smaller.
+void fittedLayout::takeResized()
+{
+    if (!isManaged() || m_window.size() == m_arrangedSize)
+        return;
+    const QSize given = m_window.size();
+    m_grown = m_arrangedSize = given;
+    const plan wanted = planned({given.width(), roomOnScreen().height()}, true);
+    m_window.setMinimumSize(wanted.leastSize);
+    if (m_window.size() == given)
+        carryOut(wanted.size == given ? wanted : planned(given, true));
 }
 
 QSize fittedLayout::roomOnScreen() const
@@ -136,138 +144,152 @@ void fittedLayout::useFonts(double scale)
         setScaledFont(*m_content.buttons[i], appearance.m_buttonFont, scale);
 }
 
-fittedLayout::arrangement fittedLayout::arranged(double scale)
+QList<QWidget *> fittedLayout::shownRows() const
 {
-    useFonts(scale);
-    placing sizes(*m_content.m_totalLabel, roomOnScreen());
-    sizes.width = contentWidth(sizes);
-    arrangement plan;
-    plan.size = QSize(sizes.width + 2 * sizes.margin, sizes.margin);
-    arrangeRows(plan, sizes);
-    arrangeButtons(plan, sizes);
-    plan.size.rheight() += sizes.margin;
-    return plan;
-}
-
-/// As wide as the widest row and all buttons in one line, within the bounds.
-int fittedLayout::contentWidth(const placing &sizes) const
-{
-    int wanted = showsTotalRow() ? m_content.m_totalBar->sizeHint().width() : 0;
+    QList<QWidget *> rows;
     for (int i = 0; i < m_content.maxBars; ++i) {
         if (m_content.labelVisible[i])
-            wanted = std::max(wanted, label(i).sizeHint().width());
+            rows << &label(i);
         else if (m_content.barVisible[i])
-            wanted = std::max(wanted, bar(i).sizeHint().width());
-    }
-    int buttons = m_content.m_hideButton->isHidden() ? 0 : m_content.m_hideButton->sizeHint().width();
-    for (int i = 0; i < m_content.maxButtons; ++i) {
-        if (m_content.buttonVisible[i])
-            buttons += m_content.buttons[i]->sizeHint().width() + (buttons > 0 ? sizes.em(buttonGap) : 0);
-    }
-    const int margins = 2 * sizes.margin;
-    const int least = std::max({sizes.em(leastWindowWidth), appearance.m_leastWidth, m_grownWidth});
-    const int most = std::max(sizes.em(mostWindowWidth), least);
-    const int width = std::clamp(std::max(wanted, buttons) + margins, least, most);
-    return std::max(1, std::min(width, sizes.room.width()) - margins);
-}
-
-void fittedLayout::arrangeRows(arrangement &plan, const placing &sizes)
-{
-    int distance = 0;
-    const auto add = [&](QWidget *child, int height) {
-        plan.size.rheight() += distance;
-        plan.add(child, {sizes.margin, plan.size.height(), sizes.width, height});
-        plan.size.rheight() += height;
-        distance = sizes.em(rowDistance);
-    };
-    for (int i = 0; i < m_content.maxBars; ++i) {
-        int &lines = m_grownLines[i];
-        if (m_content.labelVisible[i]) {
-            lines = std::max(lines, label(i).linesFor(sizes.width));
-            add(&label(i), lines * label(i).fontMetrics().lineSpacing());
-        } else {
-            lines = 0;
-            if (m_content.barVisible[i])
-                add(&bar(i), bar(i).sizeHint().height());
-        }
+            rows << &bar(i);
     }
     if (showsTotalRow())
-        add(m_content.m_totalBar, m_content.m_totalBar->sizeHint().height());
+        rows << m_content.m_totalBar;
+    return rows;
 }
 
-/// In lines from left to right, each of them at the right; Hide at the left of the last.
-void fittedLayout::arrangeButtons(arrangement &plan, const placing &sizes) const
+QList<QWidget *> fittedLayout::shownButtons() const
 {
-    const int gap = sizes.em(buttonGap);
-    QPushButton *const hide = m_content.m_hideButton->isHidden() ? nullptr : m_content.m_hideButton;
-    const int hideWidth = hide ? hide->sizeHint().width() : 0;
-    struct line {
-        std::vector<QPushButton *> buttons;
-        int width = 0;
-    };
-    std::vector<line> lines(1);
+    QList<QWidget *> buttons;
+    if (!m_content.m_hideButton->isHidden())
+        buttons << m_content.m_hideButton;
     for (int i = 0; i < m_content.maxButtons; ++i) {
-        if (!m_content.buttonVisible[i])
+        if (m_content.buttonVisible[i])
+            buttons << m_content.buttons[i];
+    }
+    return buttons;
+}
+
+int fittedLayout::windowWidth(int natural, int grown, const QSize &room) const
+{
+    const emLength em(*m_content.m_totalLabel);
+    const int step = std::max(1, em(widthStep));
+    const int least = std::max({em(leastWindowWidth), appearance.m_leastWidth, grown});
+    const int most = std::max(em(mostWindowWidth), least);
+    return std::min(std::clamp((natural + step - 1) / step * step, least, most), room.width());
+}
+
+/// For a window as large as the content asks for, and at most `room`; or, where that is the size that it
+/// `isGiven`, for this one.
+fittedLayout::plan fittedLayout::planned(const QSize &room, bool isGiven)
+{
+    constexpr int tries = 5;
+    plan result;
+    double scale = appearance.m_scale;
+    for (int i = 0; i < tries; ++i) {
+        result = plannedAt(scale, room, isGiven);
+        if (result.places.height <= room.height())
+            break;
+        scale *= static_cast<double>(room.height()) / result.places.height;
+    }
+    return result;
+}
+
+fittedLayout::plan fittedLayout::plannedAt(double scale, const QSize &room, bool isGiven)
+{
+    useFonts(scale);
+    const fittedDistances distances{emLength(*m_content.m_totalLabel)};
+    plan result{shownRows(), shownButtons(), {}, {}, {}};
+    fittedNeeds needs;
+    if (m_picture)
+        needs.picture = (m_picture->pixmap().deviceIndependentSize() * scale).toSize();
+    int widest = 0;
+    for (const QWidget *row : result.rows)
+        widest = std::max(widest, row->sizeHint().width());
+    for (const QWidget *button : result.buttons)
+        needs.buttons.push_back(button->sizeHint());
+    const int natural = naturalWidth(needs, widest, distances);
+    const int width = isGiven ? room.width() : windowWidth(natural, m_grown.width(), room);
+    for (QSize &button : needs.buttons)
+        button.setWidth(std::min(button.width(), rowWidth({}, width, distances)));
+    needs.rows = rowsAt(rowWidth(needs.picture, width, distances));
+
+    const int leastHeight = isGiven ? m_window.height() : std::min(m_grown.height(), room.height());
+    result.places = arranged(needs, width, leastHeight, room.height(), distances);
+    result.size = {width, std::max(result.places.height, leastHeight)};
+    result.leastSize = {windowWidth(natural, 0, room), result.places.height};
+    return result;
+}
+
+/// What the rows need at this width.
+std::vector<fittedNeeds::row> fittedLayout::rowsAt(int width)
+{
+    std::vector<fittedNeeds::row> rows;
+    bool isBelowText = false;
+    for (int i = 0; i < m_content.maxBars; ++i) {
+        double &grown = m_grownLines[i];
+        if (!m_content.labelVisible[i])
+            grown = 0;
+        if (m_content.labelVisible[i]) {
+            const int line = label(i).fontMetrics().lineSpacing();
+            grown = std::max(grown, static_cast<double>(label(i).heightFor(width)) / line);
+            const int height = qRound(grown * line);
+            rows.push_back({height, std::min(height, leastLines * line), false});
+        } else if (m_content.barVisible[i]) {
+            const int height = bar(i).sizeHint().height();
+            if (isBelowText)
+                rows.back().captionsNextRow = label(i).text().isEmpty();
+            rows.push_back({height, height, false});
+        } else
             continue;
-        const int width = std::min(m_content.buttons[i]->sizeHint().width(), sizes.width);
-        if (!lines.back().buttons.empty() && lines.back().width + gap + width > sizes.width)
-            lines.emplace_back();
-        lines.back().width += width + (lines.back().buttons.empty() ? 0 : gap);
-        lines.back().buttons.push_back(m_content.buttons[i]);
+        isBelowText = m_content.labelVisible[i];
     }
-    if (hide && !lines.back().buttons.empty() && lines.back().width + gap + hideWidth > sizes.width)
-        lines.emplace_back();
-    if (!hide && lines.back().buttons.empty())
-        return;
-
-    const int height = m_content.m_hideButton->sizeHint().height();
-    int y = plan.size.height() + (plan.places.empty() ? 0 : sizes.em(buttonsDistance));
-    for (const line &each : lines) {
-        int x = sizes.margin + sizes.width - each.width;
-        for (QPushButton *button : each.buttons) {
-            const int width = std::min(button->sizeHint().width(), sizes.width);
-            plan.add(button, {x, y, width, height});
-            x += width + gap;
-        }
-        y += height + gap;
-    }
-    y -= gap;
-    if (hide)
-        plan.add(hide, {sizes.margin, y - height, hideWidth, height});
-    plan.size.rheight() = y;
+    if (showsTotalRow())
+        rows.push_back({totalBar().sizeHint().height(), totalBar().sizeHint().height(), false});
+    return rows;
 }
 
-void fittedLayout::carryOut(const arrangement &plan)
+void fittedLayout::carryOut(const plan &wanted)
 {
-    for (const auto &[child, place] : plan.places)
-        child->setGeometry(place);
-    const bool isFresh = m_grownWidth == 0 && !m_window.isVisible() && !m_wasMoved;
-    const bool isResized = plan.size != m_window.size();
-    m_grownWidth = m_content.hasContent() ? plan.size.width() : 0;
-    if (isResized) {
-        m_window.setFixedSize(plan.size);
-        reloadPixmap();
-        cutCorners();
+    for (qsizetype i = 0; i < wanted.rows.size(); ++i) {
+        const QRect &place = wanted.places.rows[static_cast<std::size_t>(i)];
+        if (auto *text = dynamic_cast<fittedLabel *>(wanted.rows[i]))
+            text->takePlace(place);
+        else
+            wanted.rows[i]->setGeometry(place);
     }
-    if (isManaged())
-        return;
-    if (isFresh)
+    for (qsizetype i = 0; i < wanted.buttons.size(); ++i)
+        wanted.buttons[i]->setGeometry(wanted.places.buttons[static_cast<std::size_t>(i)]);
+    if (m_picture)
+        m_picture->setGeometry(wanted.places.picture);
+    const QRect before = m_window.geometry();
+    const bool isFresh = m_grown.isEmpty() && !m_window.isVisible() && !m_wasMoved;
+    m_grown = m_content.hasContent() ? wanted.size : QSize();
+    m_arrangedSize = wanted.size;
+    if (!isManaged())
+        m_window.setFixedSize(wanted.size);
+    else
+        m_window.setMinimumSize(m_window.minimumSize().boundedTo(wanted.leastSize));
+    if (isFresh) {
+        m_window.resize(wanted.size);
         movePosition();
-    else if (isResized)
-        settle();
+    } else if (wanted.size != before.size())
+        growTo(wanted.size, before);
+    if (isManaged())
+        m_window.setMinimumSize(wanted.leastSize);
+    m_panel.takeSize(emLength(*m_content.m_totalLabel).exact(1));
 }
 
-/// Puts the window to its anchor, and from there into the work area, unless it is out of that altogether.
-void fittedLayout::settle()
+/// Around its centre. One that a manager has not placed yet has none.
+void fittedLayout::growTo(const QSize &size, const QRect &before)
 {
-    const QRect room = m_window.screen()->availableGeometry();
-    QRect place(QPoint(), m_window.size());
-    place.moveCenter({m_anchor.x(), 0});
-    place.moveTop(m_anchor.y());
-    if (room.intersects(place)) {
-        place.moveRight(std::min(place.right(), room.right()));
-        place.moveBottom(std::min(place.bottom(), room.bottom()));
-        place.moveTopLeft({std::max(place.x(), room.x()), std::max(place.y(), room.y())});
-    }
-    m_window.move(place.topLeft());
+    QRect room = m_window.screen()->availableGeometry();
+    if (!isManaged())
+        return m_window.setGeometry(pushedInto(room, centredAt(m_anchor, size)));
+    if (!m_window.isVisible() || !m_window.windowHandle()->isExposed())
+        return m_window.resize(size);
+    const QRect frame = m_window.frameGeometry();
+    room.adjust(before.left() - frame.left(), before.top() - frame.top(), before.right() - frame.right(),
+                before.bottom() - frame.bottom());
+    m_window.setGeometry(pushedInto(room, centredAt(before.center(), size)));
 }

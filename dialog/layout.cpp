@@ -4,7 +4,6 @@
 #include "dialog/fittedLayout.h"
 #include "dialog/gridLayout.h"
 #include "widgets/appearance.h"
-#include "widgets/imageFile.h"
 #include "widgets/progressButton.h"
 #include "widgets/texts.h"
 #include "widgets/theme.h"
@@ -36,7 +35,7 @@ CProgressDialog::CProgressDialog(dialogHost &host)
     m_layout->fixSize();
     movePosition();
     setWindowTitle(literalTitle(appearance.m_windowTitle));
-    setWindowIcon(QIcon(imageFile(appearance.m_windowIcon)));
+    setWindowIcon(m_layout->icon());
     m_layout->loadBackground();
     installEventFilter(this);
     connect(&theme::instance(), &theme::changed, this, &CProgressDialog::takeColors);
@@ -82,6 +81,8 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
         return true;
     if (obj == this && ev->type() == QEvent::LayoutRequest)
         m_layout->placeAgain();
+    if (obj == this && ev->type() == QEvent::Resize)
+        m_layout->takeResized();
     if (obj == this && ev->type() == QEvent::Show)
         buttons[0]->setFocus();
     return false;

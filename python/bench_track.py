@@ -10,7 +10,7 @@ import os
 import statistics
 import sys
 import time
-from typing import Callable, Dict, Iterable, List
+from typing import Iterable
 
 from tqdm import tqdm
 
@@ -29,12 +29,12 @@ def seconds(items: Iterable[int]) -> float:
 def main() -> None:
     count = int(sys.argv[1]) if len(sys.argv) > 1 else 3_000_000
     with Progress("Bench", learn=""), open(os.devnull, "w") as nowhere:
-        loops: Dict[str, Callable[[], Iterable[int]]] = {
+        loops = {
             "bare": lambda: range(count),
             "track": lambda: track(range(count), "Counting"),
             "tqdm": lambda: tqdm(range(count), file=nowhere),
         }
-        times: Dict[str, List[float]] = {name: [] for name in loops}
+        times: dict[str, list[float]] = {name: [] for name in loops}
         for _ in range(ROUNDS):
             for name, loop in loops.items():
                 times[name].append(seconds(loop()))

@@ -156,8 +156,8 @@ void activeDialog::messageStop()
 
 void activeDialog::busyOn()
 {
-    showBusyWindow();
     m_busyActive = true;
+    showBusyWindow();
 }
 
 void activeDialog::busyOff()
@@ -169,7 +169,8 @@ void activeDialog::busyOff()
 
 void activeDialog::showBusyWindow()
 {
-    if (!busyWidget::hasPosition())
+    // In the middle of the screen it would lie on the dialog.
+    if (!busyWidget::hasPosition() && (!busyWidget::isCentred() || !m_busyActive || m_windowIsActive))
         return;
     m_splash->movePosition();
     m_splash->show();
@@ -198,7 +199,9 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
     m_listeners.send(wire::nameOf(isVisible ? eventKind::isShown : eventKind::isHidden));
     m_windowIsActive = isVisible;
     if (isVisible) {
-        if (!m_busyActive)
+        if (busyWidget::isCentred())
+            m_splash->hide();
+        else if (!m_busyActive)
             showBusyWindow();
         bringToFront();
     } else {
@@ -206,6 +209,8 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
         if (!m_busyActive)
             m_splash->hide();
         hideDialog();
+        if (m_busyActive && busyWidget::isCentred())
+            showBusyWindow();
     }
 }
 

@@ -222,6 +222,15 @@ void apply(wire::setting which, QStringView value, const activeDialog &windows)
     case setting::windowWidth:
         fieldReader(value, u'|') >> appearance.m_leastWidth;
         break;
+    case setting::windowImage:
+        appearance.m_windowImage = value.toString();
+        break;
+    case setting::windowMarkup:
+        choose(appearance.m_windowMarkup, which, value);
+        break;
+    case setting::busyPlace:
+        choose(appearance.m_busyPlace, which, value);
+        break;
     case setting::estimate:
         choose(statistics.m_estimateMode, which, value);
         break;

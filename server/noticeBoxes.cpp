@@ -2,6 +2,7 @@
 
 #include "server/activeDialog.h"
 #include "server/windowOrder.h"
+#include "widgets/appearance.h"
 #include "widgets/noticeBox.h"
 
 #include <QClipboard>
@@ -60,7 +61,7 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
     const QStringList buttonFields = fields.mid(3, maxButtonFields);
     fields.resize(3);
     auto *box = new noticeBox(fields[1], fields[2]);
-    box->setIcon(static_cast<QMessageBox::Icon>(fields[0].toInt()));
+    box->setPicture(fields[0].toInt());
 
     QList<std::pair<QPushButton *, int>> buttons;
     for (const QString &field : buttonFields) {
@@ -86,7 +87,7 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
     open(box, code, answer, waiting);
 }
 
-void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFunction &answer,
+void noticeBoxes::open(noticeBox *box, const answerCode &code, const answerFunction &answer,
                        const QObject *waiting)
 {
     box->setWindowFlag(Qt::WindowStaysOnTopHint);
@@ -101,9 +102,9 @@ void noticeBoxes::open(QMessageBox *box, const answerCode &code, const answerFun
                 box->done(0);
         });
     m_active.cancelRun();
+    if (appearance.m_windowLayout == windowLayout::fitted && m_active.isShown())
+        box->keepClearOf(m_active.window()->frameGeometry());
     m_open.append(box);
-    // As a modal window of the application, which it is by itself, it would block the other boxes.
-    box->open();
     m_order.openBox(box, m_active.window());
 }
 

@@ -8,6 +8,7 @@
 class QAbstractButton;
 class QMessageBox;
 class activeDialog;
+class noticeBox;
 class windowOrder;
 
 /// Tells the asker what was answered: the code of the button, 0 for none. Called once.
@@ -42,7 +43,7 @@ private:
     /// Maps the button that was clicked, null for none, to the code of the answer.
     using answerCode = std::function<quint32(const QAbstractButton *)>;
 
-    void open(QMessageBox *box, const answerCode &code, const answerFunction &answer, const QObject *waiting);
+    void open(noticeBox *box, const answerCode &code, const answerFunction &answer, const QObject *waiting);
     void close(QMessageBox *box);
     /// While as many boxes are open as can be, a further one is answered with 0 at once.
     bool isFull(const answerFunction &answer) const;

@@ -4,6 +4,7 @@
 #include "platform/stacking.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QEvent>
 #include <QWidget>
 #include <QWindow>
@@ -58,15 +59,16 @@ void windowOrder::bringToFront(QWidget *dialog)
     takeKeyboard(dialog);
 }
 
-void windowOrder::openBox(QWidget *box, const QWidget *dialog)
+void windowOrder::openBox(QDialog *box, const QWidget *dialog)
 {
     m_returning.stop();
     if (m_boxes.isEmpty())
         m_dialogHadKeyboard = dialog && (dialog->isActiveWindow() || dialog == m_heir);
     m_boxes.append(box);
     box->installEventFilter(this);
+    // As a modal window of the application, which it is by itself, it would block the other boxes.
+    box->open();
     box->windowHandle()->installEventFilter(this);
-    tellHeldKeys(*box);
     box->raise();
     box->activateWindow();
     keepBelowBoxes();
@@ -112,6 +114,9 @@ bool windowOrder::eventFilter(QObject *window, QEvent *event)
             box->raise();
             keepBelowBoxes();
         }
+    } else if (event->type() == QEvent::WinIdChange) {
+        // Before it is shown: a window manager gives it the keyboard at once.
+        tellHeldKeys(*qobject_cast<QWidget *>(window));
     } else if (event->type() == QEvent::Expose && static_cast<QWindow *>(window)->isExposed()) {
         // Once only: raising exposes windows again.
         window->removeEventFilter(this);

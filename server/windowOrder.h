@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QTimer>
 
+class QDialog;
 class QWidget;
 
 /// Who lies above whom, and who has the keyboard: boxes lie above the dialog and the busy window, the active
@@ -19,8 +20,8 @@ public:
 
     /// Shows the dialog in front of other windows, but behind boxes.
     void bringToFront(QWidget *dialog);
-    /// Keeps `box`, just shown, in front of everything; `dialog` is the active one, or null.
-    void openBox(QWidget *box, const QWidget *dialog);
+    /// Opens `box` in front of everything; `dialog` is the active one, or null.
+    void openBox(QDialog *box, const QWidget *dialog);
     /// `box` has been answered and is hidden; `dialog` is the active one, or null.
     void closeBox(QWidget *box, QWidget *dialog);
     /// To be called when a window that bypasses the window manager was shown by itself.

@@ -13,6 +13,10 @@ inline constexpr Qt::WindowFlags m_nonmodal_flags = Qt::CustomizeWindowHint | Qt
 
 /// How dialogs place their children: in the fixed grid, or as the content asks for.
 enum class windowLayout { grid, fitted };
+/// Whether text lines of the fitted layout are markup.
+enum class windowMarkup { off, on };
+/// Whether the busy window has a place without a position: none, or the middle of the screen.
+enum class busyPlace { none, centre };
 /// Whole looks; `automatic` is light or dark, as the desktop prefers.
 enum class windowTheme { none, light, dark, automatic };
 
@@ -30,6 +34,8 @@ struct appearanceSettings {
     /// Top-left corner of the busy window; while one of them is negative the window is never shown.
     int m_busyXpos = -1;
     int m_busyYpos = -1;
+    /// Where it is shown all the same, when a client asks for the window itself.
+    busyPlace m_busyPlace = busyPlace::none;
     /// Size of the busy window; 0 or less takes the image's own.
     int m_busyWidth = -1;
     int m_busyHeight = -1;
@@ -68,6 +74,11 @@ struct appearanceSettings {
     /// Layout of each new dialog, and the least width of a fitted one.
     windowLayout m_windowLayout = windowLayout::grid;
     int m_leastWidth = 0;
+    windowMarkup m_windowMarkup = windowMarkup::off;
+    /// File or name of an icon that a fitted dialog shows beside its content; empty for none.
+    QString m_windowImage;
+    /// How much larger than usual the user wants the fitted layout.
+    double m_scale = 1;
     /// The theme in force, whose colours and fonts are those above as far as nothing else was set later.
     windowTheme m_windowTheme = windowTheme::none;
 

@@ -5,8 +5,12 @@
 #include "widgets/imageFile.h"
 #include "widgets/progressProcess.h"
 #include "widgets/progressStyle.h"
+#include "widgets/pulseClock.h"
+#include "widgets/texts.h"
 #include "widgets/theme.h"
 
+#include <QBitmap>
+#include <QDateTime>
 #include <QFile>
 #include <QPainter>
 #include <QScreen>
@@ -17,6 +21,19 @@ namespace
 constexpr int unknown = -1;
 /// Window size in pixels where neither the settings nor an image give one.
 constexpr int defaultSize = 32;
+// Of the window in the middle of the screen, in em.
+constexpr double centralSize = 6;
+constexpr double centralRadius = 0.6;
+constexpr double wheelRadius = 1.6;
+constexpr double dotRadius = 0.32;
+constexpr int dots = 8;
+
+/// A setting's colour, that of the light theme where it is unset.
+QColor colorOf(QColor appearanceSettings::*setting)
+{
+    const QColor color = appearance.*setting;
+    return color.isValid() ? color : theme::lightColor(setting);
+}
 
 } // namespace
 
@@ -86,8 +103,9 @@ void busyWidget::loadPixmap(const QString &fileName)
 
 void busyWidget::setBusyPercent(int percent)
 {
-    if (m_progr->isHidden() == (percent >= 0))
-        m_progr->setVisible(percent >= 0);
+    const bool isShown = percent >= 0 && !isCentred();
+    if (m_progr->isHidden() == isShown)
+        m_progr->setVisible(isShown);
     if (percent >= 0)
         m_progr->setValue(percent);
     update();
@@ -95,6 +113,12 @@ void busyWidget::setBusyPercent(int percent)
 
 void busyWidget::movePosition()
 {
+    if (isCentred()) {
+        takeCentralSize();
+        QRect place(QPoint(), size());
+        place.moveCenter(screen()->availableGeometry().center());
+        return move(place.topLeft());
+    }
     move(appearance.m_busyXpos + appearance.m_paintOffsetX,
          appearance.m_busyYpos + appearance.m_paintOffsetY);
 }
@@ -102,6 +126,67 @@ void busyWidget::movePosition()
 bool busyWidget::hasPosition()
 {
     return appearance.m_busyXpos >= 0 && appearance.m_busyYpos >= 0;
+}
+
+bool busyWidget::isCentred()
+{
+    return !hasPosition() && appearance.m_busyPlace == busyPlace::centre;
+}
+
+/// A size or an image that the client has given stays.
+void busyWidget::takeCentralSize()
+{
+    if (!m_icon.isNull() || appearance.m_busyWidth > 0 || appearance.m_busyHeight > 0)
+        return;
+    m_width = m_height = qRound(emLength(appearance.m_labelFont, *this)(centralSize) * appearance.m_scale);
+    resize(m_width, m_height);
+    QBitmap shape(size());
+    shape.clear();
+    QPainter painter(&shape);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::color1);
+    const double radius = centralRadius * m_width / centralSize;
+    painter.drawRoundedRect(rect(), radius, radius);
+    painter.end();
+    setMask(shape);
+}
+
+void busyWidget::showEvent(QShowEvent *)
+{
+    if (isCentred()) {
+        m_progr->hide();
+        connect(&pulseClock::instance(), &pulseClock::beat, this, qOverload<>(&QWidget::update),
+                Qt::UniqueConnection);
+    }
+}
+
+void busyWidget::hideEvent(QHideEvent *)
+{
+    disconnect(&pulseClock::instance(), nullptr, this, nullptr);
+}
+
+/// Dots around the middle, the more like the bar's colour the later the light passes them.
+void busyWidget::paintWheel(QPainter &painter) const
+{
+    const double em = m_width / centralSize;
+    const QColor panel = colorOf(&appearanceSettings::m_dialogBackgroundColor);
+    const QColor bar = colorOf(&appearanceSettings::m_busyBarColor);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colorOf(&appearanceSettings::m_dialogFrameColor), std::max(1.0, em / 12)));
+    painter.setBrush(panel);
+    const double inset = painter.pen().widthF() / 2;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), centralRadius * em,
+                            centralRadius * em);
+    painter.setPen(Qt::NoPen);
+    painter.translate(m_width / 2.0, m_height / 2.0);
+    const int first = static_cast<int>(QDateTime::currentMSecsSinceEpoch() / 125 % dots);
+    for (int i = 0; i < dots; ++i) {
+        painter.save();
+        painter.rotate((first + i) * 360.0 / dots);
+        painter.setBrush(mixed(panel, bar, 0.15 + 0.85 * i / (dots - 1)));
+        painter.drawEllipse(QPointF(0, -wheelRadius * em), dotRadius * em, dotRadius * em);
+        painter.restore();
+    }
 }
 
 void busyWidget::mousePressEvent(QMouseEvent *)
@@ -112,7 +197,9 @@ void busyWidget::mousePressEvent(QMouseEvent *)
 void busyWidget::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    if (m_icon.isNull())
+    if (m_icon.isNull() && isCentred())
+        paintWheel(painter);
+    else if (m_icon.isNull())
         painter.fillRect(0, 0, m_width, m_height, QColor(255, 255, 255, 125));
     else
         painter.drawPixmap(diff_x / 2, diff_y / 2, m_icon);

@@ -6,7 +6,9 @@
 class progressProcess;
 
 /// The busy window: a small frameless window with the client's image (or a translucent white rectangle)
-/// and, inside it, a slim vertical bar with the total percent. Its callers place, show and hide it.
+/// and, inside it, a slim vertical bar with the total percent. Without a position it can be in
+/// the middle of the screen, with a wheel that turns in the theme's colours. Its callers place, show and hide
+/// it.
 class busyWidget : public QWidget
 {
     Q_OBJECT
@@ -22,8 +24,11 @@ public:
     void setBusyPercent(int percent);
     /// Moves the window to where the settings want it, offset included.
     void movePosition();
-    /// Whether the settings give the window a place on the screen at all.
+    /// Whether the settings give the window a place on the screen, as they must for it to come with the
+    /// dialog.
     static bool hasPosition();
+    /// Whether it comes in the middle of the screen when it is asked for by itself.
+    static bool isCentred();
 
 signals:
     /// A mouse button went down on the window.
@@ -32,10 +37,14 @@ signals:
 protected:
     void mousePressEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void takeColors();
     void loadPixmap(const QString &fileName);
+    void takeCentralSize();
+    void paintWheel(QPainter &painter) const;
 
     /// By how many pixels the window is wider and taller than its image.
     int diff_x = 0;

@@ -100,14 +100,6 @@ void fittedBar::paintEvent(QPaintEvent *)
     passValueOn();
     QPainter painter(this);
     const QRect track = pulseTrack();
-    const QRect text(0, 0, width(), track.top());
-    painter.setPen(window()->palette().color(QPalette::WindowText));
-    const QString caption = fontMetrics().elidedText(m_caption, Qt::ElideMiddle, captionWidth());
-    painter.setLayoutDirection(directionOf(m_caption));
-    painter.drawText(text, Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignTop | Qt::TextSingleLine, caption);
-    painter.setLayoutDirection(Qt::LeftToRight);
-    painter.drawText(text, Qt::AlignRight | Qt::AlignTop | Qt::TextSingleLine, figuresText());
-
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     const auto drawRounded = [&painter](const QRect &rect, const QBrush &brush) {
@@ -118,6 +110,24 @@ void fittedBar::paintEvent(QPaintEvent *)
     const QRect filled = isPulsing() ? paintedPulse() : filledRect();
     if (!filled.isEmpty())
         drawRounded(filled, window()->palette().brush(QPalette::Highlight));
+    painter.end();
+    ::paintTexts(*this, QPalette::WindowText, [this](QPainter &texts) { paintTexts(texts); });
+}
+
+/// Both on one baseline, whatever other fonts their letters are taken from; a caption that is read from the
+/// right begins there.
+void fittedBar::paintTexts(QPainter &painter) const
+{
+    const QString caption = fontMetrics().elidedText(m_caption, Qt::ElideMiddle, captionWidth());
+    const QString figures = figuresText();
+    const int baseline = fontMetrics().ascent();
+    const bool isFromRight = m_caption.isRightToLeft();
+    const auto rightEdge = [this](const QString &text) {
+        return width() - fontMetrics().horizontalAdvance(text);
+    };
+    painter.drawText(isFromRight ? 0 : rightEdge(figures), baseline, figures);
+    painter.setLayoutDirection(directionOf(m_caption));
+    painter.drawText(isFromRight ? rightEdge(caption) : 0, baseline, caption);
 }
 
 QString timeLeft(int seconds)

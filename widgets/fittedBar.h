@@ -4,9 +4,10 @@
 #include "widgets/texts.h"
 
 /// A bar of the fitted layout with the text that belongs to it: the caption at the left, the percent and
-/// perhaps the remaining time at the right, and a flat, rounded bar below. Only the caption gives way when
-/// there is no room; the tool tip then shows the whole of it. Its colours are those of the window's palette:
-/// WindowText, Base for the unfilled part, Highlight.
+/// perhaps the remaining time at the right (the other way round where the caption is read from the right),
+/// and a flat, rounded bar below. Only the caption gives way when there is no room; the tool tip then shows
+/// the whole of it. Its colours are those of the window's palette: WindowText, Base for the unfilled part,
+/// Highlight.
 class fittedBar : public progressProcess
 {
     Q_OBJECT
@@ -31,6 +32,7 @@ protected:
 private:
     QString figuresText() const;
     int captionWidth() const;
+    void paintTexts(QPainter &painter) const;
     QRect filledRect() const;
 
     QString m_caption;

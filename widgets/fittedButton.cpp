@@ -67,7 +67,9 @@ void fittedButton::paintEvent(QPaintEvent *)
     const QRect inner = rect().adjusted(em(sidePadding / 2), 0, -em(sidePadding / 2), 0);
     const QString shown =
         fontMetrics().elidedText(text(), Qt::ElideRight, inner.width(), Qt::TextShowMnemonic);
-    painter.setPen(window()->palette().color(QPalette::ButtonText));
-    painter.setLayoutDirection(directionOf(text()));
-    painter.drawText(inner, Qt::AlignCenter | textFlags, shown);
+    painter.end();
+    paintTexts(*this, QPalette::ButtonText, [&](QPainter &texts) {
+        texts.setLayoutDirection(directionOf(text()));
+        texts.drawText(inner, Qt::AlignCenter | textFlags, shown);
+    });
 }

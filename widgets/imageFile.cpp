@@ -18,6 +18,13 @@ QString imageFile(const QString &fileName)
     return {};
 }
 
+QIcon iconNamed(const QString &name)
+{
+    if (const QPixmap image(imageFile(name)); !image.isNull())
+        return {image};
+    return name.contains(u'/') ? QIcon() : QIcon::fromTheme(name);
+}
+
 QPixmap imageCache::image(const QString &name, const QSize &size,
                           QPixmap (*fit)(const QPixmap &, const QSize &))
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QIcon>
 #include <QPixmap>
 #include <QSize>
 #include <QString>
@@ -9,6 +10,9 @@
 /// which no image is loaded from, where that is no regular file. Clients choose the names: opening a pipe
 /// would make the daemon wait for a writer, and a device may have no end.
 QString imageFile(const QString &fileName);
+
+/// The icon of such a file, else of that name in the desktop's theme; null where there is neither.
+QIcon iconNamed(const QString &name);
 
 /// The last image that was made from a file for windows of one size. Each dialog of a series of copies asks
 /// for the same one; it is made once and shared.

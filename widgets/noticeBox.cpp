@@ -1,11 +1,15 @@
 #include "widgets/noticeBox.h"
 
+#include "widgets/appearance.h"
+#include "widgets/boxIcon.h"
 #include "widgets/scrolledText.h"
 #include "widgets/texts.h"
 #include "widgets/theme.h"
 
 #include <QBoxLayout>
+#include <QClipboard>
 #include <QDialogButtonBox>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLayout>
@@ -25,6 +29,27 @@ constexpr qsizetype mostUnscrolled = 10'000;
 constexpr qsizetype nameLength = 500;
 constexpr int readableWidth = 36; // em
 constexpr int scrolledLines = 40;
+/// What a window manager draws around a window, before that is on the screen.
+constexpr int titleLines = 3;
+constexpr double pictureSize = 3; // em
+/// The toolkit's own bound for the width of a box, in pixels of a usual screen.
+constexpr int toolkitsWidth = 500;
+constexpr int usualDpi = 96;
+
+bool hasHeading(const QString &text)
+{
+    const qsizetype feed = text.indexOf(u'\n');
+    return feed > 0 && !QStringView(text).sliced(feed).trimmed().isEmpty();
+}
+
+/// The markup for a text with a bold first line. Whatever stands in the text is shown as it came.
+QString withHeading(const QString &text)
+{
+    const qsizetype feed = text.indexOf(u'\n');
+    return QStringLiteral("<div style='white-space:pre-wrap'><b>%1</b>%2</div>")
+        .arg(text.left(feed).toHtmlEscaped(),
+             text.sliced(feed).toHtmlEscaped().replace(u'\n', QLatin1String("<br>")));
+}
 
 bool isSingleButton(int code)
 {
@@ -84,10 +109,29 @@ void wrapButtons(QDialogButtonBox &box, int width)
 noticeBox::noticeBox(const QString &title, const QString &text) : m_text(scrolledText::beginning(text))
 {
     setWindowTitle(literalTitle(title.left(mostUnscrolled)));
-    setTextFormat(Qt::PlainText);
-    setText(m_text.left(isHopeless() ? nameLength : mostUnscrolled));
+    if (appearance.m_windowLayout == windowLayout::fitted && appearance.m_scale != 1) {
+        QFont scaled = font();
+        scaled.setPointSizeF(scaled.pointSizeF() * appearance.m_scale);
+        setFont(scaled);
+    }
+    showText(m_text.left(isHopeless() ? nameLength : mostUnscrolled));
     takeColors();
     connect(&theme::instance(), &theme::changed, this, &noticeBox::takeColors);
+}
+
+/// Screen readers get it as it came.
+void noticeBox::showText(const QString &text)
+{
+    const bool isStyled = hasHeading(text);
+    setTextFormat(isStyled ? Qt::RichText : Qt::PlainText);
+    setText(isStyled ? withHeading(text) : text);
+    if (QLabel *const shown = label())
+        shown->setAccessibleName(isStyled ? m_text.left(mostUnscrolled) : QString());
+}
+
+void noticeBox::setPicture(int icon)
+{
+    setIconPixmap(boxIcon(static_cast<Icon>(icon), emLength(*this)(pictureSize)));
 }
 
 void noticeBox::takeColors()
@@ -105,10 +149,9 @@ QPushButton *noticeBox::addStandard(int code)
     return button;
 }
 
-/// What the window manager draws around the window is not known before it is shown.
 QSize noticeBox::roomOnScreen() const
 {
-    const int frame = 3 * fontMetrics().height();
+    const int frame = titleLines * fontMetrics().height();
     return screen()->availableSize() - QSize(frame, frame);
 }
 
@@ -137,6 +180,20 @@ void noticeBox::updateSize()
     widen();
 }
 
+/// The width without wraps, within the toolkit's bound as it is meant for a screen of this density.
+int noticeBox::roomyWidth() const
+{
+    QLabel *const shown = label();
+    if (m_scrolledText || !shown || !shown->wordWrap())
+        return 0;
+    const int others = width() - shown->width();
+    const int most = qMin(toolkitsWidth * logicalDpiX() / usualDpi, screen()->availableSize().width() / 2);
+    shown->setWordWrap(false);
+    const int natural = others + shown->sizeHint().width();
+    shown->setWordWrap(natural > most);
+    return qMin(natural, most);
+}
+
 /// Tells whether it has to.
 bool noticeBox::widen()
 {
@@ -146,10 +203,11 @@ bool noticeBox::widen()
         const QMargins margins = layout()->contentsMargins();
         wrapButtons(*buttons, most - margins.left() - margins.right());
     }
-    if (!m_isWidened && needed() <= width())
+    const int wanted = qMax(roomyWidth(), needed());
+    if (!m_isWidened && wanted <= width())
         return false;
     m_isWidened = true;
-    const int wider = qMin(qMax(needed(), width()), most);
+    const int wider = qMin(qMax(wanted, width()), most);
     setFixedSize(wider, layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(wider)
                                                       : layout()->totalMinimumSize().height());
     return true;
@@ -165,8 +223,35 @@ void noticeBox::breakLongWords()
     const int others = width() - shown->width();
     if (others + shown->minimumSizeHint().width() <= qMin(width(), roomOnScreen().width()))
         return;
-    shown->setAccessibleName(shown->text());
-    shown->setText(withBreaks(shown->text(), shown->font(), columnWidth()));
+    QFont widest = shown->font();
+    widest.setBold(hasHeading(m_text));
+    showText(withBreaks(m_text, widest, columnWidth()));
+    shown->setAccessibleName(m_text);
+}
+
+/// Below the window, above it, or at its side, wherever the screen's work area has room first.
+void noticeBox::moveAside()
+{
+    if (m_clearOf.isEmpty())
+        return;
+    const int frame = titleLines * fontMetrics().height();
+    const int gap = fontMetrics().height() / 2;
+    const QRect room = screen()->availableGeometry();
+    QRect place(QPoint(), size() + QSize(gap, frame));
+    place.moveCenter(m_clearOf.center());
+    place.moveLeft(qBound(room.left(), place.left(), room.right() - place.width() + 1));
+    place.moveTop(m_clearOf.bottom() + gap);
+    if (!room.contains(place))
+        place.moveBottom(m_clearOf.top() - gap);
+    for (const int x : {m_clearOf.right() + gap, m_clearOf.left() - gap - place.width()}) {
+        if (room.contains(place))
+            break;
+        place.moveCenter(m_clearOf.center());
+        place.moveLeft(x);
+        place.moveTop(qMax(room.top(), qMin(place.top(), room.bottom() - place.height() + 1)));
+    }
+    if (room.contains(place))
+        move(place.topLeft() + QPoint(gap / 2, frame - gap / 2));
 }
 
 /// Whether the text needs more room than there is, however it is laid out.
@@ -226,6 +311,7 @@ void noticeBox::showEvent(QShowEvent *event)
         // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         QDialog::showEvent(event);
     }
+    moveAside();
 }
 
 /// What makes the toolkit compute its size anew. A window that is seen must not flicker between that and
@@ -257,6 +343,8 @@ void noticeBox::keyPressEvent(QKeyEvent *event)
         m_scrolledText->turnPage(-1);
     else if (m_scrolledText && event->key() == Qt::Key_PageDown)
         m_scrolledText->turnPage(1);
+    else if (event->matches(QKeySequence::Copy))
+        QGuiApplication::clipboard()->setText(m_text);
     else
         QMessageBox::keyPressEvent(event);
 }

@@ -1,16 +1,13 @@
 #include "widgets/progressLabel.h"
 
 #include "widgets/appearance.h"
+#include "widgets/markup.h"
 
-#include <QEvent>
 #include <QPainter>
+#include <QScrollBar>
+#include <QtMath>
 
-namespace
-{
-
-constexpr int maxLines = 3;
-
-} // namespace
+#include <algorithm>
 
 progressLabel::progressLabel(QWidget *parent) : QLabel(parent)
 {
@@ -19,45 +16,113 @@ progressLabel::progressLabel(QWidget *parent) : QLabel(parent)
     setFont(appearance.m_labelFont);
 }
 
-fittedLabel::fittedLabel(QWidget *parent) : progressLabel(parent) {}
+fittedLabel::fittedLabel(QWidget *parent) : progressLabel(parent)
+{
+    m_layout.setCacheEnabled(true);
+}
 
 QSize fittedLabel::sizeHint() const
 {
-    return {m_measured.width(text(), *this), fontMetrics().lineSpacing()};
+    return {textWidth(), fontMetrics().lineSpacing()};
 }
 
-const QStringList &fittedLabel::lines(int width) const
+/// Gives the layout the text, if it has changed.
+void fittedLabel::takeText() const
 {
-    if (width != m_wrappedWidth || text() != m_wrappedText || font() != m_wrappedFont) {
-        m_lines = wrappedText(text(), font(), width, maxLines);
-        m_wrappedWidth = width;
-        m_wrappedText = text();
-        m_wrappedFont = font();
+    source wanted{text(), font(), appearance.m_windowMarkup == windowMarkup::on};
+    if (wanted == m_source)
+        return;
+    m_source = std::move(wanted);
+    m_layoutWidth = -1;
+    const styledText styled =
+        m_source.isMarkup ? fromMarkup(m_source.text, m_source.font) : styledText{m_source.text, {}};
+    QTextOption option(styled.text.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setTextDirection(directionOf(styled.text));
+    m_layout.setTextOption(option);
+    m_layout.setFont(m_source.font);
+    m_layout.setText(QString(styled.text).replace(u'\n', QChar::LineSeparator));
+    m_layout.setFormats(styled.formats);
+}
+
+/// As it is read, without markup.
+QString fittedLabel::plainText() const
+{
+    takeText();
+    return QString(m_layout.text()).replace(QChar::LineSeparator, u'\n');
+}
+
+int fittedLabel::textWidth() const
+{
+    const QString plain = plainText();
+    if (m_layout.formats().isEmpty())
+        return m_measured.width(plain, *this);
+    layOut(QWIDGETSIZE_MAX);
+    double widest = 0;
+    for (int i = 0; i < m_layout.lineCount(); ++i)
+        widest = std::max(widest, m_layout.lineAt(i).naturalTextWidth());
+    return qCeil(widest);
+}
+
+/// Lines are as high as the font asks for, or more where they hold something larger.
+void fittedLabel::layOut(int width) const
+{
+    takeText();
+    if (width == m_layoutWidth)
+        return;
+    m_layoutWidth = width;
+    double y = 0;
+    m_layout.beginLayout();
+    for (QTextLine line = m_layout.createLine(); line.isValid(); line = m_layout.createLine()) {
+        line.setLineWidth(width);
+        line.setPosition({0, y});
+        if (line.textLength() > 0) // behind the last line feed there is none
+            y += std::max<double>(fontMetrics().lineSpacing(), qCeil(line.height()));
     }
-    return m_lines;
+    m_layout.endLayout();
+    m_layoutHeight = std::max(qCeil(y), fontMetrics().lineSpacing());
 }
 
-int fittedLabel::linesFor(int width) const
+int fittedLabel::heightFor(int width) const
 {
-    return static_cast<int>(lines(width).size());
+    layOut(width);
+    return m_layoutHeight;
 }
 
-bool fittedLabel::event(QEvent *event)
+void fittedLabel::takePlace(const QRect &place)
 {
-    if (event->type() != QEvent::ToolTip)
-        return progressLabel::event(event);
-    showToolTip(*event, *this, text(), wrappedText(text(), font(), width(), maxLines + 1).size() > maxLines);
-    return true;
+    setGeometry(place);
+    setAccessibleName(appearance.m_windowMarkup == windowMarkup::on ? plainText() : QString());
+    const bool scrolls = heightFor(width()) > height();
+    if (scrolls && !m_scroll) {
+        m_scroll = new QScrollBar(Qt::Vertical, this);
+        connect(m_scroll, &QScrollBar::valueChanged, this, qOverload<>(&QWidget::update));
+    }
+    if (!m_scroll)
+        return;
+    m_scroll->setVisible(scrolls);
+    if (!scrolls)
+        return m_scroll->setRange(0, 0);
+    const int barWidth = m_scroll->sizeHint().width();
+    m_scroll->setGeometry(width() - barWidth, 0, barWidth, height());
+    m_scroll->setPageStep(height());
+    m_scroll->setSingleStep(fontMetrics().lineSpacing());
+    m_scroll->setRange(0, std::max(0, heightFor(m_scroll->x()) - height()));
+}
+
+void fittedLabel::wheelEvent(QWheelEvent *event)
+{
+    if (m_scroll && m_scroll->isVisible())
+        QCoreApplication::sendEvent(m_scroll, event);
+    else
+        event->ignore();
 }
 
 void fittedLabel::paintEvent(QPaintEvent *)
 {
-    QPainter painter(this);
-    painter.setPen(window()->palette().color(QPalette::WindowText));
-    painter.setLayoutDirection(directionOf(text())); // what is left turns into right with it
-    QRect line(0, 0, width(), fontMetrics().lineSpacing());
-    for (const QString &part : lines(width())) {
-        painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, part);
-        line.translate(0, line.height());
-    }
+    const bool scrolls = m_scroll && m_scroll->isVisible();
+    layOut(scrolls ? m_scroll->x() : width());
+    paintTexts(*this, QPalette::WindowText, [this, scrolls](QPainter &painter) {
+        m_layout.draw(&painter, QPointF(0, scrolls ? -m_scroll->value() : 0), {}, rect());
+    });
 }

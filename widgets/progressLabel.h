@@ -3,6 +3,9 @@
 #include "widgets/texts.h"
 
 #include <QLabel>
+#include <QTextLayout>
+
+class QScrollBar;
 
 /// A caption or a text line of the progress dialog. The text is shown as it came, never as markup.
 class progressLabel : public QLabel
@@ -13,8 +16,8 @@ public:
     explicit progressLabel(QWidget *parent);
 };
 
-/// A text line of the fitted layout: it wraps to three lines at most, and is elided behind them; the tool tip
-/// then shows all of it.
+/// A text line of the fitted layout: it wraps, and scrolls where it is not given the height that it asks for.
+/// Its text is markup where the settings say so.
 class fittedLabel : public progressLabel
 {
     Q_OBJECT
@@ -22,22 +25,39 @@ class fittedLabel : public progressLabel
 public:
     explicit fittedLabel(QWidget *parent);
 
-    /// For the text without wrapping.
+    /// For the text without wrapping; the height is that of one line.
     QSize sizeHint() const override;
-    /// Lines, 1 to 3, that the text takes at this width.
-    int linesFor(int width) const;
+    /// Pixels that all lines of the text take at this width.
+    int heightFor(int width) const;
+    /// Stands there from now on, and scrolls as far as that is too low for the text.
+    void takePlace(const QRect &place);
 
 protected:
-    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
 
 private:
-    const QStringList &lines(int width) const;
+    struct source {
+        QString text;
+        QFont font;
+        bool isMarkup = false;
+        bool operator==(const source &other) const
+        {
+            return isMarkup == other.isMarkup && text == other.text && font == other.font;
+        }
+    };
 
+    void takeText() const;
+    QString plainText() const;
+    int textWidth() const;
+    void layOut(int width) const;
+
+    /// Null until the text first had to scroll.
+    QScrollBar *m_scroll = nullptr;
     mutable measuredText m_measured;
-    /// The text as it was wrapped last, and what for.
-    mutable QStringList m_lines;
-    mutable int m_wrappedWidth = -1;
-    mutable QString m_wrappedText;
-    mutable QFont m_wrappedFont;
+    /// The text as it was laid out last, and what for.
+    mutable QTextLayout m_layout;
+    mutable source m_source;
+    mutable int m_layoutWidth = -1;
+    mutable int m_layoutHeight = 0;
 };

@@ -2,6 +2,8 @@
 
 #include <QFontMetrics>
 #include <QHelpEvent>
+#include <QImage>
+#include <QPainter>
 #include <QStringTokenizer>
 #include <QTextLayout>
 #include <QToolTip>
@@ -16,18 +18,6 @@ QTextOption wrapping()
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     return option;
-}
-
-/// Where the line that starts at `start` ends.
-qsizetype lineEnd(const QString &paragraph, qsizetype start, const QFont &font, int width)
-{
-    QTextLayout layout(paragraph.sliced(start), font);
-    layout.setTextOption(wrapping());
-    layout.beginLayout();
-    QTextLine line = layout.createLine();
-    line.setLineWidth(width);
-    layout.endLayout();
-    return start + std::max(line.textLength(), 1);
 }
 
 QString toolTipText(const QString &text)
@@ -50,26 +40,6 @@ QString toolTipText(const QString &text)
 
 } // namespace
 
-QStringList wrappedText(const QString &text, const QFont &font, int width, int maxLines)
-{
-    QStringList lines;
-    qsizetype start = 0;
-    while (start < text.size() || lines.isEmpty()) {
-        const qsizetype feed = text.indexOf(u'\n', start);
-        const QString paragraph = text.left(feed < 0 ? text.size() : feed);
-        const qsizetype end = start < paragraph.size() ? lineEnd(paragraph, start, font, width) : start;
-        const bool endsParagraph = end == paragraph.size();
-        const qsizetype next = endsParagraph ? end + 1 : end;
-        if (lines.size() == maxLines - 1 && next < text.size()) {
-            const QString rest = text.sliced(start).replace(u'\n', u' ');
-            return lines << QFontMetrics(font).elidedText(rest, Qt::ElideRight, width);
-        }
-        lines << paragraph.sliced(start, end - start);
-        start = next;
-    }
-    return lines;
-}
-
 QString withBreaks(const QString &text, const QFont &font, int width)
 {
     constexpr QChar zeroWidthSpace(0x200b);
@@ -90,6 +60,26 @@ QString withBreaks(const QString &text, const QFont &font, int width)
 Qt::LayoutDirection directionOf(const QString &text)
 {
     return text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
+}
+
+void paintTexts(QWidget &widget, QPalette::ColorRole color, const std::function<void(QPainter &)> &paint)
+{
+    constexpr double inchesAMetre = 1 / 0.0254;
+    static QImage layer;
+    if (layer.size() != layer.size().expandedTo(widget.size()))
+        layer = QImage(layer.size().expandedTo(widget.size()), QImage::Format_ARGB32_Premultiplied);
+    layer.setDotsPerMeterX(qRound(widget.logicalDpiX() * inchesAMetre));
+    layer.setDotsPerMeterY(qRound(widget.logicalDpiY() * inchesAMetre));
+    QPainter painter(&layer);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(widget.rect(), Qt::transparent);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.setClipRect(widget.rect());
+    painter.setFont(widget.font());
+    painter.setPen(widget.window()->palette().color(color));
+    paint(painter);
+    painter.end();
+    QPainter(&widget).drawImage(QPoint(), layer, widget.rect());
 }
 
 int textWidth(const QString &text, const QWidget &widget, int flags)

@@ -1,12 +1,10 @@
 #pragma once
 
 #include <QFont>
-#include <QStringList>
-#include <QWidget>
+#include <QString>
 
-/// `text` as lines of at most `width` pixels: broken at line feeds, at blanks, and where there are none
-/// within a word. What does not fit into `maxLines` is elided at the end of the last.
-QStringList wrappedText(const QString &text, const QFont &font, int width, int maxLines);
+#include <QWidget>
+#include <functional>
 
 /// `text` with an invisible place to break a line in each word that is wider than `width` pixels, so that no
 /// part of it is.
@@ -14,6 +12,12 @@ QString withBreaks(const QString &text, const QFont &font, int width);
 
 /// The direction that a text is read in, its lines and an ellipsis in them included.
 Qt::LayoutDirection directionOf(const QString &text);
+
+/// Has `paint` draw the texts of a widget, with its font and the colour of text on the panel or on buttons,
+/// at one weight in light and dark colours: letters of some fonts (those with outlines of the third degree)
+/// are blended with a gamma, thinner when they are dark and heavier when they are light, but on opaque ground
+/// alone.
+void paintTexts(QWidget &widget, QPalette::ColorRole color, const std::function<void(QPainter &)> &paint);
 
 /// Pixels that the widest line of `text` needs in the widget's font: on a screen twice as dense twice as
 /// many, although letters are fitted to whole pixels. With `Qt::TextShowMnemonic` in `flags`, "&" takes no

@@ -91,6 +91,9 @@ enum class setting : unsigned char {
     windowTheme,
     windowText,
     windowWidth,
+    windowImage,
+    windowMarkup,
+    busyPlace,
     estimate,
 };
 
@@ -119,6 +122,9 @@ inline constexpr std::array settingForms{
     settingForm{"windowTheme", valueKind::words, {"light", "dark", "auto"}},
     settingForm{"windowText", valueKind::colours},
     settingForm{"windowWidth", valueKind::numbers},
+    settingForm{"windowImage", valueKind::text},
+    settingForm{"windowMarkup", valueKind::words, {"off", "on"}},
+    settingForm{"busyPlace", valueKind::words, {"none", "centre"}},
     settingForm{"estimate", valueKind::words, {"exact", "adaptive"}},
 };
 static_assert(settingForms.size() == static_cast<std::size_t>(setting::estimate) + 1);

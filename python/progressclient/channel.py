@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import collections
+import math
 import re
 import select
 import socket
@@ -10,7 +11,7 @@ import time
 from typing import Callable, Optional, TypeVar
 
 from .place import believe_path, believe_peer
-from .words import BOXES, CLAIM, LISTEN, REPLIES, message
+from .words import BOXES, REPLIES, message
 
 T = TypeVar("T")
 
@@ -107,7 +108,7 @@ class Channel:
             self._wait(select.POLLIN, end)
             self.receive()
 
-    def _drain(self, end: Optional[float]) -> None:
+    def _drain(self, end: float) -> None:
         while not self.flush():
             self._wait(select.POLLOUT, end)
 
@@ -115,15 +116,15 @@ class Channel:
 
     def listen(self, timeout: Optional[float] = DEADLINE) -> None:
         """Asks for the events from now on."""
-        self.send(LISTEN, timeout=timeout)
+        self.send("events", timeout=timeout)
 
     def event(self, timeout: Optional[float] = DEADLINE) -> str:
         """The next event, such as "clicked:3"."""
-        return self._await(lambda: self.events.popleft() if self.events else None, timeout)
+        return self._await(lambda: self.events.popleft() if self.events else None, _end(timeout))
 
     def answer(self, number: int, timeout: Optional[float] = None) -> int:
         """The code of the button that answered this box; 0 for none."""
-        return self._await(lambda: self.answers.pop(number, None), timeout)
+        return self._await(lambda: self.answers.pop(number, None), _end(timeout))
 
     def claim(self, timeout: Optional[float] = DEADLINE) -> int:
         """Reserves a slot for as long as the channel is open; -1 when there is none.
@@ -131,8 +132,8 @@ class Channel:
         After a TimeoutError the answer may still come, and would be taken for the next one: close the channel.
         """
         end = _end(timeout)
-        self.send(CLAIM, timeout=timeout)
-        return self._await(lambda: self._claims.popleft() if self._claims else None, _left(end))
+        self.send("claim", timeout=timeout)
+        return self._await(lambda: self._claims.popleft() if self._claims else None, end)
 
     def receive(self) -> bool:
         """Sorts what has come, at most 64 KiB of it, without waiting; False when there was nothing."""
@@ -169,40 +170,32 @@ class Channel:
         except ValueError:
             raise ConnectionError(f"the daemon gives a strange answer: {text[:40]!r}") from None
 
-    def _await(self, take: Callable[[], Optional[T]], timeout: Optional[float]) -> T:
-        end = _end(timeout)
-        while True:
-            found = take()
-            if found is not None:
-                return found
+    def _await(self, take: Callable[[], Optional[T]], end: float) -> T:
+        while (found := take()) is None:
             if self.ended:
                 raise ConnectionError("the daemon has hung up")
             self._wait(select.POLLIN, end)
             self.receive()
+        return found
 
-    def _wait(self, direction: int, end: Optional[float]) -> None:
+    def _wait(self, direction: int, end: float) -> None:
         poll = select.poll()
         poll.register(self._socket, direction)
-        left = _left(end)
-        if not poll.poll(None if left is None else left * 1000):
+        if not poll.poll(None if end == math.inf else max(0.0, end - time.monotonic()) * 1000):
             raise TimeoutError("the daemon does not answer")
 
 
-def _connect(connection: socket.socket, path: str, end: Optional[float]) -> None:
+def _connect(connection: socket.socket, path: str, end: float) -> None:
     while True:
-        left = _left(end)
-        connection.settimeout(None if left is None else max(left, 0.001))
+        connection.settimeout(None if end == math.inf else max(0.001, end - time.monotonic()))
         try:
             return connection.connect(path)
         except BlockingIOError:  # so many wait already that nobody else may
-            if left == 0:
+            if time.monotonic() >= end:
                 raise TimeoutError(f"the daemon at {path} does not answer") from None
             time.sleep(0.01)
 
 
-def _end(timeout: Optional[float]) -> Optional[float]:
-    return None if timeout is None else time.monotonic() + timeout
-
-
-def _left(end: Optional[float]) -> Optional[float]:
-    return None if end is None else max(0.0, end - time.monotonic())
+def _end(timeout: Optional[float]) -> float:
+    """On the monotonic clock."""
+    return math.inf if timeout is None else time.monotonic() + timeout

@@ -6,15 +6,18 @@ import os
 import threading
 import time
 import weakref
-from typing import Optional, Union
+from typing import Optional, TypeVar
 
 from .channel import DEADLINE, Channel
-from .daemon import NamedDaemon, PrivateDaemon
+from .daemon import Daemon
 from .terminal import Line, forget_lines
-from .widgets import Bar, Button, Question, Slots, Widget, renew_lock
-from .words import AMOUNT, CLICKED, CLOSED, CONFIGURATION, GIVE_UP, LISTEN, MOST_AMOUNT, MSGBOX, PROGRESS, TOTAL, words_of
+from .widgets import MOST_AMOUNT, Bar, Button, Question, Slots, Widget, renew_lock
+from .words import words_of
+
+W = TypeVar("W", bound=Widget)
 
 TICK = 0.04  # seconds between two looks at what shall be shown
+_GIVE_UP = "messageStart"  # a run across which it comes is not learned
 _READS_A_TICK = 16  # of 64 KiB, so that a daemon that floods us does not keep us
 
 
@@ -26,13 +29,12 @@ class Courier(threading.Thread):
     Ctrl-C, which only ever interrupts the main thread. The others leave word in plain attributes and lists.
     """
 
-    def __init__(self, daemon: Union[NamedDaemon, PrivateDaemon], settings: str, line: Optional[Line]) -> None:
+    def __init__(self, daemon: Daemon, settings: str, line: Optional[Line]) -> None:
         """line: what is drawn where nobody sees the window, whether or not there is a daemon."""
         super().__init__(name="progressclient", daemon=True)
         self._daemon = daemon
         self._settings = settings
-        self._line = line
-        self.is_unseen = line is not None
+        self.line = line
         self._seconds = -1  # that remain, as the daemon says
         self._amounts = Amounts()
         self._leave = threading.Event()
@@ -48,18 +50,19 @@ class Courier(threading.Thread):
         self.questions: list[Question] = []
         _couriers.add(self)
 
-    def add(self, widget: Widget) -> None:
+    def add(self, widget: W) -> W:
         """Shows it, if there is a window."""
         if self.is_alive():
             self.widgets.append(widget)
             self._amounts.note(self.widgets)
+        return widget
 
     def leave(self, is_failed: bool) -> None:
         """Takes everything out of the window and waits until that is done, but not for long. A run that failed is
         not learned."""
         self._is_failed = is_failed
         self._leave.set()
-        if self.is_alive():
+        if self.is_alive() and self is not threading.current_thread():  # where a loop left behind may be collected
             self.join(DEADLINE + 1)
 
     def forget(self) -> None:
@@ -73,32 +76,30 @@ class Courier(threading.Thread):
 
     def run(self) -> None:
         until = 0.0
-        if self._line:
-            self._line.open()
         try:
             with self._daemon.connect(self._leave) as self._channel:
                 self._talk(self._channel)
                 until = time.monotonic() + DEADLINE
                 self._say_goodbye(self._channel, until)
         except Exception as trouble:  # also what nobody has thought of: the program goes on
-            self.trouble = None if self._line else words_of(trouble) or type(trouble).__name__
+            self.trouble = None if self.line else words_of(trouble) or type(trouble).__name__
         finally:
             self.is_decided.set()
-            if self._line:
-                self._draw_to_the_end(self._line)
+            if self.line:
+                self._draw_to_the_end(self.line)
             self._daemon.end(until)
 
     def _talk(self, channel: Channel) -> None:
-        channel.put(LISTEN)
+        channel.put("events")
         if self._settings:
-            channel.put(CONFIGURATION, self._settings)
+            channel.put("configuration", self._settings)
         slots = Slots(channel.claim)
         self.is_decided.set()
         while True:
             self._hear(channel)
             self._show(channel, slots)
-            if self._line:
-                self._draw(self._line)
+            if self.line:
+                self._draw(self.line)
             if self._leave.wait(TICK):
                 return
 
@@ -108,8 +109,8 @@ class Courier(threading.Thread):
         is_over = False
         while not is_over:
             is_over = self._leave.wait(TICK)
-            for widget in [widget for widget in self.widgets if not widget._is_wanted]:
-                self.widgets.remove(widget)
+            for gone in [widget for widget in self.widgets if not widget._is_wanted]:
+                self.widgets.remove(gone)
             self._draw(line)
         line.close()
 
@@ -133,7 +134,7 @@ class Courier(threading.Thread):
             commands = [command for widget in shown for command in widget._news()]
             commands += [widget._farewell() for widget in shown]
         elif self._daemon.is_private:
-            commands = [GIVE_UP]
+            commands = [_GIVE_UP]
         self._tell(channel, commands)
         channel.finish(until - time.monotonic())
 
@@ -151,19 +152,23 @@ class Courier(threading.Thread):
         self._tell(channel, self._amounts.news())
         for question in self.questions:
             if question.number is None and channel.flush():
-                question.number = channel.put(MSGBOX, question.payload)
+                question.number = channel.put("msgbox", question.payload)
 
     def _remove(self, widget: Widget, channel: Channel, slots: Slots) -> None:
         if widget._has_slot():
             if not channel.flush():
                 return
-            self._tell(channel, [*widget._news(), widget._farewell()])
+            self._tell(channel, widget._news())
+            is_last = not any(other._is_wanted and other._has_slot() for other in list(self.widgets))
+            if widget._is_failed and is_last and self._daemon.is_private:
+                self._tell(channel, [_GIVE_UP])  # it hides the window, too
+            self._tell(channel, [widget._farewell()])
             slots.give_back(widget)
         self.widgets.remove(widget)
 
     def _tell(self, channel: Channel, commands: list[str]) -> None:
         for command in commands:
-            channel.put(PROGRESS, command)
+            channel.put("progress", command)
 
     def _hear(self, channel: Channel) -> None:
         for _ in range(_READS_A_TICK):
@@ -173,18 +178,19 @@ class Courier(threading.Thread):
             self._take_event(channel.events.popleft())
         for question in list(self.questions):
             if question.number in channel.answers:
-                question.take_answer(channel.answers.pop(question.number))
+                question.code = channel.answers.pop(question.number)
+                question.is_answered.set()
                 self.questions.remove(question)
         if channel.ended:
             raise ConnectionError("the daemon has gone")
 
     def _take_event(self, event: str) -> None:
-        if event == CLOSED:
+        if event == "closed":
             self.wants_out = True
-        elif event.startswith(TOTAL):
+        elif event.startswith("totalProgress="):
             self._seconds = int(event.partition("|")[2] or -1)
         for widget in self.widgets:
-            if isinstance(widget, Button) and event == f"{CLICKED}{widget._slot}":
+            if isinstance(widget, Button) and event == f"clicked:{widget._slot}":
                 widget._clicks += 1
                 self.wants_out = self.wants_out or widget._cancels
 
@@ -220,7 +226,7 @@ class Amounts:
         """What the daemon must be told, taken as told."""
         with self._noting:
             told, self._told = self._told, self._amount
-            return [f"{AMOUNT}:{self._amount}"] if self._amount != told else []
+            return [f"amount:{self._amount}"] if self._amount != told else []
 
 
 _couriers: weakref.WeakSet[Courier] = weakref.WeakSet()

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from numbers import Integral
 from types import TracebackType
 from typing import TYPE_CHECKING, Callable, Generator, Generic, Iterable, Iterator, Optional, TypeVar, Union
 
@@ -20,7 +21,7 @@ class Loop(Bar, Generic[T]):
     exception, or the end of `with`. When the items are gone through once more, nothing is shown.
     """
 
-    __slots__ = ("_items", "_window", "_open", "_leave", "_cancel", "_users", "_is_failed", "_steps")
+    __slots__ = ("_items", "_window", "_open", "_cancel", "_users", "_is_failed", "_steps")
 
     def __init__(
         self,
@@ -30,15 +31,14 @@ class Loop(Bar, Generic[T]):
         unit: object,
         cancel: Union[bool, str],
         open_window: Optional[Callable[[], Progress]],
-        leave_window: Callable[[Progress, bool], None],
     ) -> None:
-        """open_window: None for a loop that shows nothing. leave_window: is told whether the loop failed."""
-        self._items: Iterable[T] = range(items) if isinstance(items, int) else items  # type: ignore[assignment]
+        """open_window: None for a loop that shows nothing."""
+        # Integral: also those of number libraries.
+        self._items: Iterable[T] = range(items) if isinstance(items, Integral) else items  # type: ignore
         super().__init__(caption, _length(self._items) if total is None else total, unit, lambda: None)
         self._cancel = cancel
         self._window: Optional[Progress] = None
         self._open = open_window
-        self._leave = leave_window
         self._users = 0
         self._is_failed = False
         self._steps: Optional[Generator[T, None, None]] = None
@@ -65,7 +65,7 @@ class Loop(Bar, Generic[T]):
             show, self._open = self._open, None
             self._window = show()
             self._check = self._window.check
-            self._window._add(self)
+            self._window._courier.add(self)
             if self._cancel:
                 self._window._offer_cancel(self._cancel)
         self._users += 1
@@ -91,7 +91,7 @@ class Loop(Bar, Generic[T]):
         if window:
             if self._cancel:
                 window._withdraw_cancel()
-            self._leave(window, self._is_failed)  # before the bar goes: a bar that was removed looks finished
+            window._let_go(self._is_failed)  # before the bar goes: a bar that was removed looks finished
             self.remove()
 
     def _run(self) -> Generator[T, None, None]:

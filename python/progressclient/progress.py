@@ -14,14 +14,13 @@ from types import TracebackType
 from typing import Iterable, Optional, TypeVar, Union
 
 from .courier import Courier
-from .daemon import START_DEADLINE, NamedDaemon, PrivateDaemon
+from .daemon import START_DEADLINE, Daemon
 from .loops import Loop
 from .terminal import Line, has_display, write
-from .widgets import PERCENT, Bar, Button, Question, Text, Widget
+from .widgets import PERCENT, Bar, Button, Question, Text
 from .words import box, button_name, configuration, words_of
 
 T = TypeVar("T")
-W = TypeVar("W", bound=Widget)
 
 _LOOK = 0.25  # seconds between two looks whether who should answer is still there
 
@@ -54,7 +53,7 @@ class Progress:
     notify: a desktop notification tells the end of work that took longer than 10 s, if nobody was looking.
     """
 
-    __slots__ = ("daemon", "_title", "_has_warned", "_courier", "_cancel_button", "_cancel_askers")
+    __slots__ = ("daemon", "_title", "_courier", "_cancel_button", "_cancel_askers", "_loops")
 
     def __init__(
         self,
@@ -68,17 +67,18 @@ class Progress:
         notify: bool = False,
     ) -> None:
         self.daemon = daemon
-        title = words_of(title)
-        self._title = title or _script() or "Python"
-        self._has_warned = False
-        if daemon is None:
-            way = PrivateDaemon(program, words_of((title or _script()) if learn is None else learn))
-            looks = f"{configuration(self._title, notify)};{settings}"
-            self._courier = Courier(way, looks, None if has_display() else Line())
-        else:
-            self._courier = Courier(NamedDaemon(daemon), settings, None)
+        name = _first(title, _script())
+        self._title = name or "Python"
+        way = Daemon(daemon, program, name if learn is None else words_of(learn))
+        line = None
+        if way.is_private:
+            settings = f"{configuration(self._title, notify)};{settings}"
+            line = None if has_display() else Line()
+        self._courier = Courier(way, settings, line)
         self._cancel_button: Optional[Button] = None
         self._cancel_askers = 0
+        #: How many use it, of a window that was opened for a loop and closes with the last one.
+        self._loops: Optional[int] = None
         self._open()
         if cancel:
             self._offer_cancel(cancel)
@@ -108,15 +108,15 @@ class Progress:
         With a total of your own the window shows how much of it is done, and the rate, in this unit ("files"; "B" for
         bytes); what remains is told from how long as much took before.
         """
-        return self._add(Bar(caption, total, unit, self.check))
+        return self._courier.add(Bar(caption, total, unit, self.check))
 
     def text(self, text: object) -> Text:
         """Shows a line of text, or what `str()` makes of something else. Beyond ten bars and texts nothing is shown."""
-        return self._add(Text(text, self.check))
+        return self._courier.add(Text(text, self.check))
 
     def button(self, label: object) -> Button:
         """Shows a button. Beyond ten buttons nothing is shown."""
-        return self._add(Button(label))
+        return self._courier.add(Button(label))
 
     def track(
         self,
@@ -132,7 +132,7 @@ class Progress:
     ) -> Loop[T]:
         """The items, with a bar in this window; see the function `track()`."""
         open_window = None if disable else lambda: self
-        return Loop(iterable, _first(description, desc, caption), total, unit, cancel, open_window, _leave)
+        return Loop(iterable, _first(description, desc, caption), total, unit, cancel, open_window)
 
     write = staticmethod(write)
 
@@ -154,7 +154,7 @@ class Progress:
     ) -> Optional[str]:
         """Shows a box and waits for the user's answer: the name of one of the buttons.
 
-        buttons: one to ten of "ok", "yes", "no", "cancel", "retry", ... (`boxes.BUTTONS`); by default "ok".
+        buttons: one to ten of "ok", "yes", "no", "cancel", "retry", ... (`words.BUTTONS`); by default "ok".
         default: the one that Return presses.
         icon: "none", "information", "warning", "critical" or "question".
         timeout: in seconds; when they are over the box stays on the screen, unheard.
@@ -163,7 +163,7 @@ class Progress:
         """
         title = self._title if title is None else words_of(title)
         question = Question(box(icon, title, words_of(text), buttons or ("ok",), default))
-        if self._courier.is_unseen:
+        if self._courier.line:
             return None
         self._courier.questions.append(question)
         end = math.inf if timeout is None else time.monotonic() + timeout
@@ -188,25 +188,31 @@ class Progress:
         self._warn_of_trouble()
 
     def _warn_of_trouble(self) -> None:
-        if self._courier.trouble is not None and not self._has_warned:
-            self._has_warned = True
-            _warn(f"going on without a progress window: {self._courier.trouble}")
-
-    def _add(self, widget: W) -> W:
-        self._courier.add(widget)
-        return widget
+        trouble, self._courier.trouble = self._courier.trouble, None
+        if trouble is not None:
+            _warn(f"going on without a progress window: {trouble}")
 
     def _offer_cancel(self, label: Union[bool, str]) -> None:
-        self._cancel_askers += 1
-        if not self._cancel_button:
-            self._courier.wants_out = False
-            self._cancel_button = self._add(Button(label if isinstance(label, str) else "Cancel", cancels=True))
+        with _sharing:
+            self._cancel_askers += 1
+            if not self._cancel_button:
+                self._courier.wants_out = False
+                self._cancel_button = self._courier.add(Button(label if isinstance(label, str) else "Cancel", cancels=True))
 
     def _withdraw_cancel(self) -> None:
-        self._cancel_askers -= 1
-        if self._cancel_button and not self._cancel_askers:
-            self._cancel_button.remove()
-            self._cancel_button = None
+        with _sharing:
+            self._cancel_askers -= 1
+            if self._cancel_button and not self._cancel_askers:
+                self._cancel_button.remove()
+                self._cancel_button = None
+
+    def _let_go(self, is_failed: bool) -> None:
+        """One loop less."""
+        with _sharing:
+            if self._loops is not None:
+                self._loops -= 1
+                if not self._loops:
+                    self.close(is_failed)
 
 
 def _first(*names: object) -> str:
@@ -230,7 +236,7 @@ def _warn(text: str) -> None:
 def _callers_level() -> int:
     """How far up the caller of this package is, for a warning that this function's caller gives."""
     level, frame = 1, sys._getframe(1)
-    while frame.f_back and frame.f_globals["__name__"].split(".")[0] == __package__:
+    while frame.f_back and frame.f_globals.get("__name__", "").split(".")[0] == __package__:
         level, frame = level + 1, frame.f_back
     return level
 
@@ -249,6 +255,7 @@ def track(
     daemon: Optional[str] = None,
     program: Optional[str] = None,
     learn: Optional[str] = None,
+    notify: bool = False,
 ) -> Loop[T]:
     """The items, one by one, with a window that shows how far they are. The loop runs in any case.
 
@@ -260,7 +267,7 @@ def track(
     disable: show nothing.
     unit: what is counted: "files", say; "B" for bytes.
     title: the window's; by default the description.
-    daemon, program, learn: as for `Progress`.
+    daemon, program, learn, notify: as for `Progress`.
 
     A window that this process has open already (on the same daemon) is shared: loops within loops, and loops of
     several threads, are bars in one window.
@@ -268,36 +275,20 @@ def track(
     name = _first(description, desc, caption)
 
     def open_window() -> Progress:
-        return _shared_window(words_of(title) or name, daemon, program, learn)
+        with _sharing:
+            window = next((window for window in open_windows if window.daemon == daemon), None)
+            if window is None:
+                window = Progress(_first(title, name), daemon=daemon, program=program, learn=learn, notify=notify)
+                window._loops = 0
+            if window._loops is not None:
+                window._loops += 1
+            return window
 
-    return Loop(iterable, name, total, unit, cancel, None if disable else open_window, _leave)
+    return Loop(iterable, name, total, unit, cancel, None if disable else open_window)
 
 
-#: Windows that were opened for a loop, with how many loops use them.
-_users: dict[Progress, int] = {}
+#: Held while loops come to a window, or to its Cancel, and leave it.
 _sharing = threading.RLock()
-
-
-def _shared_window(title: str, daemon: Optional[str], program: Optional[str], learn: Optional[str]) -> Progress:
-    """A window that is open already, else one that closes with the last loop that uses it."""
-    with _sharing:
-        window = next((window for window in open_windows if window.daemon == daemon), None)
-        if window is None:
-            window = Progress(title, daemon=daemon, program=program, learn=learn)
-            _users[window] = 0
-        if window in _users:
-            _users[window] += 1
-        return window
-
-
-def _leave(window: Progress, is_failed: bool) -> None:
-    with _sharing:
-        if window not in _users:
-            return
-        _users[window] -= 1
-        if not _users[window]:
-            del _users[window]
-            window.close(is_failed)
 
 
 def _renew_lock() -> None:

@@ -2,21 +2,24 @@
 
 from __future__ import annotations
 
+import itertools
 import os
 import re
 import sys
 import threading
 import time
 import unicodedata
+import weakref
 from typing import Mapping, Optional, TextIO
 
 _REDRAWN_EVERY = 0.1  # seconds
 _BAR_WIDTH = 20  # columns
+_LEAST_LABEL = 10  # columns that it keeps beside the rest, if it needs them
 _CONTROL = re.compile(r"[\x00-\x1f\x7f-\x9f\u2028-\u202e\u2066-\u2069]")
 
 #: Held while something is written, so that the line and what `write()` prints take turns.
 _writing = threading.RLock()
-_lines: list[Line] = []
+_lines: weakref.WeakSet[Line] = weakref.WeakSet()
 
 
 def has_display() -> bool:
@@ -31,53 +34,48 @@ class Line:
     """
 
     def __init__(self) -> None:
-        stream: Optional[TextIO] = sys.stderr
-        self._stream = stream
-        self._is_redrawn = _is_terminal(stream)
+        self._stream: Optional[TextIO] = sys.stderr
+        self._is_redrawn = _is_terminal(sys.stderr)
         self._tells_terminal = self._is_redrawn and takes_progress(os.environ)
         self._due = 0.0
         self._shown = ""
         self._told: tuple[str, Optional[int]] = ("", None)
-
-    def open(self) -> None:
         with _writing:
-            _lines.append(self)
+            _lines.add(self)
 
     def show(self, label: str, count: str, percent: Optional[int], seconds: int) -> None:
         """percent: None while unknown. seconds: what remains; -1 while unknown."""
-        label = _CONTROL.sub(" ", label)
+        label, count = _CONTROL.sub(" ", label), _CONTROL.sub(" ", count)
         left = f"{percent} %" if percent is not None else ""
-        if percent is not None and seconds >= 0:
+        if left and seconds >= 0:
             left += f", {remaining(seconds)}"
         if self._is_redrawn:
-            self._redraw(label, _CONTROL.sub(" ", count), percent, left)
+            self._redraw(label, count, percent, left)
         elif self._is_worth_telling(label, percent):
-            self._write(" ".join(filter(None, (label, left))) + "\n")
+            self._write(_joined(label, left) + "\n")
+
+    def erase(self) -> bool:
+        """Until it is shown anew. False if it was not."""
+        was_shown, self._shown = self._shown, ""
+        if was_shown:
+            self._due = 0.0
+            self._write("\r\x1b[K")
+        return bool(was_shown)
 
     def close(self) -> None:
         with _writing:
-            if self in _lines:
-                _lines.remove(self)
             self.erase()
             if self._tells_terminal:
                 self._write(progress_sequence(0, 0))
-
-    def erase(self) -> None:
-        """Until it is shown anew."""
-        if self._shown:
-            self._shown, self._due = "", 0.0
-            self._write("\r\x1b[K")
 
     def _redraw(self, label: str, count: str, percent: Optional[int], left: str) -> None:
         now = time.monotonic()
         if now < self._due:
             return
         bar = "" if percent is None else f"[{'#' * (percent * _BAR_WIDTH // 100):-<{_BAR_WIDTH}}]"
-        rest = " ".join(filter(None, (count, bar, left)))
         with _writing:
-            room = _columns(self._stream) - len(rest) - 2
-            line = " ".join(filter(None, (_cut(label, room), rest)))
-            if line == self._shown or not _lines:
+            line = _fitted(label, count, bar, left, _columns(self._stream) - 1)  # the last column would wrap
+            if line == self._shown:
                 return
             self._due = now + _REDRAWN_EVERY
             self._shown = line
@@ -98,16 +96,15 @@ class Line:
             with _writing:
                 self._stream.write(text)
                 self._stream.flush()
-        except (OSError, ValueError):  # hung up, full, or closed
+        except Exception:  # hung up, full, closed, or the program's own and odd
             self._stream = None
 
 
 def write(*values: object, sep: str = " ", end: str = "\n", file: Optional[TextIO] = None) -> None:
     """Prints as `print()` does, without disturbing the line that stands in for a window on a terminal."""
     with _writing:
-        for line in _lines:
-            line.erase()
-        print(*values, sep=sep, end=end, file=file, flush=bool(_lines))
+        erased = [line for line in _lines if line.erase()]
+        print(*values, sep=sep, end=end, file=file, flush=bool(erased))
 
 
 def takes_progress(environment: Mapping[str, str]) -> bool:
@@ -154,14 +151,30 @@ def _is_terminal(stream: Optional[TextIO]) -> bool:
 def _columns(stream: Optional[TextIO]) -> int:
     try:
         return os.get_terminal_size(stream.fileno()).columns or 80 if stream else 80
-    except (OSError, ValueError, AttributeError):
+    except Exception:
         return 80
 
 
-def _cut(text: str, room: int) -> str:
-    """As much of it as has room in so many columns."""
-    for end, letter in enumerate(text):
-        room -= 0 if unicodedata.combining(letter) else 2 if unicodedata.east_asian_width(letter) in "WF" else 1
-        if room < 0:
-            return text[:end]
-    return text
+def _joined(*parts: str) -> str:
+    return " ".join(filter(None, parts))
+
+
+def _fitted(label: str, count: str, bar: str, left: str, columns: int) -> str:
+    """As much as has room: what says least goes first. A line that wraps could not be redrawn."""
+    room = columns - min(_width(label), _LEAST_LABEL) - 1
+    choices = (_joined(count, bar, left), _joined(count, left), left)
+    rest = next((rest for rest in choices if _width(rest) <= room), left)
+    return _cut(_joined(_cut(label, columns - _width(rest) - 1).rstrip(), rest), columns)
+
+
+def _width(text: str) -> int:
+    """In columns."""
+    return sum(map(_letter_width, text))
+
+
+def _cut(text: str, columns: int) -> str:
+    return text[: sum(width <= columns for width in itertools.accumulate(map(_letter_width, text)))]
+
+
+def _letter_width(letter: str) -> int:
+    return 0 if unicodedata.combining(letter) else 2 if unicodedata.east_asian_width(letter) in "WF" else 1

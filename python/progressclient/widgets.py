@@ -2,29 +2,18 @@
 
 from __future__ import annotations
 
+import heapq
 import math
 import re
 import threading
 import time
 from typing import Callable, Optional
 
-from .words import (
-    ADD_BUTTON,
-    ADD_TEXT,
-    CREATE,
-    DEL_BUTTON,
-    DEL_TEXT,
-    MOST_AMOUNT,
-    PULSE,
-    REMOVE,
-    UPDATE,
-    UPDATE_TEXT,
-    plain,
-    words_of,
-)
+from .words import plain, words_of
 
 Check = Callable[[], None]
 
+MOST_AMOUNT = 2**53
 NO_SLOT = -1
 PERCENT = float("100")  # the total of a bar that is told percents: by identity, since 100 may be an amount as well
 _PULSES = -2  # as what a bar shows, beside its percent
@@ -39,13 +28,14 @@ class Widget:
     """Something in a slot. `_slot`, `_told` and `_news()` are the thread's that talks to the daemon; the rest
     anybody's."""
 
-    __slots__ = ("_slot", "_told", "_is_wanted", "_check")
+    __slots__ = ("_slot", "_told", "_is_wanted", "_words", "_check")
 
     _kind = "row"
-    _creation = CREATE
-    _removal = REMOVE
+    _creation, _removal = "create", "remove"
+    _is_failed = False  # what goes with it has not come to its end
 
-    def __init__(self, check: Check = lambda: None) -> None:
+    def __init__(self, words: object, check: Check) -> None:
+        self._words = words_of(words)
         self._slot: Optional[int] = None  # NO_SLOT when there was none left
         self._told: Optional[tuple[str, int]] = None
         self._is_wanted = True
@@ -57,12 +47,12 @@ class Widget:
 
     def _label(self) -> str:
         """Its text, as it stands."""
-        raise NotImplementedError
+        return self._words
 
     def _percent(self) -> int:
         return 0
 
-    def _counted(self) -> str:
+    def _calm_count(self) -> str:
         """What is added to its text as time goes by."""
         return ""
 
@@ -76,15 +66,15 @@ class Widget:
         """What the daemon must be told, taken as told."""
         text, percent = self._label(), self._percent()
         if self._told:  # not at first: in a grid, which shows what the row was made with, a count would stand still
-            text = ", ".join(filter(None, (text, self._counted())))
+            text = ", ".join(filter(None, (text, self._calm_count())))
         text = self._plain(text)
         news = []
         if self._told is None:
             news.append(f"{self._creation}:{self._slot};{text}")
         elif self._told[0] != text:
-            news.append(f"{UPDATE_TEXT}:{self._slot};{text}")
+            news.append(f"updateText:{self._slot};{text}")
         if percent != (self._told[1] if self._told else 0):
-            news.append(f"{PULSE}:{self._slot}" if percent == _PULSES else f"{UPDATE}:{self._slot};{percent}")
+            news.append(f"pulse:{self._slot}" if percent == _PULSES else f"update:{self._slot};{percent}")
         self._told = text, percent
         return news
 
@@ -98,27 +88,27 @@ class Bar(Widget):
     What is set to something that is no number is unknown: the bar moves to and fro.
     """
 
-    __slots__ = ("_name", "_text", "_total", "_completed", "_is_pulsing", "_counts", "_unit", "_count", "_due", "_begin")
+    __slots__ = ("_text", "_total", "_completed", "_is_pulsing", "_counts", "_unit", "_count", "_due", "_begin")
 
     def __init__(self, caption: object, total: object, unit: object, check: Check) -> None:
-        super().__init__(check)
-        self._name = words_of(caption)
+        super().__init__(caption, check)
         self._text = ""
         self._unit = words_of(unit)
         self._completed = 0.0
         self._is_pulsing = False
         self._count = ""
-        self._due = self._begin = 0.0
+        self._due = 0.0  # on the monotonic clock, as the begin, which stands beside what was done by then
+        self._begin: Optional[tuple[float, float]] = None
         self.total = total  # type: ignore[assignment]
 
     @property
     def caption(self) -> str:
         """What it is called; anything may be set."""
-        return self._name
+        return self._words
 
     @caption.setter
     def caption(self, caption: object) -> None:
-        self._name = words_of(caption)
+        self._words = words_of(caption)
 
     @property
     def text(self) -> str:
@@ -165,7 +155,7 @@ class Bar(Widget):
         if self._total is None:
             self.total = PERCENT
         known = _number(percent)
-        self.completed = None if known is None else known * (self._total or 0) / 100
+        self.completed = math.nan if known is None else known * (self._total or 0) / 100  # no number: unknown
         self._check()
 
     def pulse(self) -> None:
@@ -174,7 +164,7 @@ class Bar(Widget):
         self._check()
 
     def _label(self) -> str:
-        return ": ".join(filter(None, (self._name, self._text)))
+        return ": ".join(filter(None, (self._words, self._text)))
 
     def _plain(self, text: str) -> str:
         # A character without a width keeps the daemon from reading "%p", "%v" and "%m" as numbers of the bar.
@@ -186,26 +176,25 @@ class Bar(Widget):
             return _PULSES
         return int(max(0.0, min(100.0, 100 * self._completed / total))) if total else 100
 
-    def _counted(self) -> str:
-        """"12 of 40 files, 3.1/s", no newer than can be read."""
+    def _calm_count(self) -> str:
+        """No newer than can be read."""
         now = time.monotonic()
         if now >= self._due:
-            self._begin = self._begin or now
             self._due = now + _COUNT_EVERY
-            self._count = self._count_now(now - self._begin)
+            self._count = self._counted()
         return self._count
 
-    def _count_now(self, elapsed: float) -> str:
-        total, done = self._total, self._completed
-        if not self._counts or (not total and not done):
+    def _counted(self) -> str:
+        """"12 of 40 files, 3.1/s"."""
+        total, done, unit, now = self._total, self._completed, self._unit, time.monotonic()
+        begin, done_before = self._begin = self._begin or (now, done)
+        if not self._counts or not (total or done):
             return ""
-        count = _amount(done, self._unit)
-        if total:
-            count = f"{_amount(done, self._unit, total)} of {_amount(total, self._unit)}"
-        rate = done / elapsed if elapsed >= _RATE_AFTER else 0
-        if self._unit != "B":
-            count += f" {self._unit}" if self._unit else ""
-        return f"{count}, {_amount(rate, self._unit)}/s" if rate >= 1 else count
+        count = f"{_amount(done, unit, total)} of {_amount(total, unit)}" if total else _amount(done, unit)
+        if unit and unit != "B":
+            count += f" {unit}"
+        rate = (done - done_before) / (now - begin) if now - begin >= _RATE_AFTER else 0
+        return f"{count}, {_amount(rate, unit)}/s" if rate >= 1 else count
 
     def _known_amount(self) -> int:
         """What it adds to the window's amount; 0 for none."""
@@ -216,36 +205,26 @@ class Bar(Widget):
 class Text(Widget):
     """A line of text."""
 
-    __slots__ = ("_text",)
+    __slots__ = ()
 
-    _creation = ADD_TEXT
-    _removal = DEL_TEXT
-
-    def __init__(self, text: object, check: Check) -> None:
-        super().__init__(check)
-        self._text = words_of(text)
+    _creation, _removal = "addText", "delText"
 
     def update(self, text: object) -> None:
         """Shows another text, or what `str()` makes of something else. Raises Cancelled if that was asked for."""
-        self._text = words_of(text)
+        self._words = words_of(text)
         self._check()
-
-    def _label(self) -> str:
-        return self._text
 
 
 class Button(Widget):
     """A button. "&" in its label marks the letter that presses it."""
 
-    __slots__ = ("_words", "_cancels", "_clicks", "_seen")
+    __slots__ = ("_cancels", "_clicks", "_seen")
 
     _kind = "button"
-    _creation = ADD_BUTTON
-    _removal = DEL_BUTTON
+    _creation, _removal = "addButt", "delButt"
 
     def __init__(self, label: object, cancels: bool = False) -> None:
-        super().__init__()
-        self._words = words_of(label)
+        super().__init__(label, lambda: None)
         self._cancels = cancels
         self._clicks = self._seen = 0
 
@@ -259,23 +238,15 @@ class Button(Widget):
         seen, self._seen = self._seen, self._clicks
         return seen != self._seen
 
-    def _label(self) -> str:
-        return self._words
-
 
 class Question:
     """A box that waits for its answer."""
 
     def __init__(self, payload: str) -> None:
         self.payload = payload
-        #: Its number on the channel, once it was asked.
-        self.number: Optional[int] = None
+        self.number: Optional[int] = None  # on the channel, once it was asked
         self.code: Optional[int] = None
         self.is_answered = threading.Event()
-
-    def take_answer(self, code: int) -> None:
-        self.code = code
-        self.is_answered.set()
 
 
 class Slots:
@@ -286,19 +257,18 @@ class Slots:
         self._free: dict[str, list[int]] = {"row": [], "button": []}
 
     def take(self, kind: str) -> int:
-        """A slot whose row or button is free; NO_SLOT when there is none."""
+        """The lowest slot whose row or button is free; NO_SLOT when there is none."""
         if not self._free[kind]:
             slot = self._claim()
             if slot == NO_SLOT:
                 return NO_SLOT
             for free in self._free.values():
-                free.append(slot)
-        self._free[kind].sort()
-        return self._free[kind].pop(0)
+                heapq.heappush(free, slot)
+        return heapq.heappop(self._free[kind])
 
     def give_back(self, widget: Widget) -> None:
         if widget._slot is not None:
-            self._free[widget._kind].append(widget._slot)
+            heapq.heappush(self._free[widget._kind], widget._slot)
 
 
 def renew_lock() -> None:

@@ -18,6 +18,7 @@ import tempfile
 DOCUMENTS = {
     "README.md": ["isShown", "totalProgress=", "16384"],
     "docs/quickstart.md": ["done", "kept", "nobody clicked", "is kept", "copied", "yes", "isShown\ntotalProgress=0|-1\ntotalProgress=50|-1\n"],
+    "python/README.md": ["yes"],
     "docs/protocol.md": ["isShown", "16384"],
     "docs/man/progressd.1": [],
     "docs/man/progressctl.1": ["kept"],

@@ -190,6 +190,22 @@ class Boxes(Case):
         self.assertGreater(large.focused("Copy").width, 850)
 
 
+    def test_leave_a_fitted_dialog_to_be_seen(self):
+        daemon, events, commands = self.session("windowLayout=fitted", "windowTheme=light")
+        commands.progress("create:0;x")
+        events.until("isShown")
+        dialog = self.screen.focused()
+        heavy = []
+        for text in ("mmmm\nmmmm", "mmmm"):
+            commands.send(box("Copy", OK, text=text))
+            window = self.screen.focused("Copy")
+            self.assertGreaterEqual(window.y, dialog.bottom)
+            heavy.append(self.screen.settled().colours(window.area)["000000"])
+            self.screen.key("Return")
+            self.screen.gone("Copy")
+        self.assertGreater(heavy[0], 2.5 * heavy[1])  # a bold line and one that is not
+
+
 class BoxesAndDialog(Case):
     """In both modes, with and without a window manager."""
 

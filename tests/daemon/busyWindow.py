@@ -90,6 +90,19 @@ class BusyWindow(Case):
                 events.served()
                 until(lambda: bool(self.screen.windows("progressd")) == is_shown)
 
+    def test_is_in_the_middle_of_the_screen(self):
+        daemon, events, _ = self.session("windowTheme=dark", "busyPlace=centre")
+        events.progress("busyOn")
+        x, y, width, height = self.area()
+        self.assertTrue(abs(2 * x + width - 800) <= 1 and abs(2 * y + height - 600) <= 1)
+        until(lambda: self.screen.picture().pixel(400, 300) == "23272e", "the theme's colour")
+        events.progress("create:0;x")  # which would lie below it
+        until(lambda: not self.screen.windows("progressd"), "the dialog by itself")
+        events.progress("remove:0")
+        self.area()
+        events.progress("busyOff")
+        until(lambda: not self.screen.windows("progressd"), "nothing")
+
     def test_shows_the_percent_from_below(self):
         daemon = self.daemon()
         self.image(daemon, "Busy.png", 60, 230)

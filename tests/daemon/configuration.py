@@ -66,11 +66,11 @@ class FittedLayout(Case):
         def filled():
             picture = self.screen.picture()
             column = [y - dialog.y for y in range(dialog.y, dialog.bottom) if picture.pixel(middle, y) == "ff0000"]
-            return len(column) == 12 and (picture, column)
+            return len(column) == 18 and (picture, column)
 
-        picture, column = until(filled, "two bars of half an em")
+        picture, column = until(filled, "three bars of half an em")
         # Each row ends with its bar; the first starts a margin of 1.25 em below the edge, the second an em below that.
-        first, second = column[5] + 1, column[11] + 1
+        first, second, third = (column[i] + 1 for i in (5, 11, 17))
         self.assertEqual(second - first - (first - 15), 12)
         self.assertEqual(picture.pixel(dialog.x + 14, dialog.y + first - 3), "ffffff")
         self.assertEqual(picture.pixel(dialog.x + 20, dialog.y + first - 3), "ff0000")
@@ -81,7 +81,7 @@ class FittedLayout(Case):
             return any(min(rgb[i] for i in one) - max(rgb[i] for i in others) > 100 for rgb in channels)
 
         self.assertTrue(most((dialog.x + 15, dialog.y + 15, 60, first - 21), (1,), (0, 2)), "the caption in green")
-        self.assertTrue(most((dialog.right - 80, dialog.y + second + 18, 65, 24), (0, 2), (1,)), "the button's text in magenta")
+        self.assertTrue(most((dialog.right - 80, dialog.y + third + 18, 65, 24), (0, 2), (1,)), "the button's text in magenta")
 
         # A pulsing bar moves by itself, until it is told a value.
         events.progress("pulse:0")

@@ -1,6 +1,8 @@
 #include "tests/dialog/dialogUnderTest.h"
 
+#include "dialog/fittedArrangement.h"
 #include "widgets/fittedBar.h"
+#include "widgets/markup.h"
 #include "widgets/texts.h"
 #include "widgets/theme.h"
 
@@ -8,6 +10,7 @@
 #include <QApplication>
 #include <QHelpEvent>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QTest>
 #include <QToolTip>
 
@@ -21,7 +24,11 @@ class fittedTest : public QObject
 private slots:
     void init();
     void sizes();
-    void growsDownwards();
+    void growsAroundItsCentre();
+    void keepsTheUsersSize();
+    void arranges();
+    void showsTheTotalOfSeveralBars();
+    void takesMarkup();
     void isTwiceAsLargeWithTwiceTheFont();
     void isReadable();
     void leavesLaterEntries();
@@ -113,26 +120,29 @@ void fittedTest::sizes()
     }
 }
 
-void fittedTest::growsDownwards()
+void fittedTest::growsAroundItsCentre()
 {
     dialogUnderTest dialog;
+    const auto isCentredAt = [&dialog](const QPoint &centre) {
+        return (dialog.geometry().center() - centre).manhattanLength() <= 1;
+    };
     dialog.run("create:0;a");
     const QRect small = dialog.geometry();
     dialog.run("create:1;" + QString(60, 'x') + " addButt:0;b");
     const QRect large = dialog.geometry();
     QVERIFY(large.height() > small.height() && large.width() > small.width());
-    QCOMPARE(large.top(), small.top());
+    QVERIFY(isCentredAt(small.center()));
+    QCOMPARE(large.width() % (4 * emPixels), 0);
     dialog.run("remove:1 delButt:0");
-    QCOMPARE(dialog.geometry(), QRect(large.topLeft(), QSize(large.width(), small.height())));
+    QCOMPARE(dialog.geometry(), large);
 
-    // A text that comes later is wrapped, too, and then keeps its room.
+    // A text that comes later keeps its room, too.
     dialog.run("addText:1;a");
-    const int oneLine = dialog.height();
-    dialog.run("updateText:1;" + QString(200, 'x'));
-    QTRY_VERIFY(dialog.height() > oneLine);
-    const int threeLines = dialog.height();
+    dialog.run("updateText:1;" + QString(1500, 'x'));
+    QTRY_VERIFY(dialog.height() > large.height());
+    const int height = dialog.labels()[1]->height();
     dialog.run("updateText:1;a create:2;b remove:2");
-    QCOMPARE(dialog.height(), threeLines);
+    QCOMPARE(dialog.labels()[1]->height(), height);
 
     // Where it was dragged to, as far as there is room.
     const QRect room = dialog.screen()->availableGeometry();
@@ -145,6 +155,125 @@ void fittedTest::growsDownwards()
     QVERIFY(dialog.width() > dragged.width() && room.contains(dialog.geometry()));
     dialog.run("remove:0 remove:2 remove:3 create:0;a");
     QCOMPARE(dialog.geometry(), dragged);
+}
+
+void fittedTest::keepsTheUsersSize()
+{
+    appearance.m_modal_dialog = false;
+    appearance.m_dialog_flags = m_nonmodal_flags;
+    dialogUnderTest dialog;
+    dialog.run("addText:0;" + QString(90, 'x') + " create:1; addButt:0;b");
+    const QSize least = dialog.size();
+    QCOMPARE(dialog.minimumSize(), least);
+    const QSize given = least + QSize(100, 150);
+    dialog.resize(given);
+    const int margin = dialog.bars()[1]->x();
+    QCOMPARE(dialog.bars()[1]->geometry().right(), given.width() - margin - 1);
+    QCOMPARE(dialog.buttons()[0]->geometry().bottom(), given.height() - margin - 1);
+    dialog.run("updateText:0;a create:2;b");
+    QCOMPARE(dialog.size(), given);
+    dialogUnderTest copy;
+    copy.copyFromDialog(dialog);
+    QCOMPARE(copy.size(), given);
+    dialog.resize(least);
+    QVERIFY(isTidy(dialog));
+    dialog.run("remove:0 remove:1 remove:2 delButt:0 create:0;a");
+    QVERIFY(dialog.height() < least.height());
+}
+
+void fittedTest::arranges()
+{
+    QFont font;
+    font.setPixelSize(emPixels);
+    const QWidget device;
+    const fittedDistances distances{emLength(font, device)};
+    fittedNeeds needs{
+        {{100, 30, true}, {20, 20, false}, {300, 30, false}}, {{50, 20}, {60, 20}, {200, 20}}, {}};
+    const auto heights = [](const fittedPlaces &places) {
+        QList<int> result;
+        for (const QRect &row : places.rows)
+            result << row.height();
+        return result;
+    };
+    const fittedPlaces natural = arranged(needs, 240, 0, 1000, distances);
+    QCOMPARE(heights(natural), QList<int>({100, 20, 300}));
+    QCOMPARE(natural.rows[1].top() - natural.rows[0].bottom() - 1, distances.captionToBar);
+    // Two lines of buttons, at the right.
+    QCOMPARE(natural.buttons[0].top(), natural.buttons[1].top());
+    QVERIFY(natural.buttons[2].top() > natural.buttons[1].bottom());
+    QCOMPARE(natural.buttons[1].right(), natural.buttons[2].right());
+    QCOMPARE(natural.buttons[2].bottom() + 1 + distances.margin, natural.height);
+    // The highest text gives way first, and what cannot scroll never.
+    const int excess[] = {100, 250, 1000};
+    const QList<int> left[] = {{100, 20, 200}, {75, 20, 75}, {30, 20, 30}};
+    for (int i = 0; i < 3; ++i)
+        QCOMPARE(heights(arranged(needs, 240, 0, natural.height - excess[i], distances)), left[i]);
+    QCOMPARE(arranged(needs, 240, natural.height + 50, 1000, distances).buttons[0].top(),
+             natural.buttons[0].top() + 50);
+    needs.picture = {40, 40};
+    QCOMPARE(arranged(needs, 240, 0, 1000, distances).rows[0].left(),
+             distances.margin + 40 + distances.pictureGap);
+}
+
+void fittedTest::showsTheTotalOfSeveralBars()
+{
+    dialogUnderTest dialog;
+    const auto *const total = dialog.findChild<progressProcess *>();
+    dialog.run("create:0;a update:0;40");
+    QVERIFY(total->isHidden());
+    dialog.run("create:1;b");
+    QVERIFY(!total->isHidden());
+    QCOMPARE(total->value(), 20);
+}
+
+void fittedTest::takesMarkup()
+{
+    const struct {
+        QString markup;
+        QString text;
+        QString formats; ///< start, length and what differs
+    } cases[] = {
+        {"a", "a", ""},
+        {"a <b>b</b> &lt;&amp;&#65;", "a b <&A", "2,1:700"},
+        {"<span foreground='#f00' size='x-large'>a<i>b</i></span>", "ab",
+         "0,1:#ff0000*1.44 1,1:#ff0000*1.44i"},
+        {"<span font='Sans Bold 20'>a</span><big><small>b</small></big>", "ab", "0,1:700*2.00"},
+        {"<a href='file:///etc/passwd'>b</a>", "b", ""},
+        // Malformed, or not to be followed.
+        {"a < b & c", "a < b & c", ""},
+        {"<b>a", "<b>a", ""},
+        {"</markup><markup>", "</markup><markup>", ""},
+        {"<img src='file:///dev/zero'/>", "<img src='file:///dev/zero'/>", ""},
+        {"&file;", "&file;", ""},
+        {"<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]>&b;",
+         "<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]>&b;", ""},
+    };
+    QFont font;
+    font.setPointSizeF(10);
+    for (const auto &[markup, text, formats] : cases) {
+        const styledText styled = fromMarkup(markup, font);
+        QCOMPARE(styled.text, text);
+        QStringList found;
+        for (const auto &[start, length, format] : styled.formats) {
+            QString what = QStringLiteral("%1,%2:").arg(start).arg(length);
+            if (format.hasProperty(QTextFormat::FontWeight))
+                what += QString::number(format.fontWeight());
+            if (format.hasProperty(QTextFormat::ForegroundBrush))
+                what += format.foreground().color().name();
+            if (format.hasProperty(QTextFormat::FontPointSize))
+                what += "*" + QString::number(format.fontPointSize() / 10, 'f', 2);
+            found << what + (format.fontItalic() ? "i" : "");
+        }
+        QCOMPARE(found.join(' '), formats);
+    }
+    // The texts of the protocol are plain, unless the client says otherwise.
+    const QString markup = "<i>" + QString(20, 'w') + "</i>";
+    for (const bool isDrawn : {false, true}) {
+        appearance.m_windowMarkup = isDrawn ? windowMarkup::on : windowMarkup::off;
+        dialogUnderTest dialog;
+        dialog.run("addText:0;" + markup);
+        QCOMPARE(dialog.labels()[0]->accessibleName(), isDrawn ? QString(20, 'w') : QString());
+    }
 }
 
 void fittedTest::isTwiceAsLargeWithTwiceTheFont()
@@ -249,30 +378,39 @@ void fittedTest::pulses()
 
 void fittedTest::wraps()
 {
-    const std::pair<QString, QStringList> cases[] = {
-        {"", {""}},
-        {"a", {"a"}},
-        {"a\n\nb", {"a", "", "b"}},
-        {"a\n", {"a"}},
-        {"a\nb\nc\nd", {"a", "b", "c d"}},
-        {"wwww wwww wwww", {"wwww ", "wwww ", "wwww"}},
-        {"wwwwwwwwww", {"wwwww", "wwwww"}},
-        {QString(40, 'w'), {"wwwww", "wwwww", "wwww…"}},
+    const std::pair<QString, int> cases[] = {
+        {"", 1},           {"a", 1},
+        {"a\n\nb", 3},     {"a\n", 1},
+        {"a\nb\nc\nd", 4}, {"wwww wwww wwww", 3},
+        {"wwwwwwwwww", 2}, {QString(40, 'w'), 8},
     };
     QFont font(QStringLiteral("Monospace"));
     font.setPixelSize(20);
+    fittedLabel label(nullptr);
+    label.setFont(font);
     const int width = QFontMetrics(font).horizontalAdvance("wwwww.") - 1;
-    for (const auto &[text, lines] : cases)
-        QCOMPARE(wrappedText(text, font, width, 3), lines);
+    for (const auto &[text, lines] : cases) {
+        label.setText(text);
+        QCOMPARE(label.heightFor(width), lines * label.fontMetrics().lineSpacing());
+    }
+    const int all = label.heightFor(width);
+    label.takePlace({0, 0, width, all});
+    QVERIFY(!label.findChild<QScrollBar *>());
+    label.takePlace({0, 0, width, all / 2});
+    QVERIFY(label.findChild<QScrollBar *>()->maximum() >= all / 2);
 }
 
 void fittedTest::readsFromRightToLeft()
 {
     dialogUnderTest dialog;
     for (const QString &text : {QString(20, u'a'), QString(20, u'\u05d0')}) {
-        dialog.run("addText:0;" + text);
-        const QImage halves = dialog.labels()[0]->grab().toImage().scaled(2, 1, {}, Qt::SmoothTransformation);
-        QCOMPARE(halves.pixelColor(0, 0).lightness() > halves.pixelColor(1, 0).lightness(), text[0] != u'a');
+        dialog.run("addText:0;" + text + " create:1;" + text);
+        for (QWidget *row :
+             {static_cast<QWidget *>(dialog.labels()[0]), static_cast<QWidget *>(dialog.bars()[1])}) {
+            const QImage halves = row->grab().toImage().scaled(2, 1, {}, Qt::SmoothTransformation);
+            QCOMPARE(halves.pixelColor(0, 0).lightness() > halves.pixelColor(1, 0).lightness(),
+                     text[0] != u'a');
+        }
     }
 }
 
@@ -290,8 +428,8 @@ void fittedTest::showsCutTextsAsToolTips()
     const QString longText = QString(400, 'w');
     for (const QString &text : {longText, QStringLiteral("a")}) {
         dialogUnderTest dialog;
-        dialog.run("create:0;" + text + " addText:1;" + text + " addButt:0;" + text);
-        const QList<QWidget *> children{dialog.bars()[0], dialog.labels()[1], dialog.buttons()[0]};
+        dialog.run("create:0;" + text + " addButt:0;" + text);
+        const QList<QWidget *> children{dialog.bars()[0], dialog.buttons()[0]};
         for (QWidget *child : children) {
             QToolTip::hideText();
             QHelpEvent asks(QEvent::ToolTip, {1, 1}, child->mapToGlobal(QPoint(1, 1)));
