@@ -347,7 +347,7 @@ class Terminal(ClientCase):
                 self.assertEqual((result.status, result.output), (status, ""))
                 if lines:
                     self.assertEqual([line.strip() for line in result.errors.splitlines()], lines)
-        self.assertRegex(self.ctl("-i $TITLE records").output.splitlines()[1], r" [12] +1 +\d+ ")
+        self.assertRegex(self.ctl("-i $TITLE records").output.splitlines()[1], r" [12] +[12] +\d+ ")
 
     def test_has_one_line(self):
         for variables, says in (({}, False), ({"VTE_VERSION": "7800"}, False), ({"VTE_VERSION": "7900"}, True), ({"WT_SESSION": "x"}, True),
