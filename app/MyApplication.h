@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QApplication>
+#include <QSocketNotifier>
 
 class QSessionManager;
 
@@ -17,4 +18,16 @@ public:
 
 protected:
     bool event(QEvent *event) override;
+};
+
+/// While one lives, SIGTERM, SIGINT and SIGHUP end the event loop with 128 plus their number, in order; one
+/// that was ignored at the start stays ignored. Repeated ones change nothing, but an end that takes longer
+/// than half a minute, with a display that has stopped, say, is cut short.
+class endSignals
+{
+public:
+    endSignals();
+
+private:
+    QSocketNotifier m_notifier;
 };

@@ -10,27 +10,24 @@
 #include <climits>
 #include <cstdio>
 #include <fcntl.h>
-#include <string>
 
 namespace
 {
 
-std::string configpath;
-
 enum class place { free, blocked, foreign };
 
 /// Takes away the file that a crash, or another daemon of this name, has left.
-place clearPlace()
+place clearPlace(const std::string &path)
 {
     struct stat about;
-    if (lstat(configpath.c_str(), &about) != 0)
+    if (lstat(path.c_str(), &about) != 0)
         return place::free;
     if (S_ISDIR(about.st_mode))
         return place::blocked;
     if (!S_ISREG(about.st_mode))
         return place::foreign;
     const bool isOurs = about.st_uid == geteuid();
-    if (unlink(configpath.c_str()) != 0 && errno != ENOENT)
+    if (unlink(path.c_str()) != 0 && errno != ENOENT)
         return isOurs ? place::blocked : place::foreign;
     if (!isOurs)
         dump("---- removed a lock file of another user's, number", static_cast<int>(about.st_uid));
@@ -38,34 +35,30 @@ place clearPlace()
 }
 
 /// The folder is everybody's. O_EXCL opens nothing, and follows no link, that somebody has just put there.
-int newFile()
+int newFile(const std::string &path)
 {
     constexpr mode_t onlyOwnerMayWrite = 0644;
-    return open(configpath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, onlyOwnerMayWrite);
+    return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, onlyOwnerMayWrite);
 }
 
 } // namespace
 
-bool setLockFile(const char *identifier)
+lockFile::lockFile(const char *identifier) : m_path(wire::lockFilePath(identifier)) {}
+
+bool lockFile::fits() const
 {
-    configpath = wire::lockFilePath(identifier);
-    return configpath.size() < PATH_MAX;
+    return m_path.size() < PATH_MAX;
 }
 
-const char *lockFilePath()
-{
-    return configpath.c_str();
-}
-
-bool writeLockFile(int commandPort, int eventPort)
+bool lockFile::write(int commandPort, int eventPort) const
 {
     // Another daemon of this name may be writing its own at the same moment.
     constexpr int attempts = 10;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        const place state = clearPlace();
+        const place state = clearPlace(m_path);
         if (state != place::free)
             return state != place::foreign;
-        const int file = newFile();
+        const int file = newFile(m_path);
         if (file >= 0) {
             dprintf(file, "%s", wire::lockFileText({commandPort, eventPort}).c_str());
             close(file);
@@ -77,7 +70,7 @@ bool writeLockFile(int commandPort, int eventPort)
     return false;
 }
 
-void removeLockFile()
+void lockFile::remove() const
 {
-    unlink(configpath.c_str());
+    unlink(m_path.c_str());
 }

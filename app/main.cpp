@@ -9,9 +9,11 @@
 //   lifespan         when the daemon ends by what clients do
 //   receiver         two of them: the command server and the event server
 //   localServer      the local socket and its channels
-// MyApplication    the application object (app/MyApplication.h)
+// MyApplication    the application object (app/MyApplication.h), with endSignals, the signals that end a
+// private
+//                  daemon in order
 // displayInput     keys and presses before the toolkit sees them (platform/displayInput.h)
-// endSignals       the signals that end a private daemon in order (app/endSignals.h)
+// toolkitWords     the toolkit's words in the user's language (language/)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
 // dump             the diagnostic log, written by all (log/dump.h)
 
@@ -20,7 +22,8 @@
 #include "app/lockFile.h"
 #include "app/serve.h"
 #include "app/standardError.h"
-#include "app/toolkitMessages.h"
+#include "app/toolkitWords.h"
+#include "language/language.h"
 #include "platform/displayInput.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
@@ -90,7 +93,7 @@ bool isUsable(const commandLine &line)
         std::fputs(usage, stderr);
         return false;
     }
-    const bool lockFits = line.isPrivate || setLockFile(line.identifier);
+    const bool lockFits = line.isPrivate || lockFile(line.identifier).fits();
     if (!lockFits || (line.statisticsName && !statisticsPathFits(line.statisticsName))) {
         complain("the identifier is too long");
         return false;
@@ -111,6 +114,8 @@ void preparePlatform()
         qunsetenv(scaling);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
+    // While there are no threads.
+    isTranslated();
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QGuiApplication::setDesktopSettingsAware(false);
 }
@@ -132,6 +137,7 @@ int main(int argc, char **argv)
     preparePlatform();
     MyApplication application(argc, argv);
     const displayInput input;
+    const toolkitWords words;
     // The toolkit has taken its own options out of the arguments.
     const commandLine line = parseCommandLine(argc, argv);
     if (!isUsable(line))

@@ -2,10 +2,8 @@
 
 #include "app/MyApplication.h"
 #include "app/commandLine.h"
-#include "app/endSignals.h"
 #include "app/lockFile.h"
 #include "app/standardError.h"
-#include "app/toolkitMessages.h"
 #include "log/dump.h"
 #include "server/handlers.h"
 #include "server/lifespan.h"
@@ -37,8 +35,8 @@ class servers
 public:
     explicit servers(const commandLine &line);
 
-    /// Opens the local socket; false when a private daemon has no other way in.
-    bool openLocalSocket();
+    /// Opens the local socket. Gives the exit status of a private daemon, which has no other way in.
+    std::optional<int> openLocalSocket();
     /// Writes the lock file; false when that is impossible.
     bool publishPorts() const;
     /// The end of the local channels, which comes before that of the files.
@@ -47,24 +45,23 @@ public:
     void leaveFiles();
     /// The end of everything that the listeners of the ports are still to hear of.
     void cleanup() { m_shared.cleanup(); }
-    /// Whether another daemon answers in this one's place.
-    bool isAnswered() const { return m_isAnswered; }
 
 private:
     const commandLine &m_line;
+    const lockFile m_lockFile;
     handlers m_shared;
     lifespan m_life;
     localServer m_local;
     std::optional<receiver> m_commands;
     std::optional<receiver> m_events;
-    bool m_isAnswered = false;
 };
 
 /// What is served while the files are to be left in order at exit, else null.
 servers *served = nullptr;
 
 servers::servers(const commandLine &line)
-    : m_line(line), m_life({line.basePort, line.stays, longestAlone(line)}), m_local(m_shared, m_life)
+    : m_line(line), m_lockFile(line.identifier), m_life({line.basePort, line.stays, longestAlone(line)}),
+      m_local(m_shared, m_life)
 {
     if (line.isPrivate)
         return;
@@ -72,16 +69,16 @@ servers::servers(const commandLine &line)
     m_events.emplace(receiver::kind::event, eventPort(line.basePort), m_shared, m_life);
 }
 
-bool servers::openLocalSocket()
+std::optional<int> servers::openLocalSocket()
 {
     const localSocket::outcome result = m_local.open(m_line.identifier);
-    m_isAnswered = result == localSocket::outcome::answered;
     if (result == localSocket::outcome::listening)
-        return true;
+        return std::nullopt;
     dump(("---- no local socket: " + m_local.reason()).c_str(), 0);
-    if (m_line.isPrivate)
-        complain(m_local.reason());
-    return !m_line.isPrivate;
+    if (!m_line.isPrivate)
+        return std::nullopt;
+    complain(m_local.reason());
+    return result == localSocket::outcome::answered ? EXIT_FAILURE : cannotServe(m_line);
 }
 
 bool servers::publishPorts() const
@@ -94,9 +91,9 @@ bool servers::publishPorts() const
         complain(std::string(m_line.identifier) + ": cannot listen on " +
                  (commandPort == port ? "its ports" : "one of its ports") +
                  "; does another daemon of this name run?");
-    if (writeLockFile(commandPort, port))
+    if (m_lockFile.write(commandPort, port))
         return true;
-    complain(std::string(lockFilePath()) + " is no regular file of this user's, and stays");
+    complain(m_lockFile.path() + " is no regular file of this user's, and stays");
     return false;
 }
 
@@ -110,7 +107,7 @@ void servers::leaveFiles()
 {
     m_local.removeSocket();
     if (!m_line.isPrivate)
-        removeLockFile();
+        m_lockFile.remove();
     if (m_line.statisticsName)
         statistics.saveFinally(m_line.statisticsName);
 }
@@ -165,8 +162,8 @@ int serve(const commandLine &line)
     if (line.statisticsName)
         statistics.load(line.statisticsName,
                         line.isPrivate ? statisticsPlace::user : statisticsPlace::machine);
-    if (!all.openLocalSocket())
-        return all.isAnswered() ? EXIT_FAILURE : cannotServe(line);
+    if (const auto failure = all.openLocalSocket())
+        return *failure;
     if (!all.publishPorts())
         return EXIT_FAILURE;
     return run(all);

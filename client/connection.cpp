@@ -110,7 +110,7 @@ void progressClient::connection::send(std::string_view bytes)
 int progressClient::connection::claim()
 {
     if (m_claimed.empty() && m_claims == 0) {
-        send(wire::tagsOf(wire::messageKind::claim).opening);
+        send(message(wire::messageKind::claim));
         ++m_claims;
     }
     listenForLife();
@@ -225,7 +225,7 @@ progressClient::button progressClient::connection::ask(const std::string &box, c
 
 void progressClient::connection::listen()
 {
-    send(wire::tagsOf(wire::messageKind::events).opening);
+    send(message(wire::messageKind::events));
     m_listens = true;
 }
 

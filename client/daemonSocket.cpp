@@ -3,12 +3,8 @@
 #include "wire/places.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace
 {
@@ -32,14 +28,6 @@ void checkSocketFile(const std::string &identifier, const std::string &path)
         throwNotRunning(identifier, path);
     if (!S_ISSOCK(about.st_mode) || about.st_uid != ::geteuid())
         throw error(error::reason::notOurs, path + " is no socket of this user");
-}
-
-ucred peerOf(int fd)
-{
-    ucred peer{0, static_cast<uid_t>(-1), 0};
-    socklen_t size = sizeof peer;
-    ::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size);
-    return peer;
 }
 
 /// connect(2) waits as long as sending may, while the queue in front of a daemon that does not get on is
@@ -97,17 +85,18 @@ daemonSocket daemonSocket::connect(const std::string &identifier, const deadline
     if (made.fd() < 0)
         throw error(error::reason::system, systemText("no socket"));
 
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.data(), path.size());
-    limitConnecting(made.fd(), until);
-    if (::connect(made.fd(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+    const sockaddr_un address = wire::socketAddress(path);
+    const auto connects = [&made, &address, &until] {
+        limitConnecting(made.fd(), until);
+        return ::connect(made.fd(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    };
+    while (!connects()) {
         if (errno == EAGAIN)
             throwTimedOut("take the connection");
-        throwNotRunning(identifier, path);
+        if (errno != EINTR)
+            throwNotRunning(identifier, path);
     }
-    const uid_t owner = peerOf(made.fd()).uid;
-    if (owner != ::geteuid() && owner != 0)
+    if (!wire::isTrusted(wire::peerOf(made.fd())))
         throw error(error::reason::notOurs, "somebody else answers at " + path);
     ::fcntl(made.fd(), F_SETFL, O_NONBLOCK);
     return made;
@@ -115,7 +104,7 @@ daemonSocket daemonSocket::connect(const std::string &identifier, const deadline
 
 pid_t daemonSocket::daemonProcess() const
 {
-    return peerOf(fd()).pid;
+    return wire::peerOf(fd()).pid;
 }
 
 std::size_t daemonSocket::send(std::string_view bytes, const deadline &until)

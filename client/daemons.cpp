@@ -4,6 +4,7 @@
 #include "client/messageText.h"
 #include "client/progressClient.h"
 #include "wire/places.h"
+#include "wire/words.h"
 
 #include <cerrno>
 #include <csignal>
@@ -215,7 +216,7 @@ void endStarted(const std::string &identifier, pid_t process, const processHandl
     try {
         daemonSocket socket = daemonSocket::connect(identifier, moment);
         if (socket.daemonProcess() == process)
-            socket.send("<stop/>", moment);
+            socket.send(message(wire::messageKind::stop), moment);
         daemon.waitForEnd(moment);
     } catch (const error &) {
         // It does not answer.
@@ -270,12 +271,17 @@ struct farewell {
 farewell requestEnd(daemonSocket &socket, const deadline &until)
 {
     // The exit is for a daemon that does not know how to stop.
-    socket.send("<claim/><events/><stop/><exit/>", until);
+    using kind = wire::messageKind;
+    std::string words;
+    for (const kind each : {kind::claim, kind::events, kind::stop, kind::exit})
+        words += message(each);
+    socket.send(words, until);
     std::string heard = socket.finish(until);
     farewell made;
     while (const auto one = takeReceived(heard)) {
         made.isDaemon = made.isDaemon || one->what == wire::replyKind::claimed;
-        made.ends = made.ends || (one->what == wire::replyKind::event && one->text == "shutDown");
+        made.ends = made.ends || (one->what == wire::replyKind::event &&
+                                  one->text == wire::nameOf(wire::eventKind::shutDown));
     }
     return made;
 }
@@ -299,9 +305,9 @@ progressClient::startedDaemon progressClient::startDaemon(const std::string &ide
 {
     check(options);
     socketPathOf(identifier);
-    if (const std::string fault = wire::makeSocketFolder(wire::socketFolder()); !fault.empty())
-        throw error(error::reason::system, fault);
     const std::string folder = checkedSocketFolder();
+    if (const std::string fault = wire::makeSocketFolder(folder); !fault.empty())
+        throw error(error::reason::system, fault);
     const deadline until(options.timeout);
     // Of private ones the daemons themselves let one through.
     const descriptor turn = options.isPrivate ? descriptor() : takeTurn(folder, until);

@@ -72,14 +72,6 @@ std::optional<int> leadingNumber(std::string_view text, char stop)
     return number;
 }
 
-std::string message(wire::messageKind kind, std::string_view payload)
-{
-    const auto &[same, opening, closing] = wire::tagsOf(kind);
-    std::string made;
-    made.reserve(opening.size() + payload.size() + closing.size());
-    return made.append(opening).append(payload).append(closing);
-}
-
 std::string carriable(std::string_view text, wire::messageKind kind, std::size_t longest)
 {
     constexpr std::size_t afterSlash = 2;

@@ -13,8 +13,6 @@ static_assert(progressCommands::givenUp == wire::givenUpPercent);
 namespace
 {
 
-constexpr std::int64_t largestAmount = std::int64_t{1} << 53;
-
 std::string command(verb which)
 {
     return message(wire::messageKind::progress, wire::formOf(which).keyword);
@@ -128,7 +126,7 @@ void progressCommands::busyOff()
 
 void progressCommands::setAmount(std::int64_t amount)
 {
-    tell(command(verb::amount, std::to_string(std::clamp<std::int64_t>(amount, 0, largestAmount))));
+    tell(command(verb::amount, std::to_string(std::clamp<std::int64_t>(amount, 0, wire::largestAmount))));
 }
 
 void progressCommands::configure(const std::vector<std::pair<std::string, std::string>> &entries)
@@ -138,7 +136,7 @@ void progressCommands::configure(const std::vector<std::pair<std::string, std::s
 
 void progressCommands::exitDaemon()
 {
-    tell(std::string(wire::tagsOf(wire::messageKind::exit).opening));
+    tell(message(wire::messageKind::exit));
 }
 
 void progressBatch::tell(const std::string &message)

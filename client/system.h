@@ -1,14 +1,16 @@
 #pragma once
 
+#include "wire/system.h"
+
 #include <algorithm>
 #include <chrono>
 #include <poll.h>
 #include <string>
 #include <sys/types.h>
-#include <unistd.h>
-#include <utility>
 
 /// What the system gives: descriptors, processes, and waiting for them.
+
+using wire::descriptor;
 
 /// A point in time up to which a call may wait. A time-out that is negative, or of more than ten years, means
 /// never: added to the clock it might go round.
@@ -42,29 +44,6 @@ public:
 private:
     bool m_never;
     clock::time_point m_end;
-};
-
-/// Owns a file descriptor; -1 for none.
-class descriptor
-{
-public:
-    explicit descriptor(int fd = -1) : m_fd(fd) {}
-    descriptor(descriptor &&other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
-    descriptor &operator=(descriptor &&other) noexcept
-    {
-        std::swap(m_fd, other.m_fd);
-        return *this;
-    }
-    ~descriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-
-    int get() const { return m_fd; }
-
-private:
-    int m_fd;
 };
 
 /// A process that is not necessarily a child, held so that its number cannot come to mean another one.

@@ -1,5 +1,6 @@
 #include "dialog/fittedLayout.h"
 
+#include "language/language.h"
 #include "stats/estimate.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
@@ -93,7 +94,7 @@ void fittedLayout::showChildren()
 {
     m_content.m_totalLabel->hide();
     totalBar().setVisible(showsTotalRow());
-    totalBar().showCaption(QStringLiteral("Total progress"));
+    totalBar().showCaption(translated("Total progress"));
     totalBar().expectRemaining(true);
     const bool isSingle = shownBars() == 1;
     for (int i = 0; i < m_content.maxBars; ++i) {
@@ -103,6 +104,7 @@ void fittedLayout::showChildren()
             bar(i).showCaption(label(i).text());
         bar(i).expectRemaining(isSingle);
     }
+    m_content.m_hideButton->setText(translated("Hide"));
     m_content.m_hideButton->setVisible(busyWidget::hasPosition());
     for (int i = 0; i < m_content.maxButtons; ++i)
         m_content.buttons[i]->setVisible(m_content.buttonVisible[i]);
@@ -136,7 +138,7 @@ void fittedLayout::captionTotalBar()
 
 void fittedLayout::showRemaining(const remainingTime &remaining)
 {
-    m_left = remaining.isOverdue ? QStringLiteral("longer than usual") : timeLeft(remaining.calmSeconds);
+    m_left = remaining.isOverdue ? overdueText() : timeLeft(remaining.calmSeconds);
 }
 
 void fittedLayout::showTotalBar(bool shown)

@@ -1,3 +1,4 @@
+#include "language/language.h"
 #include "progressctl/commandLine.h"
 #include "wire/words.h"
 
@@ -5,6 +6,7 @@
 #include <cctype>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 namespace
 {
@@ -13,7 +15,7 @@ using button = progressClient::button;
 using icon = progressClient::icon;
 
 struct boxArguments {
-    std::string title = "Question";
+    std::optional<std::string> title; ///< none: "Question", in the user's language
     std::string text;
     icon picture = icon::question;
     std::vector<std::string> buttons{"yes", "no"};
@@ -80,7 +82,7 @@ std::string iconNumber(std::string &text)
 int ask(const commonOptions &common, const boxArguments &given)
 {
     progressClient::question box;
-    box.title = given.title;
+    box.title = given.title.value_or(translated("Question"));
     box.text = given.text;
     box.picture = given.picture;
     box.buttons.clear();
@@ -112,7 +114,7 @@ void addAsk(commandLineSetup &setup)
     verb->footer("\nButtons: " + allButtonNames() + ".");
     verb->add_option("TEXT", given->text, "The question")->required();
     verb->add_option("BUTTON", given->buttons, "Names of one to ten buttons (yes no)");
-    verb->add_option("--title", given->title, "Title of the box")->capture_default_str();
+    verb->add_option("--title", given->title, "Title of the box")->default_str("Question");
     verb->add_option("--icon", given->picture, "none, information, warning, critical or question")
         ->transform(CLI::Validator(iconNumber, "", "icon"))
         ->default_str("question");

@@ -1,3 +1,4 @@
+#include "language/language.h"
 #include "progressctl/commandLine.h"
 #include "progressctl/progressPipe.h"
 #include "wire/recordLine.h"
@@ -116,10 +117,11 @@ void addButton(pipeOptions &given, const std::string &text)
         if (made.label.compare(0, 4, prefix) == 0 && made.label.size() > 4) {
             made.label.erase(0, 4);
             made.label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(made.label[0])));
+            made.label = translated(made.label.c_str());
         }
     }
     if (made.label == "Ok")
-        made.label = "OK";
+        made.label = translated("OK");
     given.buttons.push_back(made);
     given.hasCancel = given.hasOk = false;
 }
@@ -129,9 +131,8 @@ void addButtons(CLI::App *verb, pipeOptions &given)
     verb->add_flag_callback(
         "--no-cancel", [&given] { given.hasCancel = false; }, "Shows no Cancel button");
     verb->add_option("--cancel-label", given.cancelLabel, "What the Cancel button reads")
-        ->capture_default_str();
-    verb->add_option("--ok-label", given.okLabel, "What the button that ends it reads")
-        ->capture_default_str();
+        ->default_str("Cancel");
+    verb->add_option("--ok-label", given.okLabel, "What the button that ends it reads")->default_str("OK");
     verb->add_option("--cancel-status", given.cancelStatus, "Exit status when Cancel is pressed")
         ->check(CLI::Range(0, 255))
         ->capture_default_str();
@@ -207,9 +208,9 @@ void putRight(pipeOptions &given)
     given.percentage = std::clamp(given.percentage, 0, 100);
     given.width = std::clamp(given.width, 0, 32767);
     if (given.cancelLabel.empty())
-        given.cancelLabel = pipeOptions().cancelLabel;
+        given.cancelLabel = translated("Cancel");
     if (given.okLabel.empty())
-        given.okLabel = pipeOptions().okLabel;
+        given.okLabel = translated("OK");
     auto &buttons = given.buttons;
     const auto isUnlabelled = [](const pipeButton &each) { return each.label.empty(); };
     buttons.erase(std::remove_if(buttons.begin(), buttons.end(), isUnlabelled), buttons.end());

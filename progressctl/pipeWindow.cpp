@@ -1,5 +1,6 @@
 #include "progressctl/pipeWindow.h"
 
+#include "language/language.h"
 #include "progressctl/texts.h"
 
 #include <algorithm>
@@ -13,8 +14,6 @@ namespace
 
 using error = progressClient::error;
 using event = progressClient::event;
-
-constexpr char defaultTitle[] = "Progress";
 
 std::string uniqueIdentifier()
 {
@@ -59,7 +58,7 @@ std::vector<std::string> pipeOptions::captions() const
         return bars;
     if (!caption.empty())
         return {caption};
-    return {title.empty() ? defaultTitle : oneLine(title)};
+    return {title.empty() ? translated("Progress") : oneLine(title)};
 }
 
 pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start,
@@ -127,7 +126,7 @@ void pipeWindow::startOwnDaemon(place where)
 settingEntries pipeWindow::ownSettings() const
 {
     settingEntries settings = loadLook(m_options.look);
-    const std::string &title = m_options.title.empty() ? defaultTitle : m_options.title;
+    const std::string &title = m_options.title.empty() ? translated("Progress") : m_options.title;
     settings.insert(settings.begin(), {"windowTitle", oneLine(title)});
     settings.emplace_back("windowModal", m_options.isModal ? "on" : "off");
     if (m_options.width > 0)

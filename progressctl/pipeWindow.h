@@ -24,11 +24,11 @@ struct pipeOptions {
     std::string text;
     std::vector<std::string> bars; ///< labels of several bars; empty: there is one, with the caption
     lookOptions look;
-    std::string icon;  ///< of the window: a file, or the name of an icon
-    std::string image; ///< beside the content, likewise
-    int width = 0;     ///< least one, in pixels; 0: as the content asks for
-    std::string cancelLabel = "Cancel";
-    std::string okLabel = "OK";
+    std::string icon;        ///< of the window: a file, or the name of an icon
+    std::string image;       ///< beside the content, likewise
+    int width = 0;           ///< least one, in pixels; 0: as the content asks for
+    std::string cancelLabel; ///< empty: in the user's language
+    std::string okLabel;     ///< likewise
     std::vector<pipeButton> buttons;
     std::optional<std::string> learnName;
     std::int64_t amount = 0; ///< 0: none was given

@@ -41,17 +41,11 @@ int showRecords(const std::string &path)
     std::istringstream lines(readTextFile(path));
     std::printf("%4s  %-19s  %8s  %6s  %9s  %9s\n", "run", "last seen", "seconds", "times", "snapshots",
                 "amount");
-    wire::recordColumns columns = wire::columnsVersion1;
+    wire::recordReader reader;
     wire::recordLine record{};
     std::string line;
     for (std::size_t number = 0; number < mostRecords && std::getline(lines, line);) {
-        if (line.find(wire::versionMark) != std::string::npos) {
-            if (line.size() > wire::versionMark.size() &&
-                wire::readNumber(std::string_view(line).substr(wire::versionMark.size())) == 2)
-                columns = wire::columnsVersion2;
-            continue;
-        }
-        if (!wire::parseRecordLine(line, columns, record) || record.total <= 0)
+        if (!reader.read(line, record))
             continue;
         std::printf("%4zu  %-19s  %8d  %6d  %9zu  %9s\n", ++number, localTime(record.time).c_str(),
                     record.total, record.found, record.snapshots.size(),

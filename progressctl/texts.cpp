@@ -1,5 +1,7 @@
 #include "progressctl/texts.h"
 
+#include "language/language.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -192,11 +194,12 @@ std::optional<long long> secondsLeft(double elapsedSeconds, int percent)
 
 std::string remainingText(long long seconds)
 {
-    char text[64];
+    char time[32];
     if (seconds >= 3600)
-        std::snprintf(text, sizeof text, "%lld:%02lld:%02lld remaining", seconds / 3600, seconds / 60 % 60,
+        std::snprintf(time, sizeof time, "%lld:%02lld:%02lld", seconds / 3600, seconds / 60 % 60,
                       seconds % 60);
     else
-        std::snprintf(text, sizeof text, "%lld:%02lld remaining", seconds / 60, seconds % 60);
-    return text;
+        std::snprintf(time, sizeof time, "%lld:%02lld", seconds / 60, seconds % 60);
+    std::string text = translated("%1 remaining");
+    return text.replace(std::min(text.find("%1"), text.size()), 2, time);
 }

@@ -34,5 +34,5 @@ std::string baseName(const std::string &path);
 /// How long it will go on as it went so far, in seconds; none below 1 percent.
 std::optional<long long> secondsLeft(double elapsedSeconds, int percent);
 
-/// "1:05 remaining", "2:03:07 remaining".
+/// "1:05 remaining", "2:03:07 remaining", in the user's language.
 std::string remainingText(long long seconds);

@@ -1,10 +1,14 @@
 #include "server/channel.h"
 
+#include "log/dump.h"
+
 #include <QDeadlineTimer>
+#include <QTimer>
 
 #include <cerrno>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
@@ -25,6 +29,19 @@ int lastPatienceMs()
     return static_cast<int>(deadline.remainingTime());
 }
 
+/// File descriptors that clients leave to the display, the log and the statistics. Without any, the display
+/// library loses its connection while a window is painted, and waits for it for ever.
+constexpr rlim_t keptDescriptors = 8;
+constexpr int acceptAgainMs = 500;
+
+/// Whether a channel on `descriptor` leaves enough of them; descriptors are numbered from the lowest on.
+bool leavesDescriptors(int descriptor)
+{
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    return static_cast<rlim_t>(descriptor) + keptDescriptors < limit.rlim_cur;
+}
+
 } // namespace
 
 channel::channel(int descriptor)
@@ -39,8 +56,10 @@ channel::channel(int descriptor)
 channel::~channel()
 {
     pollfd room{m_descriptor, POLLOUT, 0};
-    while (mustWait() && poll(&room, 1, lastPatienceMs()) > 0)
+    for (int ready = 1; mustWait() && ready != 0;) {
+        ready = poll(&room, 1, lastPatienceMs()); // a signal that asks for the end again interrupts it
         send();
+    }
     m_readable.setEnabled(false);
     m_writable.setEnabled(false);
     ::close(m_descriptor);
@@ -113,4 +132,32 @@ void channel::cutOff()
 {
     m_deaf = true;
     finish();
+}
+
+acceptor::acceptor(int listening) : m_incoming(listening, QSocketNotifier::Read)
+{
+    connect(&m_incoming, &QSocketNotifier::activated, this, &acceptor::incoming);
+}
+
+int acceptor::next(sockaddr_in *peer)
+{
+    for (;;) {
+        socklen_t size = sizeof *peer;
+        const int descriptor =
+            accept4(static_cast<int>(m_incoming.socket()), reinterpret_cast<sockaddr *>(peer),
+                    peer ? &size : nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        if (descriptor >= 0) {
+            if (leavesDescriptors(descriptor))
+                return descriptor;
+            ::close(descriptor);
+        } else if (errno == EAGAIN) {
+            return -1;
+        } else if (errno != EINTR && errno != ECONNABORTED) {
+            // Without a descriptor left, the connection that waits would call again and again.
+            dump("---- cannot accept a connection, trying again, error", errno);
+            m_incoming.setEnabled(false);
+            QTimer::singleShot(acceptAgainMs, &m_incoming, [this] { m_incoming.setEnabled(true); });
+            return -1;
+        }
+    }
 }

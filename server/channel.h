@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QSocketNotifier>
 
+#include <netinet/in.h>
+
 /// One client's connection, on a stream socket of either way in: bytes that come, and bytes that wait until
 /// the client takes them. Who made it deletes it when it is finished.
 class channel : public QObject
@@ -14,6 +16,8 @@ public:
     /// What is read at one go, in bytes; it stays in the processor's cache. Then the other channels, the
     /// ticks and the painting have their turn.
     static constexpr qsizetype readSize = 64 * 1024;
+    /// Bytes that may wait for a client that does not read.
+    static constexpr qint64 maxBacklog = 4 * 1024 * 1024;
 
     /// Takes over `descriptor`, which does not block.
     explicit channel(int descriptor);
@@ -65,4 +69,26 @@ private:
     bool m_deaf = false;
     bool m_isFinishing = false;
     bool m_isFinished = false;
+};
+
+/// Takes in who connects to a listening socket. Some file descriptors are kept for the display, the log and
+/// the statistics, and when there is none at all it tries again a little later.
+class acceptor : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `listening` does not block; it is not owned, and has to stay open.
+    explicit acceptor(int listening);
+
+    /// The next connection, which does not block and is the caller's; -1 when none waits. `peer`, if it is
+    /// given, becomes the client's address, also of one that has reset its connection meanwhile.
+    int next(sockaddr_in *peer = nullptr);
+
+signals:
+    /// Somebody has connected. Told again for as long as somebody waits.
+    void incoming();
+
+private:
+    QSocketNotifier m_incoming;
 };

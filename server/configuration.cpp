@@ -2,7 +2,6 @@
 
 #include "dialog/CProgressDialog.h"
 #include "log/dump.h"
-#include "server/limits.h"
 #include "stats/statistics.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
@@ -68,15 +67,8 @@ private:
 /// "windowPixmap=" and "windowStyle=" make the background less transparent.
 constexpr int styledAlpha = 242;
 
-void setWindowFonts(QStringView value)
+void setBusyIndicator(fieldReader &fields, const activeDialog &windows)
 {
-    fieldReader(value, u'|') >> appearance.m_buttonFont >> appearance.m_barNumFont >>
-        appearance.m_barLabelFont >> appearance.m_labelFont;
-}
-
-void setBusyIndicator(QStringView value, const activeDialog &windows)
-{
-    fieldReader fields(value, u'|');
     QString pixmap;
     fields >> appearance.m_busyXpos >> appearance.m_busyYpos >> appearance.m_busyWidth >>
         appearance.m_busyHeight >> pixmap;
@@ -94,9 +86,8 @@ void setBusyIndicator(QStringView value, const activeDialog &windows)
         busyWindow->movePosition();
 }
 
-void setPaintOffset(QStringView value, const activeDialog &windows)
+void setPaintOffset(fieldReader &fields, const activeDialog &windows)
 {
-    fieldReader fields(value, u'|');
     fields >> appearance.m_paintOffsetX >> appearance.m_paintOffsetY;
     if (!fields)
         return;
@@ -106,31 +97,8 @@ void setPaintOffset(QStringView value, const activeDialog &windows)
         windows.dialog()->movePosition();
 }
 
-void setScreenGeometry(QStringView value)
+void setWindowStyle(fieldReader &fields)
 {
-    fieldReader(value, u',') >> appearance.m_desktopWidth >> appearance.m_desktopHeight;
-    appearance.m_desktopIsKnown = true;
-}
-
-void setWindowTitle(QStringView value)
-{
-    appearance.m_windowTitle = value.left(longestCaption).toString();
-}
-
-void setWindowPixmap(QStringView value)
-{
-    appearance.m_windowPixmap = value.toString();
-    appearance.m_dialogBackgroundAlphaval = styledAlpha;
-}
-
-void setWindowIcon(QStringView value)
-{
-    appearance.m_windowIcon = value.toString();
-}
-
-void setWindowStyle(QStringView value)
-{
-    fieldReader fields(value, u'|');
     fields >> appearance.m_barColor >> appearance.m_invertedNumberColor >> appearance.m_busyBarColor >>
         appearance.m_busyInvertedNumberColor >> appearance.m_dialogBackgroundColor >>
         appearance.m_dialogFrameColor;
@@ -139,18 +107,6 @@ void setWindowStyle(QStringView value)
     appearance.m_busyBarBackgroundColor = appearance.m_dialogBackgroundColor;
     appearance.m_barBackgroundColor = appearance.m_dialogBackgroundColor;
     appearance.m_dialogBackgroundAlphaval = styledAlpha;
-}
-
-void setWindowControls(QStringView value)
-{
-    fieldReader(value, u'|') >> appearance.m_shadowLightColor >> appearance.m_shadowDarkColor >>
-        appearance.m_buttonBaseColor >> appearance.m_focusFrameColor;
-}
-
-void setWindowModal(QStringView value)
-{
-    appearance.m_modal_dialog = value.toString().toLower() == QLatin1String("on");
-    appearance.m_dialog_flags = appearance.m_modal_dialog ? m_modal_flags : m_nonmodal_flags;
 }
 
 /// Changes `chosen` to the value that the word stands for, the word with number 0 for `first`. An unknown
@@ -164,63 +120,58 @@ bool choose(Choice &chosen, wire::setting which, QStringView word, Choice first 
     return index.has_value();
 }
 
-void setWindowTheme(QStringView value)
-{
-    windowTheme chosen = windowTheme::none;
-    if (choose(chosen, wire::setting::windowTheme, value, windowTheme::light))
-        theme::instance().apply(chosen);
-}
-
-void setWindowText(QStringView value)
-{
-    fieldReader(value, u'|') >> appearance.m_panelTextColor >> appearance.m_buttonTextColor;
-}
-
 void apply(wire::setting which, QStringView value, const activeDialog &windows)
 {
     using wire::setting;
+    fieldReader fields(value, u'|');
     switch (which) {
     case setting::windowFonts:
-        setWindowFonts(value);
+        fields >> appearance.m_buttonFont >> appearance.m_barNumFont >> appearance.m_barLabelFont >>
+            appearance.m_labelFont;
         break;
     case setting::busyIndicator:
-        setBusyIndicator(value, windows);
+        setBusyIndicator(fields, windows);
         break;
     case setting::paintOffset:
-        setPaintOffset(value, windows);
+        setPaintOffset(fields, windows);
         break;
     case setting::screenGeometry:
-        setScreenGeometry(value);
+        fieldReader(value, u',') >> appearance.m_desktopWidth >> appearance.m_desktopHeight;
+        appearance.m_desktopIsKnown = true;
         break;
     case setting::windowTitle:
-        setWindowTitle(value);
+        appearance.m_windowTitle = value.left(longestCaption).toString();
         break;
     case setting::windowPixmap:
-        setWindowPixmap(value);
+        appearance.m_windowPixmap = value.toString();
+        appearance.m_dialogBackgroundAlphaval = styledAlpha;
         break;
     case setting::windowIcon:
-        setWindowIcon(value);
+        appearance.m_windowIcon = value.toString();
         break;
     case setting::windowStyle:
-        setWindowStyle(value);
+        setWindowStyle(fields);
         break;
     case setting::windowControls:
-        setWindowControls(value);
+        fields >> appearance.m_shadowLightColor >> appearance.m_shadowDarkColor >>
+            appearance.m_buttonBaseColor >> appearance.m_focusFrameColor;
         break;
     case setting::windowModal:
-        setWindowModal(value);
+        appearance.m_modal_dialog = value.toString().toLower() == QLatin1String("on");
+        appearance.m_dialog_flags = appearance.m_modal_dialog ? m_modal_flags : m_nonmodal_flags;
         break;
     case setting::windowLayout:
         choose(appearance.m_windowLayout, which, value);
         break;
     case setting::windowTheme:
-        setWindowTheme(value);
+        if (windowTheme chosen{}; choose(chosen, which, value, windowTheme::light))
+            theme::instance().apply(chosen);
         break;
     case setting::windowText:
-        setWindowText(value);
+        fields >> appearance.m_panelTextColor >> appearance.m_buttonTextColor;
         break;
     case setting::windowWidth:
-        fieldReader(value, u'|') >> appearance.m_leastWidth;
+        fields >> appearance.m_leastWidth;
         break;
     case setting::windowImage:
         appearance.m_windowImage = value.toString();

@@ -1,6 +1,7 @@
 #include "server/eventListeners.h"
 
 #include "server/channel.h"
+#include "wire/tags.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,15 +11,13 @@ namespace
 
 using namespace std::chrono_literals;
 
-/// Events that may wait in a channel whose client does not read, in bytes.
-constexpr qint64 maxBacklog = 4 * 1024 * 1024;
 /// Collected events that are worth a system call of their own, in bytes.
 constexpr qsizetype fullBatch = 64 * 1024;
 /// Less than the 20 ms that are promised: the message in hand takes its time, too.
 constexpr auto longestWait = 10ms;
 
-constexpr QByteArrayView openingTag = "<event>";
-constexpr QByteArrayView closingTag = "</event>";
+constexpr QByteArrayView openingTag = wire::tagsOf(wire::replyKind::event).opening;
+constexpr QByteArrayView closingTag = wire::tagsOf(wire::replyKind::event).closing;
 
 /// As many of the events, from the first on, as find room.
 QByteArrayView fitting(QByteArrayView events, qint64 room)
@@ -33,7 +32,7 @@ QByteArrayView fitting(QByteArrayView events, qint64 room)
 void deliver(const std::vector<channel *> &listeners, QByteArrayView events)
 {
     for (channel *listener : listeners) {
-        listener->write(fitting(events, maxBacklog - listener->waiting()));
+        listener->write(fitting(events, channel::maxBacklog - listener->waiting()));
         listener->flush();
     }
 }
@@ -77,9 +76,7 @@ void eventListeners::send(QByteArrayView text)
 void eventListeners::sendLocal(QByteArrayView text)
 {
     flush();
-    QByteArray event;
-    event.append(openingTag).append(text).append(closingTag);
-    deliver(m_local, event);
+    deliver(m_local, wire::message(wire::replyKind::event, {text.data(), static_cast<size_t>(text.size())}));
 }
 
 void eventListeners::flushIfDue()

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "server/activeDialog.h"
-#include "server/claimedSlots.h"
 #include "server/eventListeners.h"
 #include "server/message.h"
 #include "server/noticeBoxes.h"
 #include "server/progressCommand.h"
 #include "server/windowOrder.h"
+
+#include <bitset>
 
 /// What every message ends in, whichever way it came: the windows that it acts on and the listeners who hear
 /// of it. It outlives both servers and all channels.
@@ -24,6 +25,11 @@ public:
     void doProgress(const progressCommand &command);
     /// Applies the entries of a configuration message.
     void doConfiguration(const QString &description);
+    /// Reserves the lowest slot that shows neither row nor button and that nobody has claimed; -1 when there
+    /// is none. Who has reserved one gives it up.
+    int claim();
+    /// Gives a claimed slot up, and removes what stands in it.
+    void release(int slot);
     /// The orderly end, after the event loop: answers open boxes, says "shutDown", deletes the windows.
     void cleanup();
 
@@ -31,5 +37,7 @@ public:
     windowOrder m_order;
     activeDialog m_active;
     noticeBoxes m_boxes;
-    claimedSlots m_claims;
+
+private:
+    std::bitset<wire::slotCount> m_claimed;
 };

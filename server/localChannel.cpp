@@ -18,8 +18,6 @@ using namespace std::chrono_literals;
 constexpr auto turn = 20ms;
 /// The clock is looked at after so many messages.
 constexpr int messagesPerLook = 16;
-/// Bytes that may wait for a client that does not read.
-constexpr qint64 maxBacklog = 4 * 1024 * 1024;
 /// For so long what a client has left behind when it went keeps a daemon that all others have left.
 constexpr auto longestEstate = 1s;
 
@@ -114,22 +112,22 @@ void localChannel::listen()
 
 void localChannel::claim()
 {
-    const int slot = m_shared.m_claims.claim();
+    const int slot = m_shared.claim();
     if (slot >= 0)
         m_claimed.push_back(slot);
-    reply("<claimed>" + QByteArray::number(slot) + "</claimed>");
+    reply(wire::message(wire::replyKind::claimed, std::to_string(slot)));
 }
 
 answerFunction localChannel::nextAnswer()
 {
     return [asker = QPointer(this), number = ++m_boxCount](quint32 code) {
         if (asker && !asker->m_isOver)
-            asker->reply("<answer>" + QByteArray::number(number) + ';' + QByteArray::number(code) +
-                         "</answer>");
+            asker->reply(
+                wire::message(wire::replyKind::answer, std::to_string(number) + ';' + std::to_string(code)));
     };
 }
 
-void localChannel::reply(const QByteArray &bytes)
+void localChannel::reply(QByteArrayView bytes)
 {
     // What happened before comes before.
     m_shared.m_listeners.flush();
@@ -164,7 +162,7 @@ void localChannel::endClient()
     m_isOver = true;
     m_shared.m_listeners.removeLocal(this);
     for (const int slot : m_claimed)
-        m_shared.m_claims.release(slot);
+        m_shared.release(slot);
     // Takes its boxes away.
     m_asker.reset();
     if (m_isClient)

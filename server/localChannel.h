@@ -37,7 +37,7 @@ private:
     void listen();
     void claim();
     /// Bytes that the client waits for: they are not left out, but may end a channel that never reads.
-    void reply(const QByteArray &bytes);
+    void reply(QByteArrayView bytes);
     answerFunction nextAnswer();
     void noticeAbsence();
     /// Ends the client's part.

@@ -2,26 +2,16 @@
 
 #include "server/handlers.h"
 #include "server/localChannel.h"
+#include "wire/words.h"
 
 #include <algorithm>
 #include <functional>
-#include <sys/socket.h>
-#include <unistd.h>
 #include <utility>
 
 namespace
 {
 
 constexpr size_t maxChannels = 64;
-
-/// Only this user and root are served, by the kernel's word.
-bool isTrusted(int descriptor)
-{
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    return getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
-           (peer.uid == geteuid() || peer.uid == 0);
-}
 
 } // namespace
 
@@ -46,7 +36,7 @@ bool localServer::accept()
     const int descriptor = m_acceptor ? m_acceptor->next() : -1;
     if (descriptor < 0)
         return false;
-    if (m_channels.size() < maxChannels && isTrusted(descriptor))
+    if (m_channels.size() < maxChannels && wire::isTrusted(wire::peerOf(descriptor)))
         add(descriptor);
     else
         ::close(descriptor);
@@ -83,7 +73,7 @@ void localServer::removeSocket()
 
 void localServer::close()
 {
-    m_shared.m_listeners.sendLocal("shutDown");
+    m_shared.m_listeners.sendLocal(wire::nameOf(wire::eventKind::shutDown));
     removeSocket();
     for (localChannel *client : std::exchange(m_channels, {}))
         delete client;

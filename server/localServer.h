@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/acceptor.h"
+#include "server/channel.h"
 #include "server/lifespan.h"
 #include "server/localSocket.h"
 

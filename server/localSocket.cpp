@@ -11,11 +11,7 @@
 #include <filesystem>
 #include <set>
 #include <sys/file.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 
 namespace
@@ -38,30 +34,15 @@ const std::string &localFolder()
     return folder;
 }
 
-sockaddr_un addressOf(const std::string &path)
+wire::descriptor newSocket()
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    return address;
+    return wire::descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
 }
 
-int newSocket()
-{
-    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-}
-
-bool isSameFile(const std::string &path, dev_t device, ino_t inode)
+bool isAt(const std::string &path, const struct stat &file)
 {
     struct stat found = {};
-    return lstat(path.c_str(), &found) == 0 && found.st_dev == device && found.st_ino == inode;
-}
-
-void closeDescriptor(int &descriptor)
-{
-    if (descriptor >= 0)
-        ::close(descriptor);
-    descriptor = -1;
+    return lstat(path.c_str(), &found) == 0 && found.st_dev == file.st_dev && found.st_ino == file.st_ino;
 }
 
 } // namespace
@@ -78,12 +59,6 @@ localSocket::localSocket(const std::string &folder, const std::string &name)
 {
 }
 
-localSocket::~localSocket()
-{
-    close();
-    closeDescriptor(m_lock);
-}
-
 localSocket::outcome localSocket::open(const char *identifier)
 {
     const std::string &folder = localFolder();
@@ -94,15 +69,13 @@ localSocket::outcome localSocket::open(const char *identifier)
     m_lockPath = folder + '/' + identifier + lockSuffix;
     if (!wire::fitsSocket(m_path))
         return fail(m_path + " is too long for a socket");
-    for (const auto &prepare : {wire::makeSocketFolder, wire::faultOfSocketFolder}) {
-        if (const std::string fault = prepare(folder); !fault.empty())
-            return fail(fault);
-    }
+    if (const std::string fault = wire::makeSocketFolder(folder); !fault.empty())
+        return fail(fault);
     const outcome result = take();
     if (result == outcome::listening)
         sweep(folder);
     else
-        closeDescriptor(m_lock);
+        m_lock.close();
     return result;
 }
 
@@ -112,6 +85,8 @@ localSocket::outcome localSocket::take()
     pid_t holder = 0;
     int sightings = 0;
     while (!lock()) {
+        if (!m_lock)
+            return fail(m_lockPath + ": " + std::strerror(errno));
         // At the second sighting the holder, which neither starts nor ends, did not answer; at the third it
         // is certain that it still lived then.
         const pid_t seen = servingHolder();
@@ -121,16 +96,20 @@ localSocket::outcome localSocket::take()
             return fail("process " + std::to_string(holder) + " has the place of " + m_path +
                         ", and its socket is gone");
         if (somebodyAnswers())
-            break;
+            return answered();
         if (std::chrono::steady_clock::now() > deadline)
             return fail(m_lockPath + " is locked, and nobody answers");
         std::this_thread::sleep_for(step);
     }
-    if (somebodyAnswers()) {
-        fail("another daemon answers at " + m_path);
-        return outcome::answered;
-    }
-    return listen() ? outcome::listening : fail(m_path + ": " + std::strerror(errno));
+    if (somebodyAnswers())
+        return answered();
+    return listen();
+}
+
+localSocket::outcome localSocket::answered()
+{
+    fail("another daemon answers at " + m_path);
+    return outcome::answered;
 }
 
 localSocket::outcome localSocket::fail(const std::string &reason)
@@ -143,62 +122,53 @@ localSocket::outcome localSocket::fail(const std::string &reason)
 /// crash has left in it goes.
 bool localSocket::lock()
 {
-    closeDescriptor(m_lock);
-    m_lock =
-        ::open(m_lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR);
+    constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    m_lock = wire::descriptor(::open(m_lockPath.c_str(), flags, S_IRUSR | S_IWUSR));
+    const int file = m_lock.get();
     struct stat held = {};
-    return m_lock >= 0 && flock(m_lock, LOCK_EX | LOCK_NB) == 0 && fstat(m_lock, &held) == 0 &&
-           isSameFile(m_lockPath, held.st_dev, held.st_ino) && ftruncate(m_lock, 0) == 0;
+    return m_lock && flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &held) == 0 &&
+           isAt(m_lockPath, held) && ftruncate(file, 0) == 0;
 }
 
 /// The process that holds the lock, while its socket is there; else 0.
 pid_t localSocket::servingHolder() const
 {
     char text[16] = {};
-    return pread(m_lock, text, sizeof text - 1, 0) > 0 ? static_cast<pid_t>(std::atol(text)) : 0;
+    return pread(m_lock.get(), text, sizeof text - 1, 0) > 0 ? static_cast<pid_t>(std::atol(text)) : 0;
 }
 
 bool localSocket::somebodyAnswers() const
 {
-    int probe = newSocket();
-    const sockaddr_un address = addressOf(m_path);
-    const bool connected = connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    const wire::descriptor probe = newSocket();
+    const sockaddr_un address = wire::socketAddress(m_path);
     // A daemon that is too busy to accept is one all the same.
-    const bool answers = connected || errno == EAGAIN;
-    closeDescriptor(probe);
-    return answers;
+    return connect(probe.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 ||
+           errno == EAGAIN;
 }
 
-bool localSocket::listen()
+localSocket::outcome localSocket::listen()
 {
     unlink(m_path.c_str());
-    m_descriptor = newSocket();
-    const sockaddr_un address = addressOf(m_path);
-    struct stat made = {};
-    if (m_descriptor >= 0 &&
-        bind(m_descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-        ::listen(m_descriptor, backlog) == 0 && lstat(m_path.c_str(), &made) == 0) {
-        m_device = made.st_dev;
-        m_inode = made.st_ino;
-        dprintf(m_lock, "%d\n", static_cast<int>(getpid()));
-        return true;
-    }
-    const int error = errno;
-    closeDescriptor(m_descriptor);
-    errno = error;
-    return false;
+    wire::descriptor made = newSocket();
+    const sockaddr_un address = wire::socketAddress(m_path);
+    if (bind(made.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
+        ::listen(made.get(), backlog) != 0 || lstat(m_path.c_str(), &m_made) != 0)
+        return fail(m_path + ": " + std::strerror(errno));
+    m_listening = std::move(made);
+    dprintf(m_lock.get(), "%d\n", static_cast<int>(getpid()));
+    return outcome::listening;
 }
 
 void localSocket::close()
 {
-    if (m_descriptor < 0)
+    if (!m_listening)
         return;
-    [[maybe_unused]] const int emptied = ftruncate(m_lock, 0);
-    if (isSameFile(m_path, m_device, m_inode))
+    [[maybe_unused]] const int emptied = ftruncate(m_lock.get(), 0);
+    if (isAt(m_path, m_made))
         unlink(m_path.c_str());
-    closeDescriptor(m_descriptor);
+    m_listening.close();
     unlink(m_lockPath.c_str());
-    closeDescriptor(m_lock);
+    m_lock.close();
 }
 
 /// Takes away what daemons that were killed have left. Their places are locked meanwhile, so nobody who is

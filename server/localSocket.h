@@ -1,7 +1,9 @@
 #pragma once
 
+#include "wire/system.h"
+
 #include <string>
-#include <sys/types.h>
+#include <sys/stat.h>
 
 /// Finds out where the sockets lie before the toolkit, which makes a runtime folder where XDG_RUNTIME_DIR
 /// names none, and gives it this session's, or that one, for its own. To be called before the application
@@ -22,7 +24,7 @@ public:
     };
 
     localSocket() = default;
-    ~localSocket();
+    ~localSocket() { close(); }
     localSocket(const localSocket &) = delete;
     localSocket &operator=(const localSocket &) = delete;
 
@@ -33,24 +35,25 @@ public:
     void close();
 
     /// The listening descriptor, which does not block; -1 when it is not open.
-    int descriptor() const { return m_descriptor; }
+    int descriptor() const { return m_listening.get(); }
 
 private:
     localSocket(const std::string &folder, const std::string &name);
 
     static void sweep(const std::string &folder);
     outcome take();
+    outcome answered();
     outcome fail(const std::string &reason);
     bool lock();
     pid_t servingHolder() const;
     bool somebodyAnswers() const;
-    bool listen();
+    outcome listen();
 
     std::string m_path;
     std::string m_lockPath;
     std::string m_reason;
-    int m_descriptor = -1;
-    int m_lock = -1;
-    dev_t m_device = 0;
-    ino_t m_inode = 0;
+    wire::descriptor m_listening;
+    wire::descriptor m_lock;
+    /// What the socket is in the file system.
+    struct stat m_made = {};
 };

@@ -4,6 +4,7 @@
 #include "server/windowOrder.h"
 #include "widgets/appearance.h"
 #include "widgets/noticeBox.h"
+#include "wire/words.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -17,7 +18,6 @@ namespace
 /// A button field holds a button's code and, in these bits, what else it is.
 constexpr int defaultFlag = QMessageBox::Default;
 constexpr int escapeFlag = QMessageBox::Escape;
-constexpr qsizetype maxButtonFields = 10;
 /// More boxes than this at a time nobody can answer.
 constexpr qsizetype maxOpenBoxes = 32;
 
@@ -57,8 +57,8 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
 {
     if (isFull(answer))
         return;
-    QStringList fields = description.split(QStringLiteral("[#]"));
-    const QStringList buttonFields = fields.mid(3, maxButtonFields);
+    QStringList fields = description.split(QString::fromLatin1(wire::fieldSeparator));
+    const QStringList buttonFields = fields.mid(3, wire::mostButtons);
     fields.resize(3);
     auto *box = new noticeBox(fields[1], fields[2]);
     box->setPicture(fields[0].toInt());

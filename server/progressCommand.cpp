@@ -1,8 +1,6 @@
 #include "server/progressCommand.h"
 
-#include "server/limits.h"
 #include "wire/recordLine.h"
-#include "wire/tags.h"
 
 #include <charconv>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/dialect.h"
+#include "server/message.h"
 #include "wire/words.h"
 
 #include <optional>

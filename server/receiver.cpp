@@ -1,7 +1,6 @@
 #include "server/receiver.h"
 
 #include "log/dump.h"
-#include "server/channel.h"
 #include "server/handlers.h"
 
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/acceptor.h"
+#include "server/channel.h"
 #include "server/channelTable.h"
 #include "server/lifespan.h"
 #include "server/messageBuffer.h"
@@ -11,7 +11,6 @@
 
 #include <memory>
 
-class channel;
 class handlers;
 
 /// A server of the daemon on a TCP port: the command server, on which clients send messages, or the event

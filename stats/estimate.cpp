@@ -36,7 +36,7 @@ int calmTime::shown(int remaining, int elapsed)
     const int unit = calmUnit(remaining);
     const int rounded = toInt((std::int64_t{remaining} + unit / 2) / unit * unit);
     const bool isSoon = elapsed >= m_since && elapsed - m_since < std::min(unit, calmUnit(m_shown));
-    const bool isNeighbour = rounded >= m_shown && rounded < m_shown + 2 * calmUnit(rounded);
+    const bool isNeighbour = rounded >= m_shown && rounded - 2 * calmUnit(rounded) < m_shown;
     if (m_shown >= 0 && (isSoon || isNeighbour))
         return m_shown;
     m_since = elapsed;
@@ -59,7 +59,8 @@ void runEstimate::start(estimateMode mode, const runTable &table)
 
 remainingTime runEstimate::remaining(int elapsed)
 {
-    const int seconds = m_total - elapsed;
+    // The clock may have been set back during the run.
+    const int seconds = toInt(std::int64_t{m_total} - elapsed);
     return {seconds, m_calm.shown(seconds, elapsed), m_isOverdue};
 }
 

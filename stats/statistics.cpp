@@ -1,7 +1,5 @@
 #include "stats/statistics.h"
 
-#include "stats/userFolder.h"
-
 #include <ctime>
 #include <utility>
 
@@ -50,9 +48,9 @@ void runStatistics::record(const finishedRun &finished)
 /// time.
 void runStatistics::save()
 {
-    fileDescriptor lock;
+    wire::descriptor lock;
     if (m_file.isShared()) {
-        lock = lockUserFolder();
+        lock = statisticsFile::lock();
         if (!lock)
             return;
         if (auto meanwhile = m_file.loadChanged()) {

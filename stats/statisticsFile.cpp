@@ -2,11 +2,12 @@
 
 #include "log/dump.h"
 #include "stats/progressRun.h"
-#include "stats/userFolder.h"
 #include "wire/places.h"
 #include "wire/recordLine.h"
 
+#include <QDir>
 #include <QFile>
+#include <QThread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <filesystem>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -100,7 +102,7 @@ int sumOfFoundCounts(const runTable &table)
 void write(const runTable &table, QIODevice &file)
 {
     dump("---- total statistics count", sumOfFoundCounts(table));
-    file.write("fileversion=2\n");
+    file.write(QByteArray(wire::versionMark.data()) + "2\n");
     std::vector<char> storage;
     for (const runRecord &record : table.records()) {
         if (record.found <= 0)
@@ -108,6 +110,33 @@ void write(const runTable &table, QIODevice &file)
         const std::string_view line = wire::formatRecordLine(record, storage);
         file.write(line.data(), static_cast<qint64>(line.size()));
     }
+}
+
+/// Makes the user's folder where it is missing, and shuts it to others. False when it cannot be made, or is
+/// somebody else's.
+bool prepareFolder(const std::string &folder)
+{
+    const mode_t mask = umask(077);
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    umask(mask);
+    struct stat status;
+    if (stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid())
+        return false;
+    return (status.st_mode & 077) == 0 || chmod(folder.c_str(), 0700) == 0;
+}
+
+/// Lets the names that have not been used for the longest time go, unless `path` is there or there is room
+/// for it.
+void makeRoomFor(const std::string &path)
+{
+    constexpr qsizetype mostNames = 256;
+    const QFileInfo own(QFile::decodeName(path.c_str()));
+    if (own.exists())
+        return;
+    const auto names = own.dir().entryInfoList({"*.txt"}, QDir::Files | QDir::Hidden, QDir::Time);
+    for (qsizetype i = mostNames - 1; i < names.size(); ++i)
+        QFile::remove(names[i].filePath());
 }
 
 } // namespace
@@ -118,20 +147,20 @@ bool statisticsPathFits(const char *identifier)
            !machinesPath(fallbackDirectory, identifier).empty();
 }
 
-fileDescriptor statisticsFile::openMachines(const char *identifier)
+wire::descriptor statisticsFile::openMachines(const char *identifier)
 {
     for (const char *directory : {firstDirectory, fallbackDirectory}) {
         m_path = machinesPath(directory, identifier);
         if (trustedFile file = openTrusted(m_path.c_str(), O_RDONLY); file.descriptor)
             return std::move(file.descriptor);
     }
-    return fileDescriptor();
+    return wire::descriptor();
 }
 
-std::vector<runRecord> statisticsFile::read(const fileDescriptor &descriptor)
+std::vector<runRecord> statisticsFile::read(const wire::descriptor &descriptor)
 {
     std::vector<runRecord> records;
-    wire::recordColumns columns = wire::columnsVersion1;
+    wire::recordReader reader;
     const auto now = static_cast<unsigned>(std::time(nullptr));
     lineReader lines(descriptor.get());
     runRecord record;
@@ -139,21 +168,16 @@ std::vector<runRecord> statisticsFile::read(const fileDescriptor &descriptor)
         const auto line = lines.next();
         if (!line)
             break;
-        if (line->find(wire::versionMark) != std::string_view::npos) {
-            if (wire::readNumber(line->substr(wire::versionMark.size())) == 2)
-                columns = wire::columnsVersion2;
+        if (!reader.read(*line, record))
             continue;
-        }
-        if (!wire::parseRecordLine(*line, columns, record) || record.total <= 0)
-            continue;
-        if (columns.timecol < 0)
+        if (!reader.hasTimes())
             record.time = now;
         records.push_back(record);
     }
     return records;
 }
 
-statisticsFile::version statisticsFile::versionOf(const fileDescriptor &file)
+statisticsFile::version statisticsFile::versionOf(const wire::descriptor &file)
 {
     struct stat status;
     if (fstat(file.get(), &status) != 0)
@@ -165,7 +189,7 @@ std::optional<std::vector<runRecord>> statisticsFile::load(const char *identifie
 {
     m_identifier = identifier;
     m_place = place;
-    fileDescriptor file;
+    wire::descriptor file;
     if (place == statisticsPlace::user) {
         const std::string path = wire::learnedPath(m_identifier);
         file = openTrusted(path.c_str(), O_RDONLY).descriptor;
@@ -182,9 +206,28 @@ std::optional<std::vector<runRecord>> statisticsFile::load(const char *identifie
     return read(file);
 }
 
+wire::descriptor statisticsFile::lock()
+{
+    const std::string folder = wire::learnedFolder();
+    if (!prepareFolder(folder)) {
+        dump("---- the folder of learned runs cannot be had", errno);
+        return wire::descriptor();
+    }
+    wire::descriptor file(open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+    for (int tries = 50; file && flock(file.get(), LOCK_EX | LOCK_NB) != 0; --tries) {
+        if (tries > 0)
+            QThread::msleep(10);
+        else
+            file.close();
+    }
+    if (!file)
+        dump("---- the learned runs are locked", errno);
+    return file;
+}
+
 std::optional<std::vector<runRecord>> statisticsFile::loadChanged()
 {
-    const fileDescriptor file = openTrusted(m_path.c_str(), O_RDONLY).descriptor;
+    const wire::descriptor file = openTrusted(m_path.c_str(), O_RDONLY).descriptor;
     const version before = std::exchange(m_version, versionOf(file));
     return file && before != m_version ? std::optional(read(file)) : std::nullopt;
 }

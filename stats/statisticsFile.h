@@ -37,8 +37,12 @@ public:
 
     /// Whether other daemons may save to the file, too: what is saved is to hold what they have learned.
     bool isShared() const { return m_place == statisticsPlace::user && !m_identifier.empty(); }
-    /// The records, if the file is another than this process has loaded or saved. To be asked under the lock
-    /// of the user's folder, as it is saved then.
+    /// The lock of the user's folder, made where it is missing, which one process at a time has for as long
+    /// as the result lasts. None, and a line in the log, where the folder is not to be had or somebody keeps
+    /// the lock for more than half a second.
+    static wire::descriptor lock();
+    /// The records, if the file is another than this process has loaded or saved. To be asked under the lock,
+    /// as it is saved then.
     std::optional<std::vector<runRecord>> loadChanged();
 
     /// Writes the table to the file of `identifier`, or, for a null pointer (the save after each run), to the
@@ -56,9 +60,9 @@ private:
         bool operator==(const version &) const = default;
     };
 
-    fileDescriptor openMachines(const char *identifier);
-    static std::vector<runRecord> read(const fileDescriptor &file);
-    static version versionOf(const fileDescriptor &file);
+    wire::descriptor openMachines(const char *identifier);
+    static std::vector<runRecord> read(const wire::descriptor &file);
+    static version versionOf(const wire::descriptor &file);
 
     std::string m_path;
     /// Empty while nothing is to be kept.

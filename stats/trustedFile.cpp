@@ -84,7 +84,7 @@ trustedFile openTrusted(const char *path, int access)
     file.target = target.string();
     // A pipe would wait for its other end, and a link that has come here meanwhile is somebody else's.
     file.descriptor =
-        fileDescriptor(open(target.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        wire::descriptor(open(target.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     file.isMissing = !file.descriptor && errno == ENOENT;
     if (file.descriptor && !isTrusted(file.descriptor.get()))
         file.descriptor.close();

@@ -1,37 +1,10 @@
 #pragma once
 
+#include "wire/system.h"
+
 #include <QFileDevice>
 
-#include <unistd.h>
-
 #include <functional>
-#include <string>
-#include <utility>
-
-/// Owns an open file descriptor, or none (-1).
-class fileDescriptor
-{
-public:
-    explicit fileDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
-    fileDescriptor(fileDescriptor &&other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-    fileDescriptor &operator=(fileDescriptor &&other) noexcept
-    {
-        std::swap(m_descriptor, other.m_descriptor);
-        return *this;
-    }
-    ~fileDescriptor() { close(); }
-
-    explicit operator bool() const { return m_descriptor >= 0; }
-    int get() const { return m_descriptor; }
-    void close()
-    {
-        if (m_descriptor >= 0)
-            ::close(std::exchange(m_descriptor, -1));
-    }
-
-private:
-    int m_descriptor;
-};
 
 /// Files in folders that others can write to as well. Nothing is read from, or written to, what somebody else
 /// has put there: links count only if they are this user's or root's; so does the file that they lead to,
@@ -40,7 +13,7 @@ private:
 
 struct trustedFile {
     /// Open, or none.
-    fileDescriptor descriptor;
+    wire::descriptor descriptor;
     /// Where the links led to.
     std::string target;
     /// There is no such file, and none of somebody else's in its place either.

@@ -1,5 +1,7 @@
 #include "widgets/fittedBar.h"
 
+#include "language/language.h"
+
 #include <QEvent>
 #include <QPainter>
 
@@ -48,11 +50,20 @@ QSize fittedBar::sizeHint() const
     const emLength em(*this);
     QString widest = QStringLiteral("100 %");
     if (m_expectsRemaining)
-        widest += separator + QStringLiteral("59 min 59 s left");
+        widest += separator + widestRemaining();
     int width = m_measuredFigures.width(widest, *this);
     if (!m_caption.isEmpty())
         width += m_measuredCaption.width(m_caption, *this) + em(columnGap);
     return {width, fontMetrics().height() + em(textGap) + em(barThickness)};
+}
+
+/// In the user's language either may be the wider one.
+QString fittedBar::widestRemaining() const
+{
+    const QString time = QString(translated("%1 min %2 s left")).arg(59).arg(59);
+    const QString overdue = overdueText();
+    const QFontMetrics metrics = fontMetrics();
+    return metrics.horizontalAdvance(time) < metrics.horizontalAdvance(overdue) ? overdue : time;
 }
 
 QString fittedBar::figuresText() const
@@ -111,7 +122,7 @@ void fittedBar::paintEvent(QPaintEvent *)
     if (!filled.isEmpty())
         drawRounded(filled, window()->palette().brush(QPalette::Highlight));
     painter.end();
-    ::paintTexts(*this, QPalette::WindowText, [this](QPainter &texts) { paintTexts(texts); });
+    paintText(*this, QPalette::WindowText, m_caption, [this](QPainter &texts) { paintTexts(texts); });
 }
 
 /// Both on one baseline, whatever other fonts their letters are taken from; a caption that is read from the
@@ -133,11 +144,16 @@ void fittedBar::paintTexts(QPainter &painter) const
 QString timeLeft(int seconds)
 {
     if (seconds < 60)
-        return QStringLiteral("%1 s left").arg(seconds);
+        return QString(translated("%1 s left", static_cast<unsigned>(seconds))).arg(seconds);
     const int minutes = seconds / 60;
     if (minutes >= 10 && minutes < 60)
-        return QStringLiteral("%1 min left").arg(minutes);
+        return QString(translated("%1 min left")).arg(minutes);
     if (minutes < 10)
-        return QStringLiteral("%1 min %2 s left").arg(minutes).arg(seconds % 60);
-    return QStringLiteral("%1 h %2 min left").arg(minutes / 60).arg(minutes % 60);
+        return QString(translated("%1 min %2 s left")).arg(minutes).arg(seconds % 60);
+    return QString(translated("%1 h %2 min left")).arg(minutes / 60).arg(minutes % 60);
+}
+
+QString overdueText()
+{
+    return translated("longer than usual");
 }

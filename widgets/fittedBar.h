@@ -30,6 +30,7 @@ protected:
     QRect pulseTrack() const override;
 
 private:
+    QString widestRemaining() const;
     QString figuresText() const;
     int captionWidth() const;
     void paintTexts(QPainter &painter) const;
@@ -43,5 +44,7 @@ private:
 };
 
 /// A remaining time, 0 or more seconds, as the fitted layout shows it: "15 s left", "2 min 10 s left", from
-/// ten minutes on "12 min left", from an hour on "1 h 5 min left".
+/// ten minutes on "12 min left", from an hour on "1 h 5 min left"; in the user's language.
 QString timeLeft(int seconds);
+/// In its place once a run takes longer than it should.
+QString overdueText();

@@ -68,7 +68,7 @@ void fittedButton::paintEvent(QPaintEvent *)
     const QString shown =
         fontMetrics().elidedText(text(), Qt::ElideRight, inner.width(), Qt::TextShowMnemonic);
     painter.end();
-    paintTexts(*this, QPalette::ButtonText, [&](QPainter &texts) {
+    paintText(*this, QPalette::ButtonText, text(), [&](QPainter &texts) {
         texts.setLayoutDirection(directionOf(text()));
         texts.drawText(inner, Qt::AlignCenter | textFlags, shown);
     });

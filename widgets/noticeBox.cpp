@@ -1,5 +1,6 @@
 #include "widgets/noticeBox.h"
 
+#include "language/language.h"
 #include "widgets/appearance.h"
 #include "widgets/boxIcon.h"
 #include "widgets/scrolledText.h"
@@ -109,6 +110,8 @@ void wrapButtons(QDialogButtonBox &box, int width)
 noticeBox::noticeBox(const QString &title, const QString &text) : m_text(scrolledText::beginning(text))
 {
     setWindowTitle(literalTitle(title.left(mostUnscrolled)));
+    // That of the buttons' language; each text has its own.
+    setLayoutDirection(directionOf(translated("Cancel")));
     if (appearance.m_windowLayout == windowLayout::fitted && appearance.m_scale != 1) {
         QFont scaled = font();
         scaled.setPointSizeF(scaled.pointSizeF() * appearance.m_scale);

@@ -122,7 +122,7 @@ void fittedLabel::paintEvent(QPaintEvent *)
 {
     const bool scrolls = m_scroll && m_scroll->isVisible();
     layOut(scrolls ? m_scroll->x() : width());
-    paintTexts(*this, QPalette::WindowText, [this, scrolls](QPainter &painter) {
+    paintText(*this, QPalette::WindowText, text(), [this, scrolls](QPainter &painter) {
         m_layout.draw(&painter, QPointF(0, scrolls ? -m_scroll->value() : 0), {}, rect());
     });
 }

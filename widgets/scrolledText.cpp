@@ -1,5 +1,7 @@
 #include "widgets/scrolledText.h"
 
+#include "language/language.h"
+
 #include <QScrollBar>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -33,8 +35,9 @@ QString scrolledText::beginning(const QString &text)
 {
     if (text.size() <= mostCharacters)
         return text;
-    return text.left(mostCharacters) +
-           QStringLiteral("\n[… the first %1 of %2 characters]").arg(mostCharacters).arg(text.size());
+    const QString note =
+        translated("[… the first %1 of %2 characters]", static_cast<unsigned long>(text.size()));
+    return text.left(mostCharacters) + u'\n' + note.arg(mostCharacters).arg(text.size());
 }
 
 scrolledText::scrolledText(const QString &text, QWidget *parent) : QPlainTextEdit(parent), m_text(text)

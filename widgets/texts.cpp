@@ -62,8 +62,16 @@ Qt::LayoutDirection directionOf(const QString &text)
     return text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
 }
 
-void paintTexts(QWidget &widget, QPalette::ColorRole color, const std::function<void(QPainter &)> &paint)
+void paintText(QWidget &widget, QPalette::ColorRole color, const QString &text,
+               const std::function<void(QPainter &)> &paint)
 {
+    constexpr char16_t eastAsia = 0x2e80;
+    const QColor pen = widget.window()->palette().color(color);
+    if (std::none_of(text.begin(), text.end(), [](QChar letter) { return letter >= eastAsia; })) {
+        QPainter painter(&widget);
+        painter.setPen(pen);
+        return paint(painter);
+    }
     constexpr double inchesAMetre = 1 / 0.0254;
     static QImage layer;
     if (layer.size() != layer.size().expandedTo(widget.size()))
@@ -76,7 +84,7 @@ void paintTexts(QWidget &widget, QPalette::ColorRole color, const std::function<
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     painter.setClipRect(widget.rect());
     painter.setFont(widget.font());
-    painter.setPen(widget.window()->palette().color(color));
+    painter.setPen(pen);
     paint(painter);
     painter.end();
     QPainter(&widget).drawImage(QPoint(), layer, widget.rect());

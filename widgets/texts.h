@@ -13,11 +13,12 @@ QString withBreaks(const QString &text, const QFont &font, int width);
 /// The direction that a text is read in, its lines and an ellipsis in them included.
 Qt::LayoutDirection directionOf(const QString &text);
 
-/// Has `paint` draw the texts of a widget, with its font and the colour of text on the panel or on buttons,
-/// at one weight in light and dark colours: letters of some fonts (those with outlines of the third degree)
-/// are blended with a gamma, thinner when they are dark and heavier when they are light, but on opaque ground
-/// alone.
-void paintTexts(QWidget &widget, QPalette::ColorRole color, const std::function<void(QPainter &)> &paint);
+/// Has `paint` draw `text` on a widget, with its font and the colour of text on the panel or on buttons, at
+/// one weight in light and dark colours. Letters with cubic outlines, which the fonts of East Asia have, are
+/// blended with a gamma, thinner when they are dark and heavier when they are light, but on opaque ground
+/// alone: such a text is drawn apart.
+void paintText(QWidget &widget, QPalette::ColorRole color, const QString &text,
+               const std::function<void(QPainter &)> &paint);
 
 /// Pixels that the widest line of `text` needs in the widget's font: on a screen twice as dense twice as
 /// many, although letters are fitted to whole pixels. With `Qt::TextShowMnemonic` in `flags`, "&" takes no

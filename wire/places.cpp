@@ -92,16 +92,6 @@ bool fitsSocket(const std::string &path)
     return path.size() < sizeof(sockaddr_un::sun_path);
 }
 
-std::string makeSocketFolder(const std::string &folder)
-{
-    // The mode is set apart from the making, which the process's mask has its say in.
-    if (::mkdir(folder.c_str(), S_IRWXU) == 0)
-        ::chmod(folder.c_str(), S_IRWXU);
-    else if (errno != EEXIST)
-        return reasonFor(folder);
-    return {};
-}
-
 std::string faultOfSocketFolder(const std::string &folder)
 {
     struct stat about = {};
@@ -114,6 +104,16 @@ std::string faultOfSocketFolder(const std::string &folder)
     if ((about.st_mode & othersMode) != 0)
         return folder + " is open to others";
     return {};
+}
+
+std::string makeSocketFolder(const std::string &folder)
+{
+    // The mode is set apart from the making, which the process's mask has its say in.
+    if (::mkdir(folder.c_str(), S_IRWXU) == 0)
+        ::chmod(folder.c_str(), S_IRWXU);
+    else if (errno != EEXIST)
+        return reasonFor(folder);
+    return faultOfSocketFolder(folder);
 }
 
 std::string lockFilePath(const std::string &identifier)

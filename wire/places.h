@@ -21,12 +21,12 @@ std::optional<std::string> socketPath(const std::string &folder, const std::stri
 /// Whether a path is short enough for a socket's address.
 bool fitsSocket(const std::string &path);
 
-/// Makes the folder, closed to others, where it is missing. Gives the reason why it cannot be made.
-std::string makeSocketFolder(const std::string &folder);
-
 /// Why no socket in this folder can be trusted: it is a link, belongs to somebody else or is open to others.
 /// Empty where it is fine, or missing.
 std::string faultOfSocketFolder(const std::string &folder);
+
+/// Makes the folder, closed to others, where it is missing. Gives what is wrong with it all the same.
+std::string makeSocketFolder(const std::string &folder);
 
 /// The folder of the learned runs of this user's private daemons: "progressd" in what XDG_STATE_HOME names,
 /// else in ~/.local/state.

@@ -1,5 +1,7 @@
 #include "wire/recordLine.h"
 
+#include "wire/words.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -83,13 +85,16 @@ int readNumber(std::string_view text)
 
 std::int64_t readAmount(std::string_view text)
 {
-    constexpr std::int64_t most = std::int64_t{1} << 53;
     std::int64_t value = 0;
-    return wholeNumber(text, value) && value > 0 && value <= most ? value : 0;
+    return wholeNumber(text, value) && value > 0 && value <= largestAmount ? value : 0;
 }
 
-bool parseRecordLine(std::string_view line, const recordColumns &columns, recordLine &record)
+bool recordReader::read(std::string_view line, recordLine &record)
 {
+    if (line.find(versionMark) != std::string_view::npos) {
+        m_hasTimes = m_hasTimes || readNumber(line.substr(versionMark.size())) == 2;
+        return false;
+    }
     std::string withoutReturns;
     if (line.find('\r') != std::string_view::npos) {
         std::remove_copy(line.begin(), line.end(), std::back_inserter(withoutReturns), '\r');
@@ -98,15 +103,15 @@ bool parseRecordLine(std::string_view line, const recordColumns &columns, record
 
     fieldArray fields;
     const std::size_t count = splitFields(line, fields);
-    if (count <= static_cast<std::size_t>(columns.valscol))
+    const std::size_t first = m_hasTimes ? 1 : 0;
+    if (count < first + 3)
         return false;
-    const auto field = [&](int column) { return fields[static_cast<std::size_t>(column)]; };
-    record.time = columns.timecol < 0 ? 0 : static_cast<unsigned>(readNumber(field(columns.timecol)));
-    record.total = readNumber(field(columns.totalcol));
-    record.found = readNumber(field(columns.countcol));
-    readSnapshots(field(columns.valscol), record.snapshots);
-    record.amount = columns.timecol >= 0 && count == mostFields ? readAmount(fields[mostFields - 1]) : 0;
-    return true;
+    record.time = m_hasTimes ? static_cast<unsigned>(readNumber(fields[0])) : 0;
+    record.total = readNumber(fields[first]);
+    record.found = readNumber(fields[first + 1]);
+    readSnapshots(fields[first + 2], record.snapshots);
+    record.amount = m_hasTimes && count == mostFields ? readAmount(fields[mostFields - 1]) : 0;
+    return record.total > 0;
 }
 
 std::string_view formatRecordLine(const recordLine &record, std::vector<char> &storage)

@@ -15,16 +15,6 @@ inline constexpr std::string_view versionMark = "fileversion=";
 /// Snapshots that a run can have.
 inline constexpr std::size_t mostSnapshots = 4094;
 
-/// Which field of a line holds what; the time is missing (-1) in files of version 1.
-struct recordColumns {
-    int timecol = -1;
-    int totalcol = 0;
-    int countcol = 1;
-    int valscol = 2;
-};
-inline constexpr recordColumns columnsVersion1;
-inline constexpr recordColumns columnsVersion2 = {0, 1, 2, 3};
-
 /// A finished run, or several alike.
 struct recordLine {
     /// Seconds since 1970-01-01 00:00 UTC when it was made or last had a run merged into it; 0 where the line
@@ -46,9 +36,20 @@ std::int64_t readAmount(std::string_view text);
 /// letters, more than an int holds) reads as 0.
 int readNumber(std::string_view text);
 
-/// Reads `line` (without line end; carriage returns anywhere in it are ignored) into `record`, whose storage
-/// is used again. False for a line with too few fields; `record` is then not to be used.
-bool parseRecordLine(std::string_view line, const recordColumns &columns, recordLine &record);
+/// Reads the lines of a file, from the first on.
+class recordReader
+{
+public:
+    /// Reads `line` (without line end; carriage returns anywhere in it are ignored) into `record`, whose
+    /// storage is used again. False for a line that is none of a run: it tells the version of those behind
+    /// it, has too few fields, or no duration. `record` is then not to be used.
+    bool read(std::string_view line, recordLine &record);
+    /// Whether the lines hold a time, as from version 2 on.
+    bool hasTimes() const { return m_hasTimes; }
+
+private:
+    bool m_hasTimes = false;
+};
 
 /// The line of a record in version 2, with its line feed; the fifth field only where there is an amount. The
 /// text lies in `storage` and is valid until that is used again.

@@ -14,11 +14,15 @@ namespace wire
 /// the local channels' alone.
 enum class messageKind { configuration, assertion, messageBox, progress, exit, events, claim, stop };
 
-struct messageTags {
-    messageKind kind;
+/// What a daemon sends.
+enum class replyKind { event, answer, claimed };
+
+template <typename Kind> struct tagPair {
+    Kind kind;
     std::string_view opening;
     std::string_view closing; ///< empty for a message that is one tag
 };
+using messageTags = tagPair<messageKind>;
 
 inline constexpr messageTags allTags[] = {
     {messageKind::configuration, "<configuration>", "</configuration>"},
@@ -33,25 +37,29 @@ inline constexpr messageTags allTags[] = {
 /// How many of them the ports know.
 inline constexpr std::size_t portKinds = 5;
 
-constexpr const messageTags &tagsOf(messageKind kind)
-{
-    return allTags[static_cast<std::size_t>(kind)];
-}
-
-/// What a daemon sends.
-enum class replyKind { event, answer, claimed };
-
-struct replyTags {
-    replyKind kind;
-    std::string_view opening;
-    std::string_view closing;
-};
-
-inline constexpr replyTags allReplies[] = {
+inline constexpr tagPair<replyKind> allReplies[] = {
     {replyKind::event, "<event>", "</event>"},
     {replyKind::answer, "<answer>", "</answer>"},
     {replyKind::claimed, "<claimed>", "</claimed>"},
 };
+
+constexpr const messageTags &tagsOf(messageKind kind)
+{
+    return allTags[static_cast<std::size_t>(kind)];
+}
+constexpr const tagPair<replyKind> &tagsOf(replyKind kind)
+{
+    return allReplies[static_cast<std::size_t>(kind)];
+}
+
+/// `payload`, which must not hold the closing tag, in the tags of its kind.
+template <typename Kind> std::string message(Kind kind, std::string_view payload = {})
+{
+    const auto &[same, opening, closing] = tagsOf(kind);
+    std::string made;
+    made.reserve(opening.size() + payload.size() + closing.size());
+    return made.append(opening).append(payload).append(closing);
+}
 
 /// Bytes of one message, from its opening tag up to its closing one, that a local channel takes.
 inline constexpr std::size_t longestMessage = std::size_t{16} * 1024 * 1024;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -14,6 +15,8 @@ namespace wire
 inline constexpr int slotCount = 10;
 /// As a bar's percent: the bar is given up.
 inline constexpr int givenUpPercent = -1;
+/// Of work that a run has to do.
+inline constexpr std::int64_t largestAmount = std::int64_t{1} << 53;
 /// Stands between the fields of a box.
 inline constexpr std::string_view fieldSeparator = "[#]";
 

@@ -2,6 +2,7 @@
 
 import os
 import re
+import socket
 import subprocess
 import sys
 import time
@@ -57,6 +58,12 @@ class Library(ClientCase):
         fake.serve_aside()
         time.sleep(0.2)
         self.assertEqual(probe.communicate(b"\n"), (b"done\n", b""))
+
+    def test_full_queue(self):
+        self.fake(silent=True).socket.listen(0)
+        with socket.socket(socket.AF_UNIX) as ahead:
+            ahead.connect(self.path)
+            self.check_probe("queue")
 
     def test_halves(self):
         self.fake(silent=True)

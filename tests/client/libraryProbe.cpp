@@ -10,11 +10,13 @@
 
 #include <atomic>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <map>
 #include <poll.h>
 #include <set>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -254,6 +256,17 @@ void goOn(const char *name)
     }
 }
 
+/// In front of a daemon that takes nobody in, under a timer's signals.
+void queue(const char *name)
+{
+    struct sigaction ticked = {};
+    ticked.sa_handler = [](int) {};
+    ::sigaction(SIGALRM, &ticked, nullptr);
+    const itimerval often{{0, 20'000}, {0, 20'000}};
+    ::setitimer(ITIMER_REAL, &often, nullptr);
+    expectError(reason::timedOut, "somebody takes it in", [name] { client(name, 200ms); });
+}
+
 void tellReason(const char *name)
 {
     try {
@@ -264,8 +277,9 @@ void tellReason(const char *name)
 }
 
 const std::map<std::string, void (*)(const char *)> deeds{
-    {"useAll", useAll},     {"carry", carry}, {"wait", wait}, {"breakOff", breakOff},
-    {"separate", separate}, {"race", race},   {"goOn", goOn}, {"tellReason", tellReason},
+    {"useAll", useAll},     {"carry", carry},           {"wait", wait},
+    {"breakOff", breakOff}, {"separate", separate},     {"race", race},
+    {"goOn", goOn},         {"tellReason", tellReason}, {"queue", queue},
 };
 
 } // namespace

@@ -202,6 +202,10 @@ class LocalChannel(Case):
         for _ in range(20000):
             listener.until("isActivated")
         client.send("<exit/>")
+        until(lambda: not os.path.exists(self.path(daemon)), "the end")
+        for _ in range(5):  # to ask again cuts nothing off
+            daemon.process.terminate()
+            time.sleep(0.02)
         self.assertEqual((half.rest().count(b"isActivated"), daemon.status()), (20000, 0))
 
     def test_knows_clients_that_overlap(self):
@@ -393,6 +397,11 @@ class LocalChannel(Case):
         second = self.daemon(private=True, wait=False, identifier=daemon.identifier)
         self.assertEqual(second.status(), 2)
         self.assertRegex(second.stderr(), rf"process {daemon.pid} .*{daemon.identifier}.sock.* gone")
+        os.mkdir(f"{self.folder()}/{daemon.identifier}-hindered.lock")
+        third = self.daemon(private=True, wait=False, identifier=daemon.identifier + "-hindered")
+        self.assertEqual(third.status(), 2)
+        self.assertRegex(third.stderr(), "lock: Is a directory")
+        os.rmdir(f"{self.folder()}/{daemon.identifier}-hindered.lock")
         self.assertLess(time.monotonic() - started, 1.5 * SLOWNESS)
 
     def test_sweeps_up_behind_the_dead(self):

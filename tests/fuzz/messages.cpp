@@ -1,6 +1,5 @@
 // Bytes into messages and commands, without windows and sockets, beside plain readings of the same rules.
 
-#include "server/limits.h"
 #include "server/messageBuffer.h"
 #include "server/messageStream.h"
 #include "server/progressCommand.h"

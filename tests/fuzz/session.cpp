@@ -68,7 +68,7 @@ private:
         while (const auto received = buffer.next()) {
             // What a local channel does itself.
             if (received->kind == messageKind::claim)
-                m_claimed.push_back(m_handlers.m_claims.claim());
+                m_claimed.push_back(m_handlers.claim());
             else if (received->kind == messageKind::events)
                 m_handlers.m_listeners.addLocal(&m_listener);
             else
@@ -114,7 +114,7 @@ void session::act(char end)
         m_handlers.m_listeners.removeLocal(&m_listener);
         for (const int slot : std::exchange(m_claimed, {})) {
             if (slot >= 0)
-                m_handlers.m_claims.release(slot);
+                m_handlers.release(slot);
         }
     }
     CProgressDialog *dialog = m_handlers.m_active.dialog();

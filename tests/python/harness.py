@@ -365,7 +365,7 @@ class Daemon:
                 self.commands().send("<exit/>")
             return (0,)
         self.process.terminate()
-        return (ORDERLY, 0 if self.private else -signal.SIGTERM)  # the one may just be ending, too
+        return (ORDERLY, 0) if self.private else (-signal.SIGTERM,)  # a private one may just be ending
 
     def end(self):
         """Ends it; fails if it has not ended as it should, or has printed something that nobody looked at."""

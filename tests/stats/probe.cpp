@@ -124,6 +124,13 @@ std::string calm(const arguments &given)
     return listed(shown);
 }
 
+/// What the layouts show after a number of seconds.
+std::string left(const arguments &given)
+{
+    const remainingTime time = statistics.estimate().remaining(number(given, 0));
+    return listed(std::vector{time.seconds, time.calmSeconds});
+}
+
 const std::map<std::string, void (*)(const arguments &)> m_actions = {
     {"record", addRecord},
     {"change", changeRecord},
@@ -152,6 +159,7 @@ const std::map<std::string, std::string (*)(const arguments &)> m_questions = {
     {"shown", [](auto &given) { return remainingText(number(given, 0)).toStdString(); }},
     {"records", [](auto &) { return records(); }},
     {"calm", calm},
+    {"left", left},
     {"found", [](auto &) { return found(); }},
     {"fits", [](auto &) { return listed(statistics.table().fits()); }},
     {"file", [](auto &) { return statistics.file().path(); }},
