@@ -37,7 +37,7 @@ public:
     void finishSlot(int slot);
     /// Has the slot stand with another one, the `leader`, for as long as something stands in it: in a fitted
     /// dialog that shows anything else, their rows and buttons are together, below what was there before, and
-    /// Escape on one of their buttons is a click on the leader's. The leader joins itself first.
+    /// Escape on one of their buttons is a click on the leader's. The leader joins itself, too.
     void joinSlot(int slot, int leader);
     /// Removes the slot's bar or text.
     void removeBar(int slot);

@@ -62,7 +62,8 @@ private:
     void tellRemaining();
     void showEstimate();
     QList<QWidget *> shownRows() const;
-    QList<QWidget *> shownButtons() const;
+    QList<QWidget *> shownButtons(int group) const;
+    int groupBelow(int id) const;
 
     QSize roomOnScreen() const;
     void useFonts(double scale);

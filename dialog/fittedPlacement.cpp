@@ -53,12 +53,26 @@ QRect pushedInto(const QRect &room, QRect place)
     return place;
 }
 
+/// In one line; where they are wider than that, all narrower.
+void placeAtRight(const QList<QWidget *> &buttons, const QRect &place)
+{
+    const int gap = fittedDistances{emLength(*buttons.front())}.buttonGap;
+    const int most = (place.width() + gap) / static_cast<int>(buttons.size()) - gap;
+    int right = place.right() + 1;
+    for (auto each = buttons.rbegin(); each != buttons.rend(); ++each) {
+        const int width = std::min((*each)->sizeHint().width(), std::max(1, most));
+        (*each)->setGeometry(right - width, place.top(), width, place.height());
+        right -= width + gap;
+    }
+}
+
 } // namespace
 
 /// The children that are shown, and their places in a window of this size, which can be made smaller by its
 /// user down to the least one.
 struct fittedLayout::plan {
-    QList<QWidget *> rows;
+    QList<QWidget *> rows; ///< null for one of buttons
+    QList<QList<QWidget *>> rowButtons;
     QList<QWidget *> buttons;
     fittedPlaces places;
     QSize size;
@@ -147,27 +161,40 @@ void fittedLayout::useFonts(double scale)
 QList<QWidget *> fittedLayout::shownRows() const
 {
     QList<QWidget *> rows;
-    for (int i = 0; i < m_content.maxBars; ++i) {
+    for (const int i : m_content.order()) {
         if (m_content.labelVisible[i])
             rows << &label(i);
         else if (m_content.barVisible[i])
             rows << &bar(i);
+        if (groupBelow(i) >= 0)
+            rows << nullptr;
     }
     if (showsTotalRow())
         rows << m_content.m_totalBar;
     return rows;
 }
 
-QList<QWidget *> fittedLayout::shownButtons() const
+/// Of slots that stand together; with -1, those at the bottom of the window.
+QList<QWidget *> fittedLayout::shownButtons(int group) const
 {
     QList<QWidget *> buttons;
-    if (!m_content.m_hideButton->isHidden())
+    if (group < 0 && !m_content.m_hideButton->isHidden())
         buttons << m_content.m_hideButton;
     for (int i = 0; i < m_content.maxButtons; ++i) {
-        if (m_content.buttonVisible[i])
+        if (m_content.buttonVisible[i] && m_content.groupOf(i) == group)
             buttons << m_content.buttons[i];
     }
     return buttons;
+}
+
+/// The slots that stand together, if this is the last of them and they have a row of buttons; else -1.
+int fittedLayout::groupBelow(int id) const
+{
+    const auto order = m_content.order();
+    const auto next = std::find(order.begin(), order.end(), id) + 1;
+    const int group = m_content.groupOf(id);
+    const bool isLast = next == order.end() || m_content.groupOf(*next) != group;
+    return isLast && !shownButtons(group).isEmpty() ? group : -1;
 }
 
 int fittedLayout::windowWidth(int natural, int grown, const QSize &room) const
@@ -199,13 +226,17 @@ fittedLayout::plan fittedLayout::plannedAt(double scale, const QSize &room, bool
 {
     useFonts(scale);
     const fittedDistances distances{emLength(*m_content.m_totalLabel)};
-    plan result{shownRows(), shownButtons(), {}, {}, {}};
+    plan result{shownRows(), {}, shownButtons(-1), {}, {}, {}};
+    for (const int i : m_content.order()) {
+        if (const int group = groupBelow(i); group >= 0)
+            result.rowButtons << shownButtons(group);
+    }
     fittedNeeds needs;
     if (m_picture)
         needs.picture = (m_picture->pixmap().deviceIndependentSize() * scale).toSize();
     int widest = 0;
     for (const QWidget *row : result.rows)
-        widest = std::max(widest, row->sizeHint().width());
+        widest = std::max(widest, row ? row->sizeHint().width() : 0);
     for (const QWidget *button : result.buttons)
         needs.buttons.push_back(button->sizeHint());
     const int natural = naturalWidth(needs, widest, distances);
@@ -226,7 +257,7 @@ std::vector<fittedNeeds::row> fittedLayout::rowsAt(int width)
 {
     std::vector<fittedNeeds::row> rows;
     bool isBelowText = false;
-    for (int i = 0; i < m_content.maxBars; ++i) {
+    for (const int i : m_content.order()) {
         double &grown = m_grownLines[i];
         if (!m_content.labelVisible[i])
             grown = 0;
@@ -240,9 +271,16 @@ std::vector<fittedNeeds::row> fittedLayout::rowsAt(int width)
             if (isBelowText)
                 rows.back().captionsNextRow = label(i).text().isEmpty();
             rows.push_back({height, height, false});
-        } else
+        }
+        if (m_content.labelVisible[i] || m_content.barVisible[i])
+            isBelowText = m_content.labelVisible[i];
+        if (groupBelow(i) < 0)
             continue;
-        isBelowText = m_content.labelVisible[i];
+        const int height = m_content.m_hideButton->sizeHint().height();
+        if (!rows.empty())
+            rows.back().captionsNextRow = true;
+        rows.push_back({height, height, false});
+        isBelowText = false;
     }
     if (showsTotalRow())
         rows.push_back({totalBar().sizeHint().height(), totalBar().sizeHint().height(), false});
@@ -251,9 +289,12 @@ std::vector<fittedNeeds::row> fittedLayout::rowsAt(int width)
 
 void fittedLayout::carryOut(const plan &wanted)
 {
+    qsizetype buttonRow = 0;
     for (qsizetype i = 0; i < wanted.rows.size(); ++i) {
         const QRect &place = wanted.places.rows[static_cast<std::size_t>(i)];
-        if (auto *text = dynamic_cast<fittedLabel *>(wanted.rows[i]))
+        if (!wanted.rows[i])
+            placeAtRight(wanted.rowButtons[buttonRow++], place);
+        else if (auto *text = dynamic_cast<fittedLabel *>(wanted.rows[i]))
             text->takePlace(place);
         else
             wanted.rows[i]->setGeometry(place);

@@ -92,10 +92,10 @@ void addBusy(commandLineSetup &setup)
     auto given = std::make_shared<slotArguments>();
     auto *verb = addVerb(setup, "busy", "Shows or hides the busy window", given,
                          [](progressClient &client, const slotArguments &all) {
-                             if (all.text == "on")
-                                 client.busyOn();
-                             else
-                                 client.busyOff();
+                             if (all.text != "on")
+                                 return client.busyOff();
+                             client.configure({{"busyPlace", "centre"}});
+                             client.busyOn();
                          });
     verb->add_option("STATE", given->text, "on or off")->required()->check(oneOf({"on", "off"}));
 }

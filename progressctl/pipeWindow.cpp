@@ -135,6 +135,8 @@ settingEntries pipeWindow::ownSettings() const
         settings.emplace_back("windowIcon", m_options.icon);
     if (!m_options.image.empty())
         settings.emplace_back("windowImage", m_options.image);
+    if (m_options.hasMarkup)
+        settings.emplace_back("windowMarkup", "on");
     if (m_options.notifies)
         settings.emplace_back("notifyEnd", "10");
     return settings;
@@ -179,7 +181,6 @@ void pipeWindow::showContent(const pipeContent &start)
 /// That of the first bar and Cancel leads.
 void pipeWindow::joinSlots()
 {
-    m_untold.joinSlot(m_slots[1], m_slots[1]);
     for (const int slot : m_slots)
         m_untold.joinSlot(slot, m_slots[1]);
 }

@@ -94,6 +94,11 @@ public:
 
     /// For poll(2): POLLIN: call `handleEvents()`; POLLOUT: `show()` will not wait.
     int fd() const { return m_client->fd(); }
+    /// Whether markup in the text is drawn.
+    bool drawsMarkup() const
+    {
+        return m_ownDaemon && m_options.hasMarkup && m_options.look.layout == "fitted";
+    }
     /// By the daemon's estimate; -1 while it has none.
     int remainingSeconds() const { return m_remaining; }
 

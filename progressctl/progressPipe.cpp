@@ -346,7 +346,8 @@ pipeContent progressPipe::wanted() const
 std::string progressPipe::wantedText() const
 {
     std::string text = withoutEscapes(m_reading.text().value_or(m_options.text));
-    if (m_options.hasMarkup)
+    const bool isDrawn = m_window && !m_terminal && m_window->drawsMarkup();
+    if (m_options.hasMarkup && !isDrawn)
         text = withoutMarkup(text);
     // The daemon shows its estimate itself.
     if (!m_options.showsRemaining || m_waitsForOk || !m_window || m_window->remainingSeconds() >= 0)

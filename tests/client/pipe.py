@@ -93,7 +93,7 @@ class Lines(ClientCase):
         self.assertEqual(self.ctl("pipe --caption 'a;b' --extra-button Pause -- printf '100\\n#x\\n'").status, 0)
         self.assertEqual(
             fake.messages(), "".join(f"<progress>{each}</progress>" for each in (
-                "create:1;a;b", "join:1;1", "join:0;1", "join:2;1", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:1;100", "addText:0;x", "join:0;1",
+                "create:1;a;b", "join:0;1", "join:1;1", "join:2;1", "addButt:2;Pause", "addButt:1;Cancel", "activate", "update:1;100", "addText:0;x", "join:0;1",
                 "delText:0", "delButt:0", "delButt:1", "delButt:2", "remove:1")))
         self.assertEqual(self.ctl("pipe --title T --slot 9 -- printf '#x\\n'").status, 0)
         messages = fake.messages()
@@ -347,7 +347,7 @@ class Terminal(ClientCase):
                 self.assertEqual((result.status, result.output), (status, ""))
                 if lines:
                     self.assertEqual([line.strip() for line in result.errors.splitlines()], lines)
-        self.assertRegex(self.ctl("-i $TITLE records").output.splitlines()[1], r" [12] +1 +\d+ ")
+        self.assertRegex(self.ctl("-i $TITLE records").output.splitlines()[1], r" [12] +[12] +\d+ ")
 
     def test_has_one_line(self):
         for variables, says in (({}, False), ({"VTE_VERSION": "7800"}, False), ({"VTE_VERSION": "7900"}, True), ({"WT_SESSION": "x"}, True),

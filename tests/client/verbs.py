@@ -66,7 +66,7 @@ class Verbs(ClientCase):
                 ("activate", "<progress>activate</progress>"),
                 ("amount 9007199254740992", "<progress>amount:9007199254740992</progress>"),
                 ("resume", "<progress>messageStop</progress>"),
-                ("busy on", "<progress>busyOn</progress>"),
+                ("busy on", "<configuration>busyPlace=centre;</configuration><progress>busyOn</progress>"),
                 ("configure windowTitle=a=b windowModal=on 'windowStyle=#fff|Dark Blue|'",
                  "<configuration>windowTitle=a=b;windowModal=on;windowStyle=#fff|Dark Blue|;</configuration>"),
                 ("configure --file dark", "<configuration>windowTheme=dark;</configuration>"),
