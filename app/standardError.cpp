@@ -72,8 +72,12 @@ bool isWorthARecord()
 void complainAbout(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     complain(text.toLocal8Bit().toStdString());
-    if (type == QtFatalMsg)
-        std::_Exit(statusOfFailure);
+    if (type != QtFatalMsg)
+        return;
+    // All that the toolkit cannot do without. It names its plugins; the last line names the cause.
+    complain("no display can be used: DISPLAY is \"" + qgetenv("DISPLAY").toStdString() +
+             "\", WAYLAND_DISPLAY \"" + qgetenv("WAYLAND_DISPLAY").toStdString() + "\"");
+    std::_Exit(statusOfFailure);
 }
 
 /// A font's description or an image of a client's that cannot be used has no effect, and is no news.
