@@ -74,9 +74,9 @@ void sessionBus::notify(const QString &title, const QString &text, bool isUrgent
     constexpr int normal = 1;
     constexpr int critical = 2;
     if (isReady())
-        sd_bus_call_method_async(
-            m_bus.get(), nullptr, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
-            "org.freedesktop.Notifications", "Notify", nullptr, nullptr, "susssasa{sv}i", "progressd", 0U,
-            "progressd", title.toUtf8().constData(), text.toUtf8().constData(), 0, 2, "desktop-entry", "s",
-            "progressd", "urgency", "y", isUrgent ? critical : normal, -1);
+        sd_bus_call_method_async(m_bus.get(), nullptr, "org.freedesktop.Notifications",
+                                 "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Notify",
+                                 nullptr, nullptr, "susssasa{sv}i", "progressd", 0U, "progressd",
+                                 title.toUtf8().constData(), text.toUtf8().constData(), 0, 2, "desktop-entry",
+                                 "s", "progressd", "urgency", "y", isUrgent ? critical : normal, -1);
 }

@@ -13,8 +13,8 @@ class sessionBus
 public:
     static sessionBus &instance();
 
-    /// To be called before the toolkit comes up. A bus that does not answer soon is none, for the toolkit, too,
-    /// which would wait half a minute for it.
+    /// To be called before the toolkit comes up. A bus that does not answer soon is none, for the toolkit,
+    /// too, which would wait half a minute for it.
     void open();
 
     /// What launchers and taskbars show of the program: its progress, 0 to 100, or below 0 none, and whether

@@ -6,8 +6,8 @@
 
 class QWidget;
 
-/// What the taskbar shows of a run, told five times a second at most: on the session bus, and on X11 beside the
-/// window as well. The last state is always told, at the latest when this goes.
+/// What the taskbar shows of a run, told five times a second at most: on the session bus, and on X11 beside
+/// the window as well. The last state is always told, at the latest when this goes.
 class taskbarEntry : public QObject
 {
 public:

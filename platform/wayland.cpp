@@ -18,6 +18,7 @@ void keepInFront(QWidget *child, const QWidget *parent)
     const bool wasVisible = child->isVisible();
     child->hide();
     child->winId();
-    child->windowHandle()->setTransientParent(parent && parent->isVisible() ? parent->windowHandle() : nullptr);
+    child->windowHandle()->setTransientParent(parent && parent->isVisible() ? parent->windowHandle()
+                                                                            : nullptr);
     child->setVisible(wasVisible);
 }

@@ -35,11 +35,10 @@ xcb_atom_t atom(xcb_connection_t *display, std::string_view name)
 std::vector<uint32_t> listed(xcb_connection_t *display, xcb_window_t window, std::string_view property)
 {
     constexpr uint32_t most = 4096;
-    const replyPointer<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(display,
-                               xcb_get_property(display, 0, window, atom(display, property),
-                                                XCB_GET_PROPERTY_TYPE_ANY, 0, most),
-                               nullptr));
+    const replyPointer<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        display,
+        xcb_get_property(display, 0, window, atom(display, property), XCB_GET_PROPERTY_TYPE_ANY, 0, most),
+        nullptr));
     if (!reply || reply->format != 32)
         return {};
     const auto *values = static_cast<const uint32_t *>(xcb_get_property_value(reply.get()));
