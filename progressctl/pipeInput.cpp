@@ -58,12 +58,12 @@ bool takePrefix(std::string_view &text, std::string_view prefix)
     return isThere;
 }
 
-/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11
-/// and "12/40" as 1240, and their scripts end at what these take for 100.
+/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11,
+/// and their scripts end at what these take for 100. But of "12/40" and "12 of 40" the 12 alone counts.
 int joinedDigits(std::string_view text)
 {
     int number = 0;
-    for (const char each : text.substr(0, text.find_first_of(".,"))) {
+    for (const char each : text.substr(0, std::min(text.find_first_of(".,/"), text.find(" of ")))) {
         if (isDigit(each))
             number = std::min(number * 10 + (each - '0'), mostWhole);
     }

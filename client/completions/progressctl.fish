@@ -37,7 +37,7 @@ complete -c progressctl -n '__progressctl_verb ask assert pipe' -l timeout -x
 complete -c progressctl -n '__progressctl_verb configure records' -l file -r
 complete -c progressctl -n '__progressctl_verb configure' -a 'windowFonts= busyIndicator= paintOffset= screenGeometry=
     windowTitle= windowPixmap= windowIcon= windowStyle= windowControls= windowModal=on windowModal=off windowLayout=grid
-    windowLayout=fitted windowTheme=light windowTheme=dark windowTheme=auto windowText= windowWidth= windowImage= windowMarkup=on busyPlace=centre estimate=exact
+    windowLayout=fitted windowTheme=light windowTheme=dark windowTheme=auto windowText= windowWidth= windowImage= windowMarkup=on busyPlace=centre notifyEnd= estimate=exact
     estimate=adaptive'
 complete -c progressctl -n '__progressctl_verb start' -l ports -x
 complete -c progressctl -n '__progressctl_verb start' -l idle -x

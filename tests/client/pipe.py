@@ -41,16 +41,16 @@ class Lines(ClientCase):
                 ("99.9\\n", (99, None, False), ""),
                 ("7.5 %%\\r\\n", (7, None, False), ""),
                 ("5\\n 20\\n #x\\n+30\\n", (5, None, False), "20"),
-                ("5\\n12/24\\n", (100, None, False), "12/24"),
+                ("5\\n12/24\\n", (12, None, False), ""),
                 ("1e1\\n", (11, None, False), ""),
                 ("0x20\\n", (20, None, False), ""),
-                ("12 of 4.5/7\\n", (100, None, False), "12 of 4"),
+                ("12 of 4.5/7\\n", (12, None, False), ""),
                 ("5\\n6\\0\\0", (6, None, False), ""),
                 ("                  12.3%%\\r", (12, None, False), ""),
                 ("5\\n64 bytes\\n", (64, None, False), ""),
                 ("    1,048,576  45%%    1.00MB/s    0:00:01\\r", (45, None, False), ""),
                 ("  1.05M 100%%  9.9MB/s\\r", (100, None, False), ""),
-                ("10 of 20, 80%%\\n", (100, None, False), "10 of"),
+                ("10 of 20, 80%%\\n", (10, None, False), ""),
                 ("####              12.3%%\\r", (12, None, False), ""),
                 ("#  7.5%%\\n", (7, None, False), ""),
                 ("dlstatus:1:20.9:Retrieving x\\npmstatus:libc6:amd64:40.5:Unpacking: y\\n", (40, "Unpacking: y", False), ""),
@@ -357,7 +357,7 @@ class Terminal(ClientCase):
                 shown = self.in_terminal(self.JOB)
                 for name in variables:
                     del self.environment[name]
-                self.assertRegex(shown, r"^\r\[#\.{19}\] 5% a 1 of 3\x1b\[K(.|\n)*\r\[#{20}\] 100% a 1 of 3\x1b\[K(.|\n)*\n$")
+                self.assertRegex(shown, r"^\r\[#\.{19}\] 5% ([^\r]* )?a 1 of 3\x1b\[K(.|\n)*\r\[#{20}\] 100% ([^\r]* )?a 1 of 3\x1b\[K(.|\n)*\n$")
                 self.assertEqual(("\x1b]9;4;1;50\x1b\\" in shown, shown.endswith("\x1b]9;4;0;0\x1b\\\r\n")), (says, says), shown)
 
     def in_terminal(self, script):

@@ -189,12 +189,11 @@ class Boxes(Case):
         asker.send(box("Copy", *TEN))
         self.assertGreater(large.focused("Copy").width, 850)
 
-
     def test_leave_a_fitted_dialog_to_be_seen(self):
         daemon, events, commands = self.session("windowLayout=fitted", "windowTheme=light")
         commands.progress("create:0;x")
         events.until("isShown")
-        dialog = self.screen.focused()
+        dialog = self.screen.window()
         heavy = []
         for text in ("mmmm\nmmmm", "mmmm"):
             commands.send(box("Copy", OK, text=text))
