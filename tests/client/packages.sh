@@ -29,7 +29,7 @@ unpack_packages() {
         dpkg-deb -x "$package" "$work/root"
     done
     depends=$(dpkg-deb -f "$folder"/progressd_*.deb Depends)
-    for package in libqt6widgets6 libxcb-randr0; do
+    for package in libqt6widgets6 libxcb-xkb1; do
         [[ $depends == *$package* ]] || fail "the package does not depend on $package: $depends"
     done
     [[ -z $(find "$work/root" ! -type l ! -perm -a=r) ]] || fail 'not all can be read by all'

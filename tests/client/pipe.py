@@ -264,7 +264,7 @@ class Ends(ClientCase):
     def test_are_cancelled_one_by_one(self):
         """In a window that they share, Escape means the one that has the keyboard."""
         self.start_shared()
-        job = "(echo 30; exec sleep 99) | progressctl pipe --title {}; echo $?"
+        job = "progressctl pipe --title {} < <(echo 30; exec sleep 99); echo $?"
         pipes = []
         for name in "abc":
             pipes.append(self.begin(job.format(name)))
