@@ -194,7 +194,7 @@ class Boxes(Case):
         daemon, events, commands = self.session("windowLayout=fitted", "windowTheme=light")
         commands.progress("create:0;x")
         events.until("isShown")
-        dialog = self.screen.focused()
+        dialog = self.screen.window()
         heavy = []
         for text in ("mmmm\nmmmm", "mmmm"):
             commands.send(box("Copy", OK, text=text))
