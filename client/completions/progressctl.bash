@@ -33,7 +33,7 @@ _progressctl() {
     busy) words='on off' ;;
     configure)
         words='windowFonts= busyIndicator= paintOffset= screenGeometry= windowTitle= windowPixmap= windowIcon= windowStyle=
-            windowControls= windowModal= windowLayout= windowTheme= windowText= windowWidth= windowImage= windowMarkup= busyPlace= estimate='
+            windowControls= windowModal= windowLayout= windowTheme= windowText= windowWidth= windowImage= windowMarkup= busyPlace= estimate= notifyEnd='
         options+=' --file' ;;
     ask) words=$buttons options+=' --title --icon --default --timeout' ;;
     assert) options+=' --timeout' ;;

@@ -38,7 +38,7 @@ complete -c progressctl -n '__progressctl_verb configure records' -l file -r
 complete -c progressctl -n '__progressctl_verb configure' -a 'windowFonts= busyIndicator= paintOffset= screenGeometry=
     windowTitle= windowPixmap= windowIcon= windowStyle= windowControls= windowModal=on windowModal=off windowLayout=grid
     windowLayout=fitted windowTheme=light windowTheme=dark windowTheme=auto windowText= windowWidth= windowImage= windowMarkup=on busyPlace=centre estimate=exact
-    estimate=adaptive'
+    estimate=adaptive notifyEnd='
 complete -c progressctl -n '__progressctl_verb start' -l ports -x
 complete -c progressctl -n '__progressctl_verb start' -l idle -x
 complete -c progressctl -n '__progressctl_verb start pipe' -l layout -xa 'fitted grid'
