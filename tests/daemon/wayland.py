@@ -66,7 +66,11 @@ class Compositor:
         return dict(below(json.loads(self.run("swaymsg", "-r", "-t", "get_tree"))))
 
     def focused(self, title="Job"):
-        return until(lambda: self.windows().get(title, {}).get("focused") and self.windows()[title], f"focus on {title}")
+        def window():
+            found = self.windows().get(title)
+            return found and found["focused"] and found
+
+        return until(window, f"the focus on {title}")
 
     def gone(self, title="Job"):
         until(lambda: title not in self.windows(), f"the end of {title}")
