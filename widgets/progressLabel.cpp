@@ -3,6 +3,7 @@
 #include "widgets/appearance.h"
 #include "widgets/markup.h"
 
+#include <QCoreApplication>
 #include <QPainter>
 #include <QScrollBar>
 #include <QtMath>
