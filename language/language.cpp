@@ -89,9 +89,13 @@ locale_t findLocale()
     const locale_t made = localeFor(name, languages);
     if (made == noLocale)
         return noLocale;
-    const inLanguage now(made);
-    const bool hasCatalogue = *::dgettext(domain, "") != '\0';
-    return hasCatalogue ? made : noLocale;
+    {
+        const inLanguage now(made);
+        if (*::dgettext(domain, "") != '\0')
+            return made;
+    }
+    ::freelocale(made);
+    return noLocale;
 }
 
 locale_t userLocale()
