@@ -27,8 +27,12 @@ failures = []
 
 class Probe:
     def __init__(self, user=None):
+        environment = dict(os.environ)
+        if user:  # who may not reach the folder of the sanitizers' reports
+            for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS"):
+                environment[name] = environment.get(name, "") + ":log_path=stderr"
         self.process = subprocess.Popen([sys.argv[1]], stdin=subprocess.PIPE, stdout=subprocess.PIPE, user=user,
-                                        group=user, encoding="utf-8", errors="surrogateescape")
+                                        group=user, env=environment, encoding="utf-8", errors="surrogateescape")
 
     def tell(self, *steps):
         self.process.stdin.write(";".join(steps) + "\n")
