@@ -12,7 +12,7 @@
 // MyApplication    the application object (app/MyApplication.h), with endSignals, the signals that end a
 //                  private daemon in order
 // x11Input         keys and presses before the toolkit sees them (platform/x11Input.h)
-// toolkitWords     the toolkit's words in the user's language (language/)
+// toolkitWords     the toolkit's words in the user's language (app/toolkitWords.h, language/)
 // stats/           the runs that were learned, and the estimate that the dialog asks for
 // dump             the diagnostic log, written by all (log/dump.h)
 
