@@ -74,7 +74,10 @@ int leastUsedRecord(const runTable &table)
 
 void logPlace(const char *what, int index, const runTable &table)
 {
-    dump(what, index, table.count(), table.fits().data());
+    // There is a list, even while nothing stands in it.
+    constexpr int nothing = 0;
+    const std::vector<int> fits = table.fits();
+    dump(what, index, table.count(), fits.empty() ? &nothing : fits.data());
 }
 
 } // namespace

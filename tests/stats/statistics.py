@@ -220,6 +220,7 @@ def check_own_files(probe):
 
 def check_log(probe):
     clear()
+    probe.ask("load first", "pool 0", "run 5")
     probe.ask("load id", "record 95 2 3.1000.2000.3000", "record 120 1 4.1004.2004.3024", "pool 0.1000.2000",
               "tick 2 0 77", "pool 3145", "tick 3 0 77", "run 47", "save id")
     check("log", [line.split(": ", 1)[1] for line in LOG.read_text().splitlines() if line], lines("log.txt"))
