@@ -17,7 +17,7 @@ from .words import words_of
 W = TypeVar("W", bound=Widget)
 
 TICK = 0.04  # seconds between two looks at what shall be shown
-_GIVE_UP = "messageStart"  # a run across which it comes is not learned
+_GIVE_UP = "messageStart"  # a run across which it comes is not learned; it hides the window, too
 _READS_A_TICK = 16  # of 64 KiB, so that a daemon that floods us does not keep us
 
 
@@ -127,14 +127,13 @@ class Courier(threading.Thread):
 
     def _say_goodbye(self, channel: Channel, until: float) -> None:
         """When the channel of a run that failed closes, its unfinished bars go with their slots, and the run is not
-        learned. A daemon of one's own is told so beforehand, since all its bars may be full."""
-        commands = []
-        if not self._is_failed:
-            shown = [widget for widget in self.widgets if widget._has_slot()]
+        learned. Full ones are finished no more."""
+        shown = [widget for widget in self.widgets if widget._has_slot()]
+        if self._is_failed:
+            commands = [f"update:{bar._slot};0" for bar in shown if isinstance(bar, Bar)]
+        else:
             commands = [command for widget in shown for command in widget._news()]
             commands += [widget._farewell() for widget in shown]
-        elif self._daemon.is_private:
-            commands = [_GIVE_UP]
         self._tell(channel, commands)
         channel.finish(until - time.monotonic())
 
@@ -161,7 +160,7 @@ class Courier(threading.Thread):
             self._tell(channel, widget._news())
             is_last = not any(other._is_wanted and other._has_slot() for other in list(self.widgets))
             if widget._is_failed and is_last and self._daemon.is_private:
-                self._tell(channel, [_GIVE_UP])  # it hides the window, too
+                self._tell(channel, [_GIVE_UP])
             self._tell(channel, [widget._farewell()])
             slots.give_back(widget)
         self.widgets.remove(widget)

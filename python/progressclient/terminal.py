@@ -38,6 +38,7 @@ class Line:
         self._is_redrawn = _is_terminal(sys.stderr)
         self._tells_terminal = self._is_redrawn and takes_progress(os.environ)
         self._due = 0.0
+        self._time = CalmTime()
         self._shown = ""
         self._told: tuple[str, Optional[int]] = ("", None)
         with _writing:
@@ -46,9 +47,8 @@ class Line:
     def show(self, label: str, count: str, percent: Optional[int], seconds: int) -> None:
         """percent: None while unknown. seconds: what remains; -1 while unknown."""
         label, count = _CONTROL.sub(" ", label), _CONTROL.sub(" ", count)
-        left = f"{percent} %" if percent is not None else ""
-        if left and seconds >= 0:
-            left += f", {remaining(seconds)}"
+        time_left = self._time.text(seconds, time.monotonic())
+        left = ", ".join(filter(None, (f"{percent} %", time_left))) if percent is not None else ""
         if self._is_redrawn:
             self._redraw(label, count, percent, left)
         elif self._is_worth_telling(label, percent):
@@ -124,14 +124,41 @@ def progress_sequence(state: int, percent: int) -> str:
     return f"\x1b]9;4;{state};{percent}\x1b\\"
 
 
+class CalmTime:
+    """What remains, for eyes that rest on it, as the daemon's windows show it: seconds below a minute, tens of them
+    below ten minutes, then minutes. It changes no more often than such a unit, and grows only by two of them at least."""
+
+    def __init__(self) -> None:
+        self._shown = -1
+        self._since = self._fell = 0.0
+
+    def text(self, seconds: int, now: float) -> str:
+        """Empty while nothing is known (-1), and for what has stood for longer than it says."""
+        unit = _calm_unit(seconds)
+        rounded = (seconds + unit // 2) // unit * unit
+        is_known = self._shown >= 0 and seconds >= 0
+        is_soon = now - self._since < min(unit, _calm_unit(self._shown)) - 0.5  # no daemon ticks like a clock
+        if not is_known or not (is_soon or self._shown <= rounded < self._shown + 2 * _calm_unit(rounded)):
+            if not is_known or rounded < self._shown:
+                self._fell = now
+            self._shown, self._since = rounded, now
+        return "" if now - self._fell > self._shown + 1 else remaining(self._shown)
+
+
 def remaining(seconds: int) -> str:
-    """No finer than it is known: from a minute on in steps of 10 s, from ten on of a minute."""
+    """Of a calm time."""
+    if seconds < 0:
+        return ""
     if seconds < 60:
         return f"{seconds} s left"
     if seconds < 600:
-        return f"{seconds // 60} min {seconds % 60 // 10 * 10} s left"
+        return f"{seconds // 60} min {seconds % 60} s left"
     hours, minutes = divmod(seconds // 60, 60)
     return (f"{hours} h " if hours else "") + f"{minutes} min left"
+
+
+def _calm_unit(seconds: int) -> int:
+    return 1 if seconds < 60 else 10 if seconds < 600 else 60
 
 
 def forget_lines() -> None:

@@ -346,8 +346,17 @@ with Progress("Line", learn="", program=sys.argv[1]) as window:
             self.assertEqual(terminal.takes_progress(environment), expected, environment)
 
     def test_remaining(self):
-        for seconds, text in ((0, "0 s"), (59, "59 s"), (79, "1 min 10 s"), (659, "10 min"), (7300, "2 h 1 min")):
-            self.assertEqual(terminal.remaining(seconds), f"{text} left")
+        for seconds, text in ((-1, ""), (0, "0 s left"), (70, "1 min 10 s left"), (600, "10 min left"), (7260, "2 h 1 min left")):
+            self.assertEqual(terminal.remaining(seconds), text)
+        for expected, seconds in (
+            ([60, 60, 60, 59, 58, 58, 58, 57], [62, 61, 60, 59, 58, 59, 58, 57]),
+            ([130] * 10 + [120, 120], range(128, 116, -1)),
+            ([3, 5, 4, -1, 2, 2, -1, 2], [3, 5, 4, -1, 2, 3, -1, 2]),
+            ([1, 1, 1, -1, -1, 0], [1, 1, 2, 1, 1, 0]),  # one that stands says nothing
+        ):
+            calm = terminal.CalmTime()
+            shown = [calm.text(left, now) for now, left in enumerate(seconds)]
+            self.assertEqual(shown, [terminal.remaining(each) for each in expected])
 
 
 class Window(unittest.TestCase):
