@@ -303,11 +303,17 @@ void pipeWindow::close(bool isWorthLearning)
         m_ownDaemon->waitForEnd(deadline(m_common.limit()));
 }
 
-/// A daemon forgets a run in which a client has hung up on unfinished bars in its claimed slots.
+/// A daemon forgets a run in which a client has hung up on unfinished bars in its claimed slots. Full ones
+/// are finished no more.
 void pipeWindow::takeAway(bool isWorthLearning)
 {
-    if (!m_ownDaemon && !isWorthLearning && m_options.slot < 0)
+    if (!m_ownDaemon && !isWorthLearning && m_options.slot < 0) {
+        for (std::size_t i = 0; i < m_shown.bars.size(); ++i) {
+            if (const auto slot = slotOfBar(i))
+                m_untold.updateBar(*slot, 0);
+        }
         return;
+    }
     if (m_ownDaemon && !isWorthLearning)
         m_untold.messageStart();
     if (m_hasText)

@@ -229,8 +229,8 @@ def _warn(text: str) -> None:
     try:
         warnings.warn(text, RuntimeWarning, stacklevel=_callers_level())
     except Exception:  # as an error it would end the program that it only concerns
-        with contextlib.suppress(Exception):
-            print(text, file=sys.stderr)
+        with contextlib.suppress(Exception):  # there may be no standard error
+            sys.stderr.write(f"{text}\n")
 
 
 def _callers_level() -> int:

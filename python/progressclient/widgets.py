@@ -278,12 +278,12 @@ def renew_lock() -> None:
 
 
 def _number(thing: object) -> Optional[float]:
-    """None for what is no finite number."""
+    """None for what is no number, or one with which nothing can be reckoned."""
     try:
         number = float(thing)  # type: ignore[arg-type]
     except Exception:
         return None
-    return number if math.isfinite(number) else None
+    return number if abs(number) < 1e300 else None
 
 
 def _amount(amount: float, unit: str, beside: float = 0) -> str:

@@ -325,6 +325,9 @@ class Ends(ClientCase):
                 if status is not None:
                     self.assertRegex(self.ctl(f"-i '{name}' records").output.splitlines()[1], r" [12] +1 +\d+ +-$")
                     os.unlink(self.learned(name))
+        self.start_shared()
+        self.assertEqual(self.run_script("progressctl pipe -- sh -c 'echo 100; sleep 1.2; exit 3'").status, 3)
+        self.assertIsNone(self.learned(self.name))
 
 
 class Terminal(ClientCase):

@@ -159,7 +159,7 @@ class Strange(list):
         raise RuntimeError
 
 
-STRANGE = (None, math.nan, "x", [], Strange(3), -5, 10**400, "\ud800", "a\0</prog\0ress>", "%p")
+STRANGE = (None, math.nan, 1.7e308, "x", [], Strange(3), -5, 10**400, "\ud800", "a\0</prog\0ress>", "%p")
 
 
 class Told(unittest.TestCase):
@@ -260,7 +260,12 @@ class Told(unittest.TestCase):
                     raise KeyError
             with contextlib.closing(track(range(3), daemon=NAME)) as loop:
                 next(loop)
+            with contextlib.suppress(KeyError), Progress(daemon=NAME) as window:
+                window.bar().update(100)  # it counts as finished when the channel closes
+                wait_for(lambda: "update:0;100" in told())
+                raise KeyError
         self.assertEqual([command for command in told() if command.startswith("remove")], [])
+        self.assertEqual(told()[-1], "update:0;0")
 
     def test_names_that_do_not_exist(self):
         with recorder(), Progress(daemon=NAME) as window:
