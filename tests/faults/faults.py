@@ -108,22 +108,6 @@ class Faults(Case):
         with open("/tmp/victim") as file:
             self.assertEqual(file.read(), "dear")
 
-    def test_disk_is_full(self):
-        mount("-t", "tmpfs", "-o", "size=128k", "tmpfs", "/var/tmp")
-        self.addCleanup(subprocess.run, ["umount", "-l", "/var/tmp"])
-        daemon, channel = self.running()
-        with open("/var/tmp/filler", "wb", buffering=0) as filler:
-            try:
-                while True:
-                    filler.write(bytes(4096))
-            except OSError:
-                pass
-        self.finish_a_run(daemon, channel)
-        self.assert_whole()
-        self.assertEqual(len(os.listdir("/var/tmp")), 2, "a half-written file is left")
-        os.remove("/var/tmp/filler")
-        self.end_in_order(daemon, channel)
-
     def test_folder_vanishes(self):
         daemon, channel = self.running()
         subprocess.run(["umount", "/var/tmp"], check=True)
