@@ -136,10 +136,10 @@ class CalmTime:
         """Empty while nothing is known (-1), and for what has stood for longer than it says."""
         unit = _calm_unit(seconds)
         rounded = (seconds + unit // 2) // unit * unit
-        is_known = self._shown >= 0 and seconds >= 0
         is_soon = now - self._since < min(unit, _calm_unit(self._shown)) - 0.5  # no daemon ticks like a clock
-        if not is_known or not (is_soon or self._shown <= rounded < self._shown + 2 * _calm_unit(rounded)):
-            if not is_known or rounded < self._shown:
+        is_neighbour = self._shown <= rounded < self._shown + 2 * _calm_unit(rounded)
+        if min(seconds, self._shown) < 0 or not (is_soon or is_neighbour):
+            if self._shown < 0 or rounded < self._shown:
                 self._fell = now
             self._shown, self._since = rounded, now
         return "" if now - self._fell > self._shown + 1 else remaining(self._shown)
