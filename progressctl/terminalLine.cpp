@@ -102,11 +102,21 @@ void terminalLine::show(const pipeContent &content, int remainingSeconds)
         const bool pulsates = content.pulsates && &bar == &content.bars[0];
         line += pulsates ? "[...] " : barOf(bar.percent) + ' ' + std::to_string(bar.percent) + "% ";
     }
-    if (remainingSeconds >= 0)
-        line += remainingText(remainingSeconds) + ' ';
+    line += timeLeft(remainingSeconds);
     line = cut(line + captionOf(content), columns() - 1);
     if (line != m_drawn)
         draw(line, content);
+}
+
+/// Nothing for a time that has stood for longer than it says.
+std::string terminalLine::timeLeft(int seconds)
+{
+    using std::chrono::steady_clock;
+    if (seconds < 0)
+        return {};
+    const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(steady_clock::now() - m_start);
+    const int shown = m_calm.shown(seconds, static_cast<int>(elapsed.count()));
+    return m_calm.isOverdue(static_cast<int>(elapsed.count())) ? std::string() : remainingText(shown) + ' ';
 }
 
 void terminalLine::draw(const std::string &line, const pipeContent &content)

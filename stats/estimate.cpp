@@ -23,25 +23,7 @@ void logDistance(const char *what, double distance, const runTable &table)
     dump(what, toInt(distance * 1000), table.count(), table.fits().data());
 }
 
-int calmUnit(int seconds)
-{
-    constexpr int minute = 60;
-    return seconds < minute ? 1 : seconds < 10 * minute ? 10 : minute;
-}
-
 } // namespace
-
-int calmTime::shown(int remaining, int elapsed)
-{
-    const int unit = calmUnit(remaining);
-    const int rounded = toInt((std::int64_t{remaining} + unit / 2) / unit * unit);
-    const bool isSoon = elapsed >= m_since && elapsed - m_since < std::min(unit, calmUnit(m_shown));
-    const bool isNeighbour = rounded >= m_shown && rounded - 2 * calmUnit(rounded) < m_shown;
-    if (m_shown >= 0 && (isSoon || isNeighbour))
-        return m_shown;
-    m_since = elapsed;
-    return m_shown = rounded;
-}
 
 void runEstimate::reset()
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "stats/adaptiveEstimate.h"
+#include "wire/calmTime.h"
 
 #include <QString>
 
@@ -21,20 +22,6 @@ enum class estimateStep {
     vanished,
     /// Show what remains of the estimate's total.
     display,
-};
-
-/// A remaining time for eyes that rest on it: seconds below a minute, tens of seconds below ten minutes,
-/// whole minutes beyond. It changes no more often than such a unit, and grows only by two of them at least,
-/// so that it never goes back and forth between neighbours.
-class calmTime
-{
-public:
-    /// What to show `elapsed` seconds after the run's start, with `remaining` seconds left (0 or more).
-    int shown(int remaining, int elapsed);
-
-private:
-    int m_shown = -1;
-    int m_since = 0;
 };
 
 /// What remains, for the layouts to show.
@@ -80,7 +67,7 @@ private:
     int m_found = -1;
     estimateMode m_mode = estimateMode::exact; ///< of the estimate in force
     bool m_isOverdue = false;
-    calmTime m_calm;
+    wire::calmTime m_calm;
     adaptiveEstimate m_adaptive;
 };
 

@@ -117,7 +117,7 @@ std::string overdue(const arguments &given)
 /// What a calm reader sees of remaining times, each a second after the one before.
 std::string calm(const arguments &given)
 {
-    calmTime time;
+    wire::calmTime time;
     std::vector<int> shown;
     for (std::size_t i = 0; i < given.size(); ++i)
         shown.push_back(time.shown(number(given, i), static_cast<int>(i)));
