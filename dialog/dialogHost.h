@@ -7,6 +7,8 @@ class dialogHost
 public:
     /// The dialog's content went from nothing to something, or back.
     virtual void progressVisibilityChanged(bool isVisible) = 0;
+    /// A run begins, or has ended: all that the dialog shows is finished, or gone.
+    virtual void runChanged(bool isRunning) = 0;
     /// Publishes the total percent and the remaining time in seconds, -1 for unknown.
     virtual void updateTotalPercent(int currentPercent, int remainingSeconds) = 0;
     /// The user pressed the button of a slot, 0 to 9.

@@ -19,8 +19,10 @@ bool CProgressDialog::takeTimingStep(bool inAction)
     }
     const bool isChanged = m_isActive != inAction;
     m_isActive = inAction;
-    if (const bool runs = hasUnfinished(); runs != (m_timerId != -1))
+    if (const bool runs = hasUnfinished(); runs != (m_timerId != -1)) {
         runs ? startRun() : endRun();
+        m_host.runChanged(runs);
+    }
     if (!isChanged)
         return inAction;
     m_host.progressVisibilityChanged(inAction);

@@ -208,11 +208,9 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
             m_splash->hide();
         else if (!m_busyActive)
             showBusyWindow();
-        m_endNotice.begin();
         m_taskbar.setPercent(0);
         bringToFront(false);
     } else {
-        m_endNotice.end(*m_progress);
         m_taskbar.setPercent(-1);
         m_splash->setBusyPercent(-1);
         if (!m_busyActive)
@@ -221,6 +219,14 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
         if (m_busyActive && busyWidget::isCentred())
             showBusyWindow();
     }
+}
+
+void activeDialog::runChanged(bool isRunning)
+{
+    if (isRunning)
+        m_endNotice.begin();
+    else
+        m_endNotice.end(*m_progress);
 }
 
 void activeDialog::updateTotalPercent(int currentPercent, int remainingSeconds)

@@ -59,6 +59,7 @@ public:
     void clear();
 
     void progressVisibilityChanged(bool isVisible) override;
+    void runChanged(bool isRunning) override;
     void updateTotalPercent(int currentPercent, int remainingSeconds) override;
     void clicked(int slot) override;
     void closed() override;

@@ -16,6 +16,7 @@ public:
     void progressVisibilityChanged(bool isVisible) override;
     void updateTotalPercent(int currentPercent, int remainingSeconds) override;
     void clicked(int slot) override;
+    void runChanged(bool) override {}
     void closed() override { m_events << QStringLiteral("closed"); }
     bool isInputBlocked() const override { return false; }
 
