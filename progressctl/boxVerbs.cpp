@@ -12,30 +12,42 @@ namespace
 {
 
 using button = progressClient::button;
-using icon = progressClient::icon;
 
 struct boxArguments {
+    progressClient::question box{{}, {}, {button::yes, button::no}};
     std::optional<std::string> title; ///< none: "Question", in the user's language
-    std::string text;
-    icon picture = icon::question;
-    std::vector<std::string> buttons{"yes", "no"};
-    std::string preset;
-    double timeoutSeconds = 0; ///< 0: as long as it takes
+    double timeoutSeconds = 0;        ///< 0: as long as it takes
 
     progressClient::milliseconds timeout() const
     {
-        return timeoutSeconds > 0
-                   ? progressClient::milliseconds(static_cast<long long>(timeoutSeconds * 1000))
-                   : progressClient::forever;
+        return timeoutSeconds > 0 ? milliseconds(timeoutSeconds) : progressClient::unlimited;
     }
 };
 
-std::string allButtonNames()
+using numberedNames = std::vector<std::pair<std::string_view, unsigned>>;
+
+numberedNames buttonNames()
 {
-    std::string all;
+    numberedNames all;
     for (const wire::button &each : wire::buttons)
-        all.append(all.empty() ? "" : ", ").append(each.name);
+        all.emplace_back(each.name, each.number);
     return all;
+}
+
+numberedNames iconNames()
+{
+    numberedNames all;
+    for (const std::string_view name : wire::icons)
+        all.emplace_back(name, static_cast<unsigned>(all.size()));
+    return all;
+}
+
+std::string listOf(const numberedNames &all)
+{
+    std::string names;
+    for (const auto &[name, number] : all)
+        names.append(names.empty() ? "" : ", ").append(name);
+    return names;
 }
 
 /// Upper and lower case, blanks, "-" and "_" make no difference.
@@ -49,13 +61,18 @@ std::string plain(std::string_view name)
     return made;
 }
 
-button namedButton(const std::string &name)
+/// For an option's value: one of these names, made its number.
+CLI::Validator named(const std::string &kind, const numberedNames &all)
 {
-    for (const wire::button &each : wire::buttons) {
-        if (plain(each.name) == plain(name))
-            return static_cast<button>(each.number);
-    }
-    throw failure(statusUsage, "there is no button \"" + name + "\"; there are " + allButtonNames());
+    const auto replace = [=](std::string &text) {
+        const auto found = std::find_if(all.begin(), all.end(),
+                                        [&](const auto &each) { return plain(each.first) == plain(text); });
+        if (found == all.end())
+            return "there is no " + kind + " \"" + text + "\"; there are " + listOf(all);
+        text = std::to_string(found->second);
+        return std::string();
+    };
+    return {replace, "", kind};
 }
 
 /// A box that was closed without a button says "none", and no.
@@ -69,35 +86,17 @@ int report(button pressed)
     return !isNone && found->accepts ? statusOk : statusRejected;
 }
 
-/// A name, in any case of letters, made the icon's number.
-std::string iconNumber(std::string &text)
+int ask(const commonOptions &common, boxArguments given)
 {
-    const auto *found = std::find(wire::icons.begin(), wire::icons.end(), plain(text));
-    if (found == wire::icons.end())
-        return "there is no icon \"" + text + '"';
-    text = std::to_string(found - wire::icons.begin());
-    return {};
-}
-
-int ask(const commonOptions &common, const boxArguments &given)
-{
-    progressClient::question box;
-    box.title = given.title.value_or(translated("Question"));
-    box.text = given.text;
-    box.picture = given.picture;
-    box.buttons.clear();
-    for (const std::string &name : given.buttons)
-        box.buttons.push_back(namedButton(name));
-    if (!given.preset.empty())
-        box.preset = namedButton(given.preset);
+    given.box.title = given.title.value_or(translated("Question"));
     progressClient client(common.identifier, common.limit());
-    return report(client.ask(box, given.timeout()));
+    return report(client.ask(given.box, given.timeout()));
 }
 
 int reportAssertion(const commonOptions &common, const boxArguments &given)
 {
     progressClient client(common.identifier, common.limit());
-    return report(client.reportAssertion(given.text, given.timeout()));
+    return report(client.reportAssertion(given.box.text, given.timeout()));
 }
 
 void addTimeout(CLI::App *verb, boxArguments &given)
@@ -111,16 +110,18 @@ void addAsk(commandLineSetup &setup)
 {
     auto given = std::make_shared<boxArguments>();
     auto *verb = setup.app.add_subcommand("ask", "Asks the user and prints the name of the button pressed");
-    verb->footer("\nButtons: " + allButtonNames() + ".");
-    verb->add_option("TEXT", given->text, "The question")->required();
-    verb->add_option("BUTTON", given->buttons, "Names of one to ten buttons (yes no)");
+    verb->footer("\nButtons: " + listOf(buttonNames()) + ".\n" + setup.app.get_footer());
+    verb->add_option("TEXT", given->box.text, "The question")->required();
+    verb->add_option("BUTTON", given->box.buttons, "Names of one to ten buttons (yes no)")
+        ->transform(named("button", buttonNames()));
     verb->add_option("--title", given->title, "Title of the box")->default_str("Question");
-    verb->add_option("--icon", given->picture, "none, information, warning, critical or question")
-        ->transform(CLI::Validator(iconNumber, "", "icon"))
+    verb->add_option("--icon", given->box.picture, listOf(iconNames()))
+        ->transform(named("icon", iconNames()))
         ->default_str("question");
-    verb->add_option("--default", given->preset, "The button that Return presses");
+    verb->add_option("--default", given->box.preset, "The button that Return presses")
+        ->transform(named("button", buttonNames()));
     addTimeout(verb, *given);
-    verb->callback([&setup, given] { setup.chosen = [&setup, given] { return ask(setup.common, *given); }; });
+    verb->callback([&setup, given] { setup.status = ask(setup.common, *given); });
 }
 
 void addAssert(commandLineSetup &setup)
@@ -128,11 +129,9 @@ void addAssert(commandLineSetup &setup)
     auto given = std::make_shared<boxArguments>();
     auto *verb = setup.app.add_subcommand(
         "assert", "Reports a failed assertion; prints yes, yes-to-all, retry, abort or none");
-    verb->add_option("TEXT", given->text, "The report")->required();
+    verb->add_option("TEXT", given->box.text, "The report")->required();
     addTimeout(verb, *given);
-    verb->callback([&setup, given] {
-        setup.chosen = [&setup, given] { return reportAssertion(setup.common, *given); };
-    });
+    verb->callback([&setup, given] { setup.status = reportAssertion(setup.common, *given); });
 }
 
 } // namespace

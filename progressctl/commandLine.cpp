@@ -43,23 +43,21 @@ givenWords wordsFrom(const std::vector<std::string> &all)
     return given;
 }
 
-CLI::Validator secondsWithin(double least, double most)
+CLI::Validator valueThat(const std::function<bool(const std::string &)> &isFine, const std::string &fault)
 {
     const auto check = [=](const std::string &text) {
+        return isFine(text) ? std::string() : '"' + text + "\" " + fault;
+    };
+    return {check, "", fault};
+}
+
+CLI::Validator secondsWithin(double least, double most)
+{
+    const auto isFine = [=](const std::string &text) {
         char *end = nullptr;
         const double number = std::strtod(text.c_str(), &end);
         // A number that is none is within nothing.
-        const bool isWithin = !text.empty() && *end == '\0' && number >= least && number <= most;
-        return isWithin ? std::string() : "\"" + text + "\" is no number of seconds";
+        return !text.empty() && *end == '\0' && number >= least && number <= most;
     };
-    return {check, "SECONDS", "seconds"};
-}
-
-CLI::Validator oneOf(const std::vector<std::string> &words)
-{
-    const auto check = [words](const std::string &text) {
-        const bool isOne = std::find(words.begin(), words.end(), text) != words.end();
-        return isOne ? std::string() : '"' + text + "\" is none of " + CLI::detail::join(words, ", ");
-    };
-    return {check, "", "words"};
+    return valueThat(isFine, "is no number of seconds").description("SECONDS");
 }

@@ -15,15 +15,20 @@ struct givenWords {
     std::vector<std::string> command; ///< behind `pipe … --`, untouched
 };
 
+/// The words behind the program's name. Where that is "zenity", "yad", "dialog" or "whiptail", those of a
+/// `pipe` if they ask for a progress window; everything else is handed on to the next program of that name in
+/// PATH, and this one is gone, or throws `failure`.
+std::vector<std::string> wordsOfStandIn(int argc, char **argv);
+
 givenWords wordsFrom(const std::vector<std::string> &all);
 
-/// The command line while it is put together: each verb adds itself to `app` and, when it was given, leaves
-/// in `chosen` what is to be done, which returns the exit status.
+/// The command line while it is put together: each verb adds itself to `app` and, when it was given, does its
+/// work as the last step of the parsing, and leaves the exit status if that is not 0.
 struct commandLineSetup {
     CLI::App &app;
     commonOptions common;
     std::vector<std::string> command; ///< behind "--", of `pipe`
-    std::function<int()> chosen;
+    int status = statusOk;
 };
 
 /// One file each.
@@ -34,8 +39,8 @@ void addEventsVerb(commandLineSetup &setup);
 void addPipeVerb(commandLineSetup &setup);
 void addRecordsVerb(commandLineSetup &setup);
 
+/// For an option's value: one that `isFine`. Of another it is said that it `fault`, "is no number" say.
+CLI::Validator valueThat(const std::function<bool(const std::string &)> &isFine, const std::string &fault);
+
 /// For an option's value: seconds from `least` to `most`, a number that is one.
 CLI::Validator secondsWithin(double least, double most);
-
-/// For an option's value: one of these words, as they are written.
-CLI::Validator oneOf(const std::vector<std::string> &words);

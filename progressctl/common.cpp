@@ -6,12 +6,11 @@
 #include <cstdio>
 #include <fstream>
 
-int actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act)
+void actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act)
 {
     progressClient client(common.identifier, common.limit());
     act(client);
     client.finish();
-    return statusOk;
 }
 
 void complain(const std::string &text)

@@ -32,28 +32,29 @@ private:
     int m_status;
 };
 
+inline progressClient::milliseconds milliseconds(double seconds)
+{
+    return progressClient::milliseconds(static_cast<long long>(seconds * 1000));
+}
+
 /// The options that all verbs share.
 struct commonOptions {
     std::string identifier;
     std::optional<double> limitSeconds; ///< longest wait for the daemon, if the user has set it
 
-    progressClient::milliseconds limit() const { return limitOr(progressClient::defaultTimeout); }
+    progressClient::milliseconds limit() const
+    {
+        return limitSeconds ? milliseconds(*limitSeconds) : progressClient::defaultTimeout;
+    }
     /// The longest wait for a daemon that is being started.
     progressClient::milliseconds startLimit() const
     {
-        return limitOr(progressClient::daemonOptions().timeout);
-    }
-
-private:
-    progressClient::milliseconds limitOr(progressClient::milliseconds usual) const
-    {
-        return limitSeconds ? progressClient::milliseconds(static_cast<long long>(*limitSeconds * 1000))
-                            : usual;
+        return limitSeconds ? limit() : progressClient::daemonOptions().timeout;
     }
 };
 
 /// Connects, acts, and waits until the daemon has read everything.
-int actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act);
+void actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act);
 
 /// A line on standard error, with the program's name.
 void complain(const std::string &text);

@@ -30,7 +30,7 @@ progressClient::daemonOptions optionsFor(const commonOptions &common, const star
     return options;
 }
 
-int start(const commonOptions &common, const startArguments &arguments)
+void start(const commonOptions &common, const startArguments &arguments)
 {
     settingEntries look = loadLook(arguments.look);
     look.insert(look.begin(), {"windowTitle", oneLine(common.identifier)});
@@ -41,12 +41,11 @@ int start(const commonOptions &common, const startArguments &arguments)
     else
         actOnce(common, [&look](progressClient &client) { client.configure(look); });
     if (!arguments.hasPorts)
-        return statusOk;
+        return;
     std::printf("%d %d\n", command, event);
     if (command == 0 || (arguments.basePort != 0 && arguments.basePort != command))
         throw failure(statusNoDaemon, "its base port is " + std::to_string(command) + ", not " +
                                           std::to_string(arguments.basePort));
-    return statusOk;
 }
 
 void addStart(commandLineSetup &setup)
@@ -62,19 +61,14 @@ void addStart(commandLineSetup &setup)
     addLookOptions(*verb, given->look);
     verb->callback([&setup, given, ports] {
         given->hasPorts = ports->count() > 0;
-        setup.chosen = [&setup, given] { return start(setup.common, *given); };
+        start(setup.common, *given);
     });
 }
 
 void addStop(commandLineSetup &setup)
 {
     auto *verb = setup.app.add_subcommand("stop", "Ends the daemon");
-    verb->callback([&setup] {
-        setup.chosen = [&setup] {
-            progressClient::stopDaemon(setup.common.identifier, setup.common.limit());
-            return statusOk;
-        };
-    });
+    verb->callback([&setup] { progressClient::stopDaemon(setup.common.identifier, setup.common.limit()); });
 }
 
 } // namespace

@@ -8,96 +8,73 @@
 namespace
 {
 
-struct slotArguments {
+using client = progressClient;
+
+struct commandWords {
     int slot = 0;
     std::string text;
 };
 
-void addSlot(CLI::App *verb, slotArguments &given)
+/// A verb that sends one command; what it is to be given is added.
+class commandVerb
 {
-    verb->add_option("SLOT", given.slot, "Slot, 0 to 9")
-        ->required()
-        ->check(CLI::Range(0, progressClient::slotCount - 1));
-}
+public:
+    using action = std::function<void(client &, const commandWords &)>;
 
-using action = std::function<void(progressClient &, const slotArguments &)>;
+    commandVerb(commandLineSetup &setup, const std::string &name, const std::string &help, const action &act)
+        : m_verb(setup.app.add_subcommand(name, help)), m_given(std::make_shared<commandWords>())
+    {
+        m_verb->callback(
+            [&setup, act, given = m_given] { actOnce(setup.common, [&](client &to) { act(to, *given); }); });
+    }
+    commandVerb &withSlot()
+    {
+        m_verb->add_option("SLOT", m_given->slot, "Slot, 0 to 9")
+            ->required()
+            ->check(CLI::Range(0, client::slotCount - 1));
+        return *this;
+    }
+    commandVerb &withText(const std::string &name, const std::string &help, const CLI::Validator &check = {})
+    {
+        m_verb->add_option(name, m_given->text, help)->required()->check(check);
+        return *this;
+    }
 
-/// A verb that sends one command. Gives the verb for its slotArguments to be added.
-CLI::App *addVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
-                  const std::shared_ptr<slotArguments> &given, const action &act)
-{
-    auto *verb = setup.app.add_subcommand(name, help);
-    verb->callback([&setup, given, act] {
-        setup.chosen = [&setup, given, act] {
-            return actOnce(setup.common, [&](progressClient &client) { act(client, *given); });
-        };
-    });
-    return verb;
-}
-
-void addPlainVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
-                  void (progressClient::*command)())
-{
-    addVerb(setup, name, help, std::make_shared<slotArguments>(),
-            [command](progressClient &client, const slotArguments &) { (client.*command)(); });
-}
-
-void addSlotVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
-                 void (progressClient::*command)(int))
-{
-    auto given = std::make_shared<slotArguments>();
-    auto *verb =
-        addVerb(setup, name, help, given,
-                [command](progressClient &client, const slotArguments &all) { (client.*command)(all.slot); });
-    addSlot(verb, *given);
-}
-
-void addTextVerb(commandLineSetup &setup, const std::string &name, const std::string &help,
-                 void (progressClient::*command)(int, std::string_view))
-{
-    auto given = std::make_shared<slotArguments>();
-    auto *verb =
-        addVerb(setup, name, help, given, [command](progressClient &client, const slotArguments &all) {
-            (client.*command)(all.slot, all.text);
-        });
-    addSlot(verb, *given);
-    verb->add_option("TEXT", given->text, "What it reads")->required();
-}
+private:
+    CLI::App *m_verb;
+    std::shared_ptr<commandWords> m_given;
+};
 
 /// As the lines of `pipe`: a fraction does not count, and a "%" may follow.
 std::optional<int> percentFrom(const std::string &text)
 {
     const auto number = numberAtFront(text);
-    if (!number || (!number->rest.empty() && number->rest != "%") ||
-        number->whole < progressClient::givenUp || number->whole > 100)
+    if (!number || (!number->rest.empty() && number->rest != "%") || number->whole < client::givenUp ||
+        number->whole > 100)
         return std::nullopt;
     return number->whole;
 }
 
 void addUpdate(commandLineSetup &setup)
 {
-    auto given = std::make_shared<slotArguments>();
-    auto *verb =
-        addVerb(setup, "update", "Moves a bar", given, [](progressClient &client, const slotArguments &all) {
-            client.updateBar(all.slot, percentFrom(all.text).value_or(0));
-        });
-    addSlot(verb, *given);
-    verb->add_option("PERCENT", given->text, "0 to 100")->required()->check([](const std::string &text) {
-        return percentFrom(text) ? std::string() : "it is 0 to 100, not \"" + text + '"';
-    });
+    commandVerb(setup, "update", "Moves a bar",
+                [](client &to, const commandWords &given) {
+                    to.updateBar(given.slot, percentFrom(given.text).value_or(0));
+                })
+        .withSlot()
+        .withText("PERCENT", "0 to 100, or -1 for a bar that is given up",
+                  valueThat([](const std::string &text) { return percentFrom(text).has_value(); },
+                            "is not within 0 to 100"));
 }
 
 void addBusy(commandLineSetup &setup)
 {
-    auto given = std::make_shared<slotArguments>();
-    auto *verb = addVerb(setup, "busy", "Shows or hides the busy window", given,
-                         [](progressClient &client, const slotArguments &all) {
-                             if (all.text != "on")
-                                 return client.busyOff();
-                             client.configure({{"busyPlace", "centre"}});
-                             client.busyOn();
-                         });
-    verb->add_option("STATE", given->text, "on or off")->required()->check(oneOf({"on", "off"}));
+    commandVerb(setup, "busy", "Shows or hides the busy window", [](client &to, const commandWords &given) {
+        if (given.text != "on")
+            return to.busyOff();
+        to.configure({{"busyPlace", "centre"}});
+        to.busyOn();
+    }).withText("STATE", "on or off", CLI::IsMember({"on", "off"}));
 }
 
 struct settingsArguments {
@@ -105,7 +82,7 @@ struct settingsArguments {
     std::string theme;
 };
 
-int configure(const commonOptions &common, const settingsArguments &given)
+void configure(const commonOptions &common, const settingsArguments &given)
 {
     settingEntries all;
     if (!given.theme.empty())
@@ -114,63 +91,63 @@ int configure(const commonOptions &common, const settingsArguments &given)
         all.push_back(entryFromText(text));
     if (all.empty())
         throw failure(statusUsage, "nothing to configure: give KEY=VALUE or --file");
-    return actOnce(common, [&all](progressClient &client) { client.configure(all); });
+    actOnce(common, [&all](client &to) { to.configure(all); });
 }
 
 void addConfigure(commandLineSetup &setup)
 {
     auto given = std::make_shared<settingsArguments>();
     auto *verb = setup.app.add_subcommand("configure", "Changes the look of the windows");
-    verb->footer("\nKeys:" + settingKeys() + '.');
+    verb->footer("\nKeys:" + settingKeys() + ".\n" + setup.app.get_footer());
     verb->add_option("ENTRY", given->entries, "KEY=VALUE, after those of the file")->type_name("KEY=VALUE");
     verb->add_option("--file", given->theme, "A file with a KEY=VALUE a line, or light, dark or auto");
-    verb->callback(
-        [&setup, given] { setup.chosen = [&setup, given] { return configure(setup.common, *given); }; });
+    verb->callback([&setup, given] { configure(setup.common, *given); });
 }
 
 void addAmount(commandLineSetup &setup)
 {
-    auto given = std::make_shared<slotArguments>();
-    auto *verb = addVerb(setup, "amount", "Says how much there is to do, which makes the estimate better",
-                         given, [](progressClient &client, const slotArguments &all) {
-                             client.setAmount(wire::readAmount(all.text));
-                         });
-    verb->add_option("N", given->text, "Files, bytes, lines or the like, always in the same unit")
-        ->required()
-        ->check([](const std::string &text) {
-            return wire::readAmount(text) > 0 || text == "0"
-                       ? std::string()
-                       : '"' + text + "\" is no amount (1 to 2^53; 0: none)";
-        });
-}
-
-void addSend(commandLineSetup &setup)
-{
-    auto given = std::make_shared<slotArguments>();
-    auto *verb = addVerb(setup, "send", "Sends a message as it is, tags included", given,
-                         [](progressClient &client, const slotArguments &all) { client.send(all.text); });
-    verb->add_option("MESSAGE", given->text, "For example \"<progress>activate</progress>\"")->required();
+    const auto isAmount = [](const std::string &text) { return wire::readAmount(text) > 0 || text == "0"; };
+    commandVerb(setup, "amount", "Says how much there is to do, which makes the estimate better",
+                [](client &to, const commandWords &given) { to.setAmount(wire::readAmount(given.text)); })
+        .withText("N", "Files, bytes, lines or the like, always in the same unit; 0 takes it back",
+                  valueThat(isAmount, "is no amount (1 to 2^53; 0: none)"));
 }
 
 } // namespace
 
 void addDialogVerbs(commandLineSetup &setup)
 {
-    using client = progressClient;
-    addTextVerb(setup, "bar", "Shows a bar, or starts it again", &client::createBar);
+    const auto plain = [&](const char *name, const char *help, void (client::*command)()) {
+        commandVerb(setup, name, help, [=](client &to, const commandWords &) { (to.*command)(); });
+    };
+    const auto slot = [&](const char *name, const char *help, void (client::*command)(int)) {
+        commandVerb(setup, name, help, [=](client &to, const commandWords &given) {
+            (to.*command)(given.slot);
+        }).withSlot();
+    };
+    const auto text = [&](const char *name, const char *help,
+                          void (client::*command)(int, std::string_view)) {
+        commandVerb(setup, name, help,
+                    [=](client &to, const commandWords &given) { (to.*command)(given.slot, given.text); })
+            .withSlot()
+            .withText("TEXT", "What it reads");
+    };
+    text("bar", "Shows a bar, or starts it again", &client::createBar);
     addUpdate(setup);
-    addSlotVerb(setup, "pulse", "Moves a bar to and fro, until its next update", &client::pulse);
-    addSlotVerb(setup, "remove", "Removes a bar or text", &client::removeBar);
-    addTextVerb(setup, "text", "Shows a text line", &client::createText);
-    addTextVerb(setup, "update-text", "Changes a text line", &client::updateText);
-    addSlotVerb(setup, "remove-text", "Removes a text or bar", &client::removeText);
-    addTextVerb(setup, "button", "Shows a button; a click is the event clicked:SLOT", &client::addButton);
-    addSlotVerb(setup, "remove-button", "Removes a button", &client::removeButton);
-    addPlainVerb(setup, "activate", "Brings the window to the front", &client::activate);
-    addPlainVerb(setup, "pause", "Hides the window", &client::messageStart);
-    addPlainVerb(setup, "resume", "Brings the window back after pause", &client::messageStop);
+    slot("pulse", "Moves a bar to and fro, until its next update", &client::pulse);
+    slot("remove", "Removes a bar or text", &client::removeBar);
+    text("text", "Shows a text line", &client::createText);
+    text("update-text", "Changes a text line", &client::updateText);
+    slot("remove-text", "Removes a text or bar", &client::removeText);
+    text("button", "Shows a button; a click is the event clicked:SLOT", &client::addButton);
+    slot("remove-button", "Removes a button", &client::removeButton);
+    plain("activate", "Brings the window to the front", &client::activate);
+    plain("pause", "Hides the window", &client::messageStart);
+    plain("resume", "Brings the window back after pause", &client::messageStop);
     addBusy(setup);
     addAmount(setup);
     addConfigure(setup);
-    addSend(setup);
+    commandVerb(setup, "send", "Sends a message as it is, tags included",
+                [](client &to, const commandWords &given) { to.send(given.text); })
+        .withText("MESSAGE", "For example \"<progress>activate</progress>\"");
 }

@@ -3,7 +3,6 @@
 
 #include <csignal>
 #include <poll.h>
-#include <thread>
 #include <unistd.h>
 
 namespace
@@ -39,31 +38,21 @@ void printEvents(progressClient &client, const commonOptions &common)
     }
 }
 
-/// Whether nobody answers any more: a daemon that was killed says nothing.
-bool daemonGoes(const commonOptions &common)
-{
-    const deadline until(std::chrono::milliseconds(500));
-    while (progressClient::isRunning(common.identifier, common.limit())) {
-        if (until.isOver())
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
-}
-
-int listen(const commonOptions &common)
+void listen(const commonOptions &common)
 {
     std::signal(SIGPIPE, SIG_IGN);
     progressClient client(common.identifier, common.limit());
     client.listen();
     client.checkAlive();
+    const processHandle daemon(client.daemonProcess());
     try {
         printEvents(client, common);
     } catch (const progressClient::error &problem) {
-        if (problem.why() != progressClient::error::reason::gone || !daemonGoes(common))
+        // One that was killed says nothing.
+        const deadline moment(std::chrono::milliseconds(500));
+        if (problem.why() != progressClient::error::reason::gone || !daemon.waitForEnd(moment))
             throw;
     }
-    return statusOk;
 }
 
 } // namespace
@@ -71,5 +60,5 @@ int listen(const commonOptions &common)
 void addEventsVerb(commandLineSetup &setup)
 {
     auto *verb = setup.app.add_subcommand("events", "Prints the events, one a line, until the daemon ends");
-    verb->callback([&setup] { setup.chosen = [&setup] { return listen(setup.common); }; });
+    verb->callback([&setup] { listen(setup.common); });
 }

@@ -64,7 +64,7 @@ std::string settingKeys()
 void addLookOptions(CLI::App &verb, lookOptions &look)
 {
     verb.add_option("--layout", look.layout, "Of a daemon that is started: fitted, or grid")
-        ->check(oneOf({"fitted", "grid"}))
+        ->check(CLI::IsMember({"fitted", "grid"}))
         ->capture_default_str();
     verb.add_option("--theme", look.theme, "Of a daemon that is started: light, dark, auto, none or a file")
         ->capture_default_str();

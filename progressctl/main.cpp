@@ -11,7 +11,6 @@
 // standIn         links to this program that are named as other programs
 
 #include "progressctl/commandLine.h"
-#include "progressctl/standIn.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -79,28 +78,23 @@ void openStandardStreams()
     }
 }
 
-/// Of an option that is given again, the last one counts; those that collect values go on collecting.
-void takeLast(CLI::App &verb)
-{
-    for (CLI::Option *each : verb.get_options()) {
-        if (!each->get_positional() && each->get_items_expected_max() <= 1)
-            each->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-    }
-}
-
 int run(const std::vector<std::string> &all)
 {
     CLI::App app("Shows progress windows and asks questions through the daemon progressd.", "progressctl");
     givenWords given = wordsFrom(all);
-    commandLineSetup setup{app, {}, std::move(given.command), {}};
+    commandLineSetup setup{app, {"user-" + std::to_string(::geteuid()), {}}, std::move(given.command)};
+    // Those that collect values go on collecting.
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     app.footer(footer);
     app.require_subcommand(0, 1);
     app.fallthrough();
     // A script's user cannot do anything about an option that only other progress windows know.
     app.allow_extras(given.verb == "pipe");
     app.set_version_flag("--version", "progressctl " PROGRESS_VERSION);
-    auto *identifier = app.add_option("-i,--identifier", setup.common.identifier, "Identifier of the daemon");
-    identifier->envname("PROGRESS_IDENTIFIER")->default_str("user-UID");
+    app.add_option("-i,--identifier", setup.common.identifier, "Identifier of the daemon")
+        ->check(valueThat([](const std::string &text) { return !text.empty(); }, "is empty"))
+        ->envname("PROGRESS_IDENTIFIER")
+        ->default_str("user-UID");
     app.add_option("--limit", setup.common.limitSeconds, "Longest wait for the daemon, in seconds")
         ->check(secondsWithin(0.001, 86400))
         ->default_str("5");
@@ -110,9 +104,6 @@ int run(const std::vector<std::string> &all)
     addEventsVerb(setup);
     addPipeVerb(setup);
     addRecordsVerb(setup);
-    takeLast(app);
-    for (CLI::App *verb : app.get_subcommands({}))
-        takeLast(*verb);
     // The parser wants the last word first.
     std::reverse(given.words.begin(), given.words.end());
     try {
@@ -120,17 +111,11 @@ int run(const std::vector<std::string> &all)
     } catch (const CLI::ParseError &problem) {
         return parseError(app, problem);
     }
-    if (!setup.chosen) {
+    if (given.verb.empty()) {
         complain("a verb is missing (see --help)");
         return statusUsage;
     }
-    if (identifier->count() > 0 && setup.common.identifier.empty()) {
-        complain("--identifier is empty");
-        return statusUsage;
-    }
-    if (setup.common.identifier.empty())
-        setup.common.identifier = "user-" + std::to_string(::geteuid());
-    return setup.chosen();
+    return setup.status;
 }
 
 } // namespace

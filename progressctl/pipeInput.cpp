@@ -1,5 +1,8 @@
 #include "progressctl/pipeInput.h"
 
+#include "progressctl/common.h"
+#include "progressctl/texts.h"
+
 #include <algorithm>
 #include <strings.h>
 #include <utility>
@@ -58,12 +61,12 @@ bool takePrefix(std::string_view &text, std::string_view prefix)
     return isThere;
 }
 
-/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11,
-/// and their scripts end at what these take for 100. But of "12/40" and "12 of 40" the 12 alone counts.
+/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11
+/// and "12/40" as more than 100, and their scripts end at what these take for 100.
 int joinedDigits(std::string_view text)
 {
     int number = 0;
-    for (const char each : text.substr(0, std::min(text.find_first_of(".,/"), text.find(" of ")))) {
+    for (const char each : text.substr(0, text.find_first_of(".,"))) {
         if (isDigit(each))
             number = std::min(number * 10 + (each - '0'), mostWhole);
     }
@@ -168,7 +171,7 @@ void pipeInput::take(std::string_view line)
 {
     if (line.size() > longestLine) {
         line = line.substr(0, longestLine);
-        complain(m_tooLongTold, "a line is too long and was cut", line);
+        complainOnce("a line is too long and was cut", line);
     }
     line = trimmedAtEnd(line);
     if (line.empty() || (m_hasBlocks && takeBlock(trimmed(line))) || takeFromOthers(line))
@@ -198,7 +201,7 @@ void pipeInput::takeNumber(std::string_view line)
     const int percent = behindSize ? behindSize->whole : joinedDigits(line);
     setPercent(0, percent);
     if (percent > 100)
-        complain(m_outOfRangeTold, "a number is not within 0 to 100", line);
+        complainOnce("a number is not within 0 to 100", line);
     lookForAmount(line);
 }
 
@@ -276,21 +279,12 @@ void pipeInput::takeOther(std::string_view line)
     if (const auto percent = percentBehindSize(line))
         setPercent(0, percent->whole);
     else
-        complain(m_notUnderstoodTold, "a line is neither a number nor a text behind \"#\"", line);
+        complainOnce("a line is neither a number nor a text behind \"#\"", line);
     lookForAmount(line);
 }
 
-void pipeInput::complain(bool &told, const std::string &what, std::string_view line)
+void pipeInput::complainOnce(const std::string &what, std::string_view line)
 {
-    if (std::exchange(told, true))
-        return;
-    std::string shown(line.substr(0, 60));
-    std::replace_if(
-        shown.begin(), shown.end(), [](char each) { return static_cast<unsigned char>(each) < ' '; }, '?');
-    m_complaints.push_back(what + ": " + shown);
-}
-
-std::vector<std::string> pipeInput::takeComplaints()
-{
-    return std::exchange(m_complaints, {});
+    if (m_told.insert(what).second)
+        complain(what + ": " + oneLine(std::string(line.substr(0, 60))));
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,8 +53,6 @@ public:
     std::optional<bool> pulsates() const { return m_pulsates; }
     /// How much there is to do, by the first line or text that says so; 0 while none has.
     std::int64_t amount() const { return m_amount; }
-    /// What there is to complain about since the last call.
-    std::vector<std::string> takeComplaints();
 
 private:
     void keep(std::string_view part);
@@ -65,7 +64,7 @@ private:
     void takeOther(std::string_view line);
     void setPercent(std::size_t bar, int percent);
     void lookForAmount(std::string_view text);
-    void complain(bool &told, const std::string &what, std::string_view line);
+    void complainOnce(const std::string &what, std::string_view line);
 
     std::string m_partialLine;
     std::vector<barWords> m_bars;
@@ -76,8 +75,5 @@ private:
     std::int64_t m_amount = 0;
     bool m_hasBlocks = false;
     std::optional<std::string> m_block; ///< the text so far, within one
-    std::vector<std::string> m_complaints;
-    bool m_outOfRangeTold = false;
-    bool m_notUnderstoodTold = false;
-    bool m_tooLongTold = false;
+    std::set<std::string> m_told;       ///< kinds of trouble
 };

@@ -12,81 +12,46 @@ namespace
 
 /// What other progress windows and their toolkits know and what has no meaning here is passed over: the user
 /// of a script cannot do anything about it.
-constexpr const char *ignoredFlags[] = {
-    "--progress",
-    "--multi-progress",
-    "--no-wrap",
-    "--ellipsize",
-    "--default-cancel",
-    "--center",
-    "--enable-log",
-    "--log-expanded",
-    "--log-on-top",
-    "--hide-text",
-    "--rtl",
-    "--vertical",
-    "--mouse",
-    "--sticky",
-    "--fixed",
-    "--skip-taskbar",
-    "--no-escape",
-    "--always-print-result",
-    "--splash",
-    "--no-focus",
-    "--selectable-labels",
-    "--keep-icon-size",
-    "--image-on-top",
-    "--clear",
-    "--no-shadow",
-    "--stdout",
-    "--colors",
-    "--no-collapse",
-    "--cr-wrap",
-    "--gtk-debug",
-    "--gtk-no-debug",
-    "--gdk-debug",
-    "--gdk-no-debug",
-    "--g-fatal-warnings",
-};
-constexpr const char *ignoredOptions[] = {
-    "--height",    "--attach",     "--class",          "--name",
-    "--screen",    "--gtk-module", "--borders",        "--geometry",
-    "--posx",      "--posy",       "--log-height",     "--response",
-    "--align",     "--text-align", "--buttons-layout", "--timeout-indicator",
-    "--watch-bar", "--backtitle",
-};
+constexpr char ignoredFlags[] =
+    "--progress --multi-progress --no-wrap --ellipsize --default-cancel --center --enable-log --log-expanded "
+    "--log-on-top --hide-text --rtl --vertical --mouse --sticky --fixed --skip-taskbar --no-escape "
+    "--always-print-result --splash --no-focus --selectable-labels --keep-icon-size --image-on-top --clear "
+    "--no-shadow --stdout --colors --no-collapse --cr-wrap --g-fatal-warnings";
+/// Likewise, with a value.
+constexpr char ignoredOptions[] =
+    "--height --attach --class --name --screen --gtk-module --gtk-debug --gtk-no-debug --gdk-debug "
+    "--gdk-no-debug --borders --geometry --posx --posy --log-height --response --align --text-align "
+    "--buttons-layout --timeout-indicator --watch-bar --backtitle";
 
-std::string addIgnored(CLI::App *verb)
+void addIgnored(CLI::App *verb)
 {
-    std::string all;
-    for (const char *name : ignoredFlags) {
+    for (const std::string &name : CLI::detail::split(ignoredFlags, ' '))
         verb->add_flag(name)->group("");
-        all.append(" ").append(name);
-    }
-    for (const char *name : ignoredOptions) {
-        verb->add_option_function<std::string>(name, [](const std::string &) {})->group("");
-        all.append(" ").append(name);
-    }
-    return all;
+    for (const std::string &name : CLI::detail::split(ignoredOptions, ' '))
+        verb->add_option(name)->group("");
 }
 
 void addLook(CLI::App *verb, pipeOptions &given)
 {
-    verb->add_option("--title", given.title, "Title of the window and caption of the bar");
-    verb->add_option("--caption", given.caption, "Caption of the bar, when it is not the title");
+    verb->add_option("--title", given.title,
+                     "Title of the window (Progress); above the text in one that is shared");
+    verb->add_option("--caption", given.caption, "Caption of the bar (none)");
     verb->add_option("--text,--progress-text", given.text,
                      "Text above the bar, until a line starts with \"#\"");
     verb->add_flag_callback(
         "--no-markup", [&given] { given.hasMarkup = false; }, "Shows markup in texts as it stands");
-    verb->add_option("--percentage", given.percentage, "Where the bar starts");
+    verb->add_option("--percentage", given.percentage, "Where the bar starts, 0 to 100")
+        ->capture_default_str();
     verb->add_flag("--pulsate", given.pulsates, "Moves the bar to and fro, until 100");
     verb->add_option("--bar", given.bars,
                      "A bar with this LABEL; several have lines \"N:PERCENT\", \"N:#TEXT\"")
         ->allow_extra_args(false);
-    verb->add_option("--slot", given.slot, "Slot of the bar and its button, instead of any that is free")
+    verb->add_option("--slot", given.slot,
+                     "First slot, 0 to 9, in a window that is shared (any that are free)")
         ->check(CLI::Range(0, progressClient::slotCount - 1));
     addLookOptions(*verb, given.look);
-    verb->add_option("--width", given.width, "Least width of a window of its own, in pixels");
+    verb->add_option("--width", given.width,
+                     "Least width of a window of its own, in pixels (as its content asks for)");
     verb->add_option("--window-icon", given.icon,
                      "Icon of a window of its own: a picture file, or the name of an icon");
     verb->add_option("--icon-name,--icon,--image", given.image,
@@ -168,7 +133,7 @@ void addEnd(CLI::App *verb, pipeOptions &given)
     verb->add_flag("--expect-complete", given.expectsComplete,
                    "An input that ends below 100 is a failure: exit status 6");
     verb->add_option("--timeout", given.timeoutSeconds,
-                     "Longest time that the window is open, in SECONDS; then the exit status is 5")
+                     "Longest time that the window is open, in seconds (no limit); then the exit status is 5")
         ->check(secondsWithin(-1e6, 1e6));
     verb->add_option_function<std::vector<std::string>>(
             "--gauge",
@@ -186,9 +151,8 @@ void addEnd(CLI::App *verb, pipeOptions &given)
         "Name under which the time is learned, instead of the title or the command's; empty: not");
     verb->add_option("--amount", given.amount,
                      "How much there is to do (else the m of the first \"n/m\" or \"n of m\" that is read)")
-        ->check([](const std::string &text) {
-            return wire::readAmount(text) > 0 ? std::string() : '"' + text + "\" is no amount";
-        });
+        ->check(
+            valueThat([](const std::string &text) { return wire::readAmount(text) > 0; }, "is no amount"));
 }
 
 /// A word that is no option's is most likely a part of a text that was not quoted; only what stands behind
@@ -214,8 +178,12 @@ void putRight(pipeOptions &given)
     auto &buttons = given.buttons;
     const auto isUnlabelled = [](const pipeButton &each) { return each.label.empty(); };
     buttons.erase(std::remove_if(buttons.begin(), buttons.end(), isUnlabelled), buttons.end());
-    if (given.bars.size() > progressClient::slotCount - 1)
-        given.bars.resize(progressClient::slotCount - 1);
+    // One slot is that of the text and OK, and the first of the others that of Cancel.
+    constexpr std::size_t mostBars = progressClient::slotCount - 1;
+    if (given.bars.size() > mostBars || buttons.size() > mostBars - 1)
+        complain("there is no room for more than 9 bars and 8 further buttons");
+    given.bars.resize(std::min(given.bars.size(), mostBars));
+    buttons.resize(std::min(buttons.size(), mostBars - 1));
     // "LABEL:TYPE": what kind of bar it is looks the same here.
     for (std::string &each : given.bars)
         each.erase(std::min(each.rfind(':'), each.size()));
@@ -231,22 +199,20 @@ void addPipeVerb(commandLineSetup &setup)
     addLook(verb, *given);
     addButtons(verb, *given);
     addEnd(verb, *given);
-    const std::string ignored = addIgnored(verb);
+    addIgnored(verb);
     verb->footer("\nWith a COMMAND behind \"--\", runs it, reads its output and passes its exit status on; "
                  "else reads\nstandard input, and when it has ended the window stays until OK is pressed. "
                  "Takes the options of\n\"zenity --progress\". These have no meaning here and are passed "
-                 "over:" +
-                 ignored + '.');
+                 "over:\n" +
+                 std::string(ignoredFlags) + ' ' + ignoredOptions + ".\n" + setup.app.get_footer());
     const auto others = std::make_shared<std::vector<std::string>>();
     verb->add_option("WORD", *others)->group("");
     verb->callback([&setup, given, others] {
-        setup.chosen = [&setup, given, others] {
-            std::vector<std::string> ignoredWords = setup.app.remaining();
-            ignoredWords.insert(ignoredWords.end(), others->begin(), others->end());
-            tellIgnored(ignoredWords);
-            putRight(*given);
-            given->command = setup.command;
-            return progressPipe(setup.common, *given).run();
-        };
+        std::vector<std::string> ignored = setup.app.remaining();
+        ignored.insert(ignored.end(), others->begin(), others->end());
+        tellIgnored(ignored);
+        putRight(*given);
+        given->command = setup.command;
+        setup.status = progressPipe(setup.common, *given).run();
     });
 }

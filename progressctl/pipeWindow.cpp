@@ -4,9 +4,8 @@
 #include "progressctl/texts.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <sys/random.h>
+#include <random>
 #include <utility>
 
 namespace
@@ -17,12 +16,8 @@ using event = progressClient::event;
 
 std::string uniqueIdentifier()
 {
-    unsigned long long number = 0;
-    if (::getrandom(&number, sizeof number, 0) != sizeof number)
-        throw failure(statusInternal, "no random number");
-    char text[32];
-    std::snprintf(text, sizeof text, "pipe-%016llx", number);
-    return text;
+    std::random_device random;
+    return "pipe-" + std::to_string(random()) + '-' + std::to_string(random());
 }
 
 /// For as long as it lives, what is started here uses no display; a command that is started later does.
@@ -61,17 +56,12 @@ std::vector<std::string> pipeOptions::captions() const
     return {title.empty() ? translated("Progress") : oneLine(title)};
 }
 
-pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start,
-                       place where)
+pipeWindow::pipeWindow(const commonOptions &common, const pipeOptions &options, place where)
     : m_common(common), m_options(options)
 {
-    if (where == place::nowhere || !findPlace()) {
+    if (where == place::nowhere || !findPlace())
         startOwnDaemon(where);
-        takeSlots();
-    }
-    if (m_slots.size() < slotsWanted())
-        complain("the daemon has no slot left for another bar or button");
-    showContent(placed(start));
+    showContent();
     send();
 }
 
@@ -82,7 +72,7 @@ bool pipeWindow::findPlace()
         return false;
     m_client.emplace(m_common.identifier, m_common.limit());
     takeSlots();
-    return m_options.slot >= 0 || m_slots.size() == slotsWanted();
+    return m_slots.size() == slotsWanted();
 }
 
 std::size_t pipeWindow::slotsWanted() const
@@ -90,14 +80,15 @@ std::size_t pipeWindow::slotsWanted() const
     return 1 + std::max(m_options.captions().size(), 1 + m_options.buttons.size());
 }
 
-/// A slot that was asked for is the first of all, unless there are too few behind it.
+/// A slot that was asked for is the first of all, unless there are too few behind it. Stops where no slot is
+/// left.
 void pipeWindow::takeSlots()
 {
-    constexpr int all = progressClient::slotCount;
-    const int count = std::min(static_cast<int>(slotsWanted()), all);
+    const int count = static_cast<int>(slotsWanted());
+    const int first = std::min(m_options.slot, progressClient::slotCount - count);
     m_slots.clear();
     for (int i = 0; i < count; ++i) {
-        const int slot = m_options.slot < 0 ? m_client->claim() : std::min(m_options.slot, all - count) + i;
+        const int slot = claimsSlots() ? m_client->claim() : first + i;
         if (slot < 0)
             return;
         m_slots.push_back(slot);
@@ -121,6 +112,9 @@ void pipeWindow::startOwnDaemon(place where)
     m_ownDaemon = std::make_unique<processHandle>(started.process);
     m_client.emplace(identifier, m_common.limit());
     m_client->configure(settings);
+    takeSlots();
+    if (m_slots.size() < slotsWanted())
+        throw error(error::reason::gone, "the daemon has no room");
 }
 
 settingEntries pipeWindow::ownSettings() const
@@ -152,27 +146,22 @@ std::string pipeWindow::learnName() const
     return m_options.command.empty() ? std::string() : safeName(baseName(m_options.command.front()));
 }
 
-void pipeWindow::showContent(const pipeContent &start)
+void pipeWindow::showContent()
 {
     m_client->listen();
-    if (m_options.amount > 0)
-        tellAmount(m_options.amount);
-    for (std::size_t i = 0; i < start.bars.size(); ++i) {
-        if (const auto slot = slotOfBar(i))
-            m_untold.createBar(*slot, start.bars[i].caption);
-        m_shown.bars.push_back({0, start.bars[i].caption});
-    }
+    pipeContent start;
+    for (const std::string &caption : m_options.captions())
+        start.bars.push_back({0, caption});
+    m_shown.bars = placed(start).bars;
+    for (std::size_t i = 0; i < m_shown.bars.size(); ++i)
+        m_untold.createBar(slotOfBar(i), m_shown.bars[i].caption);
     // A window of its own has nothing to stand apart from.
     if (!m_ownDaemon)
         joinSlots();
-    const auto showButton = [this](std::size_t index, const std::string &label) {
-        if (const auto slot = slotAt(index))
-            m_untold.addButton(*slot, labelFromMnemonic(label));
-    };
     for (std::size_t i = 0; i < m_options.buttons.size(); ++i)
-        showButton(i + 2, m_options.buttons[i].label);
+        m_untold.addButton(m_slots[i + 2], labelFromMnemonic(m_options.buttons[i].label));
     if (m_options.hasCancel)
-        showButton(1, m_options.cancelLabel);
+        m_untold.addButton(m_slots[1], labelFromMnemonic(m_options.cancelLabel));
     // Its user may have closed the window, which does not come back for further content.
     if (!m_ownDaemon)
         m_untold.activate();
@@ -193,16 +182,6 @@ void pipeWindow::offerOk()
     send();
 }
 
-void pipeWindow::send()
-{
-    m_client->send(m_untold);
-}
-
-std::optional<int> pipeWindow::slotAt(std::size_t index) const
-{
-    return index < m_slots.size() ? std::optional(m_slots[index]) : std::nullopt;
-}
-
 /// The title stands in the title bar of a window of its own, if it has one, and above the text in one that is
 /// shared.
 pipeContent pipeWindow::placed(pipeContent content) const
@@ -219,19 +198,18 @@ pipeContent pipeWindow::placed(pipeContent content) const
 void pipeWindow::show(const pipeContent &content)
 {
     const pipeContent wanted = placed(content);
+    if (wanted.amount != m_shown.amount)
+        m_untold.setAmount(wanted.amount);
     for (std::size_t i = 0; i < wanted.bars.size(); ++i) {
-        const auto slot = slotOfBar(i);
         const pipeBar &now = wanted.bars[i];
         const bool moves = i == 0 && wanted.pulsates;
         const bool moved = i == 0 && m_shown.pulsates;
-        if (!slot)
-            continue;
         if (now.caption != m_shown.bars[i].caption)
-            m_untold.updateText(*slot, now.caption);
+            m_untold.updateText(slotOfBar(i), now.caption);
         if (moves && !moved)
-            m_untold.pulse(*slot);
+            m_untold.pulse(slotOfBar(i));
         else if (!moves && (moved || now.percent != m_shown.bars[i].percent))
-            m_untold.updateBar(*slot, now.percent);
+            m_untold.updateBar(slotOfBar(i), now.percent);
     }
     if (wanted.text != m_shown.text)
         showText(wanted.text);
@@ -260,69 +238,69 @@ void pipeWindow::endRun()
     for (const int slot : m_slots)
         m_untold.finishSlot(slot);
     send();
+    m_runHasEnded = true;
 }
 
-pipeWindow::deed pipeWindow::handleEvents()
+std::optional<pipeEnd> pipeWindow::handleEvents()
 {
-    deed last = deed::nothing;
+    std::optional<pipeEnd> last;
     m_client->handleEvents([&](const event &each) {
-        if (const deed found = deedOf(each); found != deed::nothing)
-            last = found;
+        if (const auto end = endBy(each))
+            last = end;
     });
     return last;
 }
 
-pipeWindow::deed pipeWindow::deedOf(const event &each)
+std::optional<pipeEnd> pipeWindow::endBy(const event &each)
 {
     if (each.what == event::kind::shutDown)
         throw error(error::reason::gone, "the daemon ends");
     if (each.what == event::kind::closed)
-        return deed::cancelled;
+        return pipeEnd::cancelled;
     if (each.what == event::kind::totalProgress)
         m_remaining = each.remainingSeconds;
     const auto found = std::find(m_slots.begin(), m_slots.end(), each.slot);
     if (each.what != event::kind::clicked || found == m_slots.end())
-        return deed::nothing;
+        return std::nullopt;
     const auto index = static_cast<std::size_t>(found - m_slots.begin());
     if (index < 2)
-        return index == 0 ? deed::accepted : deed::cancelled;
+        return index == 0 ? pipeEnd::accepted : pipeEnd::cancelled;
     if (index - 2 >= m_options.buttons.size())
-        return deed::nothing;
+        return std::nullopt;
     m_pressed = index - 2;
-    return deed::pressedOther;
+    return pipeEnd::pressedOther;
 }
 
-void pipeWindow::close(bool isWorthLearning)
+void pipeWindow::close(result how)
 {
-    takeAway(isWorthLearning);
+    const bool isGivenUp = how != result::learned && !m_runHasEnded;
+    if (how == result::cancelled && m_ownDaemon)
+        m_client->configure({{"notifyEnd", "-1"}});
+    if (isGivenUp)
+        giveUp();
+    if (!isGivenUp || !claimsSlots())
+        takeAway();
     send();
-    if (m_ownDaemon)
-        m_client->exitDaemon();
     m_client->finish();
     if (m_ownDaemon)
         m_ownDaemon->waitForEnd(deadline(m_common.limit()));
 }
 
-/// A daemon forgets a run in which a client has hung up on unfinished bars in its claimed slots. Full ones
-/// are finished no more.
-void pipeWindow::takeAway(bool isWorthLearning)
+/// A daemon forgets a run in which a client hangs up on bars in its claimed slots that are not full. In other
+/// slots it is to look like one that was given up.
+void pipeWindow::giveUp()
 {
-    if (!m_ownDaemon && !isWorthLearning && m_options.slot < 0) {
-        for (std::size_t i = 0; i < m_shown.bars.size(); ++i) {
-            if (const auto slot = slotOfBar(i))
-                m_untold.updateBar(*slot, 0);
-        }
-        return;
-    }
-    if (m_ownDaemon && !isWorthLearning)
-        m_untold.messageStart();
+    m_untold.updateBar(slotOfBar(0), progressClient::givenUp);
+    m_untold.updateBar(slotOfBar(0), claimsSlots() ? std::min(m_shown.bars[0].percent, 99) : 0);
+}
+
+void pipeWindow::takeAway()
+{
     if (m_hasText)
         m_untold.removeText(m_slots[0]);
     for (const int slot : m_slots)
         m_untold.removeButton(slot);
     // The bars are the last, or their going would be learned as a fall to 0 percent.
-    for (std::size_t i = m_shown.bars.size(); i-- > 0;) {
-        if (const auto slot = slotOfBar(i))
-            m_untold.removeBar(*slot);
-    }
+    for (std::size_t i = m_shown.bars.size(); i-- > 0;)
+        m_untold.removeBar(slotOfBar(i));
 }

@@ -71,12 +71,27 @@ struct pipeBar {
 struct pipeContent {
     std::vector<pipeBar> bars;
     std::string text;
-    bool pulsates = false; ///< the first bar
+    bool pulsates = false;   ///< the first bar
+    std::int64_t amount = 0; ///< how much there is to do; 0: nobody has said so
 
     bool operator==(const pipeContent &other) const
     {
-        return pulsates == other.pulsates && text == other.text && bars == other.bars;
+        return amount == other.amount && pulsates == other.pulsates && text == other.text &&
+               bars == other.bars;
     }
+};
+
+/// What ends a pipe; its exit status follows.
+enum class pipeEnd {
+    inputEnded,
+    inputFailed,
+    full, ///< the bar, and nobody is waited for
+    timedOut,
+    interrupted,
+    windowGone,
+    accepted, ///< by OK
+    cancelled,
+    pressedOther ///< another button
 };
 
 /// The window of a pipe: on the daemon that runs, in slots of its own, or on one that is started for it and
@@ -89,8 +104,7 @@ public:
         nowhere, ///< nothing is seen of it, but the daemon learns and estimates as ever
     };
     /// Throws `progressClient::error` or `failure` when there can be none.
-    pipeWindow(const commonOptions &common, const pipeOptions &options, const pipeContent &start,
-               place where);
+    pipeWindow(const commonOptions &common, const pipeOptions &options, place where);
 
     /// For poll(2): POLLIN: call `handleEvents()`; POLLOUT: `show()` will not wait.
     int fd() const { return m_client->fd(); }
@@ -103,38 +117,43 @@ public:
     int remainingSeconds() const { return m_remaining; }
 
     void show(const pipeContent &content);
-    void tellAmount(std::int64_t amount) { m_untold.setAmount(amount); }
     /// Shows the OK button, from which Return takes the keyboard.
     void offerOk();
     /// The run ends here and is learned; what is shown stays.
     void endRun();
     /// Throws when the daemon does not get round to its clients.
     void checkAlive() { m_client->checkAlive(); }
-    /// What the user has done last.
-    enum class deed { nothing, accepted, cancelled, pressedOther };
-    deed handleEvents();
+    /// The user's end, if there was one.
+    std::optional<pipeEnd> handleEvents();
     /// The one that was pressed last, besides OK and Cancel.
     const pipeButton &pressedButton() const { return m_options.buttons[m_pressed]; }
-    /// Takes the content away. A daemon that was started here ends. A run that has not ended is forgotten
-    /// unless it `isWorthLearning`.
-    void close(bool isWorthLearning);
+    /// What becomes of the run, unless it has ended.
+    enum class result {
+        learned,
+        failed,   ///< it is forgotten
+        cancelled ///< likewise, and nobody is told: the user knows
+    };
+    /// Takes the content away. A daemon that was started here ends.
+    void close(result how);
 
 private:
     bool findPlace();
     void startOwnDaemon(place where);
     settingEntries ownSettings() const;
     std::string learnName() const;
-    void showContent(const pipeContent &start);
+    void showContent();
     void showText(const std::string &text);
-    void takeAway(bool isWorthLearning);
-    void send();
+    void takeAway();
+    void giveUp();
+    void send() { m_client->send(m_untold); }
     std::size_t slotsWanted() const;
     void takeSlots();
     void joinSlots();
     pipeContent placed(pipeContent content) const;
-    std::optional<int> slotAt(std::size_t index) const;
-    std::optional<int> slotOfBar(std::size_t index) const { return slotAt(index + 1); }
-    deed deedOf(const progressClient::event &each);
+    int slotOfBar(std::size_t index) const { return m_slots[index + 1]; }
+    /// What becomes of unclaimed slots when this program ends is the caller's business.
+    bool claimsSlots() const { return m_ownDaemon || m_options.slot < 0; }
+    std::optional<pipeEnd> endBy(const progressClient::event &each);
 
     const commonOptions &m_common;
     const pipeOptions &m_options;
@@ -147,6 +166,7 @@ private:
     pipeContent m_shown;
     bool m_hasText = false;
     bool m_hasOk = false;
+    bool m_runHasEnded = false;
     int m_remaining = -1;
     std::size_t m_pressed = 0;
 };

@@ -11,7 +11,6 @@
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
-#include <utility>
 
 namespace
 {
@@ -44,18 +43,10 @@ bool hasDisplay()
     return false;
 }
 
-int millisecondsUntil(std::chrono::steady_clock::time_point when)
-{
-    const auto left = when - std::chrono::steady_clock::now();
-    const auto rounded = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-    return static_cast<int>(std::clamp<long long>(rounded, 0, 1'000'000'000));
-}
-
 } // namespace
 
 progressPipe::progressPipe(const commonOptions &common, const pipeOptions &options)
-    : m_common(common), m_options(options), m_reading(options.bars.size()), m_amountTold(options.amount > 0),
-      m_parent(::getppid())
+    : m_common(common), m_options(options), m_reading(options.bars.size()), m_parent(::getppid())
 {
     if (options.isGauge)
         m_reading.expectBlocks();
@@ -72,17 +63,19 @@ int progressPipe::run()
         m_input = m_writer->output();
     }
     m_started = clock::now();
-    m_nextShow = m_started;
+    if (m_options.timeoutSeconds > 0)
+        m_timeLimit = deadline(milliseconds(m_options.timeoutSeconds));
     watch();
-    if (m_state == state::inputEnded && m_options.staysOpen() && m_window && !m_terminal)
-        waitForOk(endedStatus() == statusOk);
+    if (m_end == pipeEnd::inputEnded && m_options.staysOpen() && m_window && !m_terminal)
+        waitForOk();
     const int status = finalStatus();
     if (m_terminal && status == statusOk)
         m_terminal->show(wanted(), -1);
     m_terminal.reset();
-    const bool isCancelled = m_state == state::cancelled && !m_waitsForOk;
-    closeWindow(status == statusOk && !isCancelled);
-    if (m_state == state::interrupted) {
+    using result = pipeWindow::result;
+    const bool isCancelled = m_end == pipeEnd::cancelled && !m_waitsForOk;
+    closeWindow(isCancelled ? result::cancelled : status == statusOk ? result::learned : result::failed);
+    if (m_end == pipeEnd::interrupted) {
         const sigset_t set = endingSignals();
         ::signal(m_signal, SIG_DFL);
         ::raise(m_signal);
@@ -96,9 +89,6 @@ int progressPipe::run()
 /// A command is not left out because it cannot be watched.
 void progressPipe::openWindow()
 {
-    const auto goOnWithout = [this](const std::string &why) {
-        complain("no window (" + why + "), the command runs without one");
-    };
     try {
         if (m_options.usesTerminal.value_or(
                 !hasDisplay() && !progressClient::isRunning(m_common.identifier, m_common.limit()))) {
@@ -106,7 +96,7 @@ void progressPipe::openWindow()
                 complain(why);
             return;
         }
-        m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted(), pipeWindow::place::screen);
+        m_window = std::make_unique<pipeWindow>(m_common, m_options, pipeWindow::place::screen);
     } catch (const error &problem) {
         // Where a daemon starts without a display, the display is one that cannot be reached.
         if (problem.why() == error::reason::cannotStart && !m_options.usesTerminal && openTerminal().empty())
@@ -114,11 +104,7 @@ void progressPipe::openWindow()
         m_terminal.reset();
         if (m_options.command.empty())
             throw;
-        goOnWithout(problem.what());
-    } catch (const failure &problem) {
-        if (m_options.command.empty() || problem.status() != statusNoDaemon)
-            throw;
-        goOnWithout(problem.what());
+        complain("no window (" + std::string(problem.what()) + "), the command runs without one");
     }
 }
 
@@ -127,22 +113,21 @@ std::string progressPipe::openTerminal()
 {
     m_terminal = std::make_unique<terminalLine>();
     try {
-        m_window = std::make_unique<pipeWindow>(m_common, m_options, wanted(), pipeWindow::place::nowhere);
+        m_window = std::make_unique<pipeWindow>(m_common, m_options, pipeWindow::place::nowhere);
         return {};
     } catch (const error &problem) {
         return problem.what();
     }
 }
 
-/// `isWorthLearning` is false for a run that has failed.
-void progressPipe::closeWindow(bool isWorthLearning)
+void progressPipe::closeWindow(pipeWindow::result how)
 {
     if (!m_window)
         return;
     try {
-        if (isWorthLearning)
-            showInWindow();
-        m_window->close(isWorthLearning);
+        if (how == pipeWindow::result::learned)
+            m_window->show(wanted());
+        m_window->close(how);
     } catch (const error &problem) {
         complain(problem.what());
     }
@@ -153,24 +138,22 @@ void progressPipe::loseWindow(const char *why)
 {
     complain(why);
     m_window.reset();
-    m_state = state::windowGone;
+    m_end = pipeEnd::windowGone;
 }
 
 // The loop.
 
 /// Until the input ends or something else does. A command that runs here goes on without its window; then its
 /// end counts.
-progressPipe::state progressPipe::watch()
+void progressPipe::watch()
 {
-    for (;;) {
+    while (!m_end) {
         wait();
-        if (m_state == state::full && m_writer)
-            closeWindow(true);
-        const bool goesOn = m_state == state::running || (m_writer && m_state == state::full) ||
-                            ((m_writer || m_terminal) && m_state == state::windowGone);
-        if (!goesOn)
-            return m_state;
-        m_state = state::running;
+        if (m_end == pipeEnd::full && m_writer)
+            closeWindow(pipeWindow::result::learned);
+        if ((m_end == pipeEnd::full && m_writer) ||
+            (m_end == pipeEnd::windowGone && (m_writer || m_terminal)))
+            m_end.reset();
     }
 }
 
@@ -178,10 +161,10 @@ void progressPipe::wait()
 {
     const bool commandRuns = m_writer && !m_writer->handle().hasEnded();
     if (m_input < 0 && !commandRuns && !m_waitsForOk) {
-        m_state = state::inputEnded;
+        m_end = pipeEnd::inputEnded;
         return;
     }
-    const bool isDue = hasNews() && clock::now() >= m_nextShow;
+    const bool isDue = hasNews() && m_nextShow.isOver();
     const short windowEvents = isDue ? POLLIN | POLLOUT : POLLIN;
     if (isDue && !m_window)
         showNews();
@@ -199,8 +182,8 @@ void progressPipe::wait()
         endInput();
     if (m_window)
         tendWindow(fds[3].revents);
-    if (m_options.timeoutSeconds > 0 && m_state == state::running && clock::now() >= timeLimit())
-        m_state = state::timedOut;
+    if (!m_end && m_timeLimit.isOver())
+        m_end = pipeEnd::timedOut;
     if (fds[1].revents)
         handleSignal();
 }
@@ -209,8 +192,10 @@ void progressPipe::wait()
 void progressPipe::tendWindow(short events)
 {
     try {
-        if (events & ~POLLOUT)
-            handleDeed(m_window->handleEvents());
+        if (events & ~POLLOUT) {
+            if (const auto end = m_window->handleEvents())
+                m_end = end;
+        }
         // With each event the time that is left may be another one.
         if (events != 0)
             showNews();
@@ -225,65 +210,38 @@ void progressPipe::showNews()
 {
     if (m_terminal)
         m_terminal->show(wanted(), m_window ? m_window->remainingSeconds() : -1);
-    if (clock::now() < m_nextShow)
+    if (!m_nextShow.isOver())
         return;
-    m_nextShow = clock::now() + showInterval;
+    m_nextShow = deadline(showInterval);
     m_shown = wanted();
     if (!m_window)
         return;
-    showInWindow();
+    m_window->show(m_shown);
     if (m_reading.wasFull() && m_options.staysOpen())
         m_window->offerOk();
-}
-
-void progressPipe::showInWindow()
-{
-    if (m_reading.amount() > 0 && !std::exchange(m_amountTold, true))
-        m_window->tellAmount(m_reading.amount());
-    m_window->show(wanted());
 }
 
 /// A daemon that is stopped keeps its channels open and says nothing, as one does whose user takes time.
 void progressPipe::lookAfterDaemon()
 {
-    if (clock::now() < m_nextLook)
+    if (!m_nextLook.isOver())
         return;
     m_window->checkAlive();
-    m_nextLook = clock::now() + m_common.limit() / 2;
-}
-
-/// Closing the window is Cancel.
-void progressPipe::handleDeed(pipeWindow::deed deed)
-{
-    if (deed == pipeWindow::deed::accepted)
-        m_state = state::accepted;
-    else if (deed == pipeWindow::deed::cancelled)
-        m_state = state::cancelled;
-    else if (deed == pipeWindow::deed::pressedOther)
-        m_state = state::pressedOther;
+    m_nextLook = deadline(m_common.limit() / 2);
 }
 
 /// How long poll may wait, in milliseconds; -1 for ever.
 int progressPipe::waitingTime() const
 {
-    std::optional<clock::time_point> next;
-    const auto consider = [&next](clock::time_point when) { next = next ? std::min(*next, when) : when; };
-    if (hasNews() && clock::now() < m_nextShow)
-        consider(m_nextShow);
+    deadline next = m_timeLimit;
+    // What is due waits for the window to take it.
+    if (hasNews() && !m_nextShow.isOver())
+        next = deadline::earlier(next, m_nextShow);
     if (m_window && m_waitsForOk)
-        consider(m_nextLook);
+        next = deadline::earlier(next, m_nextLook);
     else if (m_window && m_options.showsRemaining)
-        consider(
-            std::max(clock::now() + std::chrono::milliseconds(1), m_nextShow - showInterval + secondsTick));
-    if (m_options.timeoutSeconds > 0)
-        consider(timeLimit());
-    return next ? millisecondsUntil(*next) : -1;
-}
-
-progressPipe::clock::time_point progressPipe::timeLimit() const
-{
-    return m_started + std::chrono::duration_cast<clock::duration>(
-                           std::chrono::duration<double>(m_options.timeoutSeconds));
+        next = deadline::earlier(next, deadline(secondsTick));
+    return next.leftForPoll();
 }
 
 void progressPipe::readInput()
@@ -296,12 +254,10 @@ void progressPipe::readInput()
         endInput();
     else if (errno != EINTR && errno != EAGAIN) {
         complain(systemText("the input cannot be read"));
-        m_state = state::inputFailed;
+        m_end = pipeEnd::inputFailed;
     }
-    for (const std::string &each : m_reading.takeComplaints())
-        complain(each);
-    if (m_options.autoClose && m_window && m_reading.percent() == 100)
-        m_state = state::full;
+    if (m_options.autoClose && m_window && m_reading.wasFull())
+        m_end = pipeEnd::full;
 }
 
 void progressPipe::endInput()
@@ -316,11 +272,11 @@ void progressPipe::handleSignal()
     if (::read(m_signals.get(), &about, sizeof about) != static_cast<ssize_t>(sizeof about))
         return;
     if (m_terminal && about.ssi_signo == SIGINT) {
-        m_state = state::cancelled;
+        m_end = pipeEnd::cancelled;
         return;
     }
     m_signal = static_cast<int>(about.ssi_signo);
-    m_state = state::interrupted;
+    m_end = pipeEnd::interrupted;
     if (m_writer)
         m_writer->handle().signal(m_signal);
 }
@@ -340,6 +296,7 @@ pipeContent progressPipe::wanted() const
     }
     made.pulsates = m_reading.pulsates().value_or(m_options.pulsates) && made.bars[0].percent < 100;
     made.text = wantedText();
+    made.amount = m_options.amount > 0 ? m_options.amount : m_reading.amount();
     return made;
 }
 
@@ -361,14 +318,13 @@ std::string progressPipe::wantedText() const
 
 // The end.
 
-/// The run ends with the input: nothing is learned of the waiting. `isWorthLearning` is false for a run that
-/// has failed.
-void progressPipe::waitForOk(bool isWorthLearning)
+/// The run ends with the input, unless it has failed: nothing is learned of the waiting.
+void progressPipe::waitForOk()
 {
     try {
-        showInWindow();
+        m_window->show(wanted());
         m_window->offerOk();
-        if (isWorthLearning)
+        if (endedStatus() == statusOk)
             m_window->endRun();
         m_waitsForOk = true;
         m_window->show(wanted());
@@ -376,34 +332,32 @@ void progressPipe::waitForOk(bool isWorthLearning)
         loseWindow(problem.what());
         return;
     }
-    m_nextLook = clock::now() + m_common.limit() / 2;
-    m_state = state::running;
-    while (m_state == state::running)
+    m_end.reset();
+    while (!m_end)
         wait();
 }
 
 int progressPipe::finalStatus()
 {
-    switch (m_state) {
-    case state::cancelled:
+    switch (*m_end) {
+    case pipeEnd::cancelled:
         return cancelledStatus();
-    case state::pressedOther:
+    case pipeEnd::pressedOther:
         if (m_window->pressedButton().status != pipeButton::printsLabel)
             return m_window->pressedButton().status;
         std::printf("%s\n", m_window->pressedButton().label.c_str());
         return statusRejected;
-    case state::timedOut:
+    case pipeEnd::timedOut:
         return statusTimedOut;
-    case state::windowGone:
+    case pipeEnd::windowGone:
         return m_writer ? endedStatus() : statusGone;
-    case state::interrupted:
+    case pipeEnd::interrupted:
         return 128 + m_signal;
-    case state::inputFailed:
+    case pipeEnd::inputFailed:
         return statusFile;
-    case state::running:
-    case state::full:
-    case state::accepted:
-    case state::inputEnded:
+    case pipeEnd::full:
+    case pipeEnd::accepted:
+    case pipeEnd::inputEnded:
         break;
     }
     return endedStatus();

@@ -22,31 +22,17 @@ public:
 
 private:
     using clock = std::chrono::steady_clock;
-    enum class state {
-        running,
-        inputEnded,
-        inputFailed,
-        accepted,
-        cancelled,
-        pressedOther,
-        full,
-        timedOut,
-        interrupted,
-        windowGone
-    };
 
     void openWindow();
     std::string openTerminal();
-    void closeWindow(bool isWorthLearning);
+    void closeWindow(pipeWindow::result how);
     void loseWindow(const char *why);
 
-    state watch();
+    void watch();
     void wait();
     void tendWindow(short events);
     void showNews();
-    void showInWindow();
     void lookAfterDaemon();
-    void handleDeed(pipeWindow::deed deed);
     void readInput();
     void endInput();
     void handleSignal();
@@ -54,9 +40,8 @@ private:
     std::string wantedText() const;
     bool hasNews() const { return (m_window || m_terminal) && !(wanted() == m_shown); }
     int waitingTime() const;
-    clock::time_point timeLimit() const;
     int percent() const { return m_reading.percent().value_or(m_options.percentage); }
-    void waitForOk(bool isWorthLearning);
+    void waitForOk();
     int finalStatus();
     int cancelledStatus();
     int endedStatus();
@@ -69,14 +54,14 @@ private:
     int m_input = 0;
     descriptor m_signals;
     int m_signal = 0;
-    state m_state = state::running;
+    std::optional<pipeEnd> m_end; ///< none while it goes on
     bool m_waitsForOk = false;
     std::optional<int> m_endedStatus; ///< what the end of the input has come to
     pipeInput m_reading;
-    bool m_amountTold = false;
     pipeContent m_shown;
     const int m_parent; ///< who has called this program
     clock::time_point m_started;
-    clock::time_point m_nextShow;
-    clock::time_point m_nextLook;
+    deadline m_timeLimit{progressClient::unlimited};
+    deadline m_nextShow{milliseconds(0)};
+    deadline m_nextLook{milliseconds(0)};
 };

@@ -36,7 +36,7 @@ std::string localTime(unsigned seconds)
 
 /// Lines that are no records are left out, as the daemon leaves them out, and so is what goes beyond its
 /// table.
-int showRecords(const std::string &path)
+void showRecords(const std::string &path)
 {
     std::istringstream lines(readTextFile(path));
     std::printf("%4s  %-19s  %8s  %6s  %9s  %9s\n", "run", "last seen", "seconds", "times", "snapshots",
@@ -51,7 +51,6 @@ int showRecords(const std::string &path)
                     record.total, record.found, record.snapshots.size(),
                     record.amount > 0 ? std::to_string(record.amount).c_str() : "-");
     }
-    return statusOk;
 }
 
 } // namespace
@@ -61,9 +60,6 @@ void addRecordsVerb(commandLineSetup &setup)
     auto file = std::make_shared<std::string>();
     auto *verb = setup.app.add_subcommand("records", "Prints the runs that the daemon has learned");
     verb->add_option("--file", *file, "Reads this file instead of the daemon's");
-    verb->callback([&setup, file] {
-        setup.chosen = [&setup, file] {
-            return showRecords(file->empty() ? recordsPath(setup.common.identifier) : *file);
-        };
-    });
+    verb->callback(
+        [&setup, file] { showRecords(file->empty() ? recordsPath(setup.common.identifier) : *file); });
 }

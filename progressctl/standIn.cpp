@@ -1,7 +1,7 @@
-#include "progressctl/standIn.h"
+#include "progressctl/commandLine.h"
 
 #include "client/system.h"
-#include "progressctl/common.h"
+#include "progressctl/texts.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,19 +12,13 @@
 namespace
 {
 
-/// Options by which a program of this name is asked for a progress window.
-struct otherProgram {
-    std::string_view name;
-    std::vector<std::string_view> progressOptions;
-};
+constexpr std::string_view otherPrograms[] = {"zenity", "yad", "dialog", "whiptail"};
+/// Options by which they are asked for a progress window.
+constexpr std::string_view progressOptions[] = {"--progress", "--multi-progress", "--gauge"};
 
-const std::vector<otherProgram> &otherPrograms()
+template <typename Words> bool contains(const Words &words, const std::string &word)
 {
-    static const std::vector<otherProgram> all{{"zenity", {"--progress"}},
-                                               {"yad", {"--progress", "--multi-progress"}},
-                                               {"dialog", {"--gauge"}},
-                                               {"whiptail", {"--gauge"}}};
-    return all;
+    return std::find(std::begin(words), std::end(words), word) != std::end(words);
 }
 
 bool isThisProgram(const struct stat &file)
@@ -62,18 +56,11 @@ std::string nextInPath(const std::string &name)
 std::vector<std::string> wordsOfStandIn(int argc, char **argv)
 {
     std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
-    const std::string path = argc > 0 ? argv[0] : "";
-    const std::string name = path.substr(path.find_last_of('/') + 1);
-    const auto &all = otherPrograms();
-    const auto other =
-        std::find_if(all.begin(), all.end(), [&name](const auto &each) { return each.name == name; });
-    if (other == all.end())
+    const std::string name = argc > 0 ? baseName(argv[0]) : std::string();
+    if (!contains(otherPrograms, name))
         return words;
-    const auto asks = [&](const std::string &word) {
-        const auto &options = other->progressOptions;
-        return std::find(options.begin(), options.end(), word) != options.end();
-    };
-    if (std::none_of(words.begin(), words.end(), asks))
+    if (std::none_of(words.begin(), words.end(),
+                     [](const std::string &word) { return contains(progressOptions, word); }))
         handOn(name, argv);
     // What stands behind a "--" there is no command.
     words.erase(std::remove(words.begin(), words.end(), "--"), words.end());

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -25,29 +26,12 @@ struct tag {
     std::size_t size = 0;
 };
 
-/// The end of the tag at the front of `text`, behind its ">"; a ">" within quotes is none.
-std::optional<std::size_t> tagEnd(std::string_view text)
-{
-    char quote = '\0';
-    for (std::size_t i = 1; i < text.size(); ++i) {
-        if (quote != '\0')
-            quote = text[i] == quote ? '\0' : quote;
-        else if (text[i] == '"' || text[i] == '\'')
-            quote = text[i];
-        else if (text[i] == '>')
-            return i + 1;
-        else if (text[i] == '<')
-            break;
-    }
-    return std::nullopt;
-}
-
 std::optional<tag> tagAtFront(std::string_view text)
 {
-    const auto size = tagEnd(text);
-    if (!size)
+    const std::size_t end = text.find_first_of("<>", 1);
+    if (end == text.npos || text[end] == '<')
         return std::nullopt;
-    std::string_view inner = text.substr(1, *size - 2);
+    std::string_view inner = text.substr(1, end - 1);
     const bool isEnd = !inner.empty() && inner.front() == '/';
     const bool isBoth = !isEnd && !inner.empty() && inner.back() == '/';
     inner.remove_prefix(isEnd ? 1 : 0);
@@ -55,19 +39,13 @@ std::optional<tag> tagAtFront(std::string_view text)
     const std::string_view name = inner.substr(0, inner.find(' '));
     if (std::find(std::begin(tagNames), std::end(tagNames), name) == std::end(tagNames))
         return std::nullopt;
-    return tag{name, !isEnd, isEnd || isBoth, *size};
+    return tag{name, !isEnd, isEnd || isBoth, end + 1};
 }
 
-std::string utf8(unsigned code)
+/// A path is what the standard library converts.
+std::string utf8(char32_t code)
 {
-    const auto tail = [code](int shift) { return static_cast<char>(0x80 | (code >> shift & 0x3F)); };
-    if (code < 0x80)
-        return {static_cast<char>(code)};
-    if (code < 0x800)
-        return {static_cast<char>(0xC0 | code >> 6), tail(0)};
-    if (code < 0x10000)
-        return {static_cast<char>(0xE0 | code >> 12), tail(6), tail(0)};
-    return {static_cast<char>(0xF0 | code >> 18), tail(12), tail(6), tail(0)};
+    return std::filesystem::path(std::u32string(1, code)).u8string();
 }
 
 std::optional<std::string> characterNamed(std::string_view name)

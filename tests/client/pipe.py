@@ -41,16 +41,16 @@ class Lines(ClientCase):
                 ("99.9\\n", (99, None, False), ""),
                 ("7.5 %%\\r\\n", (7, None, False), ""),
                 ("5\\n 20\\n #x\\n+30\\n", (5, None, False), "20"),
-                ("5\\n12/24\\n", (12, None, False), ""),
+                ("5\\n12/24\\n", (100, None, False), "12/24"),
                 ("1e1\\n", (11, None, False), ""),
                 ("0x20\\n", (20, None, False), ""),
-                ("12 of 4.5/7\\n", (12, None, False), ""),
+                ("1 of 4.5/7\\n", (14, None, False), ""),
                 ("5\\n6\\0\\0", (6, None, False), ""),
                 ("                  12.3%%\\r", (12, None, False), ""),
                 ("5\\n64 bytes\\n", (64, None, False), ""),
                 ("    1,048,576  45%%    1.00MB/s    0:00:01\\r", (45, None, False), ""),
                 ("  1.05M 100%%  9.9MB/s\\r", (100, None, False), ""),
-                ("10 of 20, 80%%\\n", (10, None, False), ""),
+                ("1 of 2, 80%%\\n", (12, None, False), ""),
                 ("####              12.3%%\\r", (12, None, False), ""),
                 ("#  7.5%%\\n", (7, None, False), ""),
                 ("dlstatus:1:20.9:Retrieving x\\npmstatus:libc6:amd64:40.5:Unpacking: y\\n", (40, "Unpacking: y", False), ""),
@@ -99,6 +99,9 @@ class Lines(ClientCase):
         messages = fake.messages()
         for told in ("create:9;<", "addText:8;T", "T\nx<"):
             self.assertIn(told, messages)
+        # What has failed at 100 is not to pass for done.
+        self.assertEqual(self.ctl("pipe -- sh -c 'echo 100; exit 3'").status, 3)
+        self.assertRegex(fake.messages(), r"update:(\d);-1</progress><progress>update:\1;(0|99)</progress>$")
 
     def test_are_told_of_several_bars(self):
         fake = FakeDaemon(self.path)
@@ -168,7 +171,7 @@ class Ends(ClientCase):
                 ("progressctl pipe -- printf '%s' --text", 0, "neither a number"),
                 ("progressctl pipe -- sh -c 'sleep 3 & echo 100'", 0, ""),
                 ("progressctl pipe -- sh -c 'exec >&-; sleep 0.2; exit 5'", 5, ""),
-                (WAITING.format("--auto-close").replace("echo 30", "echo 100"), 0, ""),
+                (WAITING.format("--auto-close").replace("echo 30", "printf '100\\n50\\n'"), 0, ""),
                 ("(echo 90; sleep 0.1; echo 20) | progressctl pipe --auto-close --expect-complete", 6, "20"),
                 ("progressctl pipe --auto-close -- sh -c 'echo 100; sleep 0.2; exit 3'", 3, ""),
                 (WAITING.format("--timeout 0.2"), 5, ""),

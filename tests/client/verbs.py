@@ -234,9 +234,9 @@ class Verbs(ClientCase):
         self.assertIn("records", words)
         for verb in sorted(words):
             words |= set(re.findall(r"^  (?:-h,)?(--[a-z-]+)", self.ctl(f"{verb} --help").output, re.M))
-        settings = set(self.ctl("configure --help").output.rpartition("Keys: ")[2].rstrip(".\n").split())
+        settings = set(self.ctl("configure --help").output.rpartition("Keys: ")[2].partition(".")[0].split())
         words |= settings
-        words |= set(re.findall(r"[a-z-]+", self.ctl("ask --help").output.rpartition("Buttons: ")[2]))
+        words |= set(re.findall(r"[a-z-]+", self.ctl("ask --help").output.rpartition("Buttons: ")[2].partition(".")[0]))
         for place in places:
             with open(os.path.join(source, place)) as file:
                 text = set(re.findall(r"[A-Za-z-]+[A-Za-z]", file.read().replace("\\-", "-")))
