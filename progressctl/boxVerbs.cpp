@@ -86,24 +86,12 @@ int report(button pressed)
     return !isNone && found->accepts ? statusOk : statusRejected;
 }
 
-int ask(const commonOptions &common, boxArguments given)
-{
-    given.box.title = given.title.value_or(translated("Question"));
-    progressClient client(common.identifier, common.limit());
-    return report(client.ask(given.box, given.timeout()));
-}
-
-int reportAssertion(const commonOptions &common, const boxArguments &given)
-{
-    progressClient client(common.identifier, common.limit());
-    return report(client.reportAssertion(given.box.text, given.timeout()));
-}
-
 void addTimeout(CLI::App *verb, boxArguments &given)
 {
     verb->add_option("--timeout", given.timeoutSeconds,
                      "Seconds to wait for the answer; 0: as long as it takes")
-        ->check(secondsWithin(0, 1e6));
+        ->check(secondsWithin(0, 1e6))
+        ->capture_default_str();
 }
 
 void addAsk(commandLineSetup &setup)
@@ -121,7 +109,11 @@ void addAsk(commandLineSetup &setup)
     verb->add_option("--default", given->box.preset, "The button that Return presses")
         ->transform(named("button", buttonNames()));
     addTimeout(verb, *given);
-    verb->callback([&setup, given] { setup.status = ask(setup.common, *given); });
+    verb->callback([&setup, given] {
+        given->box.title = given->title.value_or(translated("Question"));
+        progressClient client(setup.common.identifier, setup.common.limit());
+        setup.status = report(client.ask(given->box, given->timeout()));
+    });
 }
 
 void addAssert(commandLineSetup &setup)
@@ -131,7 +123,10 @@ void addAssert(commandLineSetup &setup)
         "assert", "Reports a failed assertion; prints yes, yes-to-all, retry, abort or none");
     verb->add_option("TEXT", given->box.text, "The report")->required();
     addTimeout(verb, *given);
-    verb->callback([&setup, given] { setup.status = reportAssertion(setup.common, *given); });
+    verb->callback([&setup, given] {
+        progressClient client(setup.common.identifier, setup.common.limit());
+        setup.status = report(client.reportAssertion(given->box.text, given->timeout()));
+    });
 }
 
 } // namespace

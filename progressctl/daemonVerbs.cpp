@@ -48,7 +48,9 @@ void start(const commonOptions &common, const startArguments &arguments)
                                           std::to_string(arguments.basePort));
 }
 
-void addStart(commandLineSetup &setup)
+} // namespace
+
+void addDaemonVerbs(commandLineSetup &setup)
 {
     auto given = std::make_shared<startArguments>();
     auto *verb = setup.app.add_subcommand("start", "Starts the daemon, if it does not run");
@@ -63,18 +65,7 @@ void addStart(commandLineSetup &setup)
         given->hasPorts = ports->count() > 0;
         start(setup.common, *given);
     });
-}
-
-void addStop(commandLineSetup &setup)
-{
-    auto *verb = setup.app.add_subcommand("stop", "Ends the daemon");
-    verb->callback([&setup] { progressClient::stopDaemon(setup.common.identifier, setup.common.limit()); });
-}
-
-} // namespace
-
-void addDaemonVerbs(commandLineSetup &setup)
-{
-    addStart(setup);
-    addStop(setup);
+    setup.app.add_subcommand("stop", "Ends the daemon")->callback([&setup] {
+        progressClient::stopDaemon(setup.common.identifier, setup.common.limit());
+    });
 }

@@ -156,22 +156,15 @@ void pipeWindow::showContent()
     for (std::size_t i = 0; i < m_shown.bars.size(); ++i)
         m_untold.createBar(slotOfBar(i), m_shown.bars[i].caption);
     // A window of its own has nothing to stand apart from.
-    if (!m_ownDaemon)
-        joinSlots();
+    for (const int slot : m_ownDaemon ? std::vector<int>() : m_slots)
+        m_untold.joinSlot(slot, leadingSlot());
     for (std::size_t i = 0; i < m_options.buttons.size(); ++i)
         m_untold.addButton(m_slots[i + 2], labelFromMnemonic(m_options.buttons[i].label));
     if (m_options.hasCancel)
-        m_untold.addButton(m_slots[1], labelFromMnemonic(m_options.cancelLabel));
+        m_untold.addButton(leadingSlot(), labelFromMnemonic(m_options.cancelLabel));
     // Its user may have closed the window, which does not come back for further content.
     if (!m_ownDaemon)
         m_untold.activate();
-}
-
-/// That of the first bar and Cancel leads.
-void pipeWindow::joinSlots()
-{
-    for (const int slot : m_slots)
-        m_untold.joinSlot(slot, m_slots[1]);
 }
 
 void pipeWindow::offerOk()
@@ -228,7 +221,7 @@ void pipeWindow::showText(const std::string &text)
         m_untold.updateText(slot, text);
     else {
         m_untold.createText(slot, text);
-        m_untold.joinSlot(slot, m_slots[1]);
+        m_untold.joinSlot(slot, leadingSlot());
     }
     m_hasText = !isUseless;
 }

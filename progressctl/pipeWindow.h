@@ -148,9 +148,10 @@ private:
     void send() { m_client->send(m_untold); }
     std::size_t slotsWanted() const;
     void takeSlots();
-    void joinSlots();
     pipeContent placed(pipeContent content) const;
     int slotOfBar(std::size_t index) const { return m_slots[index + 1]; }
+    /// That of the first bar and Cancel.
+    int leadingSlot() const { return slotOfBar(0); }
     /// What becomes of unclaimed slots when this program ends is the caller's business.
     bool claimsSlots() const { return m_ownDaemon || m_options.slot < 0; }
     std::optional<pipeEnd> endBy(const progressClient::event &each);

@@ -62,6 +62,8 @@ int progressPipe::run()
         m_writer = std::make_unique<writer>(m_options.command);
         m_input = m_writer->output();
     }
+    // What nobody reads any more ends no job. The command has this signal as it was.
+    ::signal(SIGPIPE, SIG_IGN);
     m_started = clock::now();
     if (m_options.timeoutSeconds > 0)
         m_timeLimit = deadline(milliseconds(m_options.timeoutSeconds));
@@ -199,8 +201,12 @@ void progressPipe::tendWindow(short events)
         // With each event the time that is left may be another one.
         if (events != 0)
             showNews();
-        if (m_waitsForOk)
-            lookAfterDaemon();
+        // A daemon that is stopped keeps its channels open and says nothing, as one does whose user takes
+        // time.
+        if (m_waitsForOk && m_nextLook.isOver()) {
+            m_window->checkAlive();
+            m_nextLook = deadline(m_common.limit() / 2);
+        }
     } catch (const error &problem) {
         loseWindow(problem.what());
     }
@@ -219,15 +225,6 @@ void progressPipe::showNews()
     m_window->show(m_shown);
     if (m_reading.wasFull() && m_options.staysOpen())
         m_window->offerOk();
-}
-
-/// A daemon that is stopped keeps its channels open and says nothing, as one does whose user takes time.
-void progressPipe::lookAfterDaemon()
-{
-    if (!m_nextLook.isOver())
-        return;
-    m_window->checkAlive();
-    m_nextLook = deadline(m_common.limit() / 2);
 }
 
 /// How long poll may wait, in milliseconds; -1 for ever.

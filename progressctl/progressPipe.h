@@ -32,7 +32,6 @@ private:
     void wait();
     void tendWindow(short events);
     void showNews();
-    void lookAfterDaemon();
     void readInput();
     void endInput();
     void handleSignal();

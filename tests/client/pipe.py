@@ -166,6 +166,7 @@ class Ends(ClientCase):
                 ("progressctl pipe --expect-complete -- seq 0 100", 0, ""),
                 ("progressctl pipe -- sh -c 'echo 30; exit 7'", 7, ""),
                 ("progressctl pipe -- sh -c 'kill -9 $$'", 137, ""),
+                ("progressctl pipe -- sh -c 'kill -PIPE $PPID; sleep 0.2; kill -PIPE $$'", 141, ""),
                 ("progressctl pipe -- /nix/command", 127, "/nix/command"),
                 ("trap '' TERM; progressctl pipe -- sh -c 'kill -TERM $PPID; sleep 0.2; exit 3'", 3, ""),
                 ("progressctl pipe -- printf '%s' --text", 0, "neither a number"),
@@ -336,7 +337,8 @@ class Ends(ClientCase):
 class Terminal(ClientCase):
     """Without a display."""
 
-    JOB = "(echo 5; echo '# a 1 of 3'; sleep 0.2; echo 50; echo 50; sleep 1.2; echo 100) | progressctl pipe --title $TITLE"
+    # A command starts when there is a window, or the line in its place.
+    JOB = "progressctl pipe --title $TITLE -- sh -c \"echo 5; echo '# a 1 of 3'; sleep 0.3; echo 50; echo 50; sleep 1.2; echo 100\""
 
     def setUp(self):
         super().setUp()
