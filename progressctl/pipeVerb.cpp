@@ -13,7 +13,8 @@ namespace
 /// What other progress windows and their toolkits know and what has no meaning here is passed over: the user
 /// of a script cannot do anything about it.
 constexpr char ignoredFlags[] =
-    "--progress --multi-progress --no-wrap --ellipsize --default-cancel --center --enable-log --log-expanded "
+    "--progress --multi-progress --modal --no-wrap --ellipsize --default-cancel --center --enable-log "
+    "--log-expanded "
     "--log-on-top --hide-text --rtl --vertical --mouse --sticky --fixed --skip-taskbar --no-escape "
     "--always-print-result --splash --no-focus --selectable-labels --keep-icon-size --image-on-top --clear "
     "--no-shadow --stdout --colors --no-collapse --cr-wrap --g-fatal-warnings";
@@ -56,7 +57,7 @@ void addLook(CLI::App *verb, pipeOptions &given)
                      "Icon of a window of its own: a picture file, or the name of an icon");
     verb->add_option("--icon-name,--icon,--image", given.image,
                      "Picture in a window of its own: a file, or the name of an icon");
-    verb->add_flag("--modal,--on-top,--undecorated", given.isModal,
+    verb->add_flag("--on-top,--undecorated", given.staysOnTop,
                    "A window of its own stays above all others, without a frame");
     verb->add_option_function<std::string>(
         "--display", [](const std::string &name) { ::setenv("DISPLAY", name.c_str(), 1); },

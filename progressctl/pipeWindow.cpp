@@ -122,7 +122,7 @@ settingEntries pipeWindow::ownSettings() const
     settingEntries settings = loadLook(m_options.look);
     const std::string &title = m_options.title.empty() ? translated("Progress") : m_options.title;
     settings.insert(settings.begin(), {"windowTitle", oneLine(title)});
-    settings.emplace_back("windowModal", m_options.isModal ? "on" : "off");
+    settings.emplace_back("windowModal", m_options.staysOnTop ? "on" : "off");
     if (m_options.width > 0)
         settings.emplace_back("windowWidth", std::to_string(m_options.width));
     if (!m_options.icon.empty())
@@ -180,7 +180,7 @@ void pipeWindow::offerOk()
 pipeContent pipeWindow::placed(pipeContent content) const
 {
     const bool isShared = !m_ownDaemon;
-    if (!m_options.bars.empty() || !m_options.caption.empty() || (!isShared && m_options.isModal))
+    if (!m_options.bars.empty() || !m_options.caption.empty() || (!isShared && m_options.staysOnTop))
         return content;
     if (isShared && !m_options.title.empty())
         content.text = content.bars[0].caption + (content.text.empty() ? "" : "\n" + content.text);

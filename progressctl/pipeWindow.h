@@ -34,7 +34,7 @@ struct pipeOptions {
     std::int64_t amount = 0; ///< 0: none was given
     int slot = -1;           ///< -1: any that is free
     int percentage = 0;
-    bool isModal = false;
+    bool staysOnTop = false; ///< of all windows, without a frame
     bool hasCancel = true;
     bool hasOk = true;
     bool hasMarkup = true;

@@ -39,7 +39,7 @@ _progressctl() {
     assert) options+=' --timeout' ;;
     records) options+=' --file' ;;
     pipe) options+=' --title --caption --text --no-markup --percentage --pulsate --bar --slot --layout --theme --width
-        --window-icon --icon-name --modal --display --terminal --no-terminal --time-remaining --no-cancel --cancel-label --ok-label --cancel-status --auto-kill
+        --window-icon --icon-name --on-top --display --terminal --no-terminal --time-remaining --no-cancel --cancel-label --ok-label --cancel-status --auto-kill
         --extra-button --button --no-buttons --auto-close --keep-open --notify --expect-complete --timeout --gauge --learn --amount' ;;
     esac
     case $before in

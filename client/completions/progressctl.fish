@@ -48,6 +48,6 @@ complete -c progressctl -n '__progressctl_verb pipe' -l icon-name -r
 for each in caption text percentage bar slot width display cancel-label ok-label cancel-status extra-button button gauge learn amount
     complete -c progressctl -n '__progressctl_verb pipe' -l $each -x
 end
-for each in no-markup pulsate modal terminal no-terminal time-remaining no-cancel auto-kill no-buttons auto-close keep-open notify expect-complete
+for each in no-markup pulsate on-top terminal no-terminal time-remaining no-cancel auto-kill no-buttons auto-close keep-open notify expect-complete
     complete -c progressctl -n '__progressctl_verb pipe' -l $each
 end

@@ -338,7 +338,7 @@ class Terminal(ClientCase):
     """Without a display."""
 
     # A command starts when there is a window, or the line in its place.
-    JOB = "progressctl pipe --title $TITLE -- sh -c \"echo 5; echo '# a 1 of 3'; sleep 0.3; echo 50; echo 50; sleep 1.2; echo 100\""
+    JOB = "progressctl pipe --title $TITLE --percentage 5 --text 'a 1 of 3' -- sh -c 'sleep 0.3; echo 50; echo 50; sleep 1.2; echo 100'"
 
     def setUp(self):
         super().setUp()
