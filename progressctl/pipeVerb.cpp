@@ -14,10 +14,9 @@ namespace
 /// of a script cannot do anything about it.
 constexpr char ignoredFlags[] =
     "--progress --multi-progress --modal --no-wrap --ellipsize --default-cancel --center --enable-log "
-    "--log-expanded "
-    "--log-on-top --hide-text --rtl --vertical --mouse --sticky --fixed --skip-taskbar --no-escape "
-    "--always-print-result --splash --no-focus --selectable-labels --keep-icon-size --image-on-top --clear "
-    "--no-shadow --stdout --colors --no-collapse --cr-wrap --g-fatal-warnings";
+    "--log-expanded --log-on-top --hide-text --rtl --vertical --mouse --sticky --fixed --skip-taskbar "
+    "--no-escape --always-print-result --splash --no-focus --selectable-labels --keep-icon-size "
+    "--image-on-top --clear --no-shadow --stdout --colors --no-collapse --cr-wrap --g-fatal-warnings";
 /// Likewise, with a value.
 constexpr char ignoredOptions[] =
     "--height --attach --class --name --screen --gtk-module --gtk-debug --gtk-no-debug --gdk-debug "
