@@ -8,8 +8,6 @@
 namespace
 {
 
-using client = progressClient;
-
 struct commandWords {
     int slot = 0;
     std::string text;
@@ -19,19 +17,20 @@ struct commandWords {
 class commandVerb
 {
 public:
-    using action = std::function<void(client &, const commandWords &)>;
+    using action = std::function<void(progressClient &, const commandWords &)>;
 
     commandVerb(commandLineSetup &setup, const std::string &name, const std::string &help, const action &act)
         : m_verb(setup.app.add_subcommand(name, help)), m_given(std::make_shared<commandWords>())
     {
-        m_verb->callback(
-            [&setup, act, given = m_given] { actOnce(setup.common, [&](client &to) { act(to, *given); }); });
+        m_verb->callback([&setup, act, given = m_given] {
+            actOnce(setup.common, [&](progressClient &to) { act(to, *given); });
+        });
     }
     commandVerb &withSlot()
     {
         m_verb->add_option("SLOT", m_given->slot, "Slot, 0 to 9")
             ->required()
-            ->check(CLI::Range(0, client::slotCount - 1));
+            ->check(CLI::Range(0, progressClient::slotCount - 1));
         return *this;
     }
     commandVerb &withText(const std::string &name, const std::string &help, const CLI::Validator &check = {})
@@ -49,8 +48,8 @@ private:
 std::optional<int> percentFrom(const std::string &text)
 {
     const auto number = numberAtFront(text);
-    if (!number || (!number->rest.empty() && number->rest != "%") || number->whole < client::givenUp ||
-        number->whole > 100)
+    if (!number || (!number->rest.empty() && number->rest != "%") ||
+        number->whole < progressClient::givenUp || number->whole > 100)
         return std::nullopt;
     return number->whole;
 }
@@ -58,7 +57,7 @@ std::optional<int> percentFrom(const std::string &text)
 void addUpdate(commandLineSetup &setup)
 {
     commandVerb(setup, "update", "Moves a bar",
-                [](client &to, const commandWords &given) {
+                [](progressClient &to, const commandWords &given) {
                     to.updateBar(given.slot, percentFrom(given.text).value_or(0));
                 })
         .withSlot()
@@ -69,12 +68,14 @@ void addUpdate(commandLineSetup &setup)
 
 void addBusy(commandLineSetup &setup)
 {
-    commandVerb(setup, "busy", "Shows or hides the busy window", [](client &to, const commandWords &given) {
-        if (given.text != "on")
-            return to.busyOff();
-        to.configure({{"busyPlace", "centre"}});
-        to.busyOn();
-    }).withText("STATE", "on or off", CLI::IsMember({"on", "off"}));
+    commandVerb(setup, "busy", "Shows or hides the busy window",
+                [](progressClient &to, const commandWords &given) {
+                    if (given.text != "on")
+                        return to.busyOff();
+                    to.configure({{"busyPlace", "centre"}});
+                    to.busyOn();
+                })
+        .withText("STATE", "on or off", CLI::IsMember({"on", "off"}));
 }
 
 struct settingsArguments {
@@ -91,7 +92,7 @@ void configure(const commonOptions &common, const settingsArguments &given)
         all.push_back(entryFromText(text));
     if (all.empty())
         throw failure(statusUsage, "nothing to configure: give KEY=VALUE or --file");
-    actOnce(common, [&all](client &to) { to.configure(all); });
+    actOnce(common, [&all](progressClient &to) { to.configure(all); });
 }
 
 void addConfigure(commandLineSetup &setup)
@@ -107,8 +108,9 @@ void addConfigure(commandLineSetup &setup)
 void addAmount(commandLineSetup &setup)
 {
     const auto isAmount = [](const std::string &text) { return wire::readAmount(text) > 0 || text == "0"; };
-    commandVerb(setup, "amount", "Says how much there is to do, which makes the estimate better",
-                [](client &to, const commandWords &given) { to.setAmount(wire::readAmount(given.text)); })
+    commandVerb(
+        setup, "amount", "Says how much there is to do, which makes the estimate better",
+        [](progressClient &to, const commandWords &given) { to.setAmount(wire::readAmount(given.text)); })
         .withText("N", "Files, bytes, lines or the like, always in the same unit; 0 takes it back",
                   valueThat(isAmount, "is no amount (1 to 2^53; 0: none)"));
 }
@@ -117,37 +119,38 @@ void addAmount(commandLineSetup &setup)
 
 void addDialogVerbs(commandLineSetup &setup)
 {
-    const auto plain = [&](const char *name, const char *help, void (client::*command)()) {
-        commandVerb(setup, name, help, [=](client &to, const commandWords &) { (to.*command)(); });
+    const auto plain = [&](const char *name, const char *help, void (progressClient::*command)()) {
+        commandVerb(setup, name, help, [=](progressClient &to, const commandWords &) { (to.*command)(); });
     };
-    const auto slot = [&](const char *name, const char *help, void (client::*command)(int)) {
-        commandVerb(setup, name, help, [=](client &to, const commandWords &given) {
+    const auto slot = [&](const char *name, const char *help, void (progressClient::*command)(int)) {
+        commandVerb(setup, name, help, [=](progressClient &to, const commandWords &given) {
             (to.*command)(given.slot);
         }).withSlot();
     };
     const auto text = [&](const char *name, const char *help,
-                          void (client::*command)(int, std::string_view)) {
-        commandVerb(setup, name, help,
-                    [=](client &to, const commandWords &given) { (to.*command)(given.slot, given.text); })
+                          void (progressClient::*command)(int, std::string_view)) {
+        commandVerb(
+            setup, name, help,
+            [=](progressClient &to, const commandWords &given) { (to.*command)(given.slot, given.text); })
             .withSlot()
             .withText("TEXT", "What it reads");
     };
-    text("bar", "Shows a bar, or starts it again", &client::createBar);
+    text("bar", "Shows a bar, or starts it again", &progressClient::createBar);
     addUpdate(setup);
-    slot("pulse", "Moves a bar to and fro, until its next update", &client::pulse);
-    slot("remove", "Removes a bar or text", &client::removeBar);
-    text("text", "Shows a text line", &client::createText);
-    text("update-text", "Changes a text line", &client::updateText);
-    slot("remove-text", "Removes a text or bar", &client::removeText);
-    text("button", "Shows a button; a click is the event clicked:SLOT", &client::addButton);
-    slot("remove-button", "Removes a button", &client::removeButton);
-    plain("activate", "Brings the window to the front", &client::activate);
-    plain("pause", "Hides the window", &client::messageStart);
-    plain("resume", "Brings the window back after pause", &client::messageStop);
+    slot("pulse", "Moves a bar to and fro, until its next update", &progressClient::pulse);
+    slot("remove", "Removes a bar or text", &progressClient::removeBar);
+    text("text", "Shows a text line", &progressClient::createText);
+    text("update-text", "Changes a text line", &progressClient::updateText);
+    slot("remove-text", "Removes a text or bar", &progressClient::removeText);
+    text("button", "Shows a button; a click is the event clicked:SLOT", &progressClient::addButton);
+    slot("remove-button", "Removes a button", &progressClient::removeButton);
+    plain("activate", "Brings the window to the front", &progressClient::activate);
+    plain("pause", "Hides the window", &progressClient::messageStart);
+    plain("resume", "Brings the window back after pause", &progressClient::messageStop);
     addBusy(setup);
     addAmount(setup);
     addConfigure(setup);
     commandVerb(setup, "send", "Sends a message as it is, tags included",
-                [](client &to, const commandWords &given) { to.send(given.text); })
+                [](progressClient &to, const commandWords &given) { to.send(given.text); })
         .withText("MESSAGE", "For example \"<progress>activate</progress>\"");
 }

@@ -61,8 +61,8 @@ bool takePrefix(std::string_view &text, std::string_view prefix)
     return isThere;
 }
 
-/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11
-/// and "12/40" as more than 100, and their scripts end at what these take for 100.
+/// All digits up to a point or comma, whatever stands between them: other progress windows read "1e1" as 11,
+/// and their scripts end at what these take for 100.
 int joinedDigits(std::string_view text)
 {
     int number = 0;
@@ -197,12 +197,19 @@ void pipeInput::takeNumber(std::string_view line)
             setPercent(bar - 1, percent->whole);
         return;
     }
-    const auto behindSize = percentBehindSize(line);
-    const int percent = behindSize ? behindSize->whole : joinedDigits(line);
+    const int percent = number.rest.empty() ? number.whole : percentAmongWords(line, number);
     setPercent(0, percent);
     if (percent > 100)
         complainOnce("a number is not within 0 to 100", line);
+}
+
+/// Beside how much there is to do, the first number counts.
+int pipeInput::percentAmongWords(std::string_view line, const frontNumber &first)
+{
     lookForAmount(line);
+    if (const auto behindSize = percentBehindSize(line))
+        return behindSize->whole;
+    return amountIn(line) > 0 ? first.whole : joinedDigits(line);
 }
 
 void pipeInput::setPercent(std::size_t bar, int percent)

@@ -58,6 +58,7 @@ private:
     void keep(std::string_view part);
     void take(std::string_view line);
     void takeNumber(std::string_view line);
+    int percentAmongWords(std::string_view line, const frontNumber &first);
     void takeText(std::string_view text);
     bool takeBlock(std::string_view line);
     bool takeFromOthers(std::string_view line);
