@@ -1,5 +1,9 @@
 #include "client/connection.h"
 
+#include "client/messageText.h"
+#include "wire/words.h"
+
+#include <algorithm>
 #include <unistd.h>
 
 namespace
@@ -17,6 +21,40 @@ deadline now()
 progressError goneBecause(const std::string &why)
 {
     return {progressError::reason::gone, why};
+}
+
+/// The number behind `prefix`, which ends at `text`'s end or at `stop`.
+std::optional<int> numberBehind(std::string_view text, std::string_view prefix, char stop = '\0')
+{
+    if (!wire::beginsWith(text, prefix))
+        return std::nullopt;
+    return leadingNumber(text.substr(prefix.size()), stop);
+}
+
+progressClient::event eventFromText(std::string text)
+{
+    using event = progressClient::event;
+    using kind = event::kind;
+    static_assert(static_cast<int>(kind::closed) == static_cast<int>(wire::eventKind::closed) &&
+                  static_cast<std::size_t>(kind::other) == wire::eventNames.size());
+    event made;
+    const auto plain = std::find(wire::eventNames.begin(), wire::eventNames.end(), text);
+    if (plain != wire::eventNames.end())
+        made.what = static_cast<kind>(plain - wire::eventNames.begin());
+    else if (const auto slot = numberBehind(text, wire::nameOf(wire::eventKind::clicked))) {
+        made.what = kind::clicked;
+        made.slot = *slot;
+    } else if (const auto percent = numberBehind(text, wire::nameOf(wire::eventKind::totalProgress), '|')) {
+        const std::size_t bar = text.find('|');
+        const auto seconds = bar == std::string::npos ? std::nullopt : numberBehind(text.substr(bar), "|");
+        if (seconds) {
+            made.what = kind::totalProgress;
+            made.percent = *percent;
+            made.remainingSeconds = *seconds;
+        }
+    }
+    made.text = std::move(text);
+    return made;
 }
 
 } // namespace

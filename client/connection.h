@@ -22,6 +22,10 @@ public:
     /// Calls `act`. Where there is no connection any more, or it is lost meanwhile, throws the error; gives
     /// `nothing` instead where this one goes on without.
     template <typename Result, typename Act> Result use(Result nothing, const Act &act);
+    template <typename Act> void use(const Act &act)
+    {
+        use(true, [&act](connection &all) { return act(all), true; });
+    }
     /// From now on goes on without a daemon, rather than throw.
     void goOnWithout() { m_goesOn = true; }
     /// Empty while there is a daemon.

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "client/progressClient.h"
 #include "wire/tags.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 /// The texts of the protocol: making messages, reading what a daemon says. Works on plain text, without
 /// sockets.
@@ -17,12 +18,12 @@ constexpr std::size_t longestPayload = wire::longestMessage - 64;
 /// in what would end the message, and cut to at most `longest` bytes, between two characters.
 std::string carriable(std::string_view text, wire::messageKind kind, std::size_t longest = longestPayload);
 
+/// `text` with a character without a width before the byte `at` of each `mark` in it: it reads as before, and
+/// the mark is none.
+std::string broken(std::string text, std::string_view mark, std::size_t at);
+
 /// An error (badArgument) for a key that is none.
 std::string configurationPayload(const std::vector<std::pair<std::string, std::string>> &entries);
-
-/// An error (badArgument) for no or too many buttons, and for a preset that is none of them.
-std::string boxMessage(const progressClient::question &box);
-std::string assertionMessage(std::string_view text);
 
 /// What a daemon sends on the local channel.
 struct received {
@@ -32,8 +33,6 @@ struct received {
 
 /// Takes the first complete one off the front of `buffer`, with whatever stands before it.
 std::optional<received> takeReceived(std::string &buffer);
-
-progressClient::event eventFromText(std::string text);
 
 /// The decimal number at the front of `text`, up to its end or to `stop`.
 std::optional<int> leadingNumber(std::string_view text, char stop = '\0');

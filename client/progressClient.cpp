@@ -1,12 +1,45 @@
 #include "client/connection.h"
+#include "client/messageText.h"
+#include "wire/words.h"
+
+#include <algorithm>
 
 using error = progressError;
 
 namespace
 {
 
-/// Of what has nothing to give.
-constexpr bool done = true;
+std::string boxField(std::string_view text)
+{
+    // The breaks may double it, and a box has two.
+    constexpr std::size_t longest = longestPayload / 4 - 1024;
+    return broken(carriable(text, wire::messageKind::messageBox, longest), wire::fieldSeparator, 1);
+}
+
+std::string boxMessage(const progressClient::question &box)
+{
+    if (box.buttons.empty() || box.buttons.size() > wire::mostButtons)
+        throw error(error::reason::badArgument, "a box has one to ten buttons");
+    const auto isPreset = [&box](progressClient::button each) { return each == box.preset; };
+    if (box.preset != progressClient::button::none &&
+        std::none_of(box.buttons.begin(), box.buttons.end(), isPreset))
+        throw error(error::reason::badArgument, "the default button is none of the box's buttons");
+
+    std::string payload = std::to_string(static_cast<int>(box.picture));
+    for (const std::string &text : {box.title, box.text})
+        payload.append(wire::fieldSeparator).append(boxField(text));
+    for (const auto each : box.buttons) {
+        const unsigned number = static_cast<unsigned>(each) | (isPreset(each) ? wire::presetFlag : 0);
+        payload.append(wire::fieldSeparator).append(std::to_string(number));
+    }
+    return message(wire::messageKind::messageBox, payload);
+}
+
+std::string assertionMessage(std::string_view text)
+{
+    constexpr auto kind = wire::messageKind::assertion;
+    return message(kind, carriable(text, kind));
+}
 
 } // namespace
 
@@ -71,7 +104,7 @@ std::string progressClient::whyGone() const
 
 void progressClient::checkAlive()
 {
-    here().use(done, [](connection &all) { return all.checkAlive(), done; });
+    here().use([](connection &all) { all.checkAlive(); });
 }
 
 pid_t progressClient::daemonProcess() const
@@ -87,7 +120,7 @@ int progressClient::claim()
 
 void progressClient::send(std::string_view message)
 {
-    here().use(done, [message](connection &all) { return all.send(message), done; });
+    here().use([message](connection &all) { all.send(message); });
 }
 
 void progressClient::send(progressBatch &batch)
@@ -103,7 +136,7 @@ void progressClient::tell(const std::string &message)
 
 void progressClient::finish()
 {
-    here().use(done, [](connection &all) { return all.finish(), done; });
+    here().use([](connection &all) { all.finish(); });
 }
 
 int progressClient::openBox(const question &box)
@@ -138,7 +171,7 @@ progressClient::button progressClient::reportAssertion(std::string_view text, mi
 
 void progressClient::listen()
 {
-    here().use(done, [](connection &all) { return all.listen(), done; });
+    here().use([](connection &all) { all.listen(); });
 }
 
 int progressClient::fd() const

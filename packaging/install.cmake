@@ -26,10 +26,14 @@ if(LOWDOWN)
 else()
     message(STATUS "lowdown is missing: the manual page progressd-protocol(7) is left out")
 endif()
-install(FILES client/completions/progressctl.bash RENAME progressctl
+foreach(file progressctl.bash progressctl.fish _progressctl)
+    made(${file} printWords ${CMAKE_CURRENT_SOURCE_DIR}/client/completions/${file})
+endforeach()
+set(made_folder ${CMAKE_CURRENT_BINARY_DIR})
+install(FILES ${made_folder}/progressctl.bash RENAME progressctl
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-install(FILES client/completions/_progressctl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
-install(FILES client/completions/progressctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+install(FILES ${made_folder}/_progressctl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+install(FILES ${made_folder}/progressctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 # The desktop knows the windows by the first, and software centres the packages by the second.
 install(FILES packaging/progressd.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)

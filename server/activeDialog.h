@@ -31,13 +31,8 @@ public:
     bool isShown() const;
     busyWidget *busyWindow() const { return m_splash; }
 
-    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy. `isAsked`: the
-    /// user, or a client for him, has asked for it, so that it gets the keyboard.
-    void bringToFront(bool isAsked);
     /// Brings the dialog to the front if it has content.
     void activate();
-    /// Hides the dialog, or brings it back if it has content.
-    void toggle();
     /// The run is not worth learning; the dialog is hidden until `messageStop()`.
     void messageStart();
     void messageStop();
@@ -48,8 +43,7 @@ public:
     void cancelRun();
     /// Removes the row and the button of a slot, if they are shown.
     void clearSlot(int slot);
-    /// A bar of the run is given up.
-    void giveUp() { m_endNotice.giveUp(); }
+    endNotice &noticeOfEnd() { return m_endNotice; }
     /// Whether a box waits for the user.
     void setUrgent(bool isUrgent) { m_taskbar.setUrgent(isUrgent); }
 
@@ -66,6 +60,11 @@ public:
     bool isInputBlocked() const override;
 
 private:
+    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy. `isAsked`: the
+    /// user, or a client for him, has asked for it, so that it gets the keyboard.
+    void bringToFront(bool isAsked);
+    /// Hides the dialog, or brings it back if it has content.
+    void toggle();
     void showBusyWindow();
     void hideDialog();
     void showPending();

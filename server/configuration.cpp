@@ -2,7 +2,6 @@
 
 #include "dialog/CProgressDialog.h"
 #include "log/dump.h"
-#include "server/endNotice.h"
 #include "stats/statistics.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
@@ -121,7 +120,7 @@ bool choose(Choice &chosen, wire::setting which, QStringView word, Choice first 
     return index.has_value();
 }
 
-void apply(wire::setting which, QStringView value, const activeDialog &windows)
+void apply(wire::setting which, QStringView value, activeDialog &windows)
 {
     using wire::setting;
     fieldReader fields(value, u'|');
@@ -187,7 +186,8 @@ void apply(wire::setting which, QStringView value, const activeDialog &windows)
         choose(statistics.m_estimateMode, which, value);
         break;
     case setting::notifyEnd:
-        fieldReader(value, u'|') >> m_notifyEndSeconds;
+        if (int seconds = 0; fields >> seconds)
+            windows.noticeOfEnd().setLeastSeconds(seconds);
         break;
     }
 }

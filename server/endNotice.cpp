@@ -29,7 +29,7 @@ bool isInFront(const QWidget &window)
 
 void endNotice::begin()
 {
-    *this = {};
+    m_isGivenUp = m_wasSeen = false;
     m_clock.start();
 }
 
@@ -40,7 +40,7 @@ void endNotice::hide(const QWidget &window)
 
 void endNotice::end(const QWidget &window)
 {
-    if (m_notifyEndSeconds < 0 || !m_clock.hasExpired(m_notifyEndSeconds * qint64{1000}) || m_wasSeen ||
+    if (m_leastSeconds < 0 || !m_clock.hasExpired(m_leastSeconds * qint64{1000}) || m_wasSeen ||
         isInFront(window))
         return;
     const QString text =

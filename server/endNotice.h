@@ -4,13 +4,12 @@
 
 class QWidget;
 
-/// Runs that took longer than so many seconds end with a notification; below 0 none does.
-inline int m_notifyEndSeconds = -1;
-
 /// The desktop's notification at the end of a run whose window nobody saw. Windows are not owned.
 class endNotice
 {
 public:
+    /// Runs that took longer end with a notification; below 0, as at first, none does.
+    void setLeastSeconds(int seconds) { m_leastSeconds = seconds; }
     void begin();
     /// The run in progress has failed.
     void giveUp() { m_isGivenUp = true; }
@@ -21,6 +20,7 @@ public:
     void end(const QWidget &window);
 
 private:
+    int m_leastSeconds = -1;
     QElapsedTimer m_clock;
     bool m_isGivenUp = false;
     bool m_wasSeen = false; ///< until a client hid it

@@ -53,7 +53,7 @@ void handlers::doProgress(const progressCommand &command)
         break;
     case progressVerb::update:
         if (command.value == wire::givenUpPercent)
-            m_active.giveUp();
+            m_active.noticeOfEnd().giveUp();
         dialog.updateBar(slot, command.value);
         break;
     case progressVerb::create:

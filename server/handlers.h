@@ -21,10 +21,6 @@ public:
     /// where a box is to be answered; when `waiting` is deleted, if it is given, the box is taken away.
     void handle(const message &received, dialect from, const askerFunction &asker,
                 const QObject *waiting = nullptr);
-    /// Carries out one progress command, its replaced dialogs included.
-    void doProgress(const progressCommand &command);
-    /// Applies the entries of a configuration message.
-    void doConfiguration(const QString &description);
     /// Reserves the lowest slot that shows neither row nor button and that nobody has claimed; -1 when there
     /// is none. Who has reserved one gives it up.
     int claim();
@@ -39,5 +35,9 @@ public:
     noticeBoxes m_boxes;
 
 private:
+    void doProgress(const progressCommand &command);
+    /// Applies the entries of a configuration message.
+    void doConfiguration(const QString &description);
+
     std::bitset<wire::slotCount> m_claimed;
 };

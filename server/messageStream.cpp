@@ -16,54 +16,35 @@ bool mayOpen(std::string_view rest)
 
 } // namespace
 
-char *messageStream::reserve(qsizetype size)
-{
-    if (m_head == m_end) {
-        m_searched -= m_head;
-        m_head = m_end = 0;
-        if (m_text.size() > 4 * size)
-            m_text = QByteArray();
-    } else if (m_head > m_end - m_head) {
-        std::copy(m_text.cbegin() + m_head, m_text.cbegin() + m_end, m_text.begin());
-        m_searched -= m_head;
-        m_end -= m_head;
-        m_head = 0;
-    }
-    if (m_text.size() < m_end + size)
-        m_text.resize(std::max(m_end + size, 2 * m_text.size()));
-    return m_text.data() + m_end;
-}
-
 void messageStream::commit(qsizetype size)
 {
-    char *const begin = m_text.data() + m_end;
-    m_end += size;
-    if (std::memchr(begin, '\0', static_cast<size_t>(size)))
-        m_end = std::remove(begin, begin + size, '\0') - m_text.data();
+    char *const begin = m_waiting.end();
+    char *const end = begin + size;
+    const bool hasZero = std::memchr(begin, '\0', static_cast<size_t>(size));
+    m_waiting.commit(hasZero ? std::remove(begin, end, '\0') - begin : size);
 }
 
 std::optional<message> messageStream::next()
 {
-    while (!m_tooLong && (m_open || enterMessage())) {
-        if (m_open->closing.empty()) {
-            m_head += openingSize();
-            return message{std::exchange(m_open, nullptr)->kind, {}};
-        }
+    if (m_tooLong || (!m_open && !enterMessage()))
+        return std::nullopt;
+    if (!m_open->closing.empty())
         return finishMessage();
-    }
-    return std::nullopt;
+    m_waiting.drop(m_open->opening.size());
+    return message{std::exchange(m_open, nullptr)->kind, {}};
 }
 
 /// Goes to the next opening tag, or to the end, as far as it is certain that no tag begins there.
 bool messageStream::enterMessage()
 {
-    const char *const end = m_text.constData() + m_end;
-    const char *at = m_text.constData() + m_head;
+    const std::string_view text = m_waiting.view();
+    const char *const end = text.data() + text.size();
+    const char *at = text.data();
     while ((at = std::find(at, end, '<')) != end && !opens({at, end}) && !mayOpen({at, end}))
         ++at;
-    m_head = at - m_text.constData();
+    m_waiting.drop(static_cast<size_t>(at - text.data()));
     if (m_open)
-        m_searched = m_head + openingSize();
+        m_searched = m_open->opening.size();
     return m_open;
 }
 
@@ -85,18 +66,12 @@ bool messageStream::opens(std::string_view rest)
 
 std::optional<message> messageStream::finishMessage()
 {
-    const std::string_view text(m_text.constData(), static_cast<size_t>(m_end));
-    const auto closingSize = static_cast<qsizetype>(m_open->closing.size());
-    const size_t found = wire::indexOfTag(text, m_open->closing, static_cast<size_t>(m_searched));
-    const qsizetype end = found != text.npos ? static_cast<qsizetype>(found) : m_end;
-    m_tooLong = end - m_head > static_cast<qsizetype>(wire::longestMessage);
-    if (m_tooLong || found == text.npos) {
-        // A tag may be split over two reads: all but its last byte may already be there.
-        m_searched = std::max(m_searched, m_end - closingSize + 1);
+    const std::string_view text = m_waiting.view();
+    const size_t end = m_waiting.find(m_open->closing, m_searched);
+    m_tooLong = std::min(end, text.size()) > wire::longestMessage;
+    if (m_tooLong || end == text.npos)
         return std::nullopt;
-    }
-    const qsizetype start = m_head + openingSize();
-    m_head = end + closingSize;
-    return message{std::exchange(m_open, nullptr)->kind,
-                   text.substr(static_cast<size_t>(start), static_cast<size_t>(end - start))};
+    const size_t start = m_open->opening.size();
+    m_waiting.drop(end + m_open->closing.size());
+    return message{std::exchange(m_open, nullptr)->kind, text.substr(start, end - start)};
 }

@@ -1,20 +1,19 @@
 #pragma once
 
 #include "server/message.h"
-
-#include <QByteArray>
+#include "server/waitingBytes.h"
 
 #include <optional>
 
 /// Cuts tagged messages out of the bytes of one local channel, in the order in which they arrive.
 ///
 /// A message reaches from an opening tag to the first closing tag of its kind, whatever stands between;
-/// everything else is dropped, zero bytes first. The cost is linear in the bytes: nothing is searched twice.
+/// everything else is dropped, zero bytes first.
 class messageStream
 {
 public:
     /// Room for `size` more bytes behind those that wait; `commit()` says how many of them came.
-    char *reserve(qsizetype size);
+    char *reserve(qsizetype size) { return m_waiting.reserve(size); }
     void commit(qsizetype size);
 
     /// The next message; none when no message is complete, or when one has become too long. Its payload stays
@@ -27,14 +26,11 @@ private:
     bool enterMessage();
     bool opens(std::string_view rest);
     std::optional<message> finishMessage();
-    qsizetype openingSize() const { return static_cast<qsizetype>(m_open->opening.size()); }
 
-    QByteArray m_text;
-    qsizetype m_end = 0;
-    /// Where the bytes begin that have not been looked at; within a message, its opening tag.
-    qsizetype m_head = 0;
+    /// Within a message, from its opening tag on.
+    waitingBytes m_waiting;
     /// Within a message, in front of where its closing tag does not begin.
-    qsizetype m_searched = 0;
+    size_t m_searched = 0;
     /// The tags of the message whose opening tag has been seen and whose closing tag has not, or null; and
     /// those of the last message.
     const wire::messageTags *m_open = nullptr;

@@ -1,12 +1,19 @@
-// usage: printWords [--dictionary]: the words of the protocol, a line each: its kind, the word, and what
-// belongs to it. With --dictionary, as the fuzzers want them.
+// usage: printWords               the words of the protocol, a line each: its kind, the word, what belongs to
+// it
+//        printWords --dictionary  as the fuzzers want them
+//        printWords TEMPLATE      this file, with all of a kind in the place of @settings@, @buttons@,
+//        @icons@
 
 #include "wire/tags.h"
 #include "wire/words.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -65,11 +72,46 @@ void printButtons()
         print("icon", wire::icons[i], std::to_string(i));
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+std::string listed(std::string_view item)
 {
-    asDictionary = argc > 1 && std::strcmp(argv[1], "--dictionary") == 0;
+    return std::string(item) + ' ';
+}
+
+/// A setting that takes one of a few words is there with each of them.
+std::string listOfSettings()
+{
+    std::string list;
+    for (const auto &[key, value, words] : wire::settingForms) {
+        for (std::size_t i = 0; i == 0 || (i < words.size() && !words[i].empty()); ++i)
+            list += listed(std::string(key).append("=").append(words[i]));
+    }
+    return list;
+}
+
+void printFilled(const char *path)
+{
+    std::string buttons;
+    for (const auto &each : wire::buttons)
+        buttons += listed(each.name);
+    std::string icons;
+    for (const std::string_view each : wire::icons)
+        icons += listed(each);
+    std::ifstream file(path);
+    if (!file) {
+        std::perror(path);
+        std::exit(EXIT_FAILURE);
+    }
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    for (const auto &[mark, list] :
+         {std::pair{"@settings@", listOfSettings()}, {"@buttons@", buttons}, {"@icons@", icons}}) {
+        for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;)
+            text.replace(at, std::strlen(mark), list, 0, list.size() - 1);
+    }
+    std::fputs(text.c_str(), stdout);
+}
+
+void printAll()
+{
     constexpr const char *arguments[] = {"none", "slot", "slot value", "slot text", "amount"};
     printTags();
     for (const auto &each : wire::progressForms)
@@ -78,5 +120,16 @@ int main(int argc, char **argv)
     for (const std::string_view each : wire::eventNames)
         print("event", each);
     printButtons();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    asDictionary = argc > 1 && std::strcmp(argv[1], "--dictionary") == 0;
+    if (argc > 1 && !asDictionary)
+        printFilled(argv[1]);
+    else
+        printAll();
     return std::fflush(stdout) == 0 ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-# bash completion for progressctl
+# bash completion for progressctl; words between "@" are filled in when this is built
 
 _progressctl() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} verb='' i
@@ -21,9 +21,7 @@ _progressctl() {
     [[ $before != = ]] || before=${COMP_WORDS[COMP_CWORD - 2]}
     [[ $word != = ]] || word=''
 
-    local buttons='ok yes yes-to-all no no-to-all cancel close abort retry ignore save save-all discard open apply
-        reset restore-defaults help'
-    local words='' options='--identifier --limit --help' files=''
+    local buttons='@buttons@' words='' values='' options='--identifier --limit --help' files='' each
     case $verb in
     '') words='start stop bar update pulse remove text update-text remove-text button remove-button activate pause resume
         busy amount configure send ask assert events pipe records' options+=' --version' ;;
@@ -32,9 +30,9 @@ _progressctl() {
         [[ $before != "$verb" ]] || words='0 1 2 3 4 5 6 7 8 9' ;;
     busy) words='on off' ;;
     configure)
-        words='windowFonts= busyIndicator= paintOffset= screenGeometry= windowTitle= windowPixmap= windowIcon= windowStyle=
-            windowControls= windowModal= windowLayout= windowTheme= windowText= windowWidth= windowImage= windowMarkup= busyPlace= notifyEnd= estimate='
-        options+=' --file' ;;
+        words='@settings@' options+=' --file'
+        for each in $words; do [[ $each != "$before="* ]] || values+=" ${each#*=}"; done
+        words=${values:-$words} ;;
     ask) words=$buttons options+=' --title --icon --default --timeout' ;;
     assert) options+=' --timeout' ;;
     records) options+=' --file' ;;
@@ -43,12 +41,9 @@ _progressctl() {
         --extra-button --button --no-buttons --auto-close --keep-open --notify --expect-complete --timeout --gauge --learn --amount' ;;
     esac
     case $before in
-    --layout | windowLayout) words='fitted grid' options='' ;;
-    windowModal) words='on off' ;;
-    windowTheme) words='light dark auto' ;;
-    estimate) words='exact adaptive' ;;
+    --layout) words='fitted grid' options='' ;;
     --theme) words='auto light dark none' options='' files=yes ;;
-    --icon) words='none information warning critical question' options='' ;;
+    --icon) words='@icons@' options='' ;;
     --default) words=$buttons options='' ;;
     --file) words='' options='' files=yes && [[ $verb != configure ]] || words='auto light dark' ;;
     --window-icon) words='' options='' files=yes ;;

@@ -1,4 +1,4 @@
-# fish completion for progressctl
+# fish completion for progressctl; words between "@" are filled in when this is built
 
 # The words behind `pipe … --`, which are a command.
 function __progressctl_command
@@ -15,8 +15,7 @@ function __progressctl_verb
 end
 
 set -l slots 0 1 2 3 4 5 6 7 8 9
-set -l buttons ok yes yes-to-all no no-to-all cancel close abort retry ignore save save-all discard open apply reset \
-    restore-defaults help
+set -l buttons @buttons@
 set -l verbs start stop bar update pulse remove text update-text remove-text button remove-button activate pause resume busy \
     amount configure send ask assert events pipe records
 
@@ -31,14 +30,11 @@ complete -c progressctl -n '__progressctl_verb bar update pulse remove text upda
 complete -c progressctl -n '__progressctl_verb busy' -a 'on off'
 complete -c progressctl -n '__progressctl_verb ask' -a "$buttons"
 complete -c progressctl -n '__progressctl_verb ask' -l default -xa "$buttons"
-complete -c progressctl -n '__progressctl_verb ask' -l icon -xa 'none information warning critical question'
+complete -c progressctl -n '__progressctl_verb ask' -l icon -xa '@icons@'
 complete -c progressctl -n '__progressctl_verb ask pipe' -l title -x
 complete -c progressctl -n '__progressctl_verb ask assert pipe' -l timeout -x
 complete -c progressctl -n '__progressctl_verb configure records' -l file -r
-complete -c progressctl -n '__progressctl_verb configure' -a 'windowFonts= busyIndicator= paintOffset= screenGeometry=
-    windowTitle= windowPixmap= windowIcon= windowStyle= windowControls= windowModal=on windowModal=off windowLayout=grid
-    windowLayout=fitted windowTheme=light windowTheme=dark windowTheme=auto windowText= windowWidth= windowImage= windowMarkup=on busyPlace=centre notifyEnd= estimate=exact
-    estimate=adaptive'
+complete -c progressctl -n '__progressctl_verb configure' -a '@settings@'
 complete -c progressctl -n '__progressctl_verb start' -l ports -x
 complete -c progressctl -n '__progressctl_verb start' -l idle -x
 complete -c progressctl -n '__progressctl_verb start pipe' -l layout -xa 'fitted grid'

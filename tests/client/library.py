@@ -77,9 +77,6 @@ class Library(ClientCase):
         self.fake(answer=b"")
         self.check_probe("goOn")
 
-    def test_races(self):
-        self.check_probe("race")
-
     def test_reasons(self):
         program = os.path.join(self.screen.environment["XDG_RUNTIME_DIR"], "daemon")
         for said, reason in (
@@ -90,8 +87,8 @@ class Library(ClientCase):
                 script.write(f"#!/bin/sh\ncat >&2 <<'END'\n{said}END\n")
             os.chmod(program, 0o755)
             with self.subTest(said):
-                result = self.run_script(f"PROGRESSD={program} exec $LIBRARY_PROBE {self.name} tellReason")
-                self.assertRegex(result.output, f"^the daemon ended before it was ready.*{reason}\ndone\n$")
+                result = self.run_script(f"PROGRESSD={program} exec progressctl start")
+                self.assertRegex(result.errors, f"^progressctl: the daemon ended before it was ready.*{reason}\n$")
 
     def test_words(self):
         """What stands a second time, since it cannot include the words, is the same."""

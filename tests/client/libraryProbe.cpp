@@ -8,17 +8,14 @@
 #define forever for (;;)
 #include "client/progressClient.h"
 
-#include <atomic>
 #include <climits>
 #include <csignal>
 #include <cstdio>
 #include <functional>
 #include <map>
 #include <poll.h>
-#include <set>
 #include <sys/time.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 using client = progressClient;
@@ -198,49 +195,6 @@ void separate(const char *name)
     expect(window.claim() == 0, "the parent's connection");
 }
 
-/// Started and ended by several at once.
-void race(const char *name)
-{
-    for (const bool isPrivate : {true, false}) {
-        const std::string own = name + std::string(isPrivate ? "p" : "");
-        std::atomic<int> starters = 0;
-        std::atomic<int> failures = 0;
-        std::vector<pid_t> serving(4);
-        std::vector<std::thread> threads;
-        for (pid_t &each : serving) {
-            threads.emplace_back([&] {
-                const auto made = client::startDaemon(
-                    own, {.basePort = isPrivate ? client::noBasePort : 0, .isPrivate = isPrivate});
-                starters += made.wasRunning ? 0 : 1;
-                each = made.process;
-            });
-        }
-        const auto joinAll = [&threads] {
-            for (std::thread &each : threads)
-                each.join();
-            threads.clear();
-        };
-        joinAll();
-        const client window(own);
-        expect(starters == 1, "one has started the daemon");
-        expect(std::set(serving.begin(), serving.end()) == std::set{window.daemonProcess()}, "all know it");
-        for (int i = 0; i < 8; ++i) {
-            threads.emplace_back([&] {
-                try {
-                    client::stopDaemon(own);
-                } catch (const client::error &problem) {
-                    if (problem.why() != reason::notRunning) {
-                        ++failures;
-                        say(problem.what());
-                    }
-                }
-            });
-        }
-        joinAll();
-        expect(failures == 0, "a daemon that others have ended is ended");
-    }
-}
-
 /// Without a daemon, and with one that hangs up.
 void goOn(const char *name)
 {
@@ -269,19 +223,9 @@ void queue(const char *name)
     expectError(reason::timedOut, "somebody takes it in", [name] { client(name, 200ms); });
 }
 
-void tellReason(const char *name)
-{
-    try {
-        client::startDaemon(name);
-    } catch (const client::error &problem) {
-        say(problem.what());
-    }
-}
-
 const std::map<std::string, void (*)(const char *)> deeds{
-    {"useAll", useAll},     {"carry", carry},           {"wait", wait},
-    {"breakOff", breakOff}, {"separate", separate},     {"race", race},
-    {"goOn", goOn},         {"tellReason", tellReason}, {"queue", queue},
+    {"useAll", useAll},     {"carry", carry}, {"wait", wait},   {"breakOff", breakOff},
+    {"separate", separate}, {"goOn", goOn},   {"queue", queue},
 };
 
 } // namespace

@@ -66,6 +66,9 @@ check_completions() {
     local COMP_WORDS=(progressctl ask 'Sure?' re) COMP_CWORD=3 COMPREPLY=()
     _progressctl
     [[ ${COMPREPLY[*]} == 'retry reset restore-defaults' ]] || fail "bash completes ${COMPREPLY[*]}"
+    COMP_WORDS=(progressctl configure windowTheme = d) COMP_CWORD=4
+    _progressctl
+    [[ ${COMPREPLY[*]} == dark ]] || fail "bash completes a value with ${COMPREPLY[*]}"
     # Each verb that the program has stands in its manual.
     local verb verbs manual
     manual=$(zcat "$work/root/usr/share/man/man1/progressctl.1.gz" | sed 's/\\-/-/g')

@@ -24,15 +24,24 @@ class Channels(Case):
         for channel in (first, *also):
             channel.until("isActivated")
 
-    def test_fill_no_slot_but_the_first_again(self):
-        daemon, events, commands = self.session()
-        second = daemon.events()
+    def test_reach_every_channel_of_the_walk(self):
+        daemon, first, commands = self.session()
+        second, also = daemon.events(), daemon.commands()
+        commands.progress("create:0;x")
+        self.assertEqual([channel.until("totalProgress=0|-1")[-2:] for channel in (first, second)],
+                         [["isShown", "totalProgress=0|-1"]] * 2)
+        # Slot 0 is empty: the walk ends there, until a new channel fills it.
+        first.close()
+        also.progress("update:0;50")
+        also.close()
+        first = daemon.events()
+        self.assertEqual(second.until("isActivated"), ["isActivated"])
+        # No other slot is filled again.
         second.close()
         deaf = daemon.connect(daemon.event_port)
         deaf.progress("activate")
-        self.assertEqual(events.until("isActivated"), ["isActivated"])
-        deaf.close()
-        self.assertEqual(deaf.received, b"")
+        self.assertEqual(first.until("isActivated"), ["isActivated"])
+        self.assertEqual(deaf.close(), b"")
 
     def test_frame_what_arrives(self):
         """What is sent piece by piece, and the events that it causes."""

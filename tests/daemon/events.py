@@ -52,19 +52,6 @@ class Events(Case):
                                     if event != before or not event.startswith("totalProgress=")]
                     self.assertEqual(received, f"{expected} isActivated shutDown".split())
 
-    def test_reach_every_channel_of_the_walk(self):
-        daemon, first, commands = self.session()
-        second, also = daemon.events(), daemon.commands()
-        commands.progress("create:0;x")
-        self.assertEqual([channel.until("totalProgress=0|-1")[-2:] for channel in (first, second)],
-                         [["isShown", "totalProgress=0|-1"]] * 2)
-        # Slot 0 is empty: the walk ends there, until a new channel fills it.
-        first.close()
-        also.progress("update:0;50")
-        also.close()
-        first = daemon.events()
-        self.assertEqual(second.until("isActivated"), ["isActivated"])
-
     def test_leave_soon_in_a_long_batch(self):
         """However many messages stand in one read, its events come in as many pieces as it takes 20 ms of work, nearly."""
         for mode in ("on", "off"):

@@ -10,61 +10,22 @@ import sys
 import threading
 import time
 
-from harness import ORDERLY, PATIENCE, SLOWNESS, Case, Channel, Log, main, progress, until
+from harness import ORDERLY, PATIENCE, SLOWNESS, Case, Log, main, progress, until
 
 NOBODY = 65534
 MIB = 1 << 20
 OK_BOX = "<msgbox>0[#]{}[#]x[#]1024</msgbox>"
 
 
-class Client(Channel):
-    """A client on the socket."""
-
-    def item(self):
-        """The next thing that comes, as "event isShown"."""
-        while not (found := re.match(rb"<(event|answer|claimed)>([^<]*)</\1>", self.received)):
-            assert self.more(), f"closed after {self.received!r}"
-        self.received = self.received[found.end():]
-        return f"{found[1].decode()} {found[2].decode()}"
-
-    def ask(self, text):
-        self.send(text.encode())
-        return self.item()
-
-    def finish(self):
-        """Ends the sending direction; when the daemon hangs up, everything was handled."""
-        self.socket.shutdown(socket.SHUT_WR)
-        return self.rest()
-
-
 class LocalChannel(Case):
     def folder(self):
         return os.path.join(self.screen.environment["XDG_RUNTIME_DIR"], "progressd")
 
-    def path(self, daemon):
-        return os.path.join(self.folder(), daemon.identifier + ".sock")
-
-    def connect(self, daemon, text=""):
-        def connected():
-            channel = socket.socket(socket.AF_UNIX)
-            try:
-                channel.connect(self.path(daemon))
-                return channel
-            except OSError:
-                channel.close()
-                assert daemon.process.poll() is None, daemon.stderr()
-                return None
-
-        client = Client(until(connected, "the socket"))
-        if text:
-            client.send(text.encode())
-        return client
-
     def private(self, *arguments, **options):
         """A private daemon, a listener, which does not count as a client, and a client."""
         daemon = self.daemon(*arguments, private=True, **options)
-        listener = self.connect(daemon, "<events/>")
-        client = self.connect(daemon, "<claim/>")
+        listener = daemon.local("<events/>")
+        client = daemon.local("<claim/>")
         client.item()
         return daemon, listener, client
 
@@ -109,7 +70,7 @@ class LocalChannel(Case):
         daemon, listener, client = self.private()
         client.send(OK_BOX.format("one") + OK_BOX.format("two") + "<progress>create:0;x</progress>")
         self.assertEqual(listener.event(), "isShown")
-        other = self.connect(daemon, OK_BOX.format("three"))
+        other = daemon.local(OK_BOX.format("three"))
         for title in ("three", "two", "one"):
             self.screen.focused(title)
             self.screen.key("Return")
@@ -119,7 +80,7 @@ class LocalChannel(Case):
         # The answers that are open when a client goes go nowhere: its boxes are taken away, and make room for others.
         other.send(OK_BOX.format("four") * 40)
         until(lambda: len(self.screen.windows("four")) == 32)
-        self.assertTrue(other.finish().endswith(b"<answer>41;0</answer>"))
+        self.assertTrue(other.close().endswith(b"<answer>41;0</answer>"))
         self.screen.gone("four")
         client.send(OK_BOX.format("five"))
         self.screen.focused("five")
@@ -129,7 +90,7 @@ class LocalChannel(Case):
     def test_reserves_slots(self):
         daemon, listener, client = self.private()
         client.progress("addText:1;a", "addButt:2;b")
-        other = self.connect(daemon)
+        other = daemon.local()
         self.assertEqual([other.ask("<claim/>") for _ in range(8)],
                          [f"claimed {slot}" for slot in (3, 4, 5, 6, 7, 8, 9, -1)])
         other.progress("create:3;x", "addButt:3;y", "create:4;z", "update:4;100")
@@ -147,30 +108,30 @@ class LocalChannel(Case):
                 ("one that stays is asked to", ["--stay"], "<exit/>", 0)):
             with self.alone(name):
                 daemon = self.daemon(*arguments, private="--stay" in arguments)
-                listener = self.connect(daemon, "<events/>")
+                listener = daemon.local("<events/>")
                 for _ in range(3):
-                    self.connect(daemon).close()
-                client = self.connect(daemon, "<progress>activate</progress>")
+                    daemon.local().close()
+                client = daemon.local("<progress>activate</progress>")
                 self.assertEqual(listener.event(), "isActivated")
                 client.send(last + "<progress>activate</progress>")
                 if status is None:
                     self.assertEqual(listener.event(), "isActivated")
-                    client.finish()
-                    self.connect(daemon, "<progress>activate</progress>")
+                    client.close()
+                    daemon.local("<progress>activate</progress>")
                     self.assertEqual(listener.event(), "isActivated")
                     continue
                 client.close()
                 self.assertEqual(listener.rest(), b"<event>shutDown</event>" if last
                                  else b"<event>isActivated</event><event>shutDown</event>")
                 self.assertEqual(daemon.status(), status)
-                self.assertFalse(os.path.exists(self.path(daemon)))
+                self.assertFalse(os.path.exists(daemon.path))
 
     def test_ends_without_clients(self):
         daemon = self.daemon("--stay", "--idle", "1", private=True)
-        client = self.connect(daemon, "<claim/>")
+        client = daemon.local("<claim/>")
         time.sleep(1.5 * SLOWNESS)
         self.assertEqual(client.item(), "claimed 0")
-        listener = self.connect(daemon, "<events/>")
+        listener = daemon.local("<events/>")
         client.close()
         self.assertEqual((listener.rest(), daemon.status()), (b"<event>shutDown</event>", 0))
 
@@ -179,7 +140,7 @@ class LocalChannel(Case):
         for survivor, count in ((False, 30000), (True, 2500)):
             with self.alone(survivor):
                 daemon, listener, client = self.private()
-                heir = self.connect(daemon, "<claim/>") if survivor else None
+                heir = daemon.local("<claim/>") if survivor else None
                 client.socket.settimeout(PATIENCE if survivor else 0.5)
                 try:
                     client.progress(*["create:0;x", "remove:0"] * count, "activate")
@@ -196,13 +157,13 @@ class LocalChannel(Case):
 
     def test_ends_while_one_that_hung_up_has_events_waiting(self):
         daemon, listener, client = self.private()
-        half = self.connect(daemon, "<events/>")
+        half = daemon.local("<events/>")
         half.progress(*["activate"] * 20000)
         half.socket.shutdown(socket.SHUT_WR)
         for _ in range(20000):
             listener.until("isActivated")
         client.send("<exit/>")
-        until(lambda: not os.path.exists(self.path(daemon)), "the end")
+        until(lambda: not os.path.exists(daemon.path), "the end")
         for _ in range(5):  # to ask again cuts nothing off
             daemon.process.terminate()
             time.sleep(0.02)
@@ -210,9 +171,9 @@ class LocalChannel(Case):
 
     def test_knows_clients_that_overlap(self):
         daemon = self.daemon(private=True)
-        client = self.connect(daemon, "<progress>activate</progress>")
+        client = daemon.local("<progress>activate</progress>")
         for _ in range(200):
-            gone, client = client, self.connect(daemon, "<progress>activate</progress>")
+            gone, client = client, daemon.local("<progress>activate</progress>")
             gone.socket.close()
         self.assertEqual(client.ask("<claim/>"), "claimed 0")
 
@@ -224,14 +185,14 @@ class LocalChannel(Case):
 
     def test_loses_nothing_of_a_client_that_hangs_up(self):
         daemon, listener, client = self.private()
-        hasty = self.connect(daemon, "<events/>")
+        hasty = daemon.local("<events/>")
         hasty.progress(*["activate"] * 1000)
         # With events unread this is a reset.
         hasty.socket.close()
         self.assertEqual([listener.event() for _ in range(1000)], ["isActivated"] * 1000)
         # One that only ends its sending gets all its answers: more than the socket itself holds.
-        hasty = self.connect(daemon, "<events/>" + "<progress>activate</progress><claim/>" * 1000)
-        told = hasty.finish()
+        hasty = daemon.local("<events/>" + "<progress>activate</progress><claim/>" * 1000)
+        told = hasty.close()
         self.assertEqual((told.count(b"isActivated"), told.count(b"<claimed>")), (1000, 1000))
 
     def test_hears_at_once(self):
@@ -247,7 +208,7 @@ class LocalChannel(Case):
             with self.alone(name):
                 common = Log()
                 daemon, listener, client = self.private("--log", "own.log")
-                greedy = self.connect(daemon)
+                greedy = daemon.local()
                 greedy.send(progress("activate") + b"<progress>" + text)
                 self.assertEqual(listener.event(), "isActivated")
                 if survives:
@@ -261,15 +222,15 @@ class LocalChannel(Case):
 
     def test_takes_sixty_four(self):
         daemon, listener, client = self.private()
-        clients = [self.connect(daemon, "<claim/>") for _ in range(62)]
+        clients = [daemon.local("<claim/>") for _ in range(62)]
         self.assertEqual(clients[-1].item(), "claimed -1")
-        self.assertEqual(self.connect(daemon).rest(), b"")
+        self.assertEqual(daemon.local().rest(), b"")
         clients[0].close()
-        until(lambda: self.connect(daemon).ask("<claim/>").startswith("claimed "))
+        until(lambda: daemon.local().ask("<claim/>").startswith("claimed "))
 
     def test_does_not_wait_for_one_who_never_reads(self):
         daemon, listener, client = self.private()
-        deaf, silent = self.connect(daemon, "<events/>"), self.connect(daemon, "<events/>")
+        deaf, silent = daemon.local("<events/>"), daemon.local("<events/>")
         before = daemon.resident_kib()
         stop = threading.Thread(target=lambda: [listener.more() for _ in iter(lambda: b"isHidden" in listener.received, True)])
         batch = progress(*["activate"] * 20000)
@@ -299,7 +260,7 @@ class LocalChannel(Case):
         for count, growth in ((3000, 1 << 20), (10000, 4096)):
             resident = daemon.resident_kib()
             for number in range(count):
-                self.connect(daemon, "<events/><claim/><progress>update:0;1").socket.close()
+                daemon.local("<events/><claim/><progress>update:0;1").socket.close()
                 if number % 20 == 0:
                     self.heard(listener, client)
             until(lambda: daemon.descriptors() <= before)
@@ -309,7 +270,7 @@ class LocalChannel(Case):
         if os.geteuid() != 0:
             self.skipTest("needs the right to become another user (root)")
         daemon, listener, client = self.private()
-        path = self.path(daemon)
+        path = daemon.path
         # The folder alone keeps others out; the kernel's word does so where somebody has opened it.
         probe = ("import os, socket, sys; os.setgid({0}); os.setuid({0}); s = socket.socket(socket.AF_UNIX);"
                  "s.connect(sys.argv[1]); s.sendall(b'<progress>activate</progress>'); print(s.recv(9))").format(NOBODY)
@@ -365,7 +326,7 @@ class LocalChannel(Case):
 
     def test_takes_its_place_once(self):
         first = self.daemon(private=True)
-        self.connect(first).close()
+        first.local().close()
         second = [self.daemon(private=True, wait=False, identifier=first.identifier) for _ in range(4)]
         for daemon in second:
             self.assertEqual(daemon.status(), 1)
@@ -374,7 +335,7 @@ class LocalChannel(Case):
         first.process.kill()
         first.status()
         again = self.daemon(private=True, identifier=first.identifier)
-        self.connect(again).close()
+        again.local().close()
         racers = [self.daemon(private=True, wait=False, identifier=first.identifier + "-race") for _ in range(6)]
         until(lambda: sum(racer.process.poll() is None for racer in racers) == 1, "all but one to give up")
         for racer in racers:
@@ -382,17 +343,17 @@ class LocalChannel(Case):
                 self.assertEqual(racer.status(), 1)
                 racer.stderr()
         # Somebody else's socket in the place is not removed at the end.
-        os.remove(self.path(again))
+        os.remove(again.path)
         other = socket.socket(socket.AF_UNIX)
-        other.bind(self.path(again))
+        other.bind(again.path)
         again.process.terminate()
         again.status()
-        self.assertTrue(os.path.exists(self.path(again)))
-        os.remove(self.path(again))
+        self.assertTrue(os.path.exists(again.path))
+        os.remove(again.path)
 
     def test_says_whose_place_it_is_without_a_socket(self):
         daemon, listener, client = self.private()
-        os.remove(self.path(daemon))
+        os.remove(daemon.path)
         started = time.monotonic()
         second = self.daemon(private=True, wait=False, identifier=daemon.identifier)
         self.assertEqual(second.status(), 2)
@@ -408,13 +369,13 @@ class LocalChannel(Case):
         daemon, listener, client = self.private()
         dead = [self.daemon(private=True) for _ in range(3)]
         for each in dead:
-            self.connect(each)
+            each.local()
             each.process.kill()
             each.status()
         # Neither one that serves is taken for dead, nor one that is just starting.
         starting = [self.daemon(private=True) for _ in range(5)]
         for each in starting:
-            self.connect(each)
+            each.local()
         until(lambda: sorted(os.listdir(self.folder())) == sorted(
             each.identifier + suffix for each in (daemon, *starting) for suffix in (".lock", ".sock")), "the sweeping")
 

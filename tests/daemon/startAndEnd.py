@@ -8,7 +8,6 @@ import subprocess
 
 from harness import PATIENCE, Case, Log, Screen, main, until
 
-USAGE = "usage: progressd IDENTIFIER [BASEPORT]\n"
 TOO_LONG = "progressd: the identifier is too long\n"
 
 

@@ -3,6 +3,7 @@
 // behind ends with it.
 
 #include "dialog/CProgressDialog.h"
+#include "log/dump.h"
 #include "server/channel.h"
 #include "server/handlers.h"
 #include "server/messageBuffer.h"
@@ -148,6 +149,7 @@ void session::act(char end)
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
+    setLog(nullptr);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication::setDesktopSettingsAware(false);
     static int argc = 1;

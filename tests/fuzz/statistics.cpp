@@ -2,6 +2,7 @@
 // it is when it is loaded and saved again.
 
 #include "stats/statistics.h"
+#include "log/dump.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -69,6 +70,7 @@ std::string saved()
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
+    setLog(nullptr);
     if (symlink(pathInMemory().c_str(), path().c_str()) != 0)
         std::abort();
     return std::atexit(removeFiles);

@@ -274,11 +274,23 @@ class Channel:
             pass
         return self.received
 
+    def item(self):
+        """The next thing that comes on a local channel, as "event isShown"."""
+        while not (found := re.match(rb"<(event|answer|claimed)>([^<]*)</\1>", self.received)):
+            assert self.more(), f"closed after {self.received!r}"
+        self.received = self.received[found.end():]
+        return f"{found[1].decode()} {found[2].decode()}"
+
+    def ask(self, text):
+        self.send(text)
+        return self.item()
+
     def close(self):
-        """Hangs up, and returns when the daemon has noticed."""
+        """Hangs up, and returns, with what came until then, when the daemon has noticed."""
         self.socket.shutdown(socket.SHUT_WR)
-        self.rest()
+        rest = self.rest()
         self.socket.close()
+        return rest
 
     def reset(self):
         """Hangs up as a client that is killed: the daemon sees an error, not an end."""
@@ -303,6 +315,7 @@ class Daemon:
         self.identifier = identifier or f"test{os.getpid()}-{Daemon.count}"
         self.folder = tempfile.mkdtemp(dir=scratch())
         self.lock = f"/tmp/HalvornRunning_{self.identifier}.lock"
+        self.path = f"{screen.environment['XDG_RUNTIME_DIR']}/progressd/{self.identifier}.sock"
         self.errors = tempfile.TemporaryFile()
         wrapper = shlex.split(os.environ.get("PROGRESSD_WRAPPER", "")) if wrapper is None else wrapper
         options = {"cwd": self.folder, "env": screen.environment, "stderr": self.errors, **options}
@@ -330,10 +343,19 @@ class Daemon:
     def commands(self):
         return self.connect(self.command_port)
 
-    def local(self):
-        channel = socket.socket(socket.AF_UNIX)
-        channel.connect(f"{scratch()}/progressd/{self.identifier}.sock")
-        return Channel(channel)
+    def local(self, text=""):
+        """A client on the local socket, as soon as that is there."""
+        def connected():
+            channel = socket.socket(socket.AF_UNIX)
+            if channel.connect_ex(self.path) == 0:
+                return Channel(channel)
+            channel.close()
+            assert self.process.poll() is None, self.stderr()
+            return None
+
+        client = until(connected, "the socket")
+        client.send(text)
+        return client
 
     def events(self, *entries):
         """An event channel that the daemon has taken in, after these settings."""
