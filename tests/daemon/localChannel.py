@@ -41,21 +41,8 @@ class LocalChannel(Case):
     def folder(self):
         return os.path.join(self.screen.environment["XDG_RUNTIME_DIR"], "progressd")
 
-    def path(self, daemon):
-        return os.path.join(self.folder(), daemon.identifier + ".sock")
-
     def connect(self, daemon, text=""):
-        def connected():
-            channel = socket.socket(socket.AF_UNIX)
-            try:
-                channel.connect(self.path(daemon))
-                return channel
-            except OSError:
-                channel.close()
-                assert daemon.process.poll() is None, daemon.stderr()
-                return None
-
-        client = Client(until(connected, "the socket"))
+        client = daemon.local(Client)
         if text:
             client.send(text.encode())
         return client
@@ -163,7 +150,7 @@ class LocalChannel(Case):
                 self.assertEqual(listener.rest(), b"<event>shutDown</event>" if last
                                  else b"<event>isActivated</event><event>shutDown</event>")
                 self.assertEqual(daemon.status(), status)
-                self.assertFalse(os.path.exists(self.path(daemon)))
+                self.assertFalse(os.path.exists(daemon.local_path()))
 
     def test_ends_without_clients(self):
         daemon = self.daemon("--stay", "--idle", "1", private=True)
@@ -202,7 +189,7 @@ class LocalChannel(Case):
         for _ in range(20000):
             listener.until("isActivated")
         client.send("<exit/>")
-        until(lambda: not os.path.exists(self.path(daemon)), "the end")
+        until(lambda: not os.path.exists(daemon.local_path()), "the end")
         for _ in range(5):  # to ask again cuts nothing off
             daemon.process.terminate()
             time.sleep(0.02)
@@ -309,7 +296,7 @@ class LocalChannel(Case):
         if os.geteuid() != 0:
             self.skipTest("needs the right to become another user (root)")
         daemon, listener, client = self.private()
-        path = self.path(daemon)
+        path = daemon.local_path()
         # The folder alone keeps others out; the kernel's word does so where somebody has opened it.
         probe = ("import os, socket, sys; os.setgid({0}); os.setuid({0}); s = socket.socket(socket.AF_UNIX);"
                  "s.connect(sys.argv[1]); s.sendall(b'<progress>activate</progress>'); print(s.recv(9))").format(NOBODY)
@@ -382,17 +369,17 @@ class LocalChannel(Case):
                 self.assertEqual(racer.status(), 1)
                 racer.stderr()
         # Somebody else's socket in the place is not removed at the end.
-        os.remove(self.path(again))
+        os.remove(again.local_path())
         other = socket.socket(socket.AF_UNIX)
-        other.bind(self.path(again))
+        other.bind(again.local_path())
         again.process.terminate()
         again.status()
-        self.assertTrue(os.path.exists(self.path(again)))
-        os.remove(self.path(again))
+        self.assertTrue(os.path.exists(again.local_path()))
+        os.remove(again.local_path())
 
     def test_says_whose_place_it_is_without_a_socket(self):
         daemon, listener, client = self.private()
-        os.remove(self.path(daemon))
+        os.remove(daemon.local_path())
         started = time.monotonic()
         second = self.daemon(private=True, wait=False, identifier=daemon.identifier)
         self.assertEqual(second.status(), 2)

@@ -100,11 +100,9 @@ class Wayland(Case):
 
     def client(self, text=FITTED, screen=None):
         daemon = self.daemon(screen=screen or self.compositor, private=True)
-        socket = f"{scratch()}/progressd/{daemon.identifier}.sock"
-        until(lambda: os.path.exists(socket), "the daemon")
         client = daemon.local()
         client.send(text)
-        client.daemon, client.path = daemon, socket
+        client.daemon = daemon
         return client
 
     def test_a_dialog_shows_what_it_is_told_and_hears_keys(self):
@@ -185,7 +183,7 @@ class Wayland(Case):
                 client.daemon.process.terminate()
                 self.assertEqual(client.daemon.status(), ORDERLY)
                 self.assertLess(time.monotonic() - began, 5 * SLOWNESS)
-                self.assertFalse(os.path.exists(client.path))
+                self.assertFalse(os.path.exists(client.daemon.local_path()))
 
     def test_clients_show_their_windows(self):
         """A pipe, which Return cancels, and a loop of Python's."""

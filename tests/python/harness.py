@@ -330,10 +330,19 @@ class Daemon:
     def commands(self):
         return self.connect(self.command_port)
 
-    def local(self):
+    def local_path(self):
+        return f"{scratch()}/progressd/{self.identifier}.sock"
+
+    def local(self, kind=Channel):
+        """A channel of the local socket, for which it waits."""
         channel = socket.socket(socket.AF_UNIX)
-        channel.connect(f"{scratch()}/progressd/{self.identifier}.sock")
-        return Channel(channel)
+
+        def connected():
+            assert self.process.poll() is None, self.stderr()
+            return channel.connect_ex(self.local_path()) == 0
+
+        until(connected, "the socket")
+        return kind(channel)
 
     def events(self, *entries):
         """An event channel that the daemon has taken in, after these settings."""
