@@ -61,7 +61,7 @@ class Bus:
     def launcher(self):
         """Progress, whether it is to be seen, and whether the program asks for its user: all that was told."""
         return [(float(progress), seen == "true", urgent == "true") for progress, seen, urgent in re.findall(
-            r'member=Update\n.*"application://progressd.desktop"\n[^"]*"progress"\s+variant\s+double (\S+)\s.*?'
+            r'member=Update\n.*?"application://progressd.desktop"\n[^"]*"progress"\s+variant\s+double (\S+)\s.*?'
             r'"progress-visible"\s+variant\s+boolean (\w+).*?"urgent"\s+variant\s+boolean (\w+)', self.text(), re.S)]
 
     def notifications(self):
