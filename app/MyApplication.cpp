@@ -10,17 +10,28 @@
 namespace
 {
 
-constexpr unsigned longestEnd = 30; // seconds
+constexpr unsigned longestEnd = 3; // seconds
+
+/// None is under way.
+constexpr std::sig_atomic_t noEnd = -1;
+volatile std::sig_atomic_t endStatus = noEnd;
+void (*lastStep)() = nullptr;
 
 /// A handler may do next to nothing; what it writes here wakes the event loop.
 int wakeUp[2] = {-1, -1};
+
+extern "C" void cutShort(int)
+{
+    lastStep();
+    _exit(endStatus);
+}
 
 extern "C" void noteSignal(int number)
 {
     const int error = errno;
     const auto byte = static_cast<unsigned char>(number);
     [[maybe_unused]] const ssize_t written = write(wakeUp[1], &byte, 1);
-    alarm(longestEnd);
+    limitEnd(128 + number);
     errno = error;
 }
 
@@ -39,7 +50,6 @@ void handle(int number)
 int openedWakeUp()
 {
     if (pipe2(wakeUp, O_NONBLOCK | O_CLOEXEC) == 0) {
-        std::signal(SIGALRM, SIG_DFL);
         for (const int number : {SIGTERM, SIGINT, SIGHUP})
             handle(number);
     }
@@ -67,6 +77,20 @@ bool MyApplication::event(QEvent *event)
         return QApplication::event(event);
     exit(0);
     return true;
+}
+
+void keepEndShort(void (*step)())
+{
+    lastStep = step;
+    std::signal(SIGALRM, cutShort);
+}
+
+void limitEnd(int status)
+{
+    if (endStatus != noEnd)
+        return;
+    endStatus = status;
+    alarm(longestEnd);
 }
 
 endSignals::endSignals() : m_notifier(openedWakeUp(), QSocketNotifier::Read)

@@ -21,8 +21,7 @@ protected:
 };
 
 /// While one lives, SIGTERM, SIGINT and SIGHUP end the event loop with 128 plus their number, in order; one
-/// that was ignored at the start stays ignored. Repeated ones change nothing, but an end that takes longer
-/// than half a minute, with a display that has stopped, say, is cut short.
+/// that was ignored at the start stays ignored. Repeated ones change nothing.
 class endSignals
 {
 public:
@@ -31,3 +30,9 @@ public:
 private:
     QSocketNotifier m_notifier;
 };
+
+/// An end takes three seconds at most. The toolkit waits for a display that has stopped without end; then
+/// `step` is taken, which may only do what a signal's handler may, and the process ends.
+void keepEndShort(void (*step)());
+/// An end begins, with this status; one of the signals above has done this already.
+void limitEnd(int status);

@@ -25,6 +25,7 @@
 #include "dialog/screenReader.h"
 #include "language/language.h"
 #include "platform/sessionBus.h"
+#include "platform/wayland.h"
 #include "platform/x11Input.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
@@ -150,5 +151,10 @@ int main(int argc, char **argv)
     const commandLine line = parseCommandLine(argc, argv);
     if (!isUsable(line))
         return usageError;
-    return serve(line);
+    const int status = serve(line);
+    // Two threads of the toolkit's read from the compositor; when they are to end, one may wait for ever for
+    // the other, which has gone.
+    if (onWayland())
+        std::_Exit(status);
+    return status;
 }

@@ -43,6 +43,8 @@ public:
     void closeLocalChannels();
     /// Leaves the files as after an orderly end: no socket, no lock file, the learned runs saved.
     void leaveFiles();
+    /// The part of that which a signal's handler may do: the runs were saved when they ended.
+    void leaveNames();
     /// The end of everything that the listeners of the ports are still to hear of.
     void cleanup() { m_shared.cleanup(); }
 
@@ -103,11 +105,16 @@ void servers::closeLocalChannels()
     m_local.close();
 }
 
-void servers::leaveFiles()
+void servers::leaveNames()
 {
     m_local.removeSocket();
     if (!m_line.isPrivate)
         m_lockFile.remove();
+}
+
+void servers::leaveFiles()
+{
+    leaveNames();
     if (m_line.statisticsName)
         statistics.saveFinally(m_line.statisticsName);
 }
@@ -118,6 +125,12 @@ void leaveFiles()
 {
     if (servers *all = std::exchange(served, nullptr))
         all->leaveFiles();
+}
+
+void leaveNames()
+{
+    if (served)
+        served->leaveNames();
 }
 
 void complainAboutLogs()
@@ -133,9 +146,11 @@ int run(servers &all)
     prepareDump();
     std::atexit(leaveFiles);
     logToolkitMessages();
+    keepEndShort(leaveNames);
 
     const int code = MyApplication::exec();
 
+    limitEnd(code);
     all.closeLocalChannels();
     leaveFiles();
     all.cleanup();

@@ -74,8 +74,7 @@ fittedBar &fittedLayout::totalBar() const
 
 QIcon fittedLayout::icon() const
 {
-    const QIcon given = iconNamed(appearance.m_windowIcon);
-    return given.isNull() ? QIcon::fromTheme(QStringLiteral("progressd")) : given;
+    return fittedIcon();
 }
 
 int fittedLayout::shownBars() const

@@ -1,6 +1,11 @@
 #include "platform/sessionBus.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <chrono>
+#include <climits>
+#include <csignal>
 #include <cstdlib>
 
 namespace
@@ -12,6 +17,26 @@ using clock = std::chrono::steady_clock;
 constexpr auto patience = 500ms;
 /// Messages that may wait for a bus that has stopped reading.
 constexpr uint64_t mostUnsent = 8;
+/// Seconds in which a server of notifications has to be there, which the bus may have to start first.
+constexpr unsigned longestNotification = 10;
+
+/// The end of the process, after a notification. No client's channel stays open for it.
+[[noreturn]] void notifyAndEnd(const char *title, const char *text, bool isUrgent)
+{
+    constexpr int normal = 1;
+    constexpr int critical = 2;
+    for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGALRM})
+        std::signal(number, SIG_DFL);
+    alarm(longestNotification);
+    close_range(0, UINT_MAX, 0);
+    sd_bus *bus = nullptr;
+    if (sd_bus_open_user(&bus) >= 0)
+        sd_bus_call_method(bus, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+                           "org.freedesktop.Notifications", "Notify", nullptr, nullptr, "susssasa{sv}i",
+                           "Progress", 0U, "progressd", title, text, 0, 1, "urgency", "y",
+                           isUrgent ? critical : normal, -1);
+    _exit(EXIT_SUCCESS);
+}
 
 } // namespace
 
@@ -69,14 +94,19 @@ void sessionBus::updateLauncher(int percent, bool isUrgent)
                            "urgent", "b", isUrgent);
 }
 
+/// By a process that belongs to nobody. The daemon may be about to end: a bus that has yet to start the
+/// server passes nothing on of who has gone by then, and there are desktops that take a notification away
+/// with the program from which it is, which they know by its window, its name or its desktop file.
 void sessionBus::notify(const QString &title, const QString &text, bool isUrgent)
 {
-    constexpr int normal = 1;
-    constexpr int critical = 2;
-    if (isReady())
-        sd_bus_call_method_async(m_bus.get(), nullptr, "org.freedesktop.Notifications",
-                                 "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Notify",
-                                 nullptr, nullptr, "susssasa{sv}i", "progressd", 0U, "progressd",
-                                 title.toUtf8().constData(), text.toUtf8().constData(), 0, 2, "desktop-entry",
-                                 "s", "progressd", "urgency", "y", isUrgent ? critical : normal, -1);
+    const QByteArray summary = title.toUtf8();
+    const QByteArray body = text.toUtf8();
+    const pid_t between = isReady() ? fork() : -1;
+    if (between == 0) {
+        if (fork() == 0)
+            notifyAndEnd(summary.constData(), body.constData(), isUrgent);
+        _exit(EXIT_SUCCESS);
+    }
+    if (between > 0)
+        waitpid(between, nullptr, 0);
 }

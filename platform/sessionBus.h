@@ -20,7 +20,8 @@ public:
     /// What launchers and taskbars show of the program: its progress, 0 to 100, or below 0 none, and whether
     /// it asks for the user.
     void updateLauncher(int percent, bool isUrgent);
-    /// Shows a notification, one that stays until the user has seen it if it is urgent.
+    /// Shows a notification, one that stays until the user has seen it if it is urgent. It outlives the
+    /// process.
     void notify(const QString &title, const QString &text, bool isUrgent);
 
 private:

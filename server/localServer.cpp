@@ -67,13 +67,13 @@ wayIn::presence localServer::clients()
 
 void localServer::removeSocket()
 {
-    m_acceptor.reset();
     m_socket.close();
 }
 
 void localServer::close()
 {
     m_shared.m_listeners.sendLocal(wire::nameOf(wire::eventKind::shutDown));
+    m_acceptor.reset();
     removeSocket();
     for (localChannel *client : std::exchange(m_channels, {}))
         delete client;

@@ -23,7 +23,7 @@ public:
     /// What was in the way of `open()`.
     const std::string &reason() const { return m_socket.reason(); }
     presence clients() override;
-    /// Removes the socket from the file system; the channels stay.
+    /// Removes the socket from the file system; the channels stay. A signal's handler may call it.
     void removeSocket();
     /// Tells the listeners of the end, removes the socket and closes the channels.
     void close();

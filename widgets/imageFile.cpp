@@ -1,5 +1,7 @@
 #include "widgets/imageFile.h"
 
+#include "widgets/appearance.h"
+
 #include <QFileInfo>
 #include <QImageReader>
 
@@ -23,6 +25,12 @@ QIcon iconNamed(const QString &name)
     if (const QPixmap image(imageFile(name)); !image.isNull())
         return {image};
     return name.contains(u'/') ? QIcon() : QIcon::fromTheme(name);
+}
+
+QIcon fittedIcon()
+{
+    const QIcon given = iconNamed(appearance.m_windowIcon);
+    return given.isNull() ? QIcon::fromTheme(QStringLiteral("progressd")) : given;
 }
 
 QPixmap imageCache::image(const QString &name, const QSize &size,

@@ -13,6 +13,8 @@ QString imageFile(const QString &fileName);
 
 /// The icon of such a file, else of that name in the desktop's theme; null where there is neither.
 QIcon iconNamed(const QString &name);
+/// The icon of the fitted layout's windows: the one that was chosen, else the program's own.
+QIcon fittedIcon();
 
 /// The last image that was made from a file for windows of one size. Each dialog of a series of copies asks
 /// for the same one; it is made once and shared.

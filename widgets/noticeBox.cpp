@@ -3,6 +3,7 @@
 #include "language/language.h"
 #include "widgets/appearance.h"
 #include "widgets/boxIcon.h"
+#include "widgets/imageFile.h"
 #include "widgets/scrolledText.h"
 #include "widgets/texts.h"
 #include "widgets/theme.h"
@@ -112,7 +113,10 @@ noticeBox::noticeBox(const QString &title, const QString &text) : m_text(scrolle
     setWindowTitle(literalTitle(title.left(mostUnscrolled)));
     // That of the buttons' language; each text has its own.
     setLayoutDirection(directionOf(translated("Cancel")));
-    if (appearance.m_windowLayout == windowLayout::fitted && appearance.m_scale != 1) {
+    const bool isFitted = appearance.m_windowLayout == windowLayout::fitted;
+    if (isFitted)
+        setWindowIcon(fittedIcon());
+    if (isFitted && appearance.m_scale != 1) {
         QFont scaled = font();
         scaled.setPointSizeF(scaled.pointSizeF() * appearance.m_scale);
         setFont(scaled);

@@ -4,11 +4,13 @@ import atexit
 import json
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 
-from harness import OPENBOX, PATIENCE, Case, Picture, main, scratch, start, until
+from harness import OPENBOX, ORDERLY, PATIENCE, SLOWNESS, Case, Picture, Screen, main, scratch, start, until
 
 NOBODY = 65534
 FITTED = "<configuration>windowLayout=fitted;windowTheme=light;windowModal=off;windowTitle=Job</configuration><events/>"
@@ -33,7 +35,7 @@ class Compositor:
                        "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman"}
         for name in ("DISPLAY", "WAYLAND_DISPLAY", "SWAYSOCK", "LD_PRELOAD"):
             environment.pop(name, None)
-        self.process = start([*as_other, "sway", "-c", config], env=environment, stdout=subprocess.DEVNULL,
+        self.server = start([*as_other, "sway", "-c", config], env=environment, stdout=subprocess.DEVNULL,
                              stderr=subprocess.DEVNULL)
         display, control = (until(lambda: self.socket(name), name) for name in ("wayland-", "sway-ipc"))
         self.environment = {**environment, "HOME": os.environ.get("HOME", "/"), "XDG_RUNTIME_DIR": scratch(),
@@ -44,13 +46,13 @@ class Compositor:
             self.environment.pop(name, None)
 
     def socket(self, begin):
-        assert self.process.poll() is None, "sway has ended"
+        assert self.server.poll() is None, "sway has ended"
         found = [name for name in os.listdir(self.folder) if name.startswith(begin) and not name.endswith(".lock")]
         return found and os.path.join(self.folder, found[0])
 
     def end(self):
-        self.process.terminate()
-        self.process.wait()
+        self.server.terminate()
+        self.server.wait()
         shutil.rmtree(self.folder, True)
 
     def run(self, *command):
@@ -96,11 +98,11 @@ class Wayland(Case):
     def setUpClass(cls):
         cls.compositor = Compositor()
 
-    def client(self, text=FITTED):
-        daemon = self.daemon(screen=self.compositor, private=True)
-        until(lambda: os.path.exists(f"{scratch()}/progressd/{daemon.identifier}.sock"), "the daemon")
+    def client(self, text=FITTED, screen=None):
+        daemon = self.daemon(screen=screen or self.compositor, private=True)
         client = daemon.local()
         client.send(text)
+        client.daemon = daemon
         return client
 
     def test_a_dialog_shows_what_it_is_told_and_hears_keys(self):
@@ -166,6 +168,22 @@ class Wayland(Case):
                     self.compositor.gone("Copy")
                     self.compositor.press("Return")
                     client.until("clicked:0")
+
+    def test_a_display_that_has_stopped_keeps_no_daemon(self):
+        for display in (self.compositor, Screen()):
+            with self.alone(type(display).__name__):
+                client = self.client(screen=display)
+                client.progress("create:0;x")
+                client.until("isShown")
+                display.server.send_signal(signal.SIGSTOP)
+                self.addCleanup(display.server.send_signal, signal.SIGCONT)
+                client.send("<msgbox>1[#]Copy[#]x[#]1024</msgbox>")
+                time.sleep(0.5)  # until it waits for the display
+                began = time.monotonic()
+                client.daemon.process.terminate()
+                self.assertEqual(client.daemon.status(), ORDERLY)
+                self.assertLess(time.monotonic() - began, 5 * SLOWNESS)
+                self.assertFalse(os.path.exists(client.daemon.path))
 
     def test_clients_show_their_windows(self):
         """A pipe, which Return cancels, and a loop of Python's."""
