@@ -16,13 +16,6 @@ namespace
 
 constexpr double cornerRadius = 0.6; // em
 
-/// A setting's colour, that of the light theme where it is unset.
-QColor colorOf(QColor appearanceSettings::*setting)
-{
-    const QColor color = appearance.*setting;
-    return color.isValid() ? color : theme::lightColor(setting);
-}
-
 QColor textOn(const QColor &background, const QColor &setting)
 {
     return setting.isValid() ? setting : readableOn(background);
@@ -39,31 +32,27 @@ QPixmap boundedTo(const QPixmap &image, const QSize &screen)
 
 fittedPanel::fittedPanel(QWidget &window, bool isFrameless) : m_window(window), m_isFrameless(isFrameless)
 {
+    static imageCache cache;
+    m_image = cache.image(appearance.m_windowPixmap, m_window.screen()->virtualSize(), boundedTo);
     takeColors();
 }
 
 void fittedPanel::takeColors()
 {
     constexpr double trackShare = 0.14;
-    const QColor panel = colorOf(&appearanceSettings::m_dialogBackgroundColor);
+    const QColor panel = theme::colorOrLight(&appearanceSettings::m_dialogBackgroundColor);
     const QColor text = textOn(panel, appearance.m_panelTextColor);
-    const QColor button = colorOf(&appearanceSettings::m_buttonBaseColor);
+    const QColor button = theme::colorOrLight(&appearanceSettings::m_buttonBaseColor);
     QPalette palette;
     palette.setColor(QPalette::Window, panel);
     palette.setColor(QPalette::WindowText, text);
     palette.setColor(QPalette::Base, mixed(panel, text, trackShare));
-    palette.setColor(QPalette::Mid, colorOf(&appearanceSettings::m_dialogFrameColor));
-    palette.setColor(QPalette::Highlight, colorOf(&appearanceSettings::m_barColor));
+    palette.setColor(QPalette::Mid, theme::colorOrLight(&appearanceSettings::m_dialogFrameColor));
+    palette.setColor(QPalette::Highlight, theme::colorOrLight(&appearanceSettings::m_barColor));
     palette.setColor(QPalette::Button, button);
     palette.setColor(QPalette::ButtonText, textOn(button, appearance.m_buttonTextColor));
-    palette.setColor(QPalette::Link, colorOf(&appearanceSettings::m_focusFrameColor));
+    palette.setColor(QPalette::Link, theme::colorOrLight(&appearanceSettings::m_focusFrameColor));
     m_window.setPalette(palette);
-}
-
-void fittedPanel::loadBackground()
-{
-    static imageCache cache;
-    m_image = cache.image(appearance.m_windowPixmap, m_window.screen()->virtualSize(), boundedTo);
 }
 
 void fittedPanel::dropImages()
@@ -78,7 +67,7 @@ void fittedPanel::takeSize(double em)
         return;
     m_em = em;
     m_size = m_window.size();
-    rescale();
+    m_scaledImage = QPixmap();
     if (m_isFrameless)
         cutCorners();
 }

@@ -65,6 +65,26 @@ bool isOwn(xcb_window_t id)
 
 } // namespace
 
+void keepEmptyTitle(QWidget &window)
+{
+    if (!window.windowTitle().isEmpty())
+        return;
+    xcb_connection_t *const display = x11Display();
+    if (!display)
+        return window.setWindowTitle(QStringLiteral(" "));
+    const auto id = static_cast<xcb_window_t>(window.internalWinId());
+    const auto set = [display, id](xcb_atom_t property, xcb_atom_t type, std::string_view text) {
+        xcb_change_property(display, XCB_PROP_MODE_REPLACE, id, property, type, 8,
+                            static_cast<uint32_t>(text.size()), text.data());
+    };
+    static const xcb_atom_t name = atom(display, "_NET_WM_NAME");
+    static const xcb_atom_t utf8 = atom(display, "UTF8_STRING");
+    set(name, utf8, "");
+    // Managers have a name of their own for a framed window that has none at all.
+    if (window.windowType() == Qt::Window && !window.windowFlags().testFlag(Qt::FramelessWindowHint))
+        set(XCB_ATOM_WM_NAME, XCB_ATOM_STRING, " ");
+}
+
 void putBelow(const QWidget *window, const QWidget *other)
 {
     xcb_connection_t *const display = x11Display();

@@ -2,7 +2,12 @@
 
 class QWidget;
 
-/// What the toolkit cannot do with windows, and X11 can. Nothing happens on other platforms.
+/// What the toolkit cannot do with windows, and X11 can. Nothing happens on other platforms, but where
+/// another way is named.
+
+/// To be called when a window was created: the toolkit gives one without a title the program's name.
+/// Elsewhere the title is a blank.
+void keepEmptyTitle(QWidget &window);
 
 /// Puts a window that bypasses the window manager directly below a visible one, which the manager may have
 /// put into a frame of its own. The toolkit can only raise a window above everything, or lower it under the

@@ -123,7 +123,9 @@ bool windowOrder::eventFilter(QObject *window, QEvent *event)
         }
     } else if (event->type() == QEvent::WinIdChange) {
         // Before it is shown: a window manager gives it the keyboard at once.
-        tellHeldKeys(*qobject_cast<QWidget *>(window));
+        auto *box = qobject_cast<QWidget *>(window);
+        tellHeldKeys(*box);
+        keepEmptyTitle(*box);
     } else if (event->type() == QEvent::Expose && static_cast<QWindow *>(window)->isExposed()) {
         // Once only: raising exposes windows again.
         window->removeEventFilter(this);

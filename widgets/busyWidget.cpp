@@ -28,13 +28,6 @@ constexpr double wheelRadius = 1.6;
 constexpr double dotRadius = 0.32;
 constexpr int dots = 8;
 
-/// A setting's colour, that of the light theme where it is unset.
-QColor colorOf(QColor appearanceSettings::*setting)
-{
-    const QColor color = appearance.*setting;
-    return color.isValid() ? color : theme::lightColor(setting);
-}
-
 } // namespace
 
 busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progressProcess(this))
@@ -58,12 +51,8 @@ busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progress
 
 void busyWidget::takeColors()
 {
-    QPalette palette = m_progr->palette();
-    palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_busyInvertedNumberColor));
-    palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_busyBarColor));
-    palette.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_busyBarBackgroundColor));
-    colorBar(palette);
-    m_progr->setPalette(palette);
+    m_progr->setPalette(barPalette(m_progr->palette(), appearance.m_busyInvertedNumberColor,
+                                   appearance.m_busyBarColor, appearance.m_busyBarBackgroundColor));
 }
 
 void busyWidget::setBusyPixmap(const QString &fileName)
@@ -170,10 +159,11 @@ void busyWidget::hideEvent(QHideEvent *)
 void busyWidget::paintWheel(QPainter &painter) const
 {
     const double em = m_width / centralSize;
-    const QColor panel = colorOf(&appearanceSettings::m_dialogBackgroundColor);
-    const QColor bar = colorOf(&appearanceSettings::m_busyBarColor);
+    const QColor panel = theme::colorOrLight(&appearanceSettings::m_dialogBackgroundColor);
+    const QColor bar = theme::colorOrLight(&appearanceSettings::m_busyBarColor);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(colorOf(&appearanceSettings::m_dialogFrameColor), std::max(1.0, em / 12)));
+    painter.setPen(
+        QPen(theme::colorOrLight(&appearanceSettings::m_dialogFrameColor), std::max(1.0, em / 12)));
     painter.setBrush(panel);
     const double inset = painter.pen().widthF() / 2;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), centralRadius * em,

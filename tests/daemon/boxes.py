@@ -180,10 +180,11 @@ class Boxes(Case):
             return sum(count for colour, count in colours.items() if min(bytes.fromhex(colour)) > 0x80)
 
         first = until(lambda: (count := letters()) > 300 and count, "the text")
-        self.screen.key("Next")
-        until(lambda: letters() != first, "another page")
-        self.screen.key("Prior")
-        until(lambda: letters() == first, "the first page again")
+        for there, back in (("Next", "Prior"), ("End", "Home")):
+            self.screen.key(there)
+            until(lambda: letters() != first, f"another page after {there}")
+            self.screen.key(back)
+            until(lambda: letters() == first, f"the first page again after {back}")
         large = Screen(*OPENBOX, size="1280x800")
         asker = self.daemon(screen=large).commands()
         asker.send(box("Copy", *TEN))
