@@ -2,10 +2,9 @@
 
 #include "widgets/appearance.h"
 #include "widgets/imageFile.h"
+#include "widgets/roundedPanel.h"
 #include "widgets/theme.h"
 
-#include <QBitmap>
-#include <QImage>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScreen>
@@ -13,8 +12,6 @@
 
 namespace
 {
-
-constexpr double cornerRadius = 0.6; // em
 
 QColor textOn(const QColor &background, const QColor &setting)
 {
@@ -69,7 +66,7 @@ void fittedPanel::takeSize(double em)
     m_size = m_window.size();
     m_scaledImage = QPixmap();
     if (m_isFrameless)
-        cutCorners();
+        cutCorners(m_window, m_em);
 }
 
 void fittedPanel::paint(const QPaintEvent &event)
@@ -89,34 +86,11 @@ void fittedPanel::paint(const QPaintEvent &event)
 
 void fittedPanel::paintFrameless(const QRect &dirty) const
 {
-    const int radius = qRound(cornerRadius * m_em);
+    const int radius = roundedRadius(m_em);
     const QColor panel = m_window.palette().color(QPalette::Window);
     QPainter painter(&m_window);
-    const QRect inside = m_window.rect().adjusted(radius, radius, -radius, -radius);
-    if (m_scaledImage.isNull() && inside.contains(dirty)) {
-        painter.fillRect(dirty, panel);
-        return;
-    }
-    const double line = std::max(1.0, m_em / 12);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(m_window.palette().color(QPalette::Mid), line));
-    painter.setBrush(m_scaledImage.isNull() ? QBrush(panel) : QBrush(m_scaledImage));
-    painter.drawRoundedRect(QRectF(m_window.rect()).adjusted(line / 2, line / 2, -line / 2, -line / 2),
-                            radius, radius);
-}
-
-/// Without a compositing manager, what is not painted is black. The mask takes away what the rounded outline
-/// covers least, and leaves the rest of its edge for a compositing manager to blend.
-void fittedPanel::cutCorners()
-{
-    const double radius = cornerRadius * m_em - 0.5;
-    QImage shape(m_window.size(), QImage::Format_ARGB32_Premultiplied);
-    shape.fill(Qt::transparent);
-    QPainter painter(&shape);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(Qt::black);
-    painter.setPen(Qt::NoPen);
-    painter.drawRoundedRect(m_window.rect(), radius, radius);
-    painter.end();
-    m_window.setMask(QBitmap::fromImage(shape.createAlphaMask(Qt::ThresholdDither | Qt::AvoidDither)));
+    if (m_scaledImage.isNull() && m_window.rect().adjusted(radius, radius, -radius, -radius).contains(dirty))
+        return painter.fillRect(dirty, panel);
+    paintRounded(painter, m_window, m_em, m_window.palette().color(QPalette::Mid),
+                 m_scaledImage.isNull() ? QBrush(panel) : QBrush(m_scaledImage));
 }

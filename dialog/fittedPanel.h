@@ -24,7 +24,6 @@ public:
 
 private:
     void paintFrameless(const QRect &dirty) const;
-    void cutCorners();
 
     QWidget &m_window;
     bool m_isFrameless;
