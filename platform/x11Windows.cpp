@@ -56,6 +56,11 @@ bool isInTheWay(xcb_connection_t *display, xcb_window_t window)
     return std::find(types.begin(), types.end(), atom(display, "_NET_WM_WINDOW_TYPE_DOCK")) == types.end();
 }
 
+xcb_window_t rootOf(xcb_connection_t *display)
+{
+    return xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
+}
+
 bool isOwn(xcb_window_t id)
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -105,8 +110,7 @@ bool liesInFront(const QWidget &window)
     const auto id = static_cast<xcb_window_t>(window.internalWinId());
     if (!display || !id || !isInTheWay(display, id))
         return false;
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
-    std::vector<uint32_t> stack = listed(display, root, "_NET_CLIENT_LIST_STACKING");
+    std::vector<uint32_t> stack = listed(display, rootOf(display), "_NET_CLIENT_LIST_STACKING");
     if (std::find(stack.begin(), stack.end(), id) == stack.end())
         return true;
     while (!isOwn(stack.back()) && !isInTheWay(display, stack.back()))
@@ -126,5 +130,24 @@ void setTaskbarProgress(const QWidget &window, int percent)
         xcb_delete_property(display, id, property);
     else
         xcb_change_property(display, XCB_PROP_MODE_REPLACE, id, property, XCB_ATOM_CARDINAL, 32, 1, &value);
+    xcb_flush(display);
+}
+
+bool isManaged(WId window)
+{
+    xcb_connection_t *const display = x11Display();
+    if (!display)
+        return false;
+    const std::vector<uint32_t> all = listed(display, rootOf(display), "_NET_CLIENT_LIST");
+    return std::find(all.begin(), all.end(), window) != all.end();
+}
+
+void takeKeyboardNow(const QWidget &window)
+{
+    xcb_connection_t *const display = x11Display();
+    if (!display || !window.internalWinId())
+        return;
+    xcb_set_input_focus(display, XCB_INPUT_FOCUS_PARENT, static_cast<xcb_window_t>(window.internalWinId()),
+                        XCB_CURRENT_TIME);
     xcb_flush(display);
 }

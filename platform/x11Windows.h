@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qwindowdefs.h>
+
 class QWidget;
 
 /// What the toolkit cannot do with windows, and X11 can. Nothing happens on other platforms, but where
@@ -20,3 +22,10 @@ bool liesInFront(const QWidget &window);
 
 /// Tells taskbars how far the window's program is, 0 to 100; below 0 for nothing under way.
 void setTaskbarProgress(const QWidget &window, int percent);
+
+/// Whether the window manager still has this window, which may have gone, among those that it manages.
+bool isManaged(WId window);
+
+/// Gives a visible window the keyboard, now. The toolkit asks with the time of the user's last act, and the
+/// display ignores that once somebody else has asked later.
+void takeKeyboardNow(const QWidget &window);
