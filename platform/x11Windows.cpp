@@ -61,6 +61,16 @@ xcb_window_t rootOf(xcb_connection_t *display)
     return xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
 }
 
+/// Of what the keyboard can be on, besides windows the root window and none.
+bool isOnScreen(xcb_connection_t *display, xcb_window_t window)
+{
+    if (window <= XCB_INPUT_FOCUS_POINTER_ROOT || window == rootOf(display))
+        return false;
+    const replyPointer<xcb_get_geometry_reply_t> place(
+        xcb_get_geometry_reply(display, xcb_get_geometry(display, window), nullptr));
+    return place && place->x + place->width > 0 && place->y + place->height > 0;
+}
+
 bool isOwn(xcb_window_t id)
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -142,10 +152,14 @@ bool isManaged(WId window)
     return std::find(all.begin(), all.end(), window) != all.end();
 }
 
-void takeKeyboardNow(const QWidget &window)
+void takeIdleKeyboard(const QWidget &window)
 {
     xcb_connection_t *const display = x11Display();
     if (!display || !window.internalWinId())
+        return;
+    const replyPointer<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(display, xcb_get_input_focus(display), nullptr));
+    if (!focus || isOnScreen(display, focus->focus))
         return;
     xcb_set_input_focus(display, XCB_INPUT_FOCUS_PARENT, static_cast<xcb_window_t>(window.internalWinId()),
                         XCB_CURRENT_TIME);

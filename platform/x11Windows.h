@@ -26,6 +26,6 @@ void setTaskbarProgress(const QWidget &window, int percent);
 /// Whether the window manager still has this window, which may have gone, among those that it manages.
 bool isManaged(WId window);
 
-/// Gives a visible window the keyboard, now. The toolkit asks with the time of the user's last act, and the
-/// display ignores that once somebody else has asked later.
-void takeKeyboardNow(const QWidget &window);
+/// Gives a visible window the keyboard that no window on the screen has: a manager keeps it somewhere else
+/// then. The toolkit asks with the time of the user's last act, which is not late enough for that.
+void takeIdleKeyboard(const QWidget &window);

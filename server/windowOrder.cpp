@@ -117,7 +117,7 @@ void windowOrder::returnKeyboard()
     } else if (!m_heir->isActiveWindow()) {
         takeKeyboard(m_heir);
         if (bypassesManager(m_heir))
-            takeKeyboardNow(*m_heir);
+            takeIdleKeyboard(*m_heir);
     }
 }
 
