@@ -2,7 +2,7 @@
 
 #include "dialog/dialogSlots.h"
 
-#include <QtGlobal>
+#include <QString>
 
 class QIcon;
 class QPaintEvent;
