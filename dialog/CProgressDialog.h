@@ -1,10 +1,9 @@
 #pragma once
 
 #include "dialog/dialogInput.h"
+#include "dialog/dialogRun.h"
 #include "dialog/dialogSlots.h"
 
-#include <QDateTime>
-#include <QElapsedTimer>
 #include <QWidget>
 
 #include <memory>
@@ -19,9 +18,6 @@ class dialogLayout;
 /// The layout pass `ensureVisible()` derives what is seen from the slots' flags (dialogSlots). Slot indices
 /// run from 0 to 9; an index outside them, or a slot without widgets on a low screen, has no effect. Lengths
 /// are screen pixels.
-///
-/// Sources: content.cpp (slots and copies), layout.cpp (construction, layout pass, events), timing.cpp (runs,
-/// ticks and percent).
 class CProgressDialog : public QWidget, private dialogSlots
 {
     Q_OBJECT
@@ -39,7 +35,7 @@ public:
     int createText(int id, const QString &text);
     /// A bar of the slot shows the new text only after the next layout pass.
     void updateText(int id, const QString &text);
-    void removeText(int id);
+    void removeText(int id) { removeBar(id); }
     void addButton(int id, const QString &text);
     void removeButton(int id);
     /// Sets a bar to `percent`, 0 to 100; -1 stands for a bar that would be cancelled and shows 100.
@@ -52,78 +48,43 @@ public:
     void pulseBar(int id);
 
     /// Whether the slot, 0 to 9, shows neither a row nor a button.
-    bool isFree(int id) const { return !labelVisible[id] && !barVisible[id] && !buttonVisible[id]; }
+    bool isFree(int id) const { return !showsAny(id); }
 
     /// Whether it has the keyboard whenever it appears, not only when somebody asks for it.
     bool takesKeyboard() const;
     /// The run in progress will not be recorded.
-    void willCancel() { m_cancelled = true; }
+    void willCancel() { m_run.willCancel(); }
     /// The same, unless all bars are full; tells whether they are not.
-    bool giveUpRun();
+    bool giveUpRun() { return m_run.giveUp(); }
     /// Makes this dialog, just constructed, a copy of `src`; the run goes on in the copy.
     void copyFromDialog(const CProgressDialog &src);
     /// Centres the dialog on the screen.
     void movePosition();
-    /// Applies the background image again, scaled to the dialog's size.
-    virtual void reloadPixmap();
     /// For a dialog that has been replaced, is in no operation and will not be shown again: what it holds
     /// goes at once, its window, images and children.
     void giveBack();
     /// The dialog was to be shown and is replaced before it could be: its end is logged like a shown one's.
     void countAsOpen() { m_countsAsOpen = true; }
 
-public slots:
-    void buttonClicked();
-
 protected:
     bool eventFilter(QObject *obj, QEvent *ev) override;
-    void timerEvent(QTimerEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    // content.cpp
-    bool hasRow(int id) const;
-    bool hasButton(int id) const;
-    void clearRow(int id);
-    void relayout();
-    void copySlot(int id, const CProgressDialog &src);
-
-    // layout.cpp
     void takeColors();
-    /// The layout pass. Tells whether the dialog is in action: it shows a text line, a bar or a button.
-    bool ensureVisible();
-    void focusFirstButton();
-
-    // timing.cpp
-    bool takeTimingStep(bool inAction);
-    void startRun();
-    void endRun();
-    int secondsToLearn() const;
-    void tick();
-    void showEstimate(int elapsed);
-    void showAverage();
-    /// Recomputes the average of the bars; a change of it is a snapshot of the run.
-    void updatePercent();
+    void relayout();
+    void ensureVisible();
+    void placeChildren();
+    void copySlot(int id, const CProgressDialog &src);
 
     dialogHost &m_host;
     /// Goes before the children: it owns what they are painted with.
     std::unique_ptr<dialogLayout> m_layout;
+    dialogRun m_run;
     dialogInput m_input;
 
-    QDateTime m_startTime;
-    QDateTime m_stopTime;
-    /// Runs beside `m_startTime`, to notice that the clock was set meanwhile.
-    QElapsedTimer m_runClock;
-    /// The next layout pass only places the children.
-    bool m_justcopied = false;
-    /// Id of the run's 1000 ms timer; -1 when none runs.
-    int m_timerId = -1;
-
-    /// A run is in progress: the dialog had content at the end of the last layout pass.
+    /// The dialog had content at the end of the last layout pass.
     bool m_isActive = false;
     bool m_countsAsOpen = false;
-    bool m_cancelled = false;
-    /// Average of the bars; -1 before the first.
-    int m_currentPercent = -1;
 };

@@ -1,8 +1,8 @@
 #include "dialog/dialogInput.h"
 
-#include "dialog/CProgressDialog.h"
 #include "dialog/dialogHost.h"
 #include "dialog/dialogLayout.h"
+#include "dialog/dialogRun.h"
 #include "platform/wayland.h"
 #include "platform/x11Input.h"
 #include "widgets/progressButton.h"
@@ -37,9 +37,9 @@ struct dialogInput::target {
     int slot = -1;
 };
 
-dialogInput::dialogInput(CProgressDialog &dialog, dialogSlots &content, dialogLayout &layout,
+dialogInput::dialogInput(QWidget &window, dialogSlots &content, dialogLayout &layout, dialogRun &run,
                          dialogHost &host)
-    : m_dialog(dialog), m_content(content), m_layout(layout), m_host(host)
+    : m_window(window), m_content(content), m_layout(layout), m_run(run), m_host(host)
 {
 }
 
@@ -50,15 +50,26 @@ void dialogInput::goOnFrom(const dialogInput &src)
     m_heldKeys = src.m_heldKeys;
 }
 
-bool dialogInput::sendClicked(const QObject *button)
+bool dialogInput::press(int slot)
 {
-    for (int k = 0; k < m_content.maxButtons; ++k) {
-        if (m_content.buttonVisible[k] && m_content.buttons[k] == button) {
-            m_host.clicked(k);
-            return true;
-        }
-    }
-    return false;
+    if (m_host.isInputBlocked() || !m_content.buttonVisible[slot])
+        return false;
+    m_host.clicked(slot);
+    return true;
+}
+
+void dialogInput::pressHide()
+{
+    if (!m_host.isInputBlocked())
+        m_window.hide();
+}
+
+void dialogInput::close()
+{
+    if (m_host.isInputBlocked())
+        return;
+    m_window.hide();
+    m_host.closed();
 }
 
 bool dialogInput::filter(QObject *obj, QEvent *ev)
@@ -72,11 +83,11 @@ bool dialogInput::filter(QObject *obj, QEvent *ev)
         if (isKey || isMousePress || type == QEvent::Shortcut)
             return true;
     }
-    if (obj == &m_dialog) {
+    if (obj == &m_window) {
         drag(ev);
         forgetInput(ev);
         if (type == QEvent::WinIdChange)
-            tellHeldKeys(m_dialog);
+            tellHeldKeys(m_window);
     }
     return isKey && (isTypedOn(type) || handleKey(obj, *static_cast<QKeyEvent *>(ev)));
 }
@@ -100,7 +111,7 @@ void dialogInput::forgetInput(QEvent *ev)
         m_heldKeys.clear();
     if (ev->type() == QEvent::Hide)
         m_buttonPressed = false;
-    if (ev->type() == QEvent::Show && onWayland() && m_dialog.testAttribute(Qt::WA_ShowWithoutActivating))
+    if (ev->type() == QEvent::Show && onWayland() && m_window.testAttribute(Qt::WA_ShowWithoutActivating))
         m_sinceTyped.start();
 }
 
@@ -109,16 +120,16 @@ void dialogInput::drag(QEvent *ev)
     switch (ev->type()) {
     case QEvent::MouseButtonPress:
         if (onWayland()) {
-            m_dialog.windowHandle()->startSystemMove();
+            m_window.windowHandle()->startSystemMove();
             break;
         }
         m_buttonPressed = true;
-        m_lastPoint = static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - m_dialog.pos();
+        m_lastPoint = static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - m_window.pos();
         break;
     case QEvent::MouseMove:
         // Positions in the dialog would be those from before moves that are still under way.
         if (m_buttonPressed) {
-            m_dialog.move(static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - m_lastPoint);
+            m_window.move(static_cast<QMouseEvent *>(ev)->globalPosition().toPoint() - m_lastPoint);
             m_layout.takeMoved();
         }
         break;
@@ -133,7 +144,7 @@ void dialogInput::drag(QEvent *ev)
 bool dialogInput::handleKey(const QObject *obj, const QKeyEvent &ev)
 {
     const target pressed = concernedButton(obj);
-    if (!pressed.button && !(ev.key() == Qt::Key_Escape && m_layout.takesDesktopKeys()))
+    if (!pressed.button && !m_layout.takesDesktopKeys())
         return false;
     const quint32 key = physicalKey(ev);
     const bool repeats = isRepetition(ev);
@@ -153,7 +164,7 @@ dialogInput::target dialogInput::concernedButton(const QObject *obj) const
         return {m_content.m_hideButton, 0};
     for (int k = 0; k < m_content.maxButtons; ++k) {
         QPushButton *const button = m_content.buttons[k];
-        if (obj == button || (obj == &m_dialog && button->hasFocus()))
+        if (obj == button || (obj == &m_window && button->hasFocus()))
             return {button, k};
     }
     return {};
@@ -161,80 +172,81 @@ dialogInput::target dialogInput::concernedButton(const QObject *obj) const
 
 bool dialogInput::act(int key, const target &pressed)
 {
-    if (key == Qt::Key_Escape && m_layout.takesDesktopKeys()) {
-        const bool isOnButton = pressed.button && pressed.button != m_content.m_hideButton;
-        const int leader = isOnButton && pressed.button->isVisible() ? m_content.groupOf(pressed.slot) : -1;
-        if (leader < 0)
-            return close();
-        m_host.clicked(leader);
-        m_dialog.willCancel();
-        return true;
+    if (m_layout.takesDesktopKeys()) {
+        if (key == Qt::Key_Escape)
+            return escape(pressed);
+        if (m_layout.scroll(key))
+            return true;
+        if (key == Qt::Key_Space)
+            return activate(pressed);
     }
     if (!pressed.button)
         return false;
+    QPushButton *next = nullptr;
     switch (key) {
     case Qt::Key_Tab:
     case Qt::Key_Right:
     case Qt::Key_Down:
-        focusNext(pressed);
-        return true;
+        next = beside(pressed, 1);
+        break;
     case Qt::Key_Backtab:
     case Qt::Key_Left:
     case Qt::Key_Up:
-        focusPrevious(pressed);
-        return true;
-    case Qt::Key_Space:
-        return m_layout.takesDesktopKeys() && activate(pressed);
+        next = beside(pressed, -1);
+        break;
     case Qt::Key_Return:
     case Qt::Key_Enter:
         return activate(pressed);
     case Qt::Key_Home:
     case Qt::Key_PageUp:
-        focus(firstShownButton());
-        return true;
+        next = firstShown(0, 1);
+        break;
     case Qt::Key_End:
     case Qt::Key_PageDown:
-        focus(lastShownButton());
-        return true;
+        next = firstShown(m_content.maxButtons - 1, -1);
+        break;
     default:
         return false;
     }
+    if (next)
+        next->setFocus();
+    return true;
 }
 
-/// False where there is no such button, or it is not shown.
-bool dialogInput::focus(QPushButton *button) const
+/// On a button of slots that stand together it means these, else the window.
+bool dialogInput::escape(const target &pressed)
 {
-    const bool isShown = button && button->isVisible();
-    if (isShown)
-        button->setFocus();
-    return isShown;
-}
-
-/// The slot of the next button, below or above; -1 behind the last. Where keys are the desktop's, those that
-/// are not shown do not count.
-int dialogInput::neighbour(int slot, int step) const
-{
-    for (slot += step; slot >= 0 && slot < m_content.maxButtons; slot += step) {
-        if (!m_layout.takesDesktopKeys() || m_content.buttonVisible[slot])
-            return slot;
+    const bool isOnButton = pressed.button && pressed.button != m_content.m_hideButton;
+    const int leader = isOnButton && pressed.button->isVisible() ? m_content.groupOf(pressed.slot) : -1;
+    if (leader < 0) {
+        close();
+        return true;
     }
-    return -1;
+    m_host.clicked(leader);
+    m_run.willCancel();
+    return true;
 }
 
-void dialogInput::focusNext(const target &pressed)
+/// From the button of a slot on, up or down the line of all; null where none is shown.
+QPushButton *dialogInput::firstShown(int slot, int step) const
 {
-    const bool isLast = pressed.button == m_content.m_hideButton;
-    const int next = isLast ? -1 : neighbour(pressed.slot, 1);
-    if (next < 0 || !focus(m_content.buttons[next]))
-        m_content.m_hideButton->setFocus();
+    for (; slot >= 0 && slot < m_content.maxButtons; slot += step) {
+        if (m_content.buttons[slot]->isVisible())
+            return m_content.buttons[slot];
+    }
+    return nullptr;
 }
 
-void dialogInput::focusPrevious(const target &pressed)
+/// Where keys are not the desktop's, a slot that is not shown ends the line.
+QPushButton *dialogInput::beside(const target &pressed, int step) const
 {
-    if (pressed.slot > 0 && neighbour(pressed.slot, -1) >= 0)
-        focus(m_content.buttons[neighbour(pressed.slot, -1)]);
-    else if (pressed.button == m_content.m_hideButton)
-        focus(lastShownButton());
+    QPushButton *const hide = m_content.m_hideButton;
+    if (pressed.button == hide)
+        return step > 0 ? hide : firstShown(m_content.maxButtons - 1, -1);
+    QPushButton *const next = firstShown(pressed.slot + step, step);
+    const bool isReached =
+        next && (m_layout.takesDesktopKeys() || next == m_content.buttons[pressed.slot + step]);
+    return isReached ? next : step > 0 ? hide : nullptr;
 }
 
 bool dialogInput::activate(const target &pressed)
@@ -243,36 +255,11 @@ bool dialogInput::activate(const target &pressed)
         // Where there is no busy window to bring the dialog back, nothing hides it.
         if (!pressed.button->isVisible())
             return false;
-        m_dialog.hide();
+        m_window.hide();
         return true;
     }
-    if (!sendClicked(pressed.button))
+    if (!pressed.button || !press(pressed.slot))
         return false;
-    m_dialog.willCancel();
+    m_run.willCancel();
     return true;
-}
-
-bool dialogInput::close()
-{
-    m_dialog.hide();
-    m_host.closed();
-    return true;
-}
-
-QPushButton *dialogInput::firstShownButton() const
-{
-    for (int k = 0; k < m_content.maxButtons; ++k) {
-        if (m_content.buttons[k]->isVisible())
-            return m_content.buttons[k];
-    }
-    return nullptr;
-}
-
-QPushButton *dialogInput::lastShownButton() const
-{
-    for (int k = m_content.maxButtons - 1; k >= 0; --k) {
-        if (m_content.buttons[k]->isVisible())
-            return m_content.buttons[k];
-    }
-    return nullptr;
 }

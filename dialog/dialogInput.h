@@ -5,12 +5,13 @@
 #include <QPoint>
 #include <QSet>
 
-class CProgressDialog;
 class QKeyEvent;
 class QObject;
 class QPushButton;
+class QWidget;
 class dialogHost;
 class dialogLayout;
+class dialogRun;
 struct dialogSlots;
 
 /// What the user does to a dialog: moves it by dragging, moves the focus along its buttons with keys, and
@@ -23,16 +24,21 @@ struct dialogSlots;
 class dialogInput
 {
 public:
-    dialogInput(CProgressDialog &dialog, dialogSlots &content, dialogLayout &layout, dialogHost &host);
+    dialogInput(QWidget &window, dialogSlots &content, dialogLayout &layout, dialogRun &run,
+                dialogHost &host);
     Q_DISABLE_COPY_MOVE(dialogInput)
 
     /// Tells whether the event goes no further.
     bool filter(QObject *obj, QEvent *ev);
     /// The dialog is a copy of that of `src`: keys and mouse buttons that are down are down on it.
     void goOnFrom(const dialogInput &src);
-    /// Sends the event of a shown slot button; false when `button` is none.
-    bool sendClicked(const QObject *button);
-    int neighbour(int slot, int step) const;
+
+    // By whatever means: screen readers press buttons without keys and mouse.
+    /// The button of a slot, if it is shown; tells whether it is.
+    bool press(int slot);
+    void pressHide();
+    /// The user closes the window.
+    void close();
 
 private:
     struct target;
@@ -43,17 +49,15 @@ private:
     target concernedButton(const QObject *obj) const;
     bool handleKey(const QObject *obj, const QKeyEvent &ev);
     bool act(int key, const target &pressed);
-    bool focus(QPushButton *button) const;
-    void focusNext(const target &pressed);
-    void focusPrevious(const target &pressed);
+    bool escape(const target &pressed);
     bool activate(const target &pressed);
-    bool close();
-    QPushButton *firstShownButton() const;
-    QPushButton *lastShownButton() const;
+    QPushButton *firstShown(int slot, int step) const;
+    QPushButton *beside(const target &pressed, int step) const;
 
-    CProgressDialog &m_dialog;
+    QWidget &m_window;
     dialogSlots &m_content;
     dialogLayout &m_layout;
+    dialogRun &m_run;
     dialogHost &m_host;
 
     /// Dragging: a mouse button is held on the dialog, and where on it, in pixels, it went down.

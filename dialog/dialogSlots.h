@@ -1,6 +1,6 @@
 #pragma once
 
-#include <array>
+#include <vector>
 
 class QPushButton;
 class progressButton;
@@ -39,17 +39,25 @@ struct dialogSlots {
     int maxBars = MAX_ENTRIES;
     int maxButtons = MAX_ENTRIES;
 
+    /// What is shown together.
+    struct group {
+        int leader; ///< -1 where all that is shown belongs together, and for those without one
+        std::vector<int> ids;
+    };
+
+    static bool isSlot(int id) { return id >= 0 && id < MAX_ENTRIES; }
+    bool hasRow(int id) const { return isSlot(id) && bars[id]; }
+    bool hasButton(int id) const { return isSlot(id) && buttons[id]; }
     bool showsBar(int id) const { return barVisible[id] && !labelVisible[id]; }
-    int shownButtons() const;
+    /// A text line, a bar or a button.
+    bool showsAny(int id) const { return labelVisible[id] || barVisible[id] || buttonVisible[id]; }
     void join(int id, int leaderId);
     /// A slot that shows nothing stands with no other.
     void leaveIfEmpty(int id);
-    /// All, in the order in which they are shown.
-    std::array<int, MAX_ENTRIES> order() const;
-    /// The leader of those that this one is shown apart with, each group below the other; -1 where all that
-    /// is shown belongs together.
+    /// All slots that show something, the groups in the order in which they came.
+    std::vector<group> groups() const;
+    /// The leader of the group that a slot is shown in.
     int groupOf(int id) const;
-    /// Whether a text line, a bar or a button is shown.
     bool hasContent() const;
     /// The same, of the slots that are not finished.
     bool hasUnfinished() const;

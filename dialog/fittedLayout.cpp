@@ -1,10 +1,8 @@
 #include "dialog/fittedLayout.h"
 
-#include "language/language.h"
-#include "platform/wayland.h"
+#include "dialog/fittedArrangement.h"
 #include "stats/estimate.h"
 #include "widgets/appearance.h"
-#include "widgets/busyWidget.h"
 #include "widgets/fittedBar.h"
 #include "widgets/fittedButton.h"
 #include "widgets/imageFile.h"
@@ -13,161 +11,66 @@
 
 #include <QIcon>
 #include <QLabel>
-#include <QScreen>
+
+#include <algorithm>
 
 namespace
 {
 
-constexpr Qt::WindowFlags managedFlags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                                         Qt::WindowSystemMenuHint | Qt::WindowMinMaxButtonsHint |
-                                         Qt::WindowCloseButtonHint;
-
-// In em.
+// In em of the font of text lines.
+constexpr double leastWindowWidth = 24;
+constexpr double mostWindowWidth = 40;
+/// A content that gets wider by little and little must not pull the window along each time.
+constexpr double widthStep = 4;
 constexpr double iconSize = 3;
 constexpr double largestPicture = 10;
+/// Lines of a text that has to scroll.
+constexpr int leastLines = 3;
 
-} // namespace
-
-fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
-    : dialogLayout(window, content), m_panel(window, appearance.m_modal_dialog)
+/// What a row needs at this width.
+fittedNeeds::row needsOf(const fittedChildren::row &each, int width)
 {
-    if (appearance.m_modal_dialog && !onWayland())
-        m_window.setAttribute(Qt::WA_TranslucentBackground);
-    else
-        m_window.setWindowFlags(managedFlags);
-}
-
-bool fittedLayout::isManaged() const
-{
-    return !m_window.windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
-}
-
-progressLabel *fittedLayout::newLabel()
-{
-    return new fittedLabel(&m_window);
-}
-
-progressProcess *fittedLayout::newBar()
-{
-    return new fittedBar(&m_window);
-}
-
-progressButton *fittedLayout::newButton()
-{
-    return new fittedButton(&m_window);
-}
-
-fittedBar &fittedLayout::bar(int id) const
-{
-    return static_cast<fittedBar &>(*m_content.bars[id]);
-}
-
-fittedLabel &fittedLayout::label(int id) const
-{
-    return static_cast<fittedLabel &>(*m_content.labels[id]);
-}
-
-fittedBar &fittedLayout::totalBar() const
-{
-    return static_cast<fittedBar &>(*m_content.m_totalBar);
-}
-
-QIcon fittedLayout::icon() const
-{
-    return fittedIcon();
-}
-
-int fittedLayout::shownBars() const
-{
-    int count = 0;
-    for (int i = 0; i < m_content.maxBars; ++i)
-        count += m_content.showsBar(i);
-    return count;
-}
-
-/// For several bars; without any for the time that is left.
-bool fittedLayout::showsTotalRow() const
-{
-    const int bars = shownBars();
-    return bars > 1 || (bars == 0 && m_estimateIsShown && !m_left.isEmpty());
-}
-
-void fittedLayout::showChildren()
-{
-    m_content.m_totalLabel->hide();
-    totalBar().setVisible(showsTotalRow());
-    totalBar().showCaption(translated("Total progress"));
-    totalBar().expectRemaining(true);
-    const bool isSingle = shownBars() == 1;
-    for (int i = 0; i < m_content.maxBars; ++i) {
-        label(i).setVisible(m_content.labelVisible[i]);
-        bar(i).setVisible(m_content.showsBar(i));
-        if (m_content.showsBar(i))
-            bar(i).showCaption(label(i).text());
-        bar(i).expectRemaining(isSingle);
+    if (each.text) {
+        const int height = each.text->keptHeightFor(width);
+        return {height, std::min(height, leastLines * each.text->fontMetrics().lineSpacing()), false};
     }
-    m_content.m_hideButton->setText(translated("Hide"));
-    m_content.m_hideButton->setVisible(busyWidget::hasPosition());
-    for (int i = 0; i < m_content.maxButtons; ++i)
-        m_content.buttons[i]->setVisible(m_content.buttonVisible[i]);
-    tellRemaining();
+    const QWidget *const other = each.bar ? each.bar : each.buttons.front();
+    return {other->sizeHint().height(), other->sizeHint().height(), false};
 }
 
-void fittedLayout::takeText(int id)
+/// Buttons stand close below what they belong to, and a bar without a caption below its text.
+bool captionsNext(const fittedChildren::row &each, const fittedChildren::row &next)
 {
-    if (!m_content.showsBar(id))
-        return;
-    bar(id).showCaption(label(id).text());
-    if (bar(id).sizeHint().width() > bar(id).width())
-        placeAgain();
+    return !next.buttons.isEmpty() || (each.text && next.bar && next.bar->accessibleName().isEmpty());
 }
 
-/// In the row of the only bar, or in the total row.
-void fittedLayout::tellRemaining()
+int windowWidth(int natural, int grown, int most, const emLength &em)
 {
-    const QString left = m_estimateIsShown ? m_left : QString();
-    const bool isSingle = shownBars() == 1;
-    for (int i = 0; i < m_content.maxBars; ++i)
-        bar(i).showRemaining(isSingle && m_content.showsBar(i) ? left : QString());
-    totalBar().showRemaining(left);
+    const int step = std::max(1, em(widthStep));
+    const int least = std::max({em(leastWindowWidth), appearance.m_leastWidth, grown});
+    const int usual = std::max(em(mostWindowWidth), least);
+    return std::min(std::clamp((natural + step - 1) / step * step, least, usual), most);
 }
 
-void fittedLayout::captionTotalBar()
+/// In one line; where they are wider than that, all narrower.
+void placeAtRight(const QList<QWidget *> &buttons, const QRect &place)
 {
-    m_left.clear();
-    showEstimate();
+    const int gap = fittedDistances{emLength(*buttons.front())}.buttonGap;
+    const int most = (place.width() + gap) / static_cast<int>(buttons.size()) - gap;
+    int right = place.right() + 1;
+    for (auto each = buttons.rbegin(); each != buttons.rend(); ++each) {
+        const int width = std::min((*each)->sizeHint().width(), std::max(1, most));
+        (*each)->setGeometry(right - width, place.top(), width, place.height());
+        right -= width + gap;
+    }
 }
 
-void fittedLayout::showRemaining(const remainingTime &remaining)
+/// The settings' picture: the image of a file, or an icon of the theme. Null for none.
+QPixmap pictureAt(const emLength &em)
 {
-    m_left = remaining.isOverdue ? overdueText() : timeLeft(remaining.calmSeconds);
-}
-
-void fittedLayout::showTotalBar(bool shown)
-{
-    if (!shown && !m_estimateIsShown)
-        return;
-    m_estimateIsShown = shown;
-    showEstimate();
-}
-
-/// Without a new arrangement, unless the total row comes or goes.
-void fittedLayout::showEstimate()
-{
-    if (showsTotalRow() == m_content.m_totalBar->isHidden())
-        placeAgain();
-    else
-        tellRemaining();
-}
-
-/// The picture is the image of a file, or an icon of the theme.
-void fittedLayout::loadBackground()
-{
-    m_panel.loadBackground();
     const QIcon icon = iconNamed(appearance.m_windowImage);
     if (icon.isNull())
-        return;
-    const emLength em(appearance.m_labelFont, m_window);
+        return {};
     const QSize most = QSize(1, 1) * em(largestPicture);
     QPixmap picture(imageFile(appearance.m_windowImage));
     if (picture.isNull()) {
@@ -176,22 +79,46 @@ void fittedLayout::loadBackground()
         picture.setDevicePixelRatio(appearance.m_scale);
     } else if (picture.width() > most.width() || picture.height() > most.height())
         picture = picture.scaled(most, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    return picture;
+}
+
+} // namespace
+
+/// The children that are shown, and their places in a window of this size, which can be made smaller by its
+/// user down to the least one.
+struct fittedLayout::plan {
+    std::vector<fittedChildren::row> rows;
+    QList<QWidget *> buttons;
+    fittedPlaces places;
+    QSize size;
+    QSize leastSize;
+};
+
+fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
+    : dialogLayout(window, content), m_frame(window), m_panel(window, appearance.m_modal_dialog),
+      m_children(content)
+{
+    createWidgets<fittedLabel, fittedBar, fittedButton>();
+    shareBarPalette();
+    const emLength em(appearance.m_labelFont, m_window);
+    m_window.resize(em(leastWindowWidth), 2 * fittedDistances(em).margin);
+    const QPixmap picture = pictureAt(em);
+    if (picture.isNull())
+        return;
     m_picture = new QLabel(&m_window);
     m_picture->setPixmap(picture);
     m_picture->setScaledContents(true);
 }
 
-void fittedLayout::reloadPixmap()
+QIcon fittedLayout::icon() const
 {
-    m_panel.rescale();
+    return fittedIcon();
 }
 
 void fittedLayout::takeColors()
 {
     m_panel.takeColors();
-    shareBarPalette();
-    for (int i = 0; i < m_content.maxBars; ++i)
-        m_content.bars[i]->setPalette(BAR_PALETTE);
+    dialogLayout::takeColors();
 }
 
 void fittedLayout::copyFrom(const dialogLayout &other)
@@ -200,15 +127,131 @@ void fittedLayout::copyFrom(const dialogLayout &other)
     if (!src)
         return;
     m_panel.takeBackground(src->m_panel);
-    m_left = src->m_left;
-    m_estimateIsShown = src->m_estimateIsShown;
-    totalBar().setValue(src->totalBar().value());
-    std::copy(std::begin(src->m_grownLines), std::end(src->m_grownLines), m_grownLines);
-    if (src->m_window.isVisible()) {
-        m_grown = src->m_grown;
-        m_window.move(src->m_window.pos());
-        m_window.setWindowState(src->m_window.windowState() & Qt::WindowMaximized);
-        m_anchor = src->m_anchor;
-        m_wasMoved = src->m_wasMoved;
+    m_children.goOnFrom(src->m_children);
+    if (src->m_window.isVisible())
+        m_frame.goOnFrom(src->m_frame);
+}
+
+void fittedLayout::takeText(int id)
+{
+    if (m_children.takeText(id))
+        placeAgain();
+}
+
+void fittedLayout::showRemaining(const remainingTime &remaining)
+{
+    showLeft(remaining.isOverdue ? overdueText() : timeLeft(remaining.calmSeconds));
+}
+
+void fittedLayout::showTotalBar(bool shown)
+{
+    if (!shown)
+        showLeft({});
+}
+
+/// Without a new arrangement, unless the total row comes or goes.
+void fittedLayout::showLeft(const QString &left)
+{
+    if (m_children.takeLeft(left))
+        placeAgain();
+}
+
+void fittedLayout::place(bool runs)
+{
+    if (!runs || !m_content.hasContent())
+        m_children.takeLeft({});
+    if (!m_content.hasContent())
+        m_frame.forget();
+    placeAgain();
+}
+
+void fittedLayout::placeAgain()
+{
+    m_children.show();
+    const bool isGiven = m_window.isMaximized();
+    carryOut(planned(isGiven ? m_window.size() : m_frame.room(), isGiven));
+}
+
+/// The window has the user's size, or the window manager's. Where that is too small for the content, the
+/// window asks for more; a manager who does not grant it has the content made smaller.
+void fittedLayout::takeResized()
+{
+    if (!m_frame.takeResized())
+        return;
+    const QSize given = m_window.size();
+    const plan wanted = planned({given.width(), m_frame.room().height()}, true);
+    m_window.setMinimumSize(wanted.leastSize);
+    if (m_window.size() == given)
+        carryOut(wanted.size == given ? wanted : planned(given, true));
+}
+
+/// For a window as large as the content asks for, and at most `room`; or, where that is the size that it
+/// `isGiven`, for this one.
+fittedLayout::plan fittedLayout::planned(const QSize &room, bool isGiven)
+{
+    constexpr int tries = 5;
+    plan result;
+    double scale = appearance.m_scale;
+    for (int i = 0; i < tries; ++i) {
+        result = plannedAt(scale, room, isGiven);
+        if (result.places.height <= room.height())
+            break;
+        scale *= static_cast<double>(room.height()) / result.places.height;
     }
+    return result;
+}
+
+fittedLayout::plan fittedLayout::plannedAt(double scale, const QSize &room, bool isGiven)
+{
+    m_children.useFonts(scale);
+    const emLength em(*m_content.m_totalLabel);
+    const fittedDistances distances(em);
+    plan result{m_children.rows(), m_children.buttons(), {}, {}, {}};
+    fittedNeeds needs;
+    if (m_picture)
+        needs.picture = (m_picture->pixmap().deviceIndependentSize() * scale).toSize();
+    int widest = 0;
+    for (const fittedChildren::row &each : result.rows) {
+        if (each.text || each.bar)
+            widest = std::max(widest, (each.text ? each.text->sizeHint() : each.bar->sizeHint()).width());
+    }
+    for (const QWidget *button : std::as_const(result.buttons))
+        needs.buttons.push_back(button->sizeHint());
+    const int natural = naturalWidth(needs, widest, distances);
+    const int width =
+        isGiven ? room.width() : windowWidth(natural, m_frame.grown().width(), room.width(), em);
+    for (QSize &button : needs.buttons)
+        button.setWidth(std::min(button.width(), rowWidth({}, width, distances)));
+    for (const fittedChildren::row &each : result.rows)
+        needs.rows.push_back(needsOf(each, rowWidth(needs.picture, width, distances)));
+    for (std::size_t i = 1; i < needs.rows.size(); ++i)
+        needs.rows[i - 1].captionsNextRow = captionsNext(result.rows[i - 1], result.rows[i]);
+
+    const int leastHeight = isGiven ? m_window.height() : std::min(m_frame.grown().height(), room.height());
+    result.places = arranged(needs, width, leastHeight, room.height(), distances);
+    result.size = {width, std::max(result.places.height, leastHeight)};
+    result.leastSize = {windowWidth(natural, 0, room.width(), em), result.places.height};
+    return result;
+}
+
+void fittedLayout::carryOut(const plan &wanted)
+{
+    for (std::size_t i = 0; i < wanted.rows.size(); ++i) {
+        const fittedChildren::row &each = wanted.rows[i];
+        const QRect &place = wanted.places.rows[i];
+        if (each.text)
+            each.text->takePlace(place);
+        else if (each.bar)
+            each.bar->setGeometry(place);
+        else
+            placeAtRight(each.buttons, place);
+    }
+    for (qsizetype i = 0; i < wanted.buttons.size(); ++i)
+        wanted.buttons[i]->setGeometry(wanted.places.buttons[static_cast<std::size_t>(i)]);
+    if (m_picture)
+        m_picture->setGeometry(wanted.places.picture);
+    m_frame.take(wanted.size, wanted.leastSize);
+    if (!m_content.hasContent())
+        m_frame.forget();
+    m_panel.takeSize(emLength(*m_content.m_totalLabel).exact(1));
 }

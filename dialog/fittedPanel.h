@@ -10,23 +10,20 @@ class QWidget;
 class fittedPanel
 {
 public:
+    /// Has the settings' background.
     fittedPanel(QWidget &window, bool isFrameless);
 
     /// Gives the window the settings' colours.
     void takeColors();
-    void loadBackground();
     /// Shares the background of another one.
     void takeBackground(const fittedPanel &src) { m_image = src.m_image; }
     void dropImages();
     /// The window may have another size, or the length of its em, in pixels.
     void takeSize(double em);
-    /// The background is to be scaled anew.
-    void rescale() { m_scaledImage = QPixmap(); }
     void paint(const QPaintEvent &event);
 
 private:
     void paintFrameless(const QRect &dirty) const;
-    void cutCorners();
 
     QWidget &m_window;
     bool m_isFrameless;

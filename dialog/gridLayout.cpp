@@ -4,6 +4,7 @@
 #include "stats/estimate.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
+#include "widgets/imageFile.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
@@ -11,9 +12,64 @@
 #include "widgets/theme.h"
 
 #include <QFontMetrics>
+#include <QLinearGradient>
+#include <QPainter>
+#include <QPolygon>
 #include <QScreen>
 
 #include <algorithm>
+
+namespace
+{
+
+// In pixels.
+constexpr int frameWidth = 4;
+constexpr int xgap = 6; ///< between buttons, and beside rows
+
+/// What the window's outline looks like for one size. Dialogs have mostly the same size, so one shape is
+/// kept for all of them, built for the size that was painted last.
+struct windowShape {
+    QSize size;
+    QRegion outer;
+    QRegion frameregion;
+};
+
+const windowShape &shapeOf(const QSize &size)
+{
+    static windowShape shape;
+    if (size == shape.size)
+        return shape;
+
+    constexpr int outerRadius = 4;
+    constexpr int innerRadius = 1;
+    const QRect whole(QPoint(0, 0), size);
+    const QRect inside = whole.adjusted(frameWidth, frameWidth, -frameWidth, -frameWidth);
+    const QRegion outer = roundRectRegion(whole, outerRadius);
+    shape = {size, outer, outer - roundRectRegion(inside, innerRadius)};
+    return shape;
+}
+
+/// From top to bottom: a shadow, the even colour `col`, a shadow.
+QLinearGradient backgroundGradient(int height, const QColor &col)
+{
+    QLinearGradient grad1(0, 0, 0, height);
+    grad1.setColorAt(0.0, appearance.m_shadowLightColor);
+    grad1.setColorAt(0.05, col);
+    grad1.setColorAt(0.95, col);
+    grad1.setColorAt(1.0, appearance.m_shadowDarkColor);
+    return grad1;
+}
+
+QPixmap stretched(const QPixmap &image, const QSize &size)
+{
+    if (image.size() == size)
+        return image;
+    const double wRatio = double(size.width()) / image.width();
+    const double hRatio = double(size.height()) / image.height();
+    return image.transformed(QTransform::fromScale(wRatio, hRatio), Qt::FastTransformation);
+}
+
+} // namespace
 
 gridLayout::gridLayout(QWidget &window, dialogSlots &content)
     : dialogLayout(window, content), m_style(std::make_unique<progressStyle>()),
@@ -25,6 +81,16 @@ gridLayout::gridLayout(QWidget &window, dialogSlots &content)
     m_window.setAttribute(Qt::WA_NoSystemBackground);
     m_window.setAutoFillBackground(false);
     chooseScreenProfile();
+    createWidgets<progressLabel, progressProcess, progressButton>();
+    m_content.m_totalBar->setStyle(m_style.get());
+    for (int i = 0; i < m_content.maxBars; ++i) {
+        m_content.bars[i]->setStyle(m_style.get());
+        colorLabel(*m_content.labels[i]);
+    }
+    shareBarPalette();
+    fixSize();
+    static imageCache cache;
+    m_bgpixmap = cache.image(appearance.m_windowPixmap, QSize(m_Width, m_Height), stretched);
 }
 
 gridLayout::~gridLayout() = default;
@@ -39,25 +105,6 @@ void gridLayout::chooseScreenProfile()
     m_content.maxBars = 5;
     m_content.maxButtons = 2;
     m_buttonRows = 1;
-}
-
-progressLabel *gridLayout::newLabel()
-{
-    auto *label = new progressLabel(&m_window);
-    colorLabel(*label);
-    return label;
-}
-
-progressProcess *gridLayout::newBar()
-{
-    auto *bar = new progressProcess(&m_window);
-    bar->setStyle(m_style.get());
-    return bar;
-}
-
-progressButton *gridLayout::newButton()
-{
-    return new progressButton(&m_window);
 }
 
 /// Text lines have the toolkit's black unless the settings say more.
@@ -75,11 +122,9 @@ void gridLayout::takeColors()
 {
     m_frameColor = appearance.m_dialogFrameColor;
     m_backgroundColor = appearance.m_dialogBackgroundColor;
-    shareBarPalette();
-    for (int i = 0; i < m_content.maxBars; ++i) {
-        m_content.bars[i]->setPalette(BAR_PALETTE);
+    dialogLayout::takeColors();
+    for (int i = 0; i < m_content.maxBars; ++i)
         colorLabel(*m_content.labels[i]);
-    }
     progressButton::forgetColors();
 }
 
@@ -93,8 +138,8 @@ void gridLayout::fixSize()
     m_Height = (cellHeight + m_ygap + 10) * (m_buttonRows + m_content.maxBars);
     // Whatever screen is configured, no window needs to be larger than the real one.
     const QSize screen = m_window.screen()->virtualSize();
-    m_Width = std::min(m_Width + 2 * (m_framewidth + m_margin), screen.width());
-    m_Height = std::min(m_Height + 2 * (m_framewidth + m_margin), screen.height());
+    m_Width = std::min(m_Width + 2 * (frameWidth + m_margin), screen.width());
+    m_Height = std::min(m_Height + 2 * (frameWidth + m_margin), screen.height());
     m_window.resize(m_Width, m_Height);
     // A compositor would give it another one.
     if (onWayland())
@@ -113,32 +158,25 @@ void gridLayout::copyFrom(const dialogLayout &other)
     const auto *src = dynamic_cast<const gridLayout *>(&other);
     if (!src)
         return;
-    if (src->m_bgpixmap)
-        m_bgpixmap = std::make_unique<QPixmap>(*src->m_bgpixmap);
     m_frameColor = src->m_frameColor;
     m_backgroundColor = src->m_backgroundColor;
     m_alphaValue = src->m_alphaValue;
-    if (m_buttonRows != src->m_buttonRows) {
-        reloadPixmap();
-        return;
+    if (m_buttonRows == src->m_buttonRows) {
+        m_desktopWidth = src->m_desktopWidth;
+        m_desktopHeight = src->m_desktopHeight;
+        m_Height = src->m_Height;
+        m_Width = src->m_Width;
     }
-    m_desktopWidth = src->m_desktopWidth;
-    m_desktopHeight = src->m_desktopHeight;
-    m_framewidth = src->m_framewidth;
-    m_margin = src->m_margin;
-    m_xgap = src->m_xgap;
-    m_ygap = src->m_ygap;
-    m_Height = src->m_Height;
-    m_Width = src->m_Width;
+    if (!src->m_bgpixmap.isNull())
+        m_bgpixmap = stretched(src->m_bgpixmap, QSize(m_Width, m_Height));
 }
 
 /// The figures that one layout pass works with, in pixels.
 struct gridLayout::figures {
     explicit figures(const gridLayout &layout)
-        : margin(layout.m_framewidth + layout.m_margin), right(layout.m_window.width()),
-          centerw(right - 2 * margin),
+        : margin(frameWidth + layout.m_margin), right(layout.m_window.width()), centerw(right - 2 * margin),
           cellh((layout.m_window.height() - 2 * margin) / (layout.m_buttonRows + layout.m_content.maxBars)),
-          buty(layout.m_window.height() - layout.m_buttonRows * cellh), xoffs(layout.m_xgap / 2),
+          buty(layout.m_window.height() - layout.m_buttonRows * cellh), xoffs(xgap / 2),
           yoffs(layout.m_ygap / 2)
     {
     }
@@ -178,7 +216,7 @@ int gridLayout::placeHideButton(const figures &grid)
 void gridLayout::placeTotalBar(const figures &grid, int hidew)
 {
     m_content.m_totalBar->setGeometry(grid.margin + grid.xoffs, grid.buty - grid.cellh + grid.yoffs,
-                                      grid.centerw - 2 * m_xgap - hidew, grid.cellh - m_ygap);
+                                      grid.centerw - 2 * xgap - hidew, grid.cellh - m_ygap);
 }
 
 void gridLayout::placeRows(const figures &grid)
@@ -191,8 +229,7 @@ void gridLayout::placeRows(const figures &grid)
         bar.setVisible(m_content.showsBar(i));
         if (!m_content.labelVisible[i] && !m_content.showsBar(i))
             continue;
-        const QRect row(grid.margin + grid.xoffs, ly + grid.yoffs, grid.centerw - m_xgap,
-                        grid.cellh - m_ygap);
+        const QRect row(grid.margin + grid.xoffs, ly + grid.yoffs, grid.centerw - xgap, grid.cellh - m_ygap);
         if (m_content.showsBar(i)) {
             bar.setGeometry(row);
             bar.setCaption(label.text());
@@ -215,11 +252,12 @@ int gridLayout::buttonCellWidth(const figures &grid, int nbut) const
 
 void gridLayout::placeButtons(const figures &grid)
 {
-    const int nbut = m_content.shownButtons();
+    const auto nbut = static_cast<int>(
+        std::count(m_content.buttonVisible, m_content.buttonVisible + m_content.maxButtons, true));
     const int dx = buttonCellWidth(grid, nbut);
     const bool lowScreen = m_content.maxButtons <= 2;
     const int top = grid.yoffs - (lowScreen ? 1 : 0);
-    const QSize size(lowScreen && nbut == 1 ? dx : dx - m_xgap, lowScreen ? grid.cellh : grid.cellh - m_ygap);
+    const QSize size(lowScreen && nbut == 1 ? dx : dx - xgap, lowScreen ? grid.cellh : grid.cellh - m_ygap);
     int butx = grid.margin;
     int buty = grid.buty;
     for (int i = 0; i < m_content.maxButtons; ++i) {
@@ -250,4 +288,48 @@ void gridLayout::showTotalBar(bool shown)
 {
     if (m_content.m_totalBar->isHidden() == shown)
         m_content.m_totalBar->setVisible(shown);
+}
+
+QRegion roundRectRegion(const QRect &g, int r)
+{
+    const int x = g.left();
+    const int y = g.top();
+    const int right = g.right();
+    const int bottom = g.bottom();
+    const int cut = r - 1;
+
+    // The rectangle without a square of side `cut` in each corner.
+    QPolygon a;
+    a << QPoint(x + cut, y) << QPoint(right - cut, y) << QPoint(right - cut, y + cut)
+      << QPoint(right, y + cut) << QPoint(right, bottom - cut) << QPoint(right - cut, bottom - cut)
+      << QPoint(right - cut, bottom) << QPoint(x + cut, bottom) << QPoint(x + cut, bottom - cut)
+      << QPoint(x, bottom - cut) << QPoint(x, y + cut) << QPoint(x + cut, y + cut);
+    QRegion reg(a, Qt::OddEvenFill);
+
+    const int r2 = 2 * r;
+    reg += QRegion(x, y, r2, r2, QRegion::Ellipse);
+    reg += QRegion(right - r2, y, r2, r2, QRegion::Ellipse);
+    reg += QRegion(x, bottom - r2, r2, r2, QRegion::Ellipse);
+    reg += QRegion(right - r2, bottom - r2, r2, r2, QRegion::Ellipse);
+    return reg;
+}
+
+/// Paints the whole window. What is left out stays transparent: the corners, except under an image.
+void gridLayout::paint(const QPaintEvent &)
+{
+    const QRect all = m_window.rect();
+    const windowShape &shape = shapeOf(all.size());
+    QPainter painter(&m_window);
+    if (!m_bgpixmap.isNull()) {
+        // Holds for the frame as well.
+        painter.setOpacity(m_alphaValue / 255.0);
+        painter.drawPixmap(0, 0, m_bgpixmap);
+    } else {
+        QColor col = m_backgroundColor;
+        col.setAlpha(m_alphaValue);
+        painter.setClipRegion(shape.outer, Qt::ReplaceClip);
+        painter.fillRect(all, backgroundGradient(all.height(), col));
+    }
+    painter.setClipRegion(shape.frameregion, Qt::ReplaceClip);
+    painter.fillRect(all, QBrush(m_frameColor));
 }

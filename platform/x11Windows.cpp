@@ -56,6 +56,21 @@ bool isInTheWay(xcb_connection_t *display, xcb_window_t window)
     return std::find(types.begin(), types.end(), atom(display, "_NET_WM_WINDOW_TYPE_DOCK")) == types.end();
 }
 
+xcb_window_t rootOf(xcb_connection_t *display)
+{
+    return xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
+}
+
+/// Of what the keyboard can be on, besides windows the root window and none.
+bool isOnScreen(xcb_connection_t *display, xcb_window_t window)
+{
+    if (window <= XCB_INPUT_FOCUS_POINTER_ROOT || window == rootOf(display))
+        return false;
+    const replyPointer<xcb_get_geometry_reply_t> place(
+        xcb_get_geometry_reply(display, xcb_get_geometry(display, window), nullptr));
+    return place && place->x + place->width > 0 && place->y + place->height > 0;
+}
+
 bool isOwn(xcb_window_t id)
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -64,6 +79,26 @@ bool isOwn(xcb_window_t id)
 }
 
 } // namespace
+
+void keepEmptyTitle(QWidget &window)
+{
+    if (!window.windowTitle().isEmpty())
+        return;
+    xcb_connection_t *const display = x11Display();
+    if (!display)
+        return window.setWindowTitle(QStringLiteral(" "));
+    const auto id = static_cast<xcb_window_t>(window.internalWinId());
+    const auto set = [display, id](xcb_atom_t property, xcb_atom_t type, std::string_view text) {
+        xcb_change_property(display, XCB_PROP_MODE_REPLACE, id, property, type, 8,
+                            static_cast<uint32_t>(text.size()), text.data());
+    };
+    static const xcb_atom_t name = atom(display, "_NET_WM_NAME");
+    static const xcb_atom_t utf8 = atom(display, "UTF8_STRING");
+    set(name, utf8, "");
+    // Managers have a name of their own for a framed window that has none at all.
+    if (window.windowType() == Qt::Window && !window.windowFlags().testFlag(Qt::FramelessWindowHint))
+        set(XCB_ATOM_WM_NAME, XCB_ATOM_STRING, " ");
+}
 
 void putBelow(const QWidget *window, const QWidget *other)
 {
@@ -85,8 +120,7 @@ bool liesInFront(const QWidget &window)
     const auto id = static_cast<xcb_window_t>(window.internalWinId());
     if (!display || !id || !isInTheWay(display, id))
         return false;
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
-    std::vector<uint32_t> stack = listed(display, root, "_NET_CLIENT_LIST_STACKING");
+    std::vector<uint32_t> stack = listed(display, rootOf(display), "_NET_CLIENT_LIST_STACKING");
     if (std::find(stack.begin(), stack.end(), id) == stack.end())
         return true;
     while (!isOwn(stack.back()) && !isInTheWay(display, stack.back()))
@@ -106,5 +140,28 @@ void setTaskbarProgress(const QWidget &window, int percent)
         xcb_delete_property(display, id, property);
     else
         xcb_change_property(display, XCB_PROP_MODE_REPLACE, id, property, XCB_ATOM_CARDINAL, 32, 1, &value);
+    xcb_flush(display);
+}
+
+bool isManaged(WId window)
+{
+    xcb_connection_t *const display = x11Display();
+    if (!display)
+        return false;
+    const std::vector<uint32_t> all = listed(display, rootOf(display), "_NET_CLIENT_LIST");
+    return std::find(all.begin(), all.end(), window) != all.end();
+}
+
+void takeIdleKeyboard(const QWidget &window)
+{
+    xcb_connection_t *const display = x11Display();
+    if (!display || !window.internalWinId())
+        return;
+    const replyPointer<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(display, xcb_get_input_focus(display), nullptr));
+    if (!focus || isOnScreen(display, focus->focus))
+        return;
+    xcb_set_input_focus(display, XCB_INPUT_FOCUS_PARENT, static_cast<xcb_window_t>(window.internalWinId()),
+                        XCB_CURRENT_TIME);
     xcb_flush(display);
 }

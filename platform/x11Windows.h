@@ -1,8 +1,15 @@
 #pragma once
 
+#include <qwindowdefs.h>
+
 class QWidget;
 
-/// What the toolkit cannot do with windows, and X11 can. Nothing happens on other platforms.
+/// What the toolkit cannot do with windows, and X11 can. Nothing happens on other platforms, but where
+/// another way is named.
+
+/// To be called when a window was created: the toolkit gives one without a title the program's name.
+/// Elsewhere the title is a blank.
+void keepEmptyTitle(QWidget &window);
 
 /// Puts a window that bypasses the window manager directly below a visible one, which the manager may have
 /// put into a frame of its own. The toolkit can only raise a window above everything, or lower it under the
@@ -15,3 +22,10 @@ bool liesInFront(const QWidget &window);
 
 /// Tells taskbars how far the window's program is, 0 to 100; below 0 for nothing under way.
 void setTaskbarProgress(const QWidget &window, int percent);
+
+/// Whether the window manager still has this window, which may have gone, among those that it manages.
+bool isManaged(WId window);
+
+/// Gives a visible window the keyboard that no window on the screen has: a manager keeps it somewhere else
+/// then. The toolkit asks with the time of the user's last act, which is not late enough for that.
+void takeIdleKeyboard(const QWidget &window);

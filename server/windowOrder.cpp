@@ -15,10 +15,11 @@
 namespace
 {
 
-/// For so long a window manager may need to see that a box has gone; until then it gives the keyboard to
-/// whom it likes.
+/// For so long a window manager may need to give the keyboard to whom it likes, once it has seen that a box
+/// has gone; and to see that, when the machine is busy.
 constexpr int returningMs = 600;
 constexpr int returningStepMs = 20;
+constexpr int seeingMs = 20'000;
 
 /// Gives the window the keyboard. One that was hidden and is shown again before the display has taken the
 /// keyboard away counts as inactive for the toolkit, which then hears of no change and would never mark the
@@ -75,6 +76,7 @@ void windowOrder::openBox(QDialog *box, const QWidget *dialog)
     box->installEventFilter(this);
     // As a modal window of the application, which it is by itself, it would block the other boxes.
     box->open();
+    m_boxWindows.insert(box, box->internalWinId());
     box->windowHandle()->installEventFilter(this);
     box->raise();
     box->activateWindow();
@@ -85,6 +87,7 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
 {
     box->removeEventFilter(this);
     m_boxes.removeOne(box);
+    m_lastBox = m_boxWindows.take(box);
     if (boxIsOpen()) {
         m_boxes.constLast()->raise();
         m_boxes.constLast()->activateWindow();
@@ -98,6 +101,7 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
     if (!std::exchange(m_dialogHadKeyboard, false))
         return;
     m_heir = dialog;
+    m_seeing.setRemainingTime(seeingMs);
     m_triesLeft = returningMs / returningStepMs;
     m_returning.start(returningStepMs);
     returnKeyboard();
@@ -105,11 +109,16 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
 
 void windowOrder::returnKeyboard()
 {
+    if (isManaged(m_lastBox) && !m_seeing.hasExpired())
+        m_triesLeft = returningMs / returningStepMs;
     if (!m_heir || !m_heir->isVisible() || m_triesLeft-- <= 0) {
         m_returning.stop();
         m_heir = nullptr;
-    } else if (!m_heir->isActiveWindow())
+    } else if (!m_heir->isActiveWindow()) {
         takeKeyboard(m_heir);
+        if (bypassesManager(m_heir))
+            takeIdleKeyboard(*m_heir);
+    }
 }
 
 bool windowOrder::eventFilter(QObject *window, QEvent *event)
@@ -123,7 +132,9 @@ bool windowOrder::eventFilter(QObject *window, QEvent *event)
         }
     } else if (event->type() == QEvent::WinIdChange) {
         // Before it is shown: a window manager gives it the keyboard at once.
-        tellHeldKeys(*qobject_cast<QWidget *>(window));
+        auto *box = qobject_cast<QWidget *>(window);
+        tellHeldKeys(*box);
+        keepEmptyTitle(*box);
     } else if (event->type() == QEvent::Expose && static_cast<QWindow *>(window)->isExposed()) {
         // Once only: raising exposes windows again.
         window->removeEventFilter(this);

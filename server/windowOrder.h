@@ -1,9 +1,12 @@
 #pragma once
 
+#include <QDeadlineTimer>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
+#include <qwindowdefs.h>
 
 class QDialog;
 class QWidget;
@@ -41,5 +44,9 @@ private:
     /// Takes the keyboard back for the dialog once the window manager has seen the last box go.
     QTimer m_returning;
     QPointer<QWidget> m_heir;
+    /// Of the open boxes, and of the one that closed last: the toolkit has forgotten it by then.
+    QHash<const QWidget *, WId> m_boxWindows;
+    WId m_lastBox = 0;
+    QDeadlineTimer m_seeing;
     int m_triesLeft = 0;
 };

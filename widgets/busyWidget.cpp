@@ -6,10 +6,10 @@
 #include "widgets/progressProcess.h"
 #include "widgets/progressStyle.h"
 #include "widgets/pulseClock.h"
+#include "widgets/roundedPanel.h"
 #include "widgets/texts.h"
 #include "widgets/theme.h"
 
-#include <QBitmap>
 #include <QDateTime>
 #include <QFile>
 #include <QPainter>
@@ -23,17 +23,9 @@ constexpr int unknown = -1;
 constexpr int defaultSize = 32;
 // Of the window in the middle of the screen, in em.
 constexpr double centralSize = 6;
-constexpr double centralRadius = 0.6;
 constexpr double wheelRadius = 1.6;
 constexpr double dotRadius = 0.32;
 constexpr int dots = 8;
-
-/// A setting's colour, that of the light theme where it is unset.
-QColor colorOf(QColor appearanceSettings::*setting)
-{
-    const QColor color = appearance.*setting;
-    return color.isValid() ? color : theme::lightColor(setting);
-}
 
 } // namespace
 
@@ -58,12 +50,8 @@ busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progress
 
 void busyWidget::takeColors()
 {
-    QPalette palette = m_progr->palette();
-    palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(appearance.m_busyInvertedNumberColor));
-    palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(appearance.m_busyBarColor));
-    palette.setBrush(QPalette::All, QPalette::Window, QBrush(appearance.m_busyBarBackgroundColor));
-    colorBar(palette);
-    m_progr->setPalette(palette);
+    m_progr->setPalette(barPalette(m_progr->palette(), appearance.m_busyInvertedNumberColor,
+                                   appearance.m_busyBarColor, appearance.m_busyBarBackgroundColor));
 }
 
 void busyWidget::setBusyPixmap(const QString &fileName)
@@ -140,16 +128,8 @@ void busyWidget::takeCentralSize()
     if (!m_icon.isNull() || appearance.m_busyWidth > 0 || appearance.m_busyHeight > 0)
         return;
     m_width = m_height = qRound(emLength(appearance.m_labelFont, *this)(centralSize) * appearance.m_scale);
-    resize(m_width, m_height);
-    QBitmap shape(size());
-    shape.clear();
-    QPainter painter(&shape);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Qt::color1);
-    const double radius = centralRadius * m_width / centralSize;
-    painter.drawRoundedRect(rect(), radius, radius);
-    painter.end();
-    setMask(shape);
+    setFixedSize(m_width, m_height);
+    cutCorners(*this, m_width / centralSize);
 }
 
 void busyWidget::showEvent(QShowEvent *)
@@ -170,14 +150,9 @@ void busyWidget::hideEvent(QHideEvent *)
 void busyWidget::paintWheel(QPainter &painter) const
 {
     const double em = m_width / centralSize;
-    const QColor panel = colorOf(&appearanceSettings::m_dialogBackgroundColor);
-    const QColor bar = colorOf(&appearanceSettings::m_busyBarColor);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(colorOf(&appearanceSettings::m_dialogFrameColor), std::max(1.0, em / 12)));
-    painter.setBrush(panel);
-    const double inset = painter.pen().widthF() / 2;
-    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), centralRadius * em,
-                            centralRadius * em);
+    const QColor panel = theme::colorOrLight(&appearanceSettings::m_dialogBackgroundColor);
+    const QColor bar = theme::colorOrLight(&appearanceSettings::m_busyBarColor);
+    paintRounded(painter, *this, em, theme::colorOrLight(&appearanceSettings::m_dialogFrameColor), panel);
     painter.setPen(Qt::NoPen);
     painter.translate(m_width / 2.0, m_height / 2.0);
     const int first = static_cast<int>(QDateTime::currentMSecsSinceEpoch() / 125 % dots);

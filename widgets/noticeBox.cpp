@@ -38,12 +38,6 @@ constexpr double pictureSize = 3; // em
 constexpr int toolkitsWidth = 500;
 constexpr int usualDpi = 96;
 
-bool hasHeading(const QString &text)
-{
-    const qsizetype feed = text.indexOf(u'\n');
-    return feed > 0 && !QStringView(text).sliced(feed).trimmed().isEmpty();
-}
-
 /// The markup for a text with a bold first line. Whatever stands in the text is shown as it came.
 QString withHeading(const QString &text)
 {
@@ -113,13 +107,10 @@ noticeBox::noticeBox(const QString &title, const QString &text) : m_text(scrolle
     setWindowTitle(literalTitle(title.left(mostUnscrolled)));
     // That of the buttons' language; each text has its own.
     setLayoutDirection(directionOf(translated("Cancel")));
-    const bool isFitted = appearance.m_windowLayout == windowLayout::fitted;
-    if (isFitted)
+    if (appearance.m_windowLayout == windowLayout::fitted) {
         setWindowIcon(fittedIcon());
-    if (isFitted && appearance.m_scale != 1) {
-        QFont scaled = font();
-        scaled.setPointSizeF(scaled.pointSizeF() * appearance.m_scale);
-        setFont(scaled);
+        if (appearance.m_scale != 1)
+            setFont(scaledFont(font(), appearance.m_scale));
     }
     showText(m_text.left(isHopeless() ? nameLength : mostUnscrolled));
     takeColors();
@@ -129,7 +120,7 @@ noticeBox::noticeBox(const QString &title, const QString &text) : m_text(scrolle
 /// Screen readers get it as it came.
 void noticeBox::showText(const QString &text)
 {
-    const bool isStyled = hasHeading(text);
+    const bool isStyled = scrolledText::hasHeading(text);
     setTextFormat(isStyled ? Qt::RichText : Qt::PlainText);
     setText(isStyled ? withHeading(text) : text);
     if (QLabel *const shown = label())
@@ -231,7 +222,7 @@ void noticeBox::breakLongWords()
     if (others + shown->minimumSizeHint().width() <= qMin(width(), roomOnScreen().width()))
         return;
     QFont widest = shown->font();
-    widest.setBold(hasHeading(m_text));
+    widest.setBold(scrolledText::hasHeading(m_text));
     showText(withBreaks(m_text, widest, columnWidth()));
     shown->setAccessibleName(m_text);
 }
@@ -346,11 +337,9 @@ void noticeBox::closeEvent(QCloseEvent *event)
 /// The keyboard belongs to the buttons, which have no use for the keys that turn pages.
 void noticeBox::keyPressEvent(QKeyEvent *event)
 {
-    if (m_scrolledText && event->key() == Qt::Key_PageUp)
-        m_scrolledText->turnPage(-1);
-    else if (m_scrolledText && event->key() == Qt::Key_PageDown)
-        m_scrolledText->turnPage(1);
-    else if (event->matches(QKeySequence::Copy))
+    if (m_scrolledText && m_scrolledText->scroll(event->key()))
+        return;
+    if (event->matches(QKeySequence::Copy))
         QGuiApplication::clipboard()->setText(m_text);
     else
         QMessageBox::keyPressEvent(event);

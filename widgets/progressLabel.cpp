@@ -90,19 +90,26 @@ int fittedLabel::heightFor(int width) const
     return m_layoutHeight;
 }
 
+int fittedLabel::keptHeightFor(int width)
+{
+    const int line = fontMetrics().lineSpacing();
+    m_keptLines = std::max(m_keptLines, static_cast<double>(heightFor(width)) / line);
+    return qRound(m_keptLines * line);
+}
+
 void fittedLabel::takePlace(const QRect &place)
 {
     setGeometry(place);
     setAccessibleName(appearance.m_windowMarkup == windowMarkup::on ? plainText() : QString());
-    const bool scrolls = heightFor(width()) > height();
-    if (scrolls && !m_scroll) {
+    m_scrolls = heightFor(width()) > height();
+    if (m_scrolls && !m_scroll) {
         m_scroll = new QScrollBar(Qt::Vertical, this);
         connect(m_scroll, &QScrollBar::valueChanged, this, qOverload<>(&QWidget::update));
     }
     if (!m_scroll)
         return;
-    m_scroll->setVisible(scrolls);
-    if (!scrolls)
+    m_scroll->setVisible(m_scrolls);
+    if (!m_scrolls)
         return m_scroll->setRange(0, 0);
     const int barWidth = m_scroll->sizeHint().width();
     m_scroll->setGeometry(width() - barWidth, 0, barWidth, height());
@@ -113,7 +120,7 @@ void fittedLabel::takePlace(const QRect &place)
 
 void fittedLabel::wheelEvent(QWheelEvent *event)
 {
-    if (m_scroll && m_scroll->isVisible())
+    if (m_scrolls)
         QCoreApplication::sendEvent(m_scroll, event);
     else
         event->ignore();
@@ -121,9 +128,8 @@ void fittedLabel::wheelEvent(QWheelEvent *event)
 
 void fittedLabel::paintEvent(QPaintEvent *)
 {
-    const bool scrolls = m_scroll && m_scroll->isVisible();
-    layOut(scrolls ? m_scroll->x() : width());
-    paintText(*this, QPalette::WindowText, text(), [this, scrolls](QPainter &painter) {
-        m_layout.draw(&painter, QPointF(0, scrolls ? -m_scroll->value() : 0), {}, rect());
+    layOut(m_scrolls ? m_scroll->x() : width());
+    paintText(*this, QPalette::WindowText, text(), [this](QPainter &painter) {
+        m_layout.draw(&painter, QPointF(0, m_scrolls ? -m_scroll->value() : 0), {}, rect());
     });
 }

@@ -29,8 +29,14 @@ public:
     QSize sizeHint() const override;
     /// Pixels that all lines of the text take at this width.
     int heightFor(int width) const;
+    /// The same, but no less than the text has taken before, in lines.
+    int keptHeightFor(int width);
+    void keepHeightOf(const fittedLabel &other) { m_keptLines = other.m_keptLines; }
+    void forgetHeight() { m_keptLines = 0; }
     /// Stands there from now on, and scrolls as far as that is too low for the text.
     void takePlace(const QRect &place);
+    /// Null while all of the text is seen.
+    QScrollBar *scrollBar() const { return m_scrolls ? m_scroll : nullptr; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -54,6 +60,8 @@ private:
 
     /// Null until the text first had to scroll.
     QScrollBar *m_scroll = nullptr;
+    bool m_scrolls = false;
+    double m_keptLines = 0;
     mutable measuredText m_measured;
     /// The text as it was laid out last, and what for.
     mutable QTextLayout m_layout;

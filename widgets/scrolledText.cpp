@@ -1,6 +1,7 @@
 #include "widgets/scrolledText.h"
 
 #include "language/language.h"
+#include "widgets/texts.h"
 
 #include <QScrollBar>
 #include <QTextCursor>
@@ -40,6 +41,12 @@ QString scrolledText::beginning(const QString &text)
     return text.left(mostCharacters) + u'\n' + note.arg(mostCharacters).arg(text.size());
 }
 
+bool scrolledText::hasHeading(const QString &text)
+{
+    const qsizetype feed = text.indexOf(u'\n');
+    return feed > 0 && !QStringView(text).sliced(feed).trimmed().isEmpty();
+}
+
 scrolledText::scrolledText(const QString &text, QWidget *parent) : QPlainTextEdit(parent), m_text(text)
 {
     setUndoRedoEnabled(false);
@@ -60,10 +67,13 @@ int scrolledText::heightOfLines(int count) const
     return count * fontMetrics().lineSpacing() + qCeil(document()->documentMargin()) + 2 * frameWidth();
 }
 
-void scrolledText::turnPage(int direction)
+bool scrolledText::scroll(int key)
 {
-    verticalScrollBar()->triggerAction(direction < 0 ? QAbstractSlider::SliderPageStepSub
-                                                     : QAbstractSlider::SliderPageStepAdd);
+    const QAbstractSlider::SliderAction action = scrollAction(key);
+    while (action == QAbstractSlider::SliderToMaximum && m_shown < m_text.size())
+        addPart();
+    verticalScrollBar()->triggerAction(action);
+    return action != QAbstractSlider::SliderNoAction;
 }
 
 void scrolledText::resizeEvent(QResizeEvent *event)
@@ -85,6 +95,12 @@ void scrolledText::addPart()
     const qsizetype end = endOfPart(m_text, m_shown);
     QTextCursor cursor(document());
     cursor.movePosition(QTextCursor::End);
-    cursor.insertText(m_text.mid(m_shown, end - m_shown));
+    if (m_shown == 0 && hasHeading(m_text)) {
+        QTextCharFormat bold;
+        bold.setFontWeight(QFont::Bold);
+        m_shown = std::min(end, m_text.indexOf(u'\n'));
+        cursor.insertText(m_text.left(m_shown), bold);
+    }
+    cursor.insertText(m_text.mid(m_shown, end - m_shown), QTextCharFormat());
     m_shown = end;
 }

@@ -90,15 +90,20 @@ void paintText(QWidget &widget, QPalette::ColorRole color, const QString &text,
     QPainter(&widget).drawImage(QPoint(), layer, widget.rect());
 }
 
+QFont scaledFont(QFont font, double factor)
+{
+    if (factor != 1 && font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * factor);
+    else if (factor != 1)
+        font.setPixelSize(std::max(1, static_cast<int>(font.pixelSize() * factor)));
+    return font;
+}
+
 int textWidth(const QString &text, const QWidget &widget, int flags)
 {
     // So large that fitting the letters to whole pixels makes no difference.
     constexpr int magnification = 8;
-    QFont large = widget.font();
-    if (large.pointSizeF() > 0)
-        large.setPointSizeF(large.pointSizeF() * magnification);
-    else
-        large.setPixelSize(large.pixelSize() * magnification);
+    const QFont large = scaledFont(widget.font(), magnification);
     const int evenWidth = QFontMetrics(large, &widget).size(flags, text).width();
     return std::max(QFontMetrics(widget.font(), &widget).size(flags, text).width(),
                     (evenWidth + magnification - 1) / magnification);
@@ -122,7 +127,21 @@ void showToolTip(const QEvent &event, QWidget &widget, const QString &text, bool
 
 QString literalTitle(const QString &title)
 {
-    if (title.isEmpty())
-        return QStringLiteral(" ");
     return QString(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"));
+}
+
+QAbstractSlider::SliderAction scrollAction(int key)
+{
+    switch (key) {
+    case Qt::Key_PageUp:
+        return QAbstractSlider::SliderPageStepSub;
+    case Qt::Key_PageDown:
+        return QAbstractSlider::SliderPageStepAdd;
+    case Qt::Key_Home:
+        return QAbstractSlider::SliderToMinimum;
+    case Qt::Key_End:
+        return QAbstractSlider::SliderToMaximum;
+    default:
+        return QAbstractSlider::SliderNoAction;
+    }
 }

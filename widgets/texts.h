@@ -1,9 +1,9 @@
 #pragma once
 
+#include <QAbstractSlider>
 #include <QFont>
 #include <QString>
 
-#include <QWidget>
 #include <functional>
 
 /// `text` with an invisible place to break a line in each word that is wider than `width` pixels, so that no
@@ -42,9 +42,13 @@ private:
     int m_width = -1;
 };
 
-/// What to give the toolkit so that a window has this title: an empty one would become the program's name,
-/// and "[*]" would vanish.
+/// What to give the toolkit so that a window has this title, from which "[*]" would vanish.
 QString literalTitle(const QString &title);
+
+/// What a key that turns pages (Page Up, Page Down, Home, End) does to a scroll bar; nothing for any other.
+QAbstractSlider::SliderAction scrollAction(int key);
+
+QFont scaledFont(QFont font, double factor);
 
 /// Lengths in em of a font, as pixels of the screen that `device` is on: a screen twice as dense shows the
 /// same picture twice as large.

@@ -107,8 +107,10 @@ void theme::follow()
     emit changed();
 }
 
-QColor theme::lightColor(QColor appearanceSettings::*setting)
+QColor theme::colorOrLight(QColor appearanceSettings::*setting)
 {
+    if (const QColor color = appearance.*setting; color.isValid())
+        return color;
     for (const themeColor &color : colors) {
         if (color.setting == setting)
             return colorOf(color, false);
@@ -126,18 +128,21 @@ QColor buttonTextColor(const QColor &background)
     return orReadable(appearance.m_buttonTextColor, background);
 }
 
-void colorBar(QPalette &palette)
+QPalette barPalette(QPalette palette, const QColor &numbers, const QColor &fill, const QColor &background)
 {
-    const QColor background = palette.color(QPalette::Window);
+    palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(numbers));
+    palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(fill));
+    palette.setBrush(QPalette::All, QPalette::Window, QBrush(background));
     const QColor text = panelTextColor(background);
     if (!text.isValid())
-        return;
+        return palette;
     palette.setBrush(QPalette::All, QPalette::Text, QBrush(text));
     if (readableOn(background) != Qt::white)
-        return;
+        return palette;
     // The toolkit's panel has a white edge, which glares in the dark.
     palette.setBrush(QPalette::All, QPalette::Dark, QBrush(mixed(background, Qt::black, 0.5)));
     palette.setBrush(QPalette::All, QPalette::Light, QBrush(mixed(background, Qt::white, 0.25)));
+    return palette;
 }
 
 std::optional<QPalette> boxPalette()

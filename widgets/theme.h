@@ -20,8 +20,8 @@ public:
     static theme &instance();
 
     void apply(windowTheme which);
-    /// Colour of a setting in the light theme: what the fitted layout paints with where it is unset.
-    static QColor lightColor(QColor appearanceSettings::*setting);
+    /// Colour of a setting, that of the light theme where it is unset.
+    static QColor colorOrLight(QColor appearanceSettings::*setting);
 
 signals:
     /// The settings' colours have changed by themselves.
@@ -41,9 +41,9 @@ private:
 QColor panelTextColor(const QColor &background);
 QColor buttonTextColor(const QColor &background);
 
-/// Gives the palette of a bar, whose Window colour is set, the text over the unfilled part and a panel that
-/// fits it; leaves both as they are where neither a theme nor a setting asks for it.
-void colorBar(QPalette &palette);
+/// A bar's palette, with these colours of the text over its filled part, of that part and of the rest; where
+/// a theme or a setting asks for it, the text over the rest and a panel that fits it besides.
+QPalette barPalette(QPalette palette, const QColor &numbers, const QColor &fill, const QColor &background);
 
 /// The palette of message boxes; nothing, for the toolkit's own, where there is no theme.
 std::optional<QPalette> boxPalette();

@@ -95,6 +95,7 @@ class BusyWindow(Case):
         events.progress("busyOn")
         x, y, width, height = self.area()
         self.assertTrue(abs(2 * x + width - 800) <= 1 and abs(2 * y + height - 600) <= 1)
+        self.assertTrue(width == height > 40)
         until(lambda: self.screen.picture().pixel(400, 300) == "23272e", "the theme's colour")
         events.progress("create:0;x")  # which would lie below it
         until(lambda: not self.screen.windows("progressd"), "the dialog by itself")

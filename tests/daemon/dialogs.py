@@ -92,6 +92,14 @@ class Dialogs(Case):
         events.until("isHidden")
         until(is_marked)
 
+    def test_empty_titles(self):
+        """The dialog has none then, and the box."""
+        daemon, events, commands = self.session("windowTitle=")
+        commands.progress("create:0;x")
+        events.until("isShown")
+        commands.send("<msgbox>1[#][#]x[#]1024</msgbox>")
+        until(lambda: self.screen.run("xwininfo", "-root", "-tree").count('(has no name): ("progressd"') == 2)
+
     def test_move_with_the_offset(self):
         daemon, events, _ = self.session("screenGeometry=800,600")
         events.progress("create:0;x")
