@@ -22,7 +22,8 @@ int wakeUp[2] = {-1, -1};
 
 extern "C" void cutShort(int)
 {
-    lastStep();
+    if (lastStep)
+        lastStep();
     _exit(endStatus);
 }
 
@@ -82,7 +83,6 @@ bool MyApplication::event(QEvent *event)
 void keepEndShort(void (*step)())
 {
     lastStep = step;
-    std::signal(SIGALRM, cutShort);
 }
 
 void limitEnd(int status)
@@ -90,6 +90,7 @@ void limitEnd(int status)
     if (endStatus != noEnd)
         return;
     endStatus = status;
+    std::signal(SIGALRM, cutShort);
     alarm(longestEnd);
 }
 
