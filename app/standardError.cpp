@@ -71,7 +71,9 @@ bool isWorthARecord()
 
 void complainAbout(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
-    complain(text.toLocal8Bit().toStdString());
+    // What is wrong with a folder for sockets is said by who opens one.
+    if (!text.startsWith(QLatin1String("QStandardPaths: runtime directory")))
+        complain(text.toLocal8Bit().toStdString());
     if (type != QtFatalMsg)
         return;
     // All that the toolkit cannot do without. It names its plugins; the last line names the cause.
