@@ -30,6 +30,7 @@ class silentHost : public dialogHost
 {
 public:
     void progressVisibilityChanged(bool) override {}
+    void runChanged(bool) override {}
     void updateTotalPercent(int, int) override {}
     void clicked(int) override {}
     void closed() override {}
