@@ -1,5 +1,7 @@
 #pragma once
 
+#include "wire/recordLine.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -52,7 +54,11 @@ public:
     void setAmount(std::int64_t amount) { m_amount = amount; }
     /// Adds this moment with the signature `actualProgress` modulo 1000; nothing beyond
     /// `wire::mostSnapshots`.
-    void addSnapshot(int actualProgress);
+    void addSnapshot(int actualProgress)
+    {
+        if (m_snapshots.size() < wire::mostSnapshots)
+            append(actualProgress);
+    }
 
     int elapsed() const { return m_elapsed; }
     std::int64_t amount() const { return m_amount; }
@@ -62,6 +68,8 @@ public:
     unsigned number() const { return m_number; }
 
 private:
+    void append(int actualProgress);
+
     int m_elapsed = -1;
     std::int64_t m_amount = 0;
     std::vector<int> m_snapshots;

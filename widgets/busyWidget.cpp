@@ -119,7 +119,7 @@ bool busyWidget::hasPosition()
 
 bool busyWidget::isCentred()
 {
-    return !hasPosition() && appearance.m_busyPlace == busyPlace::centre;
+    return appearance.m_busyPlace == busyPlace::centre && !hasPosition();
 }
 
 /// A size or an image that the client has given stays.
