@@ -3,8 +3,9 @@
 set -eu
 
 progressd --private "raw$$" &
-folder=${XDG_RUNTIME_DIR:+$XDG_RUNTIME_DIR/progressd}
-coproc socat - "UNIX-CONNECT:${folder:-/tmp/progressd-$UID}/raw$$.sock,retry=99,interval=0.1"
+runtime=${XDG_RUNTIME_DIR:-/run/user/$UID}
+[[ -O $runtime ]] && folder=$runtime/progressd || folder=/tmp/progressd-$UID
+coproc socat - "UNIX-CONNECT:$folder/raw$$.sock,retry=99,interval=0.1"
 say() { printf '%s' "$@" >&"${COPROC[1]}"; }
 
 say '<configuration>windowTheme=auto;windowLayout=fitted;windowModal=off</configuration><events/>'
