@@ -10,8 +10,6 @@
 namespace
 {
 
-constexpr unsigned longestEnd = 3; // seconds
-
 /// None is under way.
 constexpr std::sig_atomic_t noEnd = -1;
 volatile std::sig_atomic_t endStatus = noEnd;
@@ -32,7 +30,8 @@ extern "C" void noteSignal(int number)
     const int error = errno;
     const auto byte = static_cast<unsigned char>(number);
     [[maybe_unused]] const ssize_t written = write(wakeUp[1], &byte, 1);
-    limitEnd(128 + number);
+    if (endStatus == noEnd)
+        limitEnd(128 + number);
     errno = error;
 }
 
@@ -85,13 +84,12 @@ void keepEndShort(void (*step)())
     lastStep = step;
 }
 
-void limitEnd(int status)
+void limitEnd(int status, unsigned seconds)
 {
-    if (endStatus != noEnd)
-        return;
-    endStatus = status;
+    if (endStatus == noEnd)
+        endStatus = status;
     std::signal(SIGALRM, cutShort);
-    alarm(longestEnd);
+    alarm(seconds);
 }
 
 endSignals::endSignals() : m_notifier(openedWakeUp(), QSocketNotifier::Read)

@@ -31,8 +31,9 @@ private:
     QSocketNotifier m_notifier;
 };
 
-/// An end takes three seconds at most. The toolkit waits for a display that has stopped without end; then
-/// `step` is taken, which may only do what a signal's handler may, and the process ends.
+/// What is done last when an end takes too long: the toolkit waits without end for a display that has
+/// stopped. It may only do what a signal's handler may.
 void keepEndShort(void (*step)());
-/// An end begins, with this status; one of the signals above has done this already.
-void limitEnd(int status);
+/// An end is under way, with this status unless one of the signals above has begun it. What comes next may
+/// take so many seconds; then the last step is done, and the process ends.
+void limitEnd(int status, unsigned seconds = 3);

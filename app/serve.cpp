@@ -21,6 +21,8 @@ namespace
 
 /// Seconds in which the client that a private daemon was started for has to come.
 constexpr int longestWait = 30;
+/// Seconds that a disk may need.
+constexpr unsigned longestSave = 30;
 
 int longestAlone(const commandLine &line)
 {
@@ -152,7 +154,10 @@ int run(servers &all)
 
     limitEnd(code);
     all.closeLocalChannels();
+    // A save that is under way is not cut short for a display's sake.
+    limitEnd(code, longestSave);
     leaveFiles();
+    limitEnd(code);
     all.cleanup();
     return code;
 }
