@@ -143,13 +143,30 @@ void setTaskbarProgress(const QWidget &window, int percent)
     xcb_flush(display);
 }
 
-bool isManaged(WId window)
+std::vector<uint32_t> managedWindows()
+{
+    xcb_connection_t *const display = x11Display();
+    return display ? listed(display, rootOf(display), "_NET_CLIENT_LIST") : std::vector<uint32_t>();
+}
+
+bool newcomerHasKeyboard(const std::vector<uint32_t> &known)
 {
     xcb_connection_t *const display = x11Display();
     if (!display)
         return false;
-    const std::vector<uint32_t> all = listed(display, rootOf(display), "_NET_CLIENT_LIST");
-    return std::find(all.begin(), all.end(), window) != all.end();
+    const replyPointer<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(display, xcb_get_input_focus(display), nullptr));
+    if (!focus || !isOnScreen(display, focus->focus))
+        return false;
+    // Programs also give the keyboard to windows within their own.
+    for (xcb_window_t window = focus->focus; window != XCB_NONE;) {
+        if (isOwn(window) || std::find(known.begin(), known.end(), window) != known.end())
+            return false;
+        const replyPointer<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(display, xcb_query_tree(display, window), nullptr));
+        window = tree ? tree->parent : xcb_window_t{XCB_NONE};
+    }
+    return true;
 }
 
 void takeIdleKeyboard(const QWidget &window)

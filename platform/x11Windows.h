@@ -1,6 +1,7 @@
 #pragma once
 
-#include <qwindowdefs.h>
+#include <cstdint>
+#include <vector>
 
 class QWidget;
 
@@ -23,8 +24,12 @@ bool liesInFront(const QWidget &window);
 /// Tells taskbars how far the window's program is, 0 to 100; below 0 for nothing under way.
 void setTaskbarProgress(const QWidget &window, int percent);
 
-/// Whether the window manager still has this window, which may have gone, among those that it manages.
-bool isManaged(WId window);
+/// The windows of all programs that the window manager has.
+std::vector<uint32_t> managedWindows();
+
+/// Whether the keyboard is on a window on the screen, or within one, that is neither this program's nor
+/// among `known`.
+bool newcomerHasKeyboard(const std::vector<uint32_t> &known);
 
 /// Gives a visible window the keyboard that no window on the screen has: a manager keeps it somewhere else
 /// then. The toolkit asks with the time of the user's last act, which is not late enough for that.

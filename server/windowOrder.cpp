@@ -10,6 +10,7 @@
 #include <QWidget>
 #include <QWindow>
 
+#include <algorithm>
 #include <utility>
 
 namespace
@@ -101,6 +102,7 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
     if (!std::exchange(m_dialogHadKeyboard, false))
         return;
     m_heir = dialog;
+    m_before = managedWindows();
     m_seeing.setRemainingTime(seeingMs);
     m_triesLeft = returningMs / returningStepMs;
     m_returning.start(returningStepMs);
@@ -109,9 +111,11 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
 
 void windowOrder::returnKeyboard()
 {
-    if (isManaged(m_lastBox) && !m_seeing.hasExpired())
+    const std::vector<uint32_t> managed = managedWindows();
+    if (std::find(managed.begin(), managed.end(), m_lastBox) != managed.end() && !m_seeing.hasExpired())
         m_triesLeft = returningMs / returningStepMs;
-    if (!m_heir || !m_heir->isVisible() || m_triesLeft-- <= 0) {
+    // The manager gives it to windows that it had before; one that is new has taken it for a reason.
+    if (!m_heir || !m_heir->isVisible() || m_triesLeft-- <= 0 || newcomerHasKeyboard(m_before)) {
         m_returning.stop();
         m_heir = nullptr;
     } else if (!m_heir->isActiveWindow()) {

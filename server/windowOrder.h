@@ -8,6 +8,9 @@
 #include <QTimer>
 #include <qwindowdefs.h>
 
+#include <cstdint>
+#include <vector>
+
 class QDialog;
 class QWidget;
 
@@ -47,6 +50,8 @@ private:
     /// Of the open boxes, and of the one that closed last: the toolkit has forgotten it by then.
     QHash<const QWidget *, WId> m_boxWindows;
     WId m_lastBox = 0;
+    /// What the manager had when that closed.
+    std::vector<uint32_t> m_before;
     QDeadlineTimer m_seeing;
     int m_triesLeft = 0;
 };

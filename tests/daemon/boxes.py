@@ -264,6 +264,22 @@ class BoxesAndDialog(Case):
         self.screen.key("Return")
         self.assertEqual(events.until("clicked:0"), ["clicked:0"])
 
+    @on_all_screens
+    def test_leave_the_keyboard_to_a_newcomer(self, mode):
+        """What another program opens just after a box was answered is nobody's to take the keyboard from."""
+        _, events, commands = self.session(mode, "windowTitle=mine")
+        _, _, others = self.session(mode)
+        commands.progress("addButt:0;Stop")
+        self.screen.focused("mine")
+        commands.send(box("First", OK))
+        self.screen.focused("First")
+        self.screen.key("Return")
+        self.assertEqual(commands.answer(), OK)
+        others.send(box("Other", OK))
+        self.screen.window("Other")
+        time.sleep(1)
+        self.assertEqual(self.screen.focus(), self.screen.window("Other").id)
+
     # It is the manager who hands the keyboard on between windows that it manages, and to whom it likes.
     @functools.partial(on_all_screens, but=(OPENBOX, "windowModal=off"))
     def test_do_not_take_the_keyboard_from_others(self, mode):
