@@ -221,7 +221,9 @@ void pipeWindow::showText(const std::string &text)
         m_untold.updateText(slot, text);
     else {
         m_untold.createText(slot, text);
-        m_untold.joinSlot(slot, leadingSlot());
+        // In a window of its own nothing is joined; joined alone, it would stand below the bar.
+        if (!m_ownDaemon)
+            m_untold.joinSlot(slot, leadingSlot());
     }
     m_hasText = !isUseless;
 }
