@@ -354,7 +354,8 @@ class Daemon:
             return None
 
         client = until(connected, "the socket")
-        client.send(text)
+        if text:  # An empty one, too, is refused by a channel that was closed at once.
+            client.send(text)
         return client
 
     def events(self, *entries):
