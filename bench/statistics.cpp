@@ -46,7 +46,7 @@ void fillPool(int count)
 {
     statistics.startRun();
     for (int second = 0; second < count; ++second) {
-        statistics.hold(second);
+        statistics.setElapsed(second);
         statistics.addSnapshot(second);
     }
 }
@@ -148,11 +148,12 @@ void adaptiveTick(benchmark::State &state)
     statistics.setAmount(900);
     statistics.startRun();
     for (int i = 0; i < count * 9 / 10; ++i) {
-        statistics.hold(i);
+        statistics.setElapsed(i);
         statistics.addSnapshot(i * 7 + 7);
     }
+    statistics.setElapsed(count);
     for ([[maybe_unused]] auto _ : state)
-        benchmark::DoNotOptimize(statistics.advance(count, 50, 0));
+        benchmark::DoNotOptimize(statistics.advance(50, 0));
     statistics.m_estimateMode = estimateMode::exact;
     statistics.endRun(0);
 }

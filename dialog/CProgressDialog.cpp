@@ -39,7 +39,7 @@ void copyLook(QWidget &to, const QWidget &from)
 
 CProgressDialog::CProgressDialog(dialogHost &host)
     : QWidget(nullptr, appearance.m_dialog_flags), m_host(host), m_layout(newLayout(*this, *this)),
-      m_run(*this, *m_layout, host, dumpIdentity(this)), m_input(*this, *this, *m_layout, m_run, host)
+      m_run(*this, *this, *m_layout, host), m_input(*this, *this, *m_layout, m_run, host)
 {
     connect(m_hideButton, &QPushButton::clicked, this, [this] { m_input.pressHide(); });
     for (int i = 0; i < maxButtons; ++i)

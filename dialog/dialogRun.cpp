@@ -11,8 +11,8 @@
 #include <algorithm>
 #include <cstdlib>
 
-dialogRun::dialogRun(const dialogSlots &content, dialogLayout &layout, dialogHost &host, int identity)
-    : m_content(content), m_layout(layout), m_host(host), m_identity(identity)
+dialogRun::dialogRun(QWidget &window, const dialogSlots &content, dialogLayout &layout, dialogHost &host)
+    : m_content(content), m_layout(layout), m_host(host), m_identity(dumpIdentity(&window)), m_timer(&window)
 {
     constexpr int tickMs = 1000;
     m_timer.setInterval(tickMs);
@@ -90,7 +90,8 @@ void dialogRun::tick()
     constexpr qint64 farthest = 2147482;
     const qint64 seconds = QDateTime::currentSecsSinceEpoch() - m_startSecond;
     const int elapsed = static_cast<int>(std::clamp(seconds, -farthest, farthest));
-    const estimateStep step = statistics.advance(elapsed, m_currentPercent, m_identity);
+    statistics.setElapsed(elapsed);
+    const estimateStep step = statistics.advance(m_currentPercent, m_identity);
     if (step == estimateStep::dropped)
         m_layout.captionTotalBar();
     else if (step == estimateStep::vanished)

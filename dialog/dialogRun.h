@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+class QWidget;
 class dialogHost;
 class dialogLayout;
 struct dialogSlots;
@@ -12,8 +13,7 @@ struct dialogSlots;
 class dialogRun
 {
 public:
-    /// `identity` stands for the dialog in the log.
-    dialogRun(const dialogSlots &content, dialogLayout &layout, dialogHost &host, int identity);
+    dialogRun(QWidget &window, const dialogSlots &content, dialogLayout &layout, dialogHost &host);
     Q_DISABLE_COPY_MOVE(dialogRun)
 
     bool isUnderWay() const { return m_timer.isActive(); }
@@ -43,12 +43,12 @@ private:
     const dialogSlots &m_content;
     dialogLayout &m_layout;
     dialogHost &m_host;
-    const int m_identity;
+    const int m_identity; ///< the window's, in the log
 
     qint64 m_startSecond = 0; ///< since the epoch
     /// Runs beside the system's, to notice that that was set meanwhile.
     QElapsedTimer m_clock;
-    QTimer m_timer;
+    QTimer m_timer; ///< a child of the window
     bool m_cancelled = false;
     /// Average of the bars; -1 before the first.
     int m_currentPercent = -1;

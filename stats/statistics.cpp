@@ -63,14 +63,7 @@ void runStatistics::save()
         m_unsaved.clear();
 }
 
-estimateStep runStatistics::advance(int elapsed, int percent, int dialogIdentity)
+estimateStep runStatistics::advance(int percent, int dialogIdentity)
 {
-    m_run.setElapsed(elapsed);
     return m_estimate.advance(m_estimateMode, m_table, m_run, percent, dialogIdentity);
-}
-
-estimateStep runStatistics::hold(int elapsed)
-{
-    m_run.setElapsed(elapsed);
-    return estimateStep::display;
 }

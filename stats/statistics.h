@@ -30,12 +30,12 @@ public:
     void startRun();
     /// The run ends. It was `seconds` long; below 1, it is not learned.
     void endRun(int seconds);
+    /// Seconds since the run's start, told once a second.
+    void setElapsed(int seconds) { m_run.setElapsed(seconds); }
     /// Adds this moment of the run.
     void addSnapshot(int actualProgress) { m_run.addSnapshot(actualProgress); }
-    /// A tick, once a second, `elapsed` seconds after the run's start; see `runEstimate::advance`.
-    estimateStep advance(int elapsed, int percent, int dialogIdentity);
-    /// A tick outside a run: the estimate stays as it is.
-    estimateStep hold(int elapsed);
+    /// Goes on with the estimate once the elapsed time has been told; see `runEstimate::advance`.
+    estimateStep advance(int percent, int dialogIdentity);
 
     runEstimate &estimate() { return m_estimate; }
     const progressRun &run() const { return m_run; }

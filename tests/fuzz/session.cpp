@@ -18,6 +18,7 @@
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <cstdint>
 #include <string>
@@ -140,8 +141,10 @@ void session::act(char end)
                           Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(m_handlers.m_active.busyWindow(), &press);
     } else if (end == tick) {
-        QTimerEvent second(0);
-        QCoreApplication::sendEvent(dialog, &second);
+        auto *timer = dialog->findChild<QTimer *>();
+        QTimerEvent second(timer->timerId());
+        if (timer->isActive())
+            QCoreApplication::sendEvent(timer, &second);
     }
 }
 

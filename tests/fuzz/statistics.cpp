@@ -48,11 +48,11 @@ void followRun()
 {
     statistics.startRun();
     for (const int elapsed : {0, 1, 2, 5, 90, 2147482, -3}) {
-        statistics.hold(elapsed);
+        statistics.setElapsed(elapsed);
         statistics.addSnapshot(elapsed % 1000);
         for (const estimateMode mode : {estimateMode::exact, estimateMode::adaptive}) {
             statistics.m_estimateMode = mode;
-            statistics.advance(elapsed, 50, 0);
+            statistics.advance(50, 0);
         }
     }
 }

@@ -81,7 +81,7 @@ void changeRecord(const arguments &given)
 void addSnapshots(const arguments &given)
 {
     for (const int snapshot : course(given.at(0))) {
-        statistics.hold(snapshot / snapshotScale);
+        statistics.setElapsed(snapshot / snapshotScale);
         statistics.addSnapshot(snapshot % snapshotScale);
     }
 }
@@ -89,7 +89,8 @@ void addSnapshots(const arguments &given)
 std::string tick(const arguments &given)
 {
     const char *const steps[] = {"nothing ", "dropped ", "vanished ", "display "};
-    const auto step = statistics.advance(number(given, 0), number(given, 1), number(given, 2));
+    statistics.setElapsed(number(given, 0));
+    const auto step = statistics.advance(number(given, 1), number(given, 2));
     return steps[static_cast<int>(step)] + std::to_string(statistics.estimate().total()) + ' ' +
            std::to_string(statistics.estimate().found());
 }
@@ -102,14 +103,14 @@ std::string nearest()
 
 std::string remaining(const arguments &given)
 {
-    statistics.hold(number(given, 0));
+    statistics.setElapsed(number(given, 0));
     const auto left = m_adaptive.remaining(statistics.table(), statistics.run(), number(given, 1));
     return left ? QString::asprintf("%.3f", left->seconds).toStdString() : "none";
 }
 
 std::string overdue(const arguments &given)
 {
-    statistics.hold(number(given, 0));
+    statistics.setElapsed(number(given, 0));
     const auto left = m_adaptive.remaining(statistics.table(), statistics.run(), number(given, 1));
     return left && left->isOverdue ? "yes" : "no";
 }
@@ -135,7 +136,7 @@ const std::map<std::string, void (*)(const arguments &)> m_actions = {
     {"record", addRecord},
     {"change", changeRecord},
     {"pool", addSnapshots},
-    {"at", [](auto &given) { statistics.hold(number(given, 0)); }},
+    {"at", [](auto &given) { statistics.setElapsed(number(given, 0)); }},
     {"add", [](auto &given) { statistics.addSnapshot(number(given, 0)); }},
     {"amount", [](auto &given) { statistics.setAmount(wire::readAmount(given.at(0))); }},
     {"start", [](auto &) { statistics.startRun(); }},
