@@ -1,6 +1,7 @@
 #include "dialog/fittedWindow.h"
 
 #include "platform/wayland.h"
+#include "platform/x11Windows.h"
 #include "widgets/appearance.h"
 #include "widgets/texts.h"
 
@@ -49,7 +50,7 @@ fittedWindow::fittedWindow(QWidget &window) : m_window(window)
 
 bool fittedWindow::isManaged() const
 {
-    return !m_window.windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
+    return !bypassesManager(m_window);
 }
 
 void fittedWindow::movePosition()

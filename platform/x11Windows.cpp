@@ -61,14 +61,18 @@ xcb_window_t rootOf(xcb_connection_t *display)
     return xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
 }
 
-/// Of what the keyboard can be on, besides windows the root window and none.
-bool isOnScreen(xcb_connection_t *display, xcb_window_t window)
+/// The window on the screen that has the keyboard; 0 where it is on none, on the root window, or nowhere to
+/// be seen.
+xcb_window_t keyboardWindow(xcb_connection_t *display)
 {
-    if (window <= XCB_INPUT_FOCUS_POINTER_ROOT || window == rootOf(display))
-        return false;
+    const replyPointer<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(display, xcb_get_input_focus(display), nullptr));
+    if (!focus || focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == rootOf(display))
+        return XCB_NONE;
     const replyPointer<xcb_get_geometry_reply_t> place(
-        xcb_get_geometry_reply(display, xcb_get_geometry(display, window), nullptr));
-    return place && place->x + place->width > 0 && place->y + place->height > 0;
+        xcb_get_geometry_reply(display, xcb_get_geometry(display, focus->focus), nullptr));
+    const bool isSeen = place && place->x + place->width > 0 && place->y + place->height > 0;
+    return isSeen ? focus->focus : xcb_window_t{XCB_NONE};
 }
 
 bool isOwn(xcb_window_t id)
@@ -98,6 +102,11 @@ void keepEmptyTitle(QWidget &window)
     // Managers have a name of their own for a framed window that has none at all.
     if (window.windowType() == Qt::Window && !window.windowFlags().testFlag(Qt::FramelessWindowHint))
         set(XCB_ATOM_WM_NAME, XCB_ATOM_STRING, " ");
+}
+
+bool bypassesManager(const QWidget &window)
+{
+    return window.windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
 }
 
 void putBelow(const QWidget *window, const QWidget *other)
@@ -154,29 +163,22 @@ bool newcomerHasKeyboard(const std::vector<uint32_t> &known)
     xcb_connection_t *const display = x11Display();
     if (!display)
         return false;
-    const replyPointer<xcb_get_input_focus_reply_t> focus(
-        xcb_get_input_focus_reply(display, xcb_get_input_focus(display), nullptr));
-    if (!focus || !isOnScreen(display, focus->focus))
-        return false;
+    const xcb_window_t owner = keyboardWindow(display);
     // Programs also give the keyboard to windows within their own.
-    for (xcb_window_t window = focus->focus; window != XCB_NONE;) {
+    for (xcb_window_t window = owner; window != XCB_NONE;) {
         if (isOwn(window) || std::find(known.begin(), known.end(), window) != known.end())
             return false;
         const replyPointer<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(display, xcb_query_tree(display, window), nullptr));
         window = tree ? tree->parent : xcb_window_t{XCB_NONE};
     }
-    return true;
+    return owner != XCB_NONE;
 }
 
 void takeIdleKeyboard(const QWidget &window)
 {
     xcb_connection_t *const display = x11Display();
-    if (!display || !window.internalWinId())
-        return;
-    const replyPointer<xcb_get_input_focus_reply_t> focus(
-        xcb_get_input_focus_reply(display, xcb_get_input_focus(display), nullptr));
-    if (!focus || isOnScreen(display, focus->focus))
+    if (!display || !window.internalWinId() || keyboardWindow(display) != XCB_NONE)
         return;
     xcb_set_input_focus(display, XCB_INPUT_FOCUS_PARENT, static_cast<xcb_window_t>(window.internalWinId()),
                         XCB_CURRENT_TIME);

@@ -12,6 +12,9 @@ class QWidget;
 /// Elsewhere the title is a blank.
 void keepEmptyTitle(QWidget &window);
 
+/// Whether the window manager has nothing to do with the window.
+bool bypassesManager(const QWidget &window);
+
 /// Puts a window that bypasses the window manager directly below a visible one, which the manager may have
 /// put into a frame of its own. The toolkit can only raise a window above everything, or lower it under the
 /// windows of all other programs.

@@ -10,43 +10,7 @@
 #include <QWidget>
 #include <QWindow>
 
-#include <algorithm>
 #include <utility>
-
-namespace
-{
-
-/// For so long a window manager may need to give the keyboard to whom it likes, once it has seen that a box
-/// has gone; and to see that, when the machine is busy.
-constexpr int returningMs = 600;
-constexpr int returningStepMs = 20;
-constexpr int seeingMs = 20'000;
-
-/// Gives the window the keyboard. One that was hidden and is shown again before the display has taken the
-/// keyboard away counts as inactive for the toolkit, which then hears of no change and would never mark the
-/// focused button.
-void takeKeyboard(QWidget *window)
-{
-    window->activateWindow();
-    if (window->isActiveWindow() || window->windowHandle() != QGuiApplication::focusWindow())
-        return;
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
-    QApplication::setActiveWindow(window);
-    QT_WARNING_POP
-}
-
-bool bypassesManager(const QWidget *window)
-{
-    return window->windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
-}
-
-} // namespace
-
-windowOrder::windowOrder()
-{
-    connect(&m_returning, &QTimer::timeout, this, &windowOrder::returnKeyboard);
-}
 
 void windowOrder::bringToFront(QWidget *dialog, bool takesKeyboard)
 {
@@ -69,9 +33,8 @@ void windowOrder::bringToFront(QWidget *dialog, bool takesKeyboard)
 
 void windowOrder::openBox(QDialog *box, const QWidget *dialog)
 {
-    m_returning.stop();
     if (m_boxes.isEmpty())
-        m_dialogHadKeyboard = dialog && (dialog->isActiveWindow() || dialog == m_heir);
+        m_keyboard.lend(dialog);
     m_boxes.append(box);
     keepInFront(box, dialog);
     box->installEventFilter(this);
@@ -88,7 +51,7 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
 {
     box->removeEventFilter(this);
     m_boxes.removeOne(box);
-    m_lastBox = m_boxWindows.take(box);
+    const WId window = m_boxWindows.take(box);
     if (boxIsOpen()) {
         m_boxes.constLast()->raise();
         m_boxes.constLast()->activateWindow();
@@ -97,32 +60,9 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
     }
     if (!dialog || !dialog->isVisible() || onWayland())
         return;
-    if (bypassesManager(dialog))
+    if (bypassesManager(*dialog))
         dialog->raise();
-    if (!std::exchange(m_dialogHadKeyboard, false))
-        return;
-    m_heir = dialog;
-    m_before = managedWindows();
-    m_seeing.setRemainingTime(seeingMs);
-    m_triesLeft = returningMs / returningStepMs;
-    m_returning.start(returningStepMs);
-    returnKeyboard();
-}
-
-void windowOrder::returnKeyboard()
-{
-    const std::vector<uint32_t> managed = managedWindows();
-    if (std::find(managed.begin(), managed.end(), m_lastBox) != managed.end() && !m_seeing.hasExpired())
-        m_triesLeft = returningMs / returningStepMs;
-    // The manager gives it to windows that it had before; one that is new has taken it for a reason.
-    if (!m_heir || !m_heir->isVisible() || m_triesLeft-- <= 0 || newcomerHasKeyboard(m_before)) {
-        m_returning.stop();
-        m_heir = nullptr;
-    } else if (!m_heir->isActiveWindow()) {
-        takeKeyboard(m_heir);
-        if (bypassesManager(m_heir))
-            takeIdleKeyboard(*m_heir);
-    }
+    m_keyboard.giveBack(dialog, window);
 }
 
 bool windowOrder::eventFilter(QObject *window, QEvent *event)
@@ -154,7 +94,7 @@ void windowOrder::keepBelowBoxes() const
     if (m_boxes.isEmpty())
         return;
     for (const QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->isVisible() && bypassesManager(window))
+        if (window->isVisible() && bypassesManager(*window))
             putBelow(window, m_boxes.constFirst());
     }
 }

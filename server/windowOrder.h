@@ -1,15 +1,10 @@
 #pragma once
 
-#include <QDeadlineTimer>
+#include "server/borrowedKeyboard.h"
+
 #include <QHash>
 #include <QList>
 #include <QObject>
-#include <QPointer>
-#include <QTimer>
-#include <qwindowdefs.h>
-
-#include <cstdint>
-#include <vector>
 
 class QDialog;
 class QWidget;
@@ -22,8 +17,6 @@ class windowOrder : public QObject
     Q_OBJECT
 
 public:
-    windowOrder();
-
     /// Shows the dialog in front of other windows, but behind boxes. `takesKeyboard`: from whoever has it.
     void bringToFront(QWidget *dialog, bool takesKeyboard);
     /// Opens `box` in front of everything; `dialog` is the active one, or null.
@@ -39,19 +32,9 @@ protected:
     bool eventFilter(QObject *window, QEvent *event) override;
 
 private:
-    void returnKeyboard();
-
     /// The open boxes; the one that was active last is the last.
     QList<QWidget *> m_boxes;
-    bool m_dialogHadKeyboard = false;
-    /// Takes the keyboard back for the dialog once the window manager has seen the last box go.
-    QTimer m_returning;
-    QPointer<QWidget> m_heir;
-    /// Of the open boxes, and of the one that closed last: the toolkit has forgotten it by then.
+    /// Their windows; the toolkit has forgotten a box's by the time that it has been answered.
     QHash<const QWidget *, WId> m_boxWindows;
-    WId m_lastBox = 0;
-    /// What the manager had when that closed.
-    std::vector<uint32_t> m_before;
-    QDeadlineTimer m_seeing;
-    int m_triesLeft = 0;
+    borrowedKeyboard m_keyboard;
 };
