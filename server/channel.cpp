@@ -10,7 +10,6 @@
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <unistd.h>
 #include <utility>
 
 namespace
@@ -44,9 +43,9 @@ bool leavesDescriptors(int descriptor)
 
 } // namespace
 
-channel::channel(int descriptor)
-    : m_descriptor(descriptor), m_readable(descriptor, QSocketNotifier::Read),
-      m_writable(descriptor, QSocketNotifier::Write)
+channel::channel(wire::descriptor taken)
+    : m_descriptor(std::move(taken)), m_readable(m_descriptor.get(), QSocketNotifier::Read),
+      m_writable(m_descriptor.get(), QSocketNotifier::Write)
 {
     m_writable.setEnabled(false);
     connect(&m_readable, &QSocketNotifier::activated, this, &channel::readable);
@@ -55,19 +54,16 @@ channel::channel(int descriptor)
 
 channel::~channel()
 {
-    pollfd room{m_descriptor, POLLOUT, 0};
+    pollfd room{m_descriptor.get(), POLLOUT, 0};
     for (int ready = 1; mustWait() && ready != 0;) {
         ready = poll(&room, 1, lastPatienceMs()); // a signal that asks for the end again interrupts it
         send();
     }
-    m_readable.setEnabled(false);
-    m_writable.setEnabled(false);
-    ::close(m_descriptor);
 }
 
 qsizetype channel::receive(char *room)
 {
-    const ssize_t size = recv(m_descriptor, room, readSize, 0);
+    const ssize_t size = recv(m_descriptor.get(), room, readSize, 0);
     m_ended = size == 0 || (size < 0 && errno != EAGAIN && errno != EINTR);
     return std::max<ssize_t>(size, 0);
 }
@@ -75,12 +71,12 @@ qsizetype channel::receive(char *room)
 bool channel::hasUnread() const
 {
     int bytes = 0;
-    return !m_isFinishing && ioctl(m_descriptor, FIONREAD, &bytes) == 0 && bytes > 0;
+    return !m_isFinishing && ioctl(m_descriptor.get(), FIONREAD, &bytes) == 0 && bytes > 0;
 }
 
 bool channel::isHungUp() const
 {
-    pollfd about{m_descriptor, 0, 0};
+    pollfd about{m_descriptor.get(), 0, 0};
     return poll(&about, 1, 0) > 0 && (about.revents & POLLHUP);
 }
 
@@ -106,7 +102,7 @@ void channel::flush()
 void channel::send()
 {
     while (mustWait()) {
-        const ssize_t sent = ::send(m_descriptor, m_outgoing.constData() + m_sent,
+        const ssize_t sent = ::send(m_descriptor.get(), m_outgoing.constData() + m_sent,
                                     static_cast<size_t>(waiting()), MSG_DONTWAIT | MSG_NOSIGNAL);
         if (sent < 0) {
             // What the client has sent is still to be read, so this does not end the channel.
@@ -139,25 +135,23 @@ acceptor::acceptor(int listening) : m_incoming(listening, QSocketNotifier::Read)
     connect(&m_incoming, &QSocketNotifier::activated, this, &acceptor::incoming);
 }
 
-int acceptor::next(sockaddr_in *peer)
+wire::descriptor acceptor::next(sockaddr_in *peer)
 {
     for (;;) {
         socklen_t size = sizeof *peer;
-        const int descriptor =
-            accept4(static_cast<int>(m_incoming.socket()), reinterpret_cast<sockaddr *>(peer),
-                    peer ? &size : nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-        if (descriptor >= 0) {
-            if (leavesDescriptors(descriptor))
-                return descriptor;
-            ::close(descriptor);
-        } else if (errno == EAGAIN) {
-            return -1;
-        } else if (errno != EINTR && errno != ECONNABORTED) {
+        wire::descriptor taken(accept4(static_cast<int>(m_incoming.socket()),
+                                       reinterpret_cast<sockaddr *>(peer), peer ? &size : nullptr,
+                                       SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (taken && leavesDescriptors(taken.get()))
+            return taken;
+        if (taken || errno == EINTR || errno == ECONNABORTED)
+            continue;
+        if (errno != EAGAIN) {
             // Without a descriptor left, the connection that waits would call again and again.
             dump("---- cannot accept a connection, trying again, error", errno);
             m_incoming.setEnabled(false);
             QTimer::singleShot(acceptAgainMs, &m_incoming, [this] { m_incoming.setEnabled(true); });
-            return -1;
         }
+        return taken;
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "wire/system.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QSocketNotifier>
@@ -19,8 +21,8 @@ public:
     /// Bytes that may wait for a client that does not read.
     static constexpr qint64 maxBacklog = 4 * 1024 * 1024;
 
-    /// Takes over `descriptor`, which does not block.
-    explicit channel(int descriptor);
+    /// `taken` does not block.
+    explicit channel(wire::descriptor taken);
     /// Gives the client a moment to take what still waits for it, then closes.
     ~channel() override;
 
@@ -58,7 +60,7 @@ private:
     void send();
     bool mustWait() const { return waiting() > 0 && !m_deaf; }
 
-    int m_descriptor;
+    const wire::descriptor m_descriptor;
     QSocketNotifier m_readable;
     QSocketNotifier m_writable;
     QByteArray m_outgoing;
@@ -81,9 +83,9 @@ public:
     /// `listening` does not block; it is not owned, and has to stay open.
     explicit acceptor(int listening);
 
-    /// The next connection, which does not block and is the caller's; -1 when none waits. `peer`, if it is
-    /// given, becomes the client's address, also of one that has reset its connection meanwhile.
-    int next(sockaddr_in *peer = nullptr);
+    /// The next connection, which does not block; none when none waits. `peer`, if it is given, becomes the
+    /// client's address, also of one that has reset its connection meanwhile.
+    wire::descriptor next(sockaddr_in *peer = nullptr);
 
 signals:
     /// Somebody has connected. Told again for as long as somebody waits.

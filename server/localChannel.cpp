@@ -23,8 +23,8 @@ constexpr auto longestEstate = 1s;
 
 } // namespace
 
-localChannel::localChannel(int descriptor, handlers &shared, lifespan &life)
-    : channel(descriptor), m_shared(shared), m_life(life), m_asker(std::make_unique<QObject>())
+localChannel::localChannel(wire::descriptor taken, handlers &shared, lifespan &life)
+    : channel(std::move(taken)), m_shared(shared), m_life(life), m_asker(std::make_unique<QObject>())
 {
     connect(this, &channel::readable, this, &localChannel::takeTurn);
 }
@@ -51,8 +51,8 @@ void localChannel::takeTurn()
         complete = handleMessages(end);
     }
     if (m_stopped)
-        setReading(false);
-    if (m_isOver || m_stopped)
+        return setReading(false);
+    if (m_isOver)
         return;
     if (clock::now() >= end)
         noticeAbsence();

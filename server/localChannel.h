@@ -20,7 +20,7 @@ class localChannel : public channel
     Q_OBJECT
 
 public:
-    localChannel(int descriptor, handlers &shared, lifespan &life);
+    localChannel(wire::descriptor taken, handlers &shared, lifespan &life);
     ~localChannel() override;
 
     /// The client has sent a complete message that asks for more than to listen, and may send others.

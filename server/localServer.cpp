@@ -2,7 +2,6 @@
 
 #include "server/handlers.h"
 #include "server/localChannel.h"
-#include "wire/words.h"
 
 #include <algorithm>
 #include <functional>
@@ -33,19 +32,17 @@ localSocket::outcome localServer::open(const char *identifier)
 
 bool localServer::accept()
 {
-    const int descriptor = m_acceptor ? m_acceptor->next() : -1;
-    if (descriptor < 0)
+    wire::descriptor taken = m_acceptor ? m_acceptor->next() : wire::descriptor();
+    if (!taken)
         return false;
-    if (m_channels.size() < maxChannels && wire::isTrusted(wire::peerOf(descriptor)))
-        add(descriptor);
-    else
-        ::close(descriptor);
+    if (m_channels.size() < maxChannels && wire::isTrusted(wire::peerOf(taken.get())))
+        add(std::move(taken));
     return true;
 }
 
-void localServer::add(int descriptor)
+void localServer::add(wire::descriptor taken)
 {
-    auto *client = new localChannel(descriptor, m_shared, m_life);
+    auto *client = new localChannel(std::move(taken), m_shared, m_life);
     m_channels.push_back(client);
     QObject::connect(client, &channel::finished, client, [this, client] { remove(client); });
 }
@@ -72,7 +69,7 @@ void localServer::removeSocket()
 
 void localServer::close()
 {
-    m_shared.m_listeners.sendLocal(wire::nameOf(wire::eventKind::shutDown));
+    m_shared.m_listeners.sendLocal(wire::eventKind::shutDown);
     m_acceptor.reset();
     removeSocket();
     for (localChannel *client : std::exchange(m_channels, {}))

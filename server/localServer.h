@@ -31,7 +31,7 @@ public:
 private:
     /// Takes in the next who waits; false when nobody does.
     bool accept();
-    void add(int descriptor);
+    void add(wire::descriptor taken);
     void remove(localChannel *client);
 
     handlers &m_shared;

@@ -9,7 +9,7 @@
 #include <ifaddrs.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
-#include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -28,22 +28,21 @@ sockaddr_in addressOf(int descriptor)
     return address;
 }
 
-/// A listening socket on all IPv4 addresses, -1 when the port cannot be had.
-int listenOn(int portnum)
+/// A listening socket on all IPv4 addresses, none when the port cannot be had.
+wire::descriptor listenOn(int portnum)
 {
     constexpr int longestQueue = 50;
     constexpr int on = 1;
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(portnum < 2 ? in_port_t{0} : static_cast<in_port_t>(portnum));
-    const int listening = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    wire::descriptor listening(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     // Connections of a daemon that has just ended must not keep the port from its successor.
-    setsockopt(listening, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    if (bind(listening, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-        listen(listening, longestQueue) == 0)
-        return listening;
-    ::close(listening);
-    return -1;
+    setsockopt(listening.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (bind(listening.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
+        listen(listening.get(), longestQueue) != 0)
+        listening.close();
+    return listening;
 }
 
 bool isOwnAddress(in_addr_t wanted)
@@ -93,9 +92,9 @@ receiver::receiver(kind serves, int portnum, handlers &shared, lifespan &life)
 {
     if (m_kind == kind::command)
         m_life.watch(*this);
-    if (m_listening < 0)
+    if (!m_listening)
         return;
-    m_acceptor = std::make_unique<acceptor>(m_listening);
+    m_acceptor = std::make_unique<acceptor>(m_listening.get());
     connect(m_acceptor.get(), &acceptor::incoming, this, &receiver::connection);
 }
 
@@ -106,12 +105,11 @@ receiver::~receiver()
         leave(client);
         delete client;
     }
-    ::close(m_listening);
 }
 
 int receiver::getPort() const
 {
-    return ntohs(addressOf(m_listening).sin_port);
+    return ntohs(addressOf(m_listening.get()).sin_port);
 }
 
 wayIn::presence receiver::clients()
@@ -125,19 +123,18 @@ wayIn::presence receiver::clients()
 void receiver::connection()
 {
     sockaddr_in peer{};
-    for (int descriptor; m_acceptor && (descriptor = m_acceptor->next(&peer)) >= 0;) {
-        if (isOfThisMachine(descriptor, peer.sin_addr.s_addr)) {
-            admit(descriptor);
-        } else {
+    while (wire::descriptor taken = m_acceptor ? m_acceptor->next(&peer) : wire::descriptor()) {
+        if (isOfThisMachine(taken.get(), peer.sin_addr.s_addr))
+            admit(std::move(taken));
+        else
             logRefusal();
-            ::close(descriptor);
-        }
     }
 }
 
-void receiver::admit(int descriptor)
+void receiver::admit(wire::descriptor taken)
 {
-    auto *client = new channel(descriptor);
+    const int descriptor = taken.get();
+    auto *client = new channel(std::move(taken));
     if (!m_channels.enter(client)) {
         delete client;
         return;

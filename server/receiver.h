@@ -35,7 +35,7 @@ public:
 
 private:
     void connection();
-    void admit(int descriptor);
+    void admit(wire::descriptor taken);
     void gotData(channel *client);
     void closed(channel *client);
     void leave(channel *client);
@@ -49,8 +49,8 @@ private:
     int m_portnum;
     handlers &m_shared;
     lifespan &m_life;
-    /// The listening socket, -1 when the port could not be bound; then there is no acceptor.
-    int m_listening;
+    /// The listening socket, none when the port could not be bound; then there is no acceptor.
+    const wire::descriptor m_listening;
     std::unique_ptr<acceptor> m_acceptor;
     channelTable m_channels;
     /// What arrived and has not been handled yet, from all channels of this server.

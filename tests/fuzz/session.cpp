@@ -89,7 +89,7 @@ private:
 
     handlers m_handlers;
     std::vector<int> m_claimed;
-    channel m_listener{deafDescriptor()};
+    channel m_listener{wire::descriptor(deafDescriptor())};
     messageBuffer m_port;
     messageStream m_local;
 };
