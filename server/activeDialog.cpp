@@ -6,39 +6,10 @@
 #include "server/windowOrder.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"
-#include "wire/words.h"
 
-#include <charconv>
 #include <utility>
 
-namespace
-{
-
 using wire::eventKind;
-
-/// Text of an event with numbers in it.
-class eventText
-{
-public:
-    explicit eventText(eventKind kind) { *this << wire::nameOf(kind); }
-    eventText &operator<<(std::string_view text)
-    {
-        m_end = std::copy(text.begin(), text.end(), m_end);
-        return *this;
-    }
-    eventText &operator<<(int number)
-    {
-        m_end = std::to_chars(m_end, std::end(m_text), number).ptr;
-        return *this;
-    }
-    operator QByteArrayView() const { return {m_text, m_end - m_text}; }
-
-private:
-    char m_text[48];
-    char *m_end = m_text;
-};
-
-} // namespace
 
 activeDialog::activeDialog(eventListeners &listeners, windowOrder &order)
     : m_listeners(listeners), m_order(order)
@@ -72,15 +43,12 @@ void activeDialog::bringToFront(bool isAsked)
         return;
     }
     replaceDialog();
-    const auto show = [this] { showPending(); };
+    const auto showPending = [this] {
+        if (m_frontPending)
+            showInFront();
+    };
     if (!std::exchange(m_frontPending, true))
-        QMetaObject::invokeMethod(m_splash, show, Qt::QueuedConnection);
-}
-
-void activeDialog::showPending()
-{
-    if (m_frontPending)
-        showInFront();
+        QMetaObject::invokeMethod(m_splash, showPending, Qt::QueuedConnection);
 }
 
 void activeDialog::showInFront()
@@ -201,7 +169,7 @@ void activeDialog::clearSlot(int slot)
 
 void activeDialog::progressVisibilityChanged(bool isVisible)
 {
-    m_listeners.send(wire::nameOf(isVisible ? eventKind::isShown : eventKind::isHidden));
+    m_listeners.send(isVisible ? eventKind::isShown : eventKind::isHidden);
     m_windowIsActive = isVisible;
     if (isVisible) {
         if (busyWidget::isCentred())
@@ -235,18 +203,17 @@ void activeDialog::updateTotalPercent(int currentPercent, int remainingSeconds)
         m_splash->setBusyPercent(currentPercent);
         m_taskbar.setPercent(currentPercent);
     }
-    if (!m_listeners.empty())
-        m_listeners.send(eventText(eventKind::totalProgress) << currentPercent << "|" << remainingSeconds);
+    m_listeners.send(eventKind::totalProgress, {currentPercent, remainingSeconds});
 }
 
 void activeDialog::clicked(int slot)
 {
-    m_listeners.send(eventText(eventKind::clicked) << slot);
+    m_listeners.send(eventKind::clicked, {slot});
 }
 
 void activeDialog::closed()
 {
-    m_listeners.sendLocal(wire::nameOf(eventKind::closed));
+    m_listeners.sendLocal(eventKind::closed);
 }
 
 bool activeDialog::isInputBlocked() const

@@ -67,7 +67,6 @@ private:
     void toggle();
     void showBusyWindow();
     void hideDialog();
-    void showPending();
     void showInFront();
     void replaceDialog();
     void queueForDeletion(CProgressDialog *dialog);

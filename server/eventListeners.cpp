@@ -4,6 +4,7 @@
 #include "wire/tags.h"
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace
@@ -16,8 +17,22 @@ constexpr qsizetype fullBatch = 64 * 1024;
 /// Less than the 20 ms that are promised: the message in hand takes its time, too.
 constexpr auto longestWait = 10ms;
 
-constexpr QByteArrayView openingTag = wire::tagsOf(wire::replyKind::event).opening;
-constexpr QByteArrayView closingTag = wire::tagsOf(wire::replyKind::event).closing;
+constexpr auto eventTags = wire::tagsOf(wire::replyKind::event);
+
+void appendEvent(QByteArray &events, wire::eventKind kind, std::initializer_list<int> numbers)
+{
+    char text[64]; // the longest has 52
+    char *end = text;
+    const auto add = [&end](std::string_view part) { end = std::copy(part.begin(), part.end(), end); };
+    add(eventTags.opening);
+    add(wire::nameOf(kind));
+    for (const int &number : numbers) {
+        add(&number == numbers.begin() ? "" : "|");
+        end = std::to_chars(end, std::end(text), number).ptr;
+    }
+    add(eventTags.closing);
+    events.append(text, end - text);
+}
 
 /// As many of the events, from the first on, as find room.
 QByteArrayView fitting(QByteArrayView events, qint64 room)
@@ -25,8 +40,9 @@ QByteArrayView fitting(QByteArrayView events, qint64 room)
     if (events.size() <= room)
         return events;
     const QByteArrayView cut = events.first(std::max<qint64>(room, 0));
-    const qsizetype last = cut.lastIndexOf(closingTag);
-    return last < 0 ? QByteArrayView() : cut.first(last + closingTag.size());
+    const QByteArrayView closing = eventTags.closing;
+    const qsizetype last = cut.lastIndexOf(closing);
+    return last < 0 ? QByteArrayView() : cut.first(last + closing.size());
 }
 
 void deliver(const std::vector<channel *> &listeners, QByteArrayView events)
@@ -62,21 +78,19 @@ void eventListeners::removeLocal(channel *listener)
     m_local.erase(std::remove(m_local.begin(), m_local.end(), listener), m_local.end());
 }
 
-void eventListeners::send(QByteArrayView text)
+void eventListeners::collect(wire::eventKind kind, std::initializer_list<int> numbers)
 {
-    if (empty())
-        return;
     if (m_collected.isEmpty())
         m_firstCollected = clock::now();
-    m_collected.append(openingTag).append(text).append(closingTag);
+    appendEvent(m_collected, kind, numbers);
     if (m_openBatches == 0 || m_collected.size() >= fullBatch)
         flush();
 }
 
-void eventListeners::sendLocal(QByteArrayView text)
+void eventListeners::sendLocal(wire::eventKind kind)
 {
     flush();
-    deliver(m_local, wire::message(wire::replyKind::event, {text.data(), static_cast<size_t>(text.size())}));
+    deliver(m_local, wire::message(wire::replyKind::event, wire::nameOf(kind)));
 }
 
 void eventListeners::flushIfDue()

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "wire/words.h"
+
 #include <QByteArray>
 
 #include <chrono>
+#include <initializer_list>
 #include <vector>
 
 class channel;
@@ -31,19 +34,23 @@ public:
     /// A local channel hears what happens from now on.
     void addLocal(channel *listener);
     void removeLocal(channel *listener);
-    /// Whether nobody would hear an event; then forming its text is a waste.
-    bool empty() const { return m_port.empty() && m_local.empty(); }
 
-    /// Sends `text` in its tags to all listeners.
-    void send(QByteArrayView text);
+    /// Sends an event, with the one or two numbers that stand behind its name, to all listeners.
+    void send(wire::eventKind kind, std::initializer_list<int> numbers = {})
+    {
+        if (!m_port.empty() || !m_local.empty())
+            collect(kind, numbers);
+    }
     /// Sends what the event port does not know to the listeners of local channels alone.
-    void sendLocal(QByteArrayView text);
+    void sendLocal(wire::eventKind kind);
     /// Sends what was collected if it is time. To be called between two messages.
     void flushIfDue();
     void flush();
 
 private:
     using clock = std::chrono::steady_clock;
+
+    void collect(wire::eventKind kind, std::initializer_list<int> numbers);
 
     std::vector<channel *> m_port;
     std::vector<channel *> m_local;

@@ -43,7 +43,7 @@ void handlers::doProgress(const progressCommand &command)
         break;
     case progressVerb::activate:
         m_active.activate();
-        m_listeners.send(wire::nameOf(wire::eventKind::isActivated));
+        m_listeners.send(wire::eventKind::isActivated);
         break;
     case progressVerb::busyOn:
         m_active.busyOn();
@@ -115,6 +115,6 @@ void handlers::release(int slot)
 void handlers::cleanup()
 {
     m_boxes.dismiss();
-    m_listeners.send(wire::nameOf(wire::eventKind::shutDown));
+    m_listeners.send(wire::eventKind::shutDown);
     m_active.clear();
 }
