@@ -15,9 +15,6 @@
 namespace
 {
 
-/// A button field holds a button's code and, in these bits, what else it is.
-constexpr int defaultFlag = QMessageBox::Default;
-constexpr int escapeFlag = QMessageBox::Escape;
 /// More boxes than this at a time nobody can answer.
 constexpr qsizetype maxOpenBoxes = 32;
 
@@ -32,19 +29,16 @@ noticeBoxes::~noticeBoxes()
 
 void noticeBoxes::openAssertion(const QString &message, const answerFunction &answer, const QObject *waiting)
 {
-    if (isFull(answer))
+    if (turnsAway(answer))
         return;
     auto *box = new noticeBox(QStringLiteral("Zerbak Quillet Assertion"), message);
     for (const auto button :
          {QMessageBox::Yes, QMessageBox::Save, QMessageBox::YesToAll, QMessageBox::Retry, QMessageBox::Abort})
         box->addStandard(button);
 
-    const auto code = [box, message](const QAbstractButton *clicked) -> quint32 {
-        if (!clicked)
-            return 0;
-        const auto button = box->standardButton(const_cast<QAbstractButton *>(clicked));
-        if (button != QMessageBox::Save)
-            return static_cast<quint32>(button);
+    const auto code = [message](quint32 clicked) -> quint32 {
+        if (clicked != quint32{QMessageBox::Save})
+            return clicked;
         if (QClipboard *clipboard = QGuiApplication::clipboard())
             clipboard->setText(message);
         return QMessageBox::Yes;
@@ -55,7 +49,7 @@ void noticeBoxes::openAssertion(const QString &message, const answerFunction &an
 void noticeBoxes::openMessage(const QString &description, const answerFunction &answer,
                               const QObject *waiting)
 {
-    if (isFull(answer))
+    if (turnsAway(answer))
         return;
     QStringList fields = description.split(QString::fromLatin1(wire::fieldSeparator));
     const QStringList buttonFields = fields.mid(3, wire::mostButtons);
@@ -63,28 +57,18 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
     auto *box = new noticeBox(fields[1], fields[2]);
     box->setPicture(fields[0].toInt());
 
-    QList<std::pair<QPushButton *, int>> buttons;
     for (const QString &field : buttonFields) {
+        // Besides the button's code it holds, in two bits, what else that is.
         const int number = field.toInt();
-        const int code = number & ~(defaultFlag | escapeFlag);
-        QPushButton *button = box->addStandard(code);
-        if (!button)
-            continue;
-        buttons.append({button, code});
-        if (number & defaultFlag)
+        QPushButton *button = box->addStandard(number & QMessageBox::ButtonMask);
+        if (button && number & QMessageBox::Default)
             box->setDefaultButton(button);
     }
-    if (buttons.isEmpty())
+    const bool hasNone = box->buttons().isEmpty();
+    if (hasNone)
         box->addStandard(QMessageBox::Ok);
-
-    const auto code = [buttons](const QAbstractButton *clicked) -> quint32 {
-        for (const auto &[button, buttonCode] : buttons) {
-            if (button == clicked)
-                return static_cast<quint32>(buttonCode);
-        }
-        return 0;
-    };
-    open(box, code, answer, waiting);
+    open(
+        box, [hasNone](quint32 clicked) { return hasNone ? 0 : clicked; }, answer, waiting);
 }
 
 void noticeBoxes::open(noticeBox *box, const answerCode &code, const answerFunction &answer,
@@ -92,7 +76,7 @@ void noticeBoxes::open(noticeBox *box, const answerCode &code, const answerFunct
 {
     box->setWindowFlag(Qt::WindowStaysOnTopHint);
     connect(box, &QDialog::finished, this, [this, box, code, answer] {
-        const quint32 result = code(box->clickedButton());
+        const quint32 result = code(box->standardButton(box->clickedButton()));
         close(box);
         answer(result);
     });
@@ -118,7 +102,7 @@ void noticeBoxes::close(QMessageBox *box)
     m_active.setUrgent(m_order.boxIsOpen());
 }
 
-bool noticeBoxes::isFull(const answerFunction &answer) const
+bool noticeBoxes::turnsAway(const answerFunction &answer) const
 {
     if (m_open.size() < maxOpenBoxes)
         return false;

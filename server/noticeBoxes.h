@@ -5,7 +5,6 @@
 
 #include <functional>
 
-class QAbstractButton;
 class QMessageBox;
 class activeDialog;
 class noticeBox;
@@ -40,13 +39,13 @@ public:
     qsizetype openCount() const { return m_open.size(); }
 
 private:
-    /// Maps the button that was clicked, null for none, to the code of the answer.
-    using answerCode = std::function<quint32(const QAbstractButton *)>;
+    /// Maps the code of the button that was clicked, 0 for none, to that of the answer.
+    using answerCode = std::function<quint32(quint32)>;
 
     void open(noticeBox *box, const answerCode &code, const answerFunction &answer, const QObject *waiting);
     void close(QMessageBox *box);
-    /// While as many boxes are open as can be, a further one is answered with 0 at once.
-    bool isFull(const answerFunction &answer) const;
+    /// While as many boxes are open as can be, a further one is answered with 0 at once; tells whether it is.
+    bool turnsAway(const answerFunction &answer) const;
 
     activeDialog &m_active;
     windowOrder &m_order;
