@@ -59,7 +59,7 @@ private:
     int m_Width = 0;
 };
 
-/// The region of `g` with its corners rounded by circles of radius `r` pixels, `r` 1 or more. It is put
-/// together as the dialog's look has always been: the toolkit's regions of polygons and ellipses leave out
-/// their last column and row, so the shape is a pixel short at the right and at the bottom.
+/// The region of `g` with its corners rounded by circles of radius `r` pixels, `r` 1 or more. As the dialog's
+/// look has always been it is a pixel short at the right and at the bottom: the toolkit's circles leave out
+/// their last column and row.
 QRegion roundRectRegion(const QRect &g, int r);
