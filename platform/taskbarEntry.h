@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QBasicTimer>
 #include <QObject>
 #include <QPointer>
-#include <QTimer>
+
+#include <algorithm>
 
 class QWidget;
 
@@ -11,16 +13,26 @@ class QWidget;
 class taskbarEntry : public QObject
 {
 public:
-    taskbarEntry();
     ~taskbarEntry() override;
 
     /// The window that shows the run; not owned.
     void follow(QWidget *window);
     /// How far the run is, 0 to 100; below 0 when there is none.
-    void setPercent(int percent);
-    void setUrgent(bool isUrgent);
+    void setPercent(int percent)
+    {
+        m_state.percent = std::min(percent, 100);
+        tellSoon();
+    }
+    void setUrgent(bool isUrgent)
+    {
+        m_state.isUrgent = isUrgent;
+        tellSoon();
+    }
     /// No run, and nothing urgent: told at once.
     void clear();
+
+protected:
+    void timerEvent(QTimerEvent *event) override;
 
 private:
     struct state {
@@ -29,11 +41,15 @@ private:
         bool operator==(const state &) const = default;
     };
 
-    void tellSoon();
+    void tellSoon()
+    {
+        if (!m_pause.isActive())
+            tell();
+    }
     void tell();
 
     QPointer<QWidget> m_window;
     state m_state;
     state m_told;
-    QTimer m_pause;
+    QBasicTimer m_pause;
 };

@@ -99,8 +99,7 @@ void localChannel::handle(const message &received)
         m_stopped = true;
         break;
     default:
-        m_shared.handle(
-            received, dialect::local, [this] { return nextAnswer(); }, m_asker.get());
+        m_shared.handle(received, dialect::local, m_answers, m_asker.get());
     }
 }
 

@@ -46,6 +46,8 @@ private:
     handlers &m_shared;
     lifespan &m_life;
     messageStream m_incoming;
+    /// Made once, since few messages ask.
+    const askerFunction m_answers = [this] { return nextAnswer(); };
     std::vector<int> m_claimed;
     /// Lives as long as somebody waits for answers.
     std::unique_ptr<QObject> m_asker;

@@ -209,7 +209,7 @@ void receiver::handle(const message &received)
     if (received.kind == messageKind::exit)
         m_life.requestExit(m_portnum);
     else
-        m_shared.handle(received, dialect::port, [this] { return nextAnswer(); });
+        m_shared.handle(received, dialect::port, m_answers);
 }
 
 answerFunction receiver::nextAnswer()

@@ -55,6 +55,8 @@ private:
     channelTable m_channels;
     /// What arrived and has not been handled yet, from all channels of this server.
     messageBuffer m_command;
+    /// Made once, since few messages ask.
+    const askerFunction m_answers = [this] { return nextAnswer(); };
     /// The channel that the text which waits came from; boxes are answered on it.
     QPointer<channel> m_client;
 };

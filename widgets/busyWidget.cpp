@@ -97,7 +97,8 @@ void busyWidget::setBusyPercent(int percent)
         m_progr->setVisible(isShown);
     if (percent >= 0)
         m_progr->setValue(percent);
-    update();
+    if (isVisible())
+        update();
 }
 
 void busyWidget::movePosition()
