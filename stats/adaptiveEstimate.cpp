@@ -31,7 +31,7 @@ std::vector<courseStep> courseSteps(const std::vector<int> &snapshots)
     std::vector<courseStep> steps;
     courseWalk walk;
     for (const int snapshot : snapshots) {
-        if (walk.isStep(snapshot))
+        if (walk.take(snapshot))
             steps.push_back(walk.lastStep());
     }
     return steps;

@@ -1,6 +1,6 @@
 #include "stats/progressRun.h"
 
-bool courseWalk::isStep(int snapshot)
+bool courseWalk::take(int snapshot)
 {
     if (snapshot < 0)
         return false;
@@ -17,6 +17,7 @@ void progressRun::start()
 {
     m_elapsed = 0;
     m_snapshots.clear();
+    m_seconds.clear();
     m_walk = {};
     ++m_number;
 }
@@ -26,6 +27,8 @@ void progressRun::append(int actualProgress)
     // A clock that was set during the run can make the elapsed time anything.
     constexpr int longest = std::numeric_limits<int>::max() / snapshotScale - 1;
     const int elapsed = std::clamp(m_elapsed, -longest, longest);
-    m_snapshots.push_back(actualProgress % snapshotScale + elapsed * snapshotScale);
-    m_walk.isStep(m_snapshots.back());
+    const int snapshot = actualProgress % snapshotScale + elapsed * snapshotScale;
+    m_snapshots.push_back(snapshot);
+    m_seconds.push_back(snapshot / snapshotScale);
+    m_walk.take(snapshot);
 }

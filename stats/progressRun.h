@@ -32,8 +32,8 @@ struct courseStep {
 class courseWalk
 {
 public:
-    /// Whether `snapshot`, the next one, is a step, which is then the last one.
-    bool isStep(int snapshot);
+    /// Goes on to the next snapshot; tells whether it is a step, which is then the last one.
+    bool take(int snapshot);
     /// The start while there was none.
     courseStep lastStep() const { return m_lastStep; }
 
@@ -63,6 +63,8 @@ public:
     int elapsed() const { return m_elapsed; }
     std::int64_t amount() const { return m_amount; }
     std::span<const int> snapshots() const { return m_snapshots; }
+    /// Their elapsed seconds, decoded once for the comparison with each record.
+    std::span<const int> seconds() const { return m_seconds; }
     courseStep lastStep() const { return m_walk.lastStep(); }
     /// Another one for each run; never 0.
     unsigned number() const { return m_number; }
@@ -73,6 +75,7 @@ private:
     int m_elapsed = -1;
     std::int64_t m_amount = 0;
     std::vector<int> m_snapshots;
+    std::vector<int> m_seconds;
     courseWalk m_walk;
     unsigned m_number = 1;
 };

@@ -40,15 +40,16 @@ void runTable::lowerFoundCount(int index)
 namespace
 {
 
-void compare(recordComparison &sums, const std::vector<int> &record, std::span<const int> run)
+void compare(recordComparison &sums, const std::vector<int> &record, const progressRun &run)
 {
-    const std::size_t end = std::min(run.size(), record.size());
+    const auto snapshots = run.snapshots();
+    const auto seconds = run.seconds();
+    const std::size_t end = std::min(snapshots.size(), record.size());
     for (std::size_t i = sums.compared; i < end; ++i) {
-        const int recordTime = record[i] / snapshotScale;
-        const int runTime = run[i] / snapshotScale;
-        sums.timeSum += std::abs(recordTime - runTime);
+        const int time = record[i] / snapshotScale;
+        sums.timeSum += std::abs(time - seconds[i]);
         sums.signatureSum +=
-            std::abs((record[i] - recordTime * snapshotScale) - (run[i] - runTime * snapshotScale));
+            std::abs((record[i] - time * snapshotScale) - (snapshots[i] - seconds[i] * snapshotScale));
     }
     sums.compared = end;
 }
@@ -58,7 +59,7 @@ double distanceOf(const runRecord &record, const progressRun &run)
     recordComparison &sums = record.comparison;
     if (sums.runNumber != run.number())
         sums = {.runNumber = run.number()};
-    compare(sums, record.snapshots, run.snapshots());
+    compare(sums, record.snapshots, run);
     const double timePercent = static_cast<double>(sums.timeSum) / record.total * 100.0;
     const double distance = (timePercent + static_cast<double>(sums.signatureSum)) *
                             (1.0 / static_cast<double>(run.snapshots().size()));
