@@ -268,15 +268,23 @@ struct farewell {
     bool ends = false;
 };
 
-farewell requestEnd(daemonSocket &socket, const deadline &until)
+/// None when the daemon went meanwhile, as where another process had asked it to end before.
+std::optional<farewell> askToEnd(daemonSocket &socket, const deadline &until)
 {
     // The exit is for a daemon that does not know how to stop.
     using kind = wire::messageKind;
     std::string words;
     for (const kind each : {kind::claim, kind::events, kind::stop, kind::exit})
         words += message(each);
-    socket.send(words, until);
-    std::string heard = socket.finish(until);
+    std::string heard;
+    try {
+        socket.send(words, until);
+        heard = socket.finish(until);
+    } catch (const error &problem) {
+        if (problem.why() != error::reason::gone)
+            throw;
+        return std::nullopt;
+    }
     farewell made;
     while (const auto one = takeReceived(heard)) {
         made.isDaemon = made.isDaemon || one->what == wire::replyKind::claimed;
@@ -284,18 +292,6 @@ farewell requestEnd(daemonSocket &socket, const deadline &until)
                                   one->text == wire::nameOf(wire::eventKind::shutDown));
     }
     return made;
-}
-
-/// How a daemon was asked to end; none when it went meanwhile, as where another process had asked it before.
-std::optional<farewell> askToEnd(daemonSocket &socket, const deadline &until)
-{
-    try {
-        return requestEnd(socket, until);
-    } catch (const error &problem) {
-        if (problem.why() != error::reason::gone)
-            throw;
-        return std::nullopt;
-    }
 }
 
 } // namespace

@@ -17,7 +17,6 @@
 #include <ctime>
 #include <filesystem>
 #include <string_view>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -44,10 +43,7 @@ std::string machinesPath(const char *directory, const char *identifier)
 class lineReader
 {
 public:
-    explicit lineReader(int descriptor)
-    {
-        std::ignore = m_file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered);
-    }
+    explicit lineReader(const wire::descriptor &file) : m_file(file) {}
 
     /// Without the line feed, which a last line need not have. Valid until the next call.
     std::optional<std::string_view> next()
@@ -77,14 +73,14 @@ private:
     bool refill(std::string_view unread)
     {
         std::ranges::copy(unread, m_buffer.begin());
-        const qint64 free = std::ssize(m_buffer) - std::ssize(unread);
-        const qint64 count = m_file.read(m_buffer.data() + unread.size(), free);
+        const ssize_t count =
+            ::read(m_file.get(), m_buffer.data() + unread.size(), m_buffer.size() - unread.size());
         m_begin = 0;
-        m_end = unread.size() + static_cast<std::size_t>(std::max<qint64>(count, 0));
+        m_end = unread.size() + static_cast<std::size_t>(std::max<ssize_t>(count, 0));
         return count > 0;
     }
 
-    QFile m_file;
+    const wire::descriptor &m_file;
     std::vector<char> m_buffer = std::vector<char>(4 * longest);
     /// The bytes that were read and not yet handed out.
     std::size_t m_begin = 0;
@@ -157,12 +153,12 @@ wire::descriptor statisticsFile::openMachines(const char *identifier)
     return wire::descriptor();
 }
 
-std::vector<runRecord> statisticsFile::read(const wire::descriptor &descriptor)
+std::vector<runRecord> statisticsFile::read(const wire::descriptor &file)
 {
     std::vector<runRecord> records;
     wire::recordReader reader;
     const auto now = static_cast<unsigned>(std::time(nullptr));
-    lineReader lines(descriptor.get());
+    lineReader lines(file);
     runRecord record;
     while (records.size() < runTable::maxRecords) {
         const auto line = lines.next();

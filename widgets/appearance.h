@@ -94,8 +94,10 @@ private:
     static QFont font(int points) { return {QStringLiteral("Arial"), points, QFont::Normal}; }
 };
 
-/// The one set of settings of the process. Its only writers are the configuration command and the themes.
+/// The one set of settings of the process. Its only writers are the configuration command and the themes; the
+/// scale is the start's.
 inline appearanceSettings appearance;
 
-/// The palette that all bars of the current dialog share; rebuilt by each construction of a dialog.
+/// The palette that all bars of the current dialog share; rebuilt by each construction of a dialog, and when
+/// the theme's colours change.
 inline QPalette BAR_PALETTE;

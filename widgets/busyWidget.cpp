@@ -18,9 +18,8 @@
 namespace
 {
 
-constexpr int unknown = -1;
-/// Window size in pixels where neither the settings nor an image give one.
-constexpr int defaultSize = 32;
+/// In pixels, where neither the settings nor an image give one.
+constexpr QSize defaultSize(32, 32);
 // Of the window in the middle of the screen, in em.
 constexpr double centralSize = 6;
 constexpr double wheelRadius = 1.6;
@@ -56,13 +55,12 @@ void busyWidget::takeColors()
 
 void busyWidget::setBusyPixmap(const QString &fileName)
 {
-    m_width = appearance.m_busyWidth >= 1 ? appearance.m_busyWidth : unknown;
-    m_height = appearance.m_busyHeight >= 1 ? appearance.m_busyHeight : unknown;
-    loadPixmap(fileName);
+    const QSize natural = loadPixmap(fileName);
     // Whatever is configured, no window or image needs to be larger than the screen.
     const QSize screenSize = screen()->virtualSize();
-    m_width = qMin(m_width, screenSize.width());
-    m_height = qMin(m_height, screenSize.height());
+    const auto chosen = [](int setting, int otherwise) { return setting >= 1 ? setting : otherwise; };
+    m_width = qMin(chosen(appearance.m_busyWidth, natural.width()), screenSize.width());
+    m_height = qMin(chosen(appearance.m_busyHeight, natural.height()), screenSize.height());
     diff_x = m_icon.isNull() ? 0 : qMax(0, m_width - m_icon.width());
     diff_y = m_icon.isNull() ? 0 : qMax(0, m_height - m_icon.height());
     setFixedSize(m_width, m_height);
@@ -70,24 +68,20 @@ void busyWidget::setBusyPixmap(const QString &fileName)
     update();
 }
 
-void busyWidget::loadPixmap(const QString &fileName)
+/// Gives the size that the file's image asks for.
+QSize busyWidget::loadPixmap(const QString &fileName)
 {
     m_icon = QPixmap();
-    QSize size(defaultSize, defaultSize);
-    if (QFile::exists(fileName)) {
-        m_icon.load(imageFile(fileName));
-        if (!m_icon.isNull())
-            size = m_icon.size();
-        if (const QSize screenSize = screen()->virtualSize(); size != size.boundedTo(screenSize))
-            m_icon = m_icon.copy(QRect(QPoint(), screenSize));
-    } else {
+    if (!QFile::exists(fileName)) {
         dump("++++ busy pixmap not found:", 0);
         dump(fileName.toLocal8Bit().constData(), 0);
+        return defaultSize;
     }
-    if (m_width == unknown)
-        m_width = size.width();
-    if (m_height == unknown)
-        m_height = size.height();
+    m_icon.load(imageFile(fileName));
+    const QSize size = m_icon.isNull() ? defaultSize : m_icon.size();
+    if (const QSize screenSize = screen()->virtualSize(); size != size.boundedTo(screenSize))
+        m_icon = m_icon.copy(QRect(QPoint(), screenSize));
+    return size;
 }
 
 void busyWidget::setBusyPercent(int percent)

@@ -42,7 +42,7 @@ protected:
 
 private:
     void takeColors();
-    void loadPixmap(const QString &fileName);
+    QSize loadPixmap(const QString &fileName);
     void takeCentralSize();
     void paintWheel(QPainter &painter) const;
 

@@ -1,8 +1,8 @@
-// usage: printWords               the words of the protocol, a line each: its kind, the word, what belongs to
-// it
-//        printWords --dictionary  as the fuzzers want them
-//        printWords TEMPLATE      this file, with all of a kind in the place of @settings@, @buttons@,
-//        @icons@
+// The words of the protocol.
+//
+// printWords               a line each: its kind, the word, what belongs to it
+// printWords --dictionary  as the fuzzers want them
+// printWords TEMPLATE      this file, with all of a kind in the place of @settings@, @buttons@, @icons@
 
 #include "wire/tags.h"
 #include "wire/words.h"
