@@ -9,6 +9,7 @@
 #include <QtMath>
 
 #include <algorithm>
+#include <utility>
 
 progressLabel::progressLabel(QWidget *parent) : QLabel(parent)
 {
@@ -93,6 +94,9 @@ int fittedLabel::heightFor(int width) const
 int fittedLabel::keptHeightFor(int width)
 {
     const int line = fontMetrics().lineSpacing();
+    // A text that its user has made wider needs fewer lines, and no gap below them.
+    if (std::exchange(m_keptWidth, width) != width)
+        forgetHeight();
     m_keptLines = std::max(m_keptLines, static_cast<double>(heightFor(width)) / line);
     return qRound(m_keptLines * line);
 }

@@ -29,9 +29,13 @@ public:
     QSize sizeHint() const override;
     /// Pixels that all lines of the text take at this width.
     int heightFor(int width) const;
-    /// The same, but no less than the text has taken before, in lines.
+    /// The same, but no less than the text has taken before at this width, in lines.
     int keptHeightFor(int width);
-    void keepHeightOf(const fittedLabel &other) { m_keptLines = other.m_keptLines; }
+    void keepHeightOf(const fittedLabel &other)
+    {
+        m_keptLines = other.m_keptLines;
+        m_keptWidth = other.m_keptWidth;
+    }
     void forgetHeight() { m_keptLines = 0; }
     /// Stands there from now on, and scrolls as far as that is too low for the text.
     void takePlace(const QRect &place);
@@ -62,6 +66,7 @@ private:
     QScrollBar *m_scroll = nullptr;
     bool m_scrolls = false;
     double m_keptLines = 0;
+    int m_keptWidth = 0;
     mutable measuredText m_measured;
     /// The text as it was laid out last, and what for.
     mutable QTextLayout m_layout;

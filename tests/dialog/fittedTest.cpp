@@ -160,7 +160,8 @@ void fittedTest::keepsTheUsersSize()
     appearance.m_modal_dialog = false;
     appearance.m_dialog_flags = m_nonmodal_flags;
     dialogUnderTest dialog;
-    dialog.run("addText:0;" + QString(90, 'x') + " create:1; addButt:0;b");
+    dialog.run("addText:0;" + QString(400, 'x') + " create:1; addButt:0;b");
+    const auto *text = static_cast<const fittedLabel *>(dialog.labels()[0]);
     const QSize least = dialog.size();
     QCOMPARE(dialog.minimumSize(), least);
     const QSize given = least + QSize(100, 150);
@@ -168,6 +169,7 @@ void fittedTest::keepsTheUsersSize()
     const int margin = dialog.bars()[1]->x();
     QCOMPARE(dialog.bars()[1]->geometry().right(), given.width() - margin - 1);
     QCOMPARE(dialog.buttons()[0]->geometry().bottom(), given.height() - margin - 1);
+    QCOMPARE(text->height(), text->heightFor(text->width()));
     dialog.run("updateText:0;a create:2;b");
     QCOMPARE(dialog.size(), given);
     dialogUnderTest copy;
