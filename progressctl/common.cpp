@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 
 void actOnce(const commonOptions &common, const std::function<void(progressClient &)> &act)
@@ -16,6 +17,12 @@ void actOnce(const commonOptions &common, const std::function<void(progressClien
 void complain(const std::string &text)
 {
     std::fprintf(stderr, "progressctl: %s\n", text.c_str());
+}
+
+std::string environment(const char *name)
+{
+    const char *value = std::getenv(name);
+    return value ? value : "";
 }
 
 std::string readTextFile(const std::string &path)

@@ -59,5 +59,8 @@ void actOnce(const commonOptions &common, const std::function<void(progressClien
 /// A line on standard error, with the program's name.
 void complain(const std::string &text);
 
+/// The value of a variable; empty if there is none.
+std::string environment(const char *name);
+
 /// The content of a file; fails (statusFile) when it cannot be read or is longer than 64 MiB.
 std::string readTextFile(const std::string &path);

@@ -6,17 +6,13 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
+#include <locale.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace
 {
-
-std::string environment(const char *name)
-{
-    const char *value = std::getenv(name);
-    return value ? value : "";
-}
 
 /// The features are letters in a row, each a capital with what follows it; progress is "P" alone.
 bool hasProgressFeature(const std::string &features)
@@ -39,7 +35,7 @@ bool takesProgressSequence()
            std::atoi(environment("VTE_VERSION").c_str()) >= firstVte;
 }
 
-std::size_t columns()
+int columns()
 {
     winsize size{};
     if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
@@ -47,20 +43,25 @@ std::size_t columns()
     return 80;
 }
 
-bool beginsCharacter(char byte)
+/// What of it has room in so many columns. What is no character, or would move the cursor, becomes a blank.
+std::string cut(const std::string &text, int columns)
 {
-    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
-}
-
-/// At most so many characters of the front.
-std::string cut(const std::string &text, std::size_t most)
-{
-    std::size_t characters = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (beginsCharacter(text[i]) && ++characters > most)
-            return text.substr(0, i);
+    static const locale_t utf8 = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(nullptr));
+    const locale_t before = ::uselocale(utf8);
+    std::string made;
+    for (std::size_t at = 0, size = 0; at < text.size() && columns >= 0; at += size) {
+        wchar_t character = 0;
+        std::mbstate_t state{};
+        size = std::mbrtowc(&character, &text[at], text.size() - at, &state);
+        const bool isCharacter = size > 0 && size <= text.size();
+        const int width = isCharacter ? ::wcwidth(character) : -1;
+        size = isCharacter ? size : 1;
+        columns -= std::abs(width);
+        if (columns >= 0)
+            made += width < 0 ? " " : text.substr(at, size);
     }
-    return text;
+    ::uselocale(before);
+    return made;
 }
 
 std::string barOf(int percent)

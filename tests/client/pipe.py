@@ -369,6 +369,10 @@ class Terminal(ClientCase):
                 self.assertRegex(shown, r"^\r\[#\.{19}\] 5% ([^\r]* )?a 1 of 3\x1b\[K(.|\n)*\r\[#{20}\] 100% ([^\r]* )?a 1 of 3\x1b\[K(.|\n)*\n$")
                 self.assertEqual(("\x1b]9;4;1;50\x1b\\" in shown, shown.endswith("\x1b]9;4;0;0\x1b\\\r\n")), (says, says), shown)
 
+    def test_has_no_more_than_the_line_has_room_for(self):
+        shown = self.in_terminal("progressctl pipe --text $(printf '複%.0s' {1..60}) -- true")
+        self.assertRegex(shown, r"0% 複{26}\x1b")
+
     def in_terminal(self, script):
         try:
             controller, terminal = os.openpty()
