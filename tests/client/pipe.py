@@ -157,6 +157,22 @@ class Lines(ClientCase):
         self.check_line(result.errors, "too long")
 
 
+class Windows(ClientCase):
+    def test_have_the_text_above_the_bar(self):
+        """In a window of its own, also one that comes later."""
+        def rows(picture, colour):
+            return [y for y in range(picture.height) if colour in picture.colours((0, y, picture.width, 1))]
+
+        text, bar = "ff00ff", "1b66c9"
+        script = f"echo 50; sleep 0.5; echo '# <span bgcolor=\"#{text}\">x</span>'; exec sleep 99"
+        running = self.begin(f"exec progressctl pipe --theme light --no-cancel < <({script})")
+        until(lambda: rows(self.screen.picture(), text), "the text")
+        picture = self.screen.settled()
+        running.terminate()
+        running.wait(PATIENCE)
+        self.assertLess(max(rows(picture, text)), min(rows(picture, bar)))
+
+
 class Ends(ClientCase):
     def test_have_the_status(self):
         for script, status, message in (
