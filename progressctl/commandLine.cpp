@@ -31,7 +31,7 @@ givenWords wordsFrom(const std::vector<std::string> &all)
     givenWords given;
     given.verb = verbOf(all);
     for (auto each = all.begin(); each != mark; ++each) {
-        const bool isEmpty = each->size() > 3 && each->compare(0, 2, "--") == 0 && each->back() == '=';
+        const bool isEmpty = each->size() > 3 && each->starts_with("--") && each->ends_with('=');
         given.words.push_back(isEmpty ? each->substr(0, each->size() - 1) : *each);
         if (isEmpty)
             given.words.emplace_back();

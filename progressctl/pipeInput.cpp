@@ -2,6 +2,7 @@
 
 #include "progressctl/common.h"
 #include "progressctl/texts.h"
+#include "wire/words.h"
 
 #include <algorithm>
 #include <strings.h>
@@ -44,19 +45,18 @@ bool isWordPart(char each)
            each == '/';
 }
 
-/// Takes the digits at the front; -1 without any, or for more than an amount can be.
+/// Takes the digits at the front; -1 without any. What is more than an amount can be is one more than that.
 std::int64_t takeDigits(std::string_view &text)
 {
-    constexpr std::int64_t most = std::int64_t{1} << 53;
     std::int64_t number = text.empty() || !isDigit(text.front()) ? -1 : 0;
     for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1))
-        number = number < 0 || number > most / 10 ? -1 : number * 10 + (text.front() - '0');
-    return number <= most ? number : -1;
+        number = std::min(number * 10 + (text.front() - '0'), wire::largestAmount + 1);
+    return number;
 }
 
 bool takePrefix(std::string_view &text, std::string_view prefix)
 {
-    const bool isThere = text.substr(0, prefix.size()) == prefix;
+    const bool isThere = text.starts_with(prefix);
     text.remove_prefix(isThere ? prefix.size() : 0);
     return isThere;
 }
@@ -65,12 +65,9 @@ bool takePrefix(std::string_view &text, std::string_view prefix)
 /// and their scripts end at what these take for 100.
 int joinedDigits(std::string_view text)
 {
-    int number = 0;
-    for (const char each : text.substr(0, text.find_first_of(".,"))) {
-        if (isDigit(each))
-            number = std::min(number * 10 + (each - '0'), mostWhole);
-    }
-    return number;
+    std::string digits(text.substr(0, text.find_first_of(".,")));
+    std::erase_if(digits, [](char each) { return !isDigit(each); });
+    return numberAtFront(digits)->whole;
 }
 
 /// "45" of "1,048,576  45% …", as rsync tells the bytes first.
@@ -80,7 +77,7 @@ std::optional<frontNumber> percentBehindSize(std::string_view line)
     if (blank == std::string_view::npos)
         return std::nullopt;
     const auto number = numberAtFront(trimmed(line.substr(blank)));
-    return number && number->rest.substr(0, 1) == "%" ? number : std::nullopt;
+    return number && number->rest.starts_with('%') ? number : std::nullopt;
 }
 
 /// "45" of "###…###   45.0%", the bar that curl draws.
@@ -108,7 +105,7 @@ std::int64_t amountIn(std::string_view text)
         // "1/2/2024" is a date, and "1/2.5" no count.
         const bool goesOn =
             rest.size() > 1 && isWordPart(rest.front()) && (rest.front() != '.' || isDigit(rest[1]));
-        if (whole > 0 && part <= whole && !goesOn)
+        if (whole > 0 && whole <= wire::largestAmount && part <= whole && !goesOn)
             return whole;
         before = text.front();
         text.remove_prefix(1);
@@ -118,20 +115,15 @@ std::int64_t amountIn(std::string_view text)
 
 std::optional<frontNumber> numberAtFront(std::string_view text)
 {
-    const bool isNegative = !text.empty() && text.front() == '-';
-    if (isNegative || (!text.empty() && text.front() == '+'))
+    const bool isNegative = text.starts_with('-');
+    if (isNegative || text.starts_with('+'))
         text.remove_prefix(1);
     const bool isFraction = text.size() > 1 && text.front() == '.' && isDigit(text[1]);
     if (text.empty() || (!isDigit(text.front()) && !isFraction))
         return std::nullopt;
-    int whole = 0;
-    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1))
-        whole = std::min(whole * 10 + (text.front() - '0'), mostWhole);
-    if (!text.empty() && text.front() == '.') {
-        text.remove_prefix(1);
-        while (!text.empty() && isDigit(text.front()))
-            text.remove_prefix(1);
-    }
+    const auto whole = static_cast<int>(std::clamp<std::int64_t>(takeDigits(text), 0, mostWhole));
+    if (takePrefix(text, "."))
+        takeDigits(text);
     return frontNumber{isNegative ? std::min(-whole, -1) : whole, text};
 }
 
@@ -189,9 +181,9 @@ void pipeInput::takeNumber(std::string_view line)
 {
     const frontNumber number = *numberAtFront(line);
     const auto bar = static_cast<std::size_t>(number.whole);
-    if (m_isNumbered && bar > 0 && bar <= m_bars.size() && number.rest.substr(0, 1) == ":") {
+    if (m_isNumbered && bar > 0 && bar <= m_bars.size() && number.rest.starts_with(':')) {
         const std::string_view words = trimmed(number.rest.substr(1));
-        if (words.substr(0, 1) == "#")
+        if (words.starts_with('#'))
             m_bars[bar - 1].text.assign(trimmed(words.substr(1)));
         else if (const auto percent = numberAtFront(words))
             setPercent(bar - 1, percent->whole);
@@ -278,9 +270,8 @@ bool pipeInput::takeFromOthers(std::string_view line)
 
 void pipeInput::takeOther(std::string_view line)
 {
-    constexpr std::string_view pulsate = "pulsate:";
-    if (line.substr(0, pulsate.size()) == pulsate) {
-        m_pulsates = ::strcasecmp(std::string(trimmed(line.substr(pulsate.size()))).c_str(), "false") != 0;
+    if (takePrefix(line, "pulsate:")) {
+        m_pulsates = ::strcasecmp(std::string(trimmed(line)).c_str(), "false") != 0;
         return;
     }
     if (const auto percent = percentBehindSize(line))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -35,7 +36,7 @@ public:
     };
 
     /// `bars` is 0 for one that has no number.
-    explicit pipeInput(std::size_t bars) : m_bars(bars + (bars == 0)), m_isNumbered(bars > 0) {}
+    explicit pipeInput(std::size_t bars) : m_bars(std::max<std::size_t>(bars, 1)), m_isNumbered(bars > 0) {}
     /// From here on, lines between two "XXX" are a percent and a text of one or more lines.
     void expectBlocks() { m_hasBlocks = true; }
 

@@ -79,7 +79,7 @@ void addButton(pipeOptions &given, const std::string &text)
     else
         made.status = static_cast<int>(given.buttons.size());
     for (const char *prefix : {"gtk-", "yad-"}) {
-        if (made.label.compare(0, 4, prefix) == 0 && made.label.size() > 4) {
+        if (made.label.starts_with(prefix) && made.label.size() > 4) {
             made.label.erase(0, 4);
             made.label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(made.label[0])));
             made.label = translated(made.label.c_str());
@@ -103,22 +103,12 @@ void addButtons(CLI::App *verb, pipeOptions &given)
         ->capture_default_str();
     verb->add_flag("--auto-kill", given.autoKill,
                    "When Cancel is pressed, ends the calling script (SIGHUP), or the COMMAND (SIGTERM)");
-    verb->add_option_function<std::vector<std::string>>(
-            "--extra-button",
-            [&given](const std::vector<std::string> &labels) {
-                for (const std::string &label : labels)
-                    given.buttons.push_back({label, pipeButton::printsLabel});
-            },
-            "A further button; prints its label, exit status 1")
-        ->allow_extra_args(false);
-    verb->add_option_function<std::vector<std::string>>(
-            "--button",
-            [&given](const std::vector<std::string> &texts) {
-                for (const std::string &text : texts)
-                    addButton(given, text);
-            },
-            "LABEL:STATUS, a button in the place of OK and Cancel")
-        ->allow_extra_args(false);
+    verb->add_option("--extra-button", "A further button; prints its label, exit status 1")
+        ->type_name("LABEL")
+        ->each([&given](const std::string &label) { given.buttons.push_back({label}); });
+    verb->add_option("--button", "A button in the place of OK and Cancel")
+        ->type_name("LABEL:STATUS")
+        ->each([&given](const std::string &text) { addButton(given, text); });
     verb->add_flag_callback(
         "--no-buttons", [&given] { given.hasCancel = given.hasOk = false; }, "Shows neither OK nor Cancel");
 }
@@ -176,8 +166,7 @@ void putRight(pipeOptions &given)
     if (given.okLabel.empty())
         given.okLabel = translated("OK");
     auto &buttons = given.buttons;
-    const auto isUnlabelled = [](const pipeButton &each) { return each.label.empty(); };
-    buttons.erase(std::remove_if(buttons.begin(), buttons.end(), isUnlabelled), buttons.end());
+    std::erase_if(buttons, [](const pipeButton &each) { return each.label.empty(); });
     // One slot is that of the text and OK, and the first of the others that of Cancel.
     constexpr std::size_t mostBars = progressClient::slotCount - 1;
     if (given.bars.size() > mostBars || buttons.size() > mostBars - 1)

@@ -24,25 +24,14 @@ std::string uniqueIdentifier()
 class withoutDisplay
 {
 public:
-    withoutDisplay()
-    {
-        if (const char *value = std::getenv(variable))
-            m_before = value;
-        ::setenv(variable, "offscreen", 1);
-    }
-    ~withoutDisplay()
-    {
-        if (m_before)
-            ::setenv(variable, m_before->c_str(), 1);
-        else
-            ::unsetenv(variable);
-    }
+    withoutDisplay() { ::setenv(variable, "offscreen", 1); }
+    ~withoutDisplay() { m_before.empty() ? ::unsetenv(variable) : ::setenv(variable, m_before.c_str(), 1); }
     withoutDisplay(const withoutDisplay &) = delete;
     withoutDisplay &operator=(const withoutDisplay &) = delete;
 
 private:
     static constexpr char variable[] = "QT_QPA_PLATFORM";
-    std::optional<std::string> m_before;
+    const std::string m_before = environment(variable);
 };
 
 } // namespace
@@ -228,8 +217,10 @@ void pipeWindow::showText(const std::string &text)
     m_hasText = !isUseless;
 }
 
-void pipeWindow::endRun()
+void pipeWindow::endRun(result how)
 {
+    if (how != result::learned)
+        giveUp();
     for (const int slot : m_slots)
         m_untold.finishSlot(slot);
     send();
@@ -285,8 +276,10 @@ void pipeWindow::close(result how)
 /// slots it is to look like one that was given up.
 void pipeWindow::giveUp()
 {
+    int &percent = m_shown.bars[0].percent;
+    percent = claimsSlots() ? std::min(percent, 99) : 0;
     m_untold.updateBar(slotOfBar(0), progressClient::givenUp);
-    m_untold.updateBar(slotOfBar(0), claimsSlots() ? std::min(m_shown.bars[0].percent, 99) : 0);
+    m_untold.updateBar(slotOfBar(0), percent);
 }
 
 void pipeWindow::takeAway()

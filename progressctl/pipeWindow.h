@@ -61,10 +61,7 @@ struct pipeBar {
     int percent = 0;
     std::string caption;
 
-    bool operator==(const pipeBar &other) const
-    {
-        return percent == other.percent && caption == other.caption;
-    }
+    bool operator==(const pipeBar &) const = default;
 };
 
 /// What is shown of a pipe: its bars, at least one, and the text above the first.
@@ -74,11 +71,7 @@ struct pipeContent {
     bool pulsates = false;   ///< the first bar
     std::int64_t amount = 0; ///< how much there is to do; 0: nobody has said so
 
-    bool operator==(const pipeContent &other) const
-    {
-        return amount == other.amount && pulsates == other.pulsates && text == other.text &&
-               bars == other.bars;
-    }
+    bool operator==(const pipeContent &) const = default;
 };
 
 /// What ends a pipe; its exit status follows.
@@ -117,23 +110,23 @@ public:
     int remainingSeconds() const { return m_remaining; }
 
     void show(const pipeContent &content);
+    /// What becomes of the run.
+    enum class result {
+        learned,
+        failed,   ///< it is forgotten
+        cancelled ///< likewise, and nobody is told: the user knows
+    };
     /// Shows the OK button, from which Return takes the keyboard.
     void offerOk();
-    /// The run ends here and is learned; what is shown stays.
-    void endRun();
+    /// The run ends here; what is shown stays.
+    void endRun(result how);
     /// Throws when the daemon does not get round to its clients.
     void checkAlive() { m_client->checkAlive(); }
     /// The user's end, if there was one.
     std::optional<pipeEnd> handleEvents();
     /// The one that was pressed last, besides OK and Cancel.
     const pipeButton &pressedButton() const { return m_options.buttons[m_pressed]; }
-    /// What becomes of the run, unless it has ended.
-    enum class result {
-        learned,
-        failed,   ///< it is forgotten
-        cancelled ///< likewise, and nobody is told: the user knows
-    };
-    /// Takes the content away. A daemon that was started here ends.
+    /// Takes the content away, and ends the run unless it has ended. A daemon that was started here ends.
     void close(result how);
 
 private:

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -36,11 +35,8 @@ sigset_t endingSignals()
 
 bool hasDisplay()
 {
-    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-        if (const char *value = std::getenv(name); value && *value)
-            return true;
-    }
-    return false;
+    constexpr const char *names[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    return std::ranges::any_of(names, [](const char *name) { return !environment(name).empty(); });
 }
 
 } // namespace
@@ -136,30 +132,26 @@ void progressPipe::closeWindow(pipeWindow::result how)
     m_window.reset();
 }
 
+/// A command goes on without its window, and so does the terminal's line.
 void progressPipe::loseWindow(const char *why)
 {
     complain(why);
     m_window.reset();
-    m_end = pipeEnd::windowGone;
+    if (m_waitsForOk || (!m_writer && !m_terminal))
+        m_end = pipeEnd::windowGone;
 }
 
 // The loop.
 
-/// Until the input ends or something else does. A command that runs here goes on without its window; then its
-/// end counts.
+/// Until the input ends or something else does.
 void progressPipe::watch()
 {
-    while (!m_end) {
-        wait();
-        if (m_end == pipeEnd::full && m_writer)
-            closeWindow(pipeWindow::result::learned);
-        if ((m_end == pipeEnd::full && m_writer) ||
-            (m_end == pipeEnd::windowGone && (m_writer || m_terminal)))
-            m_end.reset();
-    }
+    m_end.reset();
+    while (!m_end)
+        takeTurn();
 }
 
-void progressPipe::wait()
+void progressPipe::takeTurn()
 {
     const bool commandRuns = m_writer && !m_writer->handle().hasEnded();
     if (m_input < 0 && !commandRuns && !m_waitsForOk) {
@@ -182,7 +174,7 @@ void progressPipe::wait()
         readInput();
     else if (inputIsLast)
         endInput();
-    if (m_window)
+    if (m_window && !m_end)
         tendWindow(fds[3].revents);
     if (!m_end && m_timeLimit.isOver())
         m_end = pipeEnd::timedOut;
@@ -194,10 +186,10 @@ void progressPipe::wait()
 void progressPipe::tendWindow(short events)
 {
     try {
-        if (events & ~POLLOUT) {
-            if (const auto end = m_window->handleEvents())
-                m_end = end;
-        }
+        if (events & ~POLLOUT)
+            m_end = m_window->handleEvents();
+        if (m_end)
+            return;
         // With each event the time that is left may be another one.
         if (events != 0)
             showNews();
@@ -253,7 +245,11 @@ void progressPipe::readInput()
         complain(systemText("the input cannot be read"));
         m_end = pipeEnd::inputFailed;
     }
-    if (m_options.autoClose && m_window && m_reading.wasFull())
+    if (!m_options.autoClose || !m_window || !m_reading.wasFull())
+        return;
+    if (m_writer)
+        closeWindow(pipeWindow::result::learned);
+    else
         m_end = pipeEnd::full;
 }
 
@@ -315,23 +311,21 @@ std::string progressPipe::wantedText() const
 
 // The end.
 
-/// The run ends with the input, unless it has failed: nothing is learned of the waiting.
+/// The run ends with the input: nothing is learned of the waiting.
 void progressPipe::waitForOk()
 {
     try {
         m_window->show(wanted());
         m_window->offerOk();
-        if (endedStatus() == statusOk)
-            m_window->endRun();
+        m_window->endRun(endedStatus() == statusOk ? pipeWindow::result::learned
+                                                   : pipeWindow::result::failed);
         m_waitsForOk = true;
         m_window->show(wanted());
     } catch (const error &problem) {
         loseWindow(problem.what());
         return;
     }
-    m_end.reset();
-    while (!m_end)
-        wait();
+    watch();
 }
 
 int progressPipe::finalStatus()

@@ -29,7 +29,7 @@ private:
     void loseWindow(const char *why);
 
     void watch();
-    void wait();
+    void takeTurn();
     void tendWindow(short events);
     void showNews();
     void readInput();

@@ -16,11 +16,6 @@ constexpr std::string_view otherPrograms[] = {"zenity", "yad", "dialog", "whipta
 /// Options by which they are asked for a progress window.
 constexpr std::string_view progressOptions[] = {"--progress", "--multi-progress", "--gauge"};
 
-template <typename Words> bool contains(const Words &words, const std::string &word)
-{
-    return std::find(std::begin(words), std::end(words), word) != std::end(words);
-}
-
 bool isThisProgram(const struct stat &file)
 {
     struct stat self = {};
@@ -57,13 +52,12 @@ std::vector<std::string> wordsOfStandIn(int argc, char **argv)
 {
     std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     const std::string name = argc > 0 ? baseName(argv[0]) : std::string();
-    if (!contains(otherPrograms, name))
+    if (std::ranges::find(otherPrograms, name) == std::end(otherPrograms))
         return words;
-    if (std::none_of(words.begin(), words.end(),
-                     [](const std::string &word) { return contains(progressOptions, word); }))
+    if (std::ranges::find_first_of(words, progressOptions) == words.end())
         handOn(name, argv);
     // What stands behind a "--" there is no command.
-    words.erase(std::remove(words.begin(), words.end(), "--"), words.end());
+    std::erase(words, "--");
     words.insert(words.begin(), "pipe");
     return words;
 }

@@ -16,8 +16,8 @@ namespace
 
 constexpr std::string_view tagNames[] = {"a",   "b",     "big", "i",  "s", "span",
                                          "sub", "small", "sup", "tt", "u", "markup"};
-constexpr std::pair<std::string_view, std::string_view> entities[] = {
-    {"amp", "&"}, {"lt", "<"}, {"gt", ">"}, {"quot", "\""}, {"apos", "'"}};
+constexpr std::pair<std::string_view, char> entities[] = {
+    {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
 
 struct tag {
     std::string_view name;
@@ -37,33 +37,29 @@ std::optional<tag> tagAtFront(std::string_view text)
     inner.remove_prefix(isEnd ? 1 : 0);
     inner.remove_suffix(isBoth ? 1 : 0);
     const std::string_view name = inner.substr(0, inner.find(' '));
-    if (std::find(std::begin(tagNames), std::end(tagNames), name) == std::end(tagNames))
+    if (std::ranges::find(tagNames, name) == std::end(tagNames))
         return std::nullopt;
     return tag{name, !isEnd, isEnd || isBoth, end + 1};
-}
-
-/// A path is what the standard library converts.
-std::string utf8(char32_t code)
-{
-    return std::filesystem::path(std::u32string(1, code)).u8string();
 }
 
 std::optional<std::string> characterNamed(std::string_view name)
 {
     for (const auto &[known, character] : entities) {
         if (known == name)
-            return std::string(character);
+            return std::string(1, character);
     }
-    const bool isHex = name.substr(0, 2) == "#x";
-    if (name.substr(0, 1) != "#")
+    if (!name.starts_with('#'))
         return std::nullopt;
+    const bool isHex = name.starts_with("#x");
     const std::string_view digits = name.substr(isHex ? 2 : 1);
     unsigned code = 0;
     const auto [end, failure] =
         std::from_chars(digits.data(), digits.data() + digits.size(), code, isHex ? 16 : 10);
     const bool isWhole = failure == std::errc{} && end == digits.data() + digits.size();
     const bool isCharacter = code > 0 && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
-    return isWhole && isCharacter ? std::optional(utf8(code)) : std::nullopt;
+    // A path is what the standard library converts.
+    return isWhole && isCharacter ? std::optional(std::filesystem::path(std::u32string(1, code)).string())
+                                  : std::nullopt;
 }
 
 /// Appends what stands for the front of `text`, which is "&", and says how much of it that was.
