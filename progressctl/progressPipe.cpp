@@ -60,7 +60,7 @@ int progressPipe::run()
     }
     // What nobody reads any more ends no job. The command has this signal as it was.
     ::signal(SIGPIPE, SIG_IGN);
-    m_started = clock::now();
+    m_started = m_stoodStill = clock::now();
     if (m_options.timeoutSeconds > 0)
         m_timeLimit = deadline(milliseconds(m_options.timeoutSeconds));
     watch();
@@ -245,6 +245,8 @@ void progressPipe::readInput()
         complain(systemText("the input cannot be read"));
         m_end = pipeEnd::inputFailed;
     }
+    if (percent() < 1)
+        m_stoodStill = clock::now();
     if (!m_options.autoClose || !m_window || !m_reading.wasFull())
         return;
     if (m_writer)
@@ -299,10 +301,13 @@ std::string progressPipe::wantedText() const
     const bool isDrawn = m_window && !m_terminal && m_window->drawsMarkup();
     if (m_options.hasMarkup && !isDrawn)
         text = withoutMarkup(text);
-    // The daemon shows its estimate itself.
-    if (!m_options.showsRemaining || m_waitsForOk || !m_window || m_window->remainingSeconds() >= 0)
+    // The daemon shows its estimate itself, as soon as it has one; a text that stood until then would flash.
+    constexpr std::chrono::milliseconds patience{2500};
+    const auto now = clock::now();
+    if (!m_options.showsRemaining || m_waitsForOk || !m_window || m_window->remainingSeconds() >= 0 ||
+        now - m_stoodStill < patience)
         return text;
-    const std::chrono::duration<double> elapsed = clock::now() - m_started;
+    const std::chrono::duration<double> elapsed = now - m_started;
     const auto left = secondsLeft(elapsed.count(), percent());
     if (!left)
         return text;

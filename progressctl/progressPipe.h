@@ -60,6 +60,7 @@ private:
     pipeContent m_shown;
     const int m_parent; ///< who has called this program
     clock::time_point m_started;
+    clock::time_point m_stoodStill; ///< until then there was nothing to estimate by
     deadline m_timeLimit{progressClient::unlimited};
     deadline m_nextShow{milliseconds(0)};
     deadline m_nextLook{milliseconds(0)};
