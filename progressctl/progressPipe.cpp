@@ -281,15 +281,17 @@ void progressPipe::handleSignal()
 pipeContent progressPipe::wanted() const
 {
     pipeContent made;
+    const bool isDone = m_waitsForOk && m_endedStatus == statusOk;
     const std::vector<std::string> captions = m_options.captions();
     for (std::size_t i = 0; i < captions.size(); ++i) {
         const pipeInput::barWords &said = m_reading.bars()[i];
         const std::string separator = said.text.empty() || captions[i].empty() ? "" : ": ";
         const int start = i == 0 ? m_options.percentage : 0;
         made.bars.push_back(
-            {m_waitsForOk ? 100 : said.percent.value_or(start), captions[i] + separator + said.text});
+            {isDone ? 100 : said.percent.value_or(start), captions[i] + separator + said.text});
     }
-    made.pulsates = m_reading.pulsates().value_or(m_options.pulsates) && made.bars[0].percent < 100;
+    made.pulsates =
+        !m_waitsForOk && made.bars[0].percent < 100 && m_reading.pulsates().value_or(m_options.pulsates);
     made.text = wantedText();
     made.amount = m_options.amount > 0 ? m_options.amount : m_reading.amount();
     return made;
