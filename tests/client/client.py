@@ -58,6 +58,11 @@ class ClientCase(Case):
             probe.connect(self.path)
             return struct.unpack("iII", probe.getsockopt(socket.SOL_SOCKET, socket.SO_PEERCRED, 12))[0]
 
+    def fake(self, **how):
+        fake = FakeDaemon(self.path, **how)
+        self.addCleanup(fake.close)
+        return fake
+
     def check_line(self, errors, part):
         self.assertEqual(errors.count("\n"), 1 if part else 0, errors)
         self.assertIn(part, errors)
@@ -67,7 +72,7 @@ class FakeDaemon:
     """Answers at a socket as a daemon would, or with an `answer` of its own before it hangs up; keeps what it hears."""
 
     def __init__(self, path, answer=None, claims=True, silent=False):
-        self.path, self.answer, self.claims, self.heard = path, answer, itertools.count() if claims else None, b""
+        self.path, self.answer, self.claims, self.heard = path, answer, claims, b""
         self.socket = socket.socket(socket.AF_UNIX)
         self.socket.bind(path)
         self.socket.listen()
@@ -83,6 +88,7 @@ class FakeDaemon:
                 threading.Thread(target=self.attend, args=self.socket.accept()[:1], daemon=True).start()
 
     def attend(self, channel):
+        slots = itertools.chain(range(10), itertools.repeat(-1))
         with contextlib.suppress(OSError), channel:
             if self.answer is not None:
                 channel.sendall(self.answer)
@@ -90,7 +96,7 @@ class FakeDaemon:
             while self.answer != b"" and (piece := channel.recv(65536)):
                 self.heard += piece
                 for _ in re.findall(b"<claim/>", piece) if self.claims else ():
-                    channel.sendall(b"<claimed>%d</claimed>" % next(self.claims))
+                    channel.sendall(b"<claimed>%d</claimed>" % next(slots))
 
     def messages(self):
         """What it has heard since the last call, in order."""

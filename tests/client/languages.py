@@ -35,8 +35,7 @@ class Languages(ClientCase):
             with self.subTest(variables):
                 self.assertEqual(self.run_script(f"env {variables} progressctl start --layout fitted").status, 0)
                 asking = self.begin("progressctl ask --title Copy Overwrite? no yes")
-                self.screen.focused("Copy")
-                self.screen.key(key)
+                self.screen.press(key, "Copy")
                 self.assertEqual((asking.communicate()[0], asking.returncode), (b"yes\n", 0))
                 self.ctl("configure 'busyIndicator=0|0|1|1|empty'")
                 self.ctl("bar 0 Copy")

@@ -6,8 +6,9 @@ import socket
 import subprocess
 import sys
 import time
+from pathlib import Path
 
-from client import ClientCase, FakeDaemon
+from client import ClientCase
 from harness import main
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "../../python"))
@@ -24,11 +25,6 @@ class Library(ClientCase):
     def check_probe(self, deed, before=""):
         result = self.run_script(f"{before} exec $LIBRARY_PROBE {self.name} {deed}")
         self.assertEqual((result.output, result.errors), ("done\n", ""))
-
-    def fake(self, **options):
-        fake = FakeDaemon(self.path, **options)
-        self.addCleanup(fake.close)
-        return fake
 
     def test_as_its_users_have_it(self):
         self.start_shared()
@@ -83,8 +79,7 @@ class Library(ClientCase):
                 (LOCALE + "progressd: could not connect to display \n\n", "could not connect to display"),
                 ("progressd: its reason\nprogressd: This application failed to start\n\nplugins:\n", "its reason"),
                 ("one\nno prefix\n", "no prefix"), ("", "")):
-            with open(program, "w") as script:
-                script.write(f"#!/bin/sh\ncat >&2 <<'END'\n{said}END\n")
+            Path(program).write_text(f"#!/bin/sh\ncat >&2 <<'END'\n{said}END\n")
             os.chmod(program, 0o755)
             with self.subTest(said):
                 result = self.run_script(f"PROGRESSD={program} exec progressctl start")
@@ -97,8 +92,8 @@ class Library(ClientCase):
         buttons = {word[1]: int(word[2]) for word in words if word[0] == "button"}
         self.assertEqual(python_words.BUTTONS, buttons)
         self.assertEqual(list(python_words.ICONS), [word[1] for word in words if word[0] == "icon"])
-        with open(os.path.join(os.path.dirname(__file__), "../../client/progressClient.h")) as header:
-            named = dict(re.findall(r"^ {8}(\w+) = (0x[0-9a-f]+),$", header.read(), re.M))
+        header = Path(__file__).resolve().parents[2] / "client/progressClient.h"
+        named = dict(re.findall(r"^ {8}(\w+) = (0x[0-9a-f]+),$", header.read_text(), re.M))
         camel = {re.sub("-(.)", lambda part: part[1].upper(), name): number for name, number in buttons.items()}
         self.assertEqual({name: int(number, 16) for name, number in named.items()}, camel)
 

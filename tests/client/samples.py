@@ -13,6 +13,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+from pathlib import Path
 
 # Each document, and words that its samples print, in this order.
 DOCUMENTS = {
@@ -59,26 +60,10 @@ done
 """
 
 
-def traces():
-    """Files that daemons leave."""
-    folders = {"/tmp": "HalvornRunning_", "/var/tmp": "currentTimestamps_", "/var/instrument": "currentTimestamps_"}
-    return {os.path.join(folder, name) for folder, start in folders.items() if os.path.isdir(folder)
-            for name in os.listdir(folder) if name.startswith(start)}
-
-
-def end_daemons(known):
-    for path in traces() - known:
-        if path.endswith(".lock"):
-            identifier = path[len("/tmp/HalvornRunning_"):-len(".lock")]
-            subprocess.run(["progressctl", "-i", identifier, "stop"], capture_output=True, check=False)
-
-
 def run(language, code, folder):
-    """Exit status and output of a sample."""
-    path = os.path.join(folder, "sample")
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(code)
-    known = traces()
+    """Exit status and output of a sample. Daemons that it leaves have sockets in the folder, and end with it."""
+    path = folder / "sample"
+    path.write_text(code, encoding="utf-8")
     sample = subprocess.Popen(COMMANDS[language](path), cwd=folder, start_new_session=True, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     try:
@@ -87,14 +72,14 @@ def run(language, code, folder):
         os.killpg(sample.pid, signal.SIGKILL)
         return "none in time", sample.communicate()[0]
     finally:
-        end_daemons(known)
+        for socket in folder.glob("progressd/*.sock"):
+            subprocess.run(["progressctl", "-i", socket.stem, "stop"], capture_output=True, check=False)
     return sample.returncode, output
 
 
 def check_document(source, name, words, folder):
     """What is wrong with a document's samples, as a text, empty if nothing is."""
-    with open(os.path.join(source, name), encoding="utf-8") as file:
-        text = file.read()
+    text = Path(source, name).read_text(encoding="utf-8")
     samples = fenced(text) if name.endswith(".md") else displayed(text)
     printed = ""
     for language, code in samples:
@@ -110,19 +95,19 @@ def check_document(source, name, words, folder):
 def prepare(build, folder):
     """The environment of a user who has installed everything, with an empty home."""
     subprocess.run(["cmake", "--install", build, "--prefix", f"{folder}/usr"], check=True, stdout=subprocess.DEVNULL)
-    libraries = [root for root, _, files in os.walk(f"{folder}/usr") if "progressclient.pc" in files][0]
-    os.environ.update(HOME=folder, XDG_RUNTIME_DIR=folder, XDG_STATE_HOME=folder + "/state", PROGRESS_IDENTIFIER=f"samples{os.getpid()}",
-                      LC_ALL="C.UTF-8", PATH=f"{folder}/usr/bin:{os.environ['PATH']}", PKG_CONFIG_PATH=libraries,
-                      LD_LIBRARY_PATH=os.path.dirname(libraries), PYTHONPATH=f"{folder}/usr/lib/python3/dist-packages")
-    for script in SCRIPTS:
-        with open(os.path.join(folder, script), "w", encoding="ascii") as file:
-            file.write("#!/bin/sh\necho 50\nsleep 0.2\necho 100\n")
-        os.chmod(file.name, 0o755)
+    libraries = next(folder.glob("usr/**/progressclient.pc")).parent
+    os.environ.update(HOME=str(folder), XDG_RUNTIME_DIR=str(folder), XDG_STATE_HOME=f"{folder}/state",
+                      PROGRESS_IDENTIFIER=f"samples{os.getpid()}", LC_ALL="C.UTF-8", PATH=f"{folder}/usr/bin:{os.environ['PATH']}",
+                      PKG_CONFIG_PATH=str(libraries), LD_LIBRARY_PATH=str(libraries.parent),
+                      PYTHONPATH=f"{folder}/usr/lib/python3/dist-packages")
+    for name in SCRIPTS:
+        script = folder / name
+        script.write_text("#!/bin/sh\necho 50\nsleep 0.2\necho 100\n")
+        script.chmod(0o755)
 
 
 def main(source, build):
-    known = traces()
-    folder = tempfile.mkdtemp(prefix="samples-")
+    folder = Path(tempfile.mkdtemp(prefix="samples-"))
     answers = None
     try:
         prepare(build, folder)
@@ -131,10 +116,9 @@ def main(source, build):
     finally:
         if answers:
             os.killpg(answers.pid, signal.SIGTERM)
-        end_daemons(known)
-        for trace in traces() - known:
-            os.remove(trace)
         shutil.rmtree(folder)
+        for learned in Path("/var").glob("*/currentTimestamps_myjob.txt"):  # of the one sample whose daemon has ports
+            learned.unlink()
     sys.exit("\n".join(filter(None, faults)) or 0)
 
 

@@ -5,7 +5,7 @@ import re
 import signal
 import time
 
-from harness import OPENBOX, SLOWNESS, Case, Screen, main, on_all_screens, until
+from harness import OPENBOX, SLOWNESS, Case, Screen, main, on_all_screens, resident_kib, until
 
 ASSERTION = "Zerbak Quillet Assertion"
 OK, SAVE, YES, YES_TO_ALL, NO, ABORT, CANCEL, CLOSE = 0x400, 0x800, 0x4000, 0x8000, 0x10000, 0x40000, 0x400000, 0x200000
@@ -53,16 +53,11 @@ class Boxes(Case):
         for name, (fields, key, code) in ANSWERS.items():
             with self.subTest(name):
                 commands.send(f"<msgbox>{fields}</msgbox>")
-                self.screen.focused("Copy")
-                self.screen.key(key)
-                self.assertEqual(commands.answer(), code)
-                self.screen.gone("Copy")
+                self.assertEqual(self.answered(commands, key), code)
         for key, code in (("Escape", ABORT), ("alt+F4", ABORT), ("alt+a", YES_TO_ALL)):
             with self.subTest("assertion", key=key):
                 commands.send("<assert>if (a < b) x = <b>c</b>;</assert>")
-                self.screen.focused(ASSERTION)
-                self.screen.key(key)
-                self.assertEqual(commands.answer(), code)
+                self.assertEqual(self.answered(commands, key, ASSERTION), code)
         self.assertEqual(commands.pending(), b"")
 
     def test_save_the_assertion_on_the_clipboard(self):
@@ -90,11 +85,8 @@ class Boxes(Case):
         self.assertEqual(older.answer(), OK)
         # Takes the slot, and possibly the place in memory, of the one that has gone.
         later = daemon.commands()
-        for title in ("Third", "Newer"):
-            self.screen.focused(title)
-            self.screen.key("Return")
-            self.screen.gone(title)
-        self.assertEqual(newer.answer(), CLOSE)
+        self.screen.press("Return", "Third")
+        self.assertEqual(self.answered(newer, title="Newer"), CLOSE)
         self.assertEqual([channel.pending() for channel in (older, newer, later)], [b""] * 3)
 
     def test_hold_back_what_is_behind_them(self):
@@ -103,8 +95,7 @@ class Boxes(Case):
         for title, code in (("First", OK), ("Second", CLOSE)):
             self.screen.focused(title)
             self.assertEqual(events.served(), [])
-            self.screen.key("Return")
-            self.assertEqual(asker.answer(), code)
+            self.assertEqual(self.answered(asker, title=title), code)
         events.until("isShown")
         # Unless more arrives, even of another client.
         other = daemon.commands()
@@ -113,9 +104,7 @@ class Boxes(Case):
         other.progress("delText:0")
         events.until("isHidden")
         for title, code in (("Second", CLOSE), ("First", OK)):
-            self.screen.focused(title)
-            self.screen.key("Return")
-            self.assertEqual(asker.answer(), code)
+            self.assertEqual(self.answered(asker, title=title), code)
         self.assertEqual(other.pending(), b"")
 
     def test_do_not_keep_the_daemon(self):
@@ -133,31 +122,20 @@ class Boxes(Case):
             events.until("shutDown")
             self.assertEqual(daemon.status(), 0)
 
-    def test_are_refused_when_there_are_too_many(self):
+    def test_have_bounds(self):
+        """32 boxes, whatever their text, fit the screen and the memory; those behind them are refused."""
         daemon, events, asker = self.session()
-        count, most = 5000, 32
-        asker.send(box("Copy", OK) * count)
+        before, most, more = resident_kib(daemon.pid), 32, 5000
+        asker.send(box("Copy", OK, text="line\n" * 5000) * most + box("Copy", OK) * more)
         # Makes the daemon go on with what waits behind the first box.
         asker.progress("activate")
         events.until("isActivated")
-        self.assertEqual(asker.read(4 * (count - most)).count(b"\0"), 4 * (count - most))
-        self.assertEqual(len(until(lambda: len(found := self.screen.windows("Copy")) >= most and found)), most)
-        self.assertEqual(asker.pending(), b"")
-
-    def test_fit_the_screen_and_the_memory(self):
-        """Whatever their text: 32 boxes of 5,000 lines."""
-        daemon, events, asker = self.session()
-        before = daemon.resident_kib()
-        asker.send(box("Copy", OK, text="line\n" * 5000) * 32)
-
-        def all_boxes():
-            asker.progress("nothing")
-            windows = self.screen.windows("Copy")
-            return len(windows) == 32 and windows
-
-        for window in until(all_boxes):
+        self.assertEqual(asker.read(4 * more), bytes(4 * more))
+        windows = until(lambda: len(found := self.screen.windows("Copy")) >= most and found)
+        self.assertEqual((len(windows), asker.pending()), (most, b""))
+        for window in windows:
             self.assertTrue(window.y >= 0 and window.bottom <= 600, window.area)
-        self.assertLess(daemon.resident_kib() - before, 100_000 * SLOWNESS)
+        self.assertLess(resident_kib(daemon.pid) - before, 100_000 * SLOWNESS)
 
     def test_cut_nothing_off(self):
         daemon, events, commands = self.session("windowTheme=dark")
@@ -165,12 +143,11 @@ class Boxes(Case):
         window = self.screen.focused("Copy")
         self.assertLess(window.width, 600)
         until(lambda: self.screen.picture().colours(window.area)["23272e"] > 10_000, "the theme's colour")
-        self.screen.key("Return")
-        self.screen.gone("Copy")
+        self.assertEqual(self.answered(commands), OK)
         commands.send(box("Copy", *TEN))
         window = self.screen.focused("Copy")
         self.screen.click(window.right - 50, window.bottom - 24 - 30)  # the last in the upper of two lines
-        self.assertEqual([commands.answer(), commands.answer()], [OK, CANCEL])
+        self.assertEqual(commands.answer(), CANCEL)
         self.screen.gone("Copy")
         commands.send(box("Copy", OK, text="\n".join(map(str, range(500)))))
         area = self.screen.focused("Copy").area
@@ -194,7 +171,6 @@ class Boxes(Case):
     def test_leave_a_fitted_dialog_to_be_seen(self):
         daemon, events, commands = self.session("windowLayout=fitted", "windowTheme=light")
         commands.progress("create:0;x")
-        events.until("isShown")
         dialog = self.screen.window()
         heavy = []
         for text in ("mmmm\nmmmm", "mmmm"):
@@ -202,8 +178,7 @@ class Boxes(Case):
             window = self.screen.focused("Copy")
             self.assertGreaterEqual(window.y, dialog.bottom)
             heavy.append(self.screen.settled().colours(window.area)["000000"])
-            self.screen.key("Return")
-            self.screen.gone("Copy")
+            self.answered(commands)
         self.assertGreater(heavy[0], 2.5 * heavy[1])  # a bold line and one that is not
 
 
@@ -272,8 +247,7 @@ class BoxesAndDialog(Case):
         commands.progress("addButt:0;Stop")
         self.screen.focused("mine")
         commands.send(box("First", OK))
-        self.screen.focused("First")
-        self.screen.key("Return")
+        self.screen.press("Return", "First")
         self.assertEqual(commands.answer(), OK)
         others.send(box("Other", OK))
         self.screen.window("Other")
@@ -287,7 +261,6 @@ class BoxesAndDialog(Case):
         daemon, events, commands = self.session(mode, "windowTitle=mine", "paintOffset=-100|0",
                                                 "windowControls=#000|#000|#000|#f0f")
         commands.progress("addButt:0;Stop")
-        events.until("isShown")
         self.screen.focused("mine")
         other, heard, _ = self.session("windowModal=off", "paintOffset=100|0")
         heard.progress("addButt:0;Stop")
@@ -295,10 +268,7 @@ class BoxesAndDialog(Case):
         mine = self.screen.window("mine")
         until(lambda: magenta(self.screen.picture(), mine.area) == 0, "the button without the focus")
         commands.send(box("Copy", OK))
-        self.screen.focused("Copy")
-        self.screen.key("Return")
-        self.assertEqual(commands.answer(), OK)
-        self.screen.gone("Copy")
+        self.answered(commands)
         if self.managers:
             self.screen.focused()
         time.sleep(0.2)  # in which it could take it

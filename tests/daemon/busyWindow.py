@@ -1,6 +1,6 @@
 """The busy window: its place, its size, its image and percent, and when it is there."""
 
-from harness import Case, Log, main, until
+from harness import Case, Log, main, until, write_picture
 
 GREEN, RED = "00ff00", "ff0000"
 # Settings in front of the window's creation, with an image of 100 by 50 pixels or without, and its area.
@@ -32,16 +32,12 @@ class BusyWindow(Case):
     def area(self):
         return self.screen.window("progressd").area
 
-    def image(self, daemon, name, width, height):
-        with open(f"{daemon.folder}/{name}", "wb") as file:
-            file.write(b"P6 %d %d 255\n" % (width, height) + bytes.fromhex(GREEN) * (width * height))
-
     def test_area(self):
         for name, (has_image, entries, area) in AREAS.items():
             with self.alone(name):
                 daemon = self.daemon()
                 if has_image:
-                    self.image(daemon, "Busy.png", 100, 50)
+                    write_picture(f"{daemon.folder}/Busy.png", 100, 50, GREEN)
                 events = daemon.events(entries)
                 events.progress("busyOn")
                 if area:
@@ -64,9 +60,9 @@ class BusyWindow(Case):
         self.assertEqual(self.screen.windows("progressd"), [])
         events.progress("busyOn")
         self.assertEqual(self.area(), (10, 20, 32, 32))
-        self.image(daemon, "Other.png", 100, 50)
+        write_picture(f"{daemon.folder}/Other.png", 100, 50, GREEN)
         # As large as its file says, whatever its name.
-        self.image(daemon, "Dense@2x.png", 100, 50)
+        write_picture(f"{daemon.folder}/Dense@2x.png", 100, 50, GREEN)
         events.configure("busyIndicator=30|40|0|0|Dense@2x.png;paintOffset=3|4")
         until(lambda: self.screen.picture().pixel(33 + 95, 44 + 45) == GREEN, "all of the image")
         for entries, area in (("busyIndicator=30|40|0|0|Other.png;paintOffset=3|4", (33, 44, 100, 50)),
@@ -106,7 +102,7 @@ class BusyWindow(Case):
 
     def test_shows_the_percent_from_below(self):
         daemon = self.daemon()
-        self.image(daemon, "Busy.png", 60, 230)
+        write_picture(f"{daemon.folder}/Busy.png", 60, 230, GREEN)
         events = daemon.events("windowStyle=#0000ff|#ffffff|#ff0000|#ff0000|#000000|#000000;busyIndicator=10|10|0|0|empty")
         events.progress("create:0;x", "update:0;40")
 

@@ -43,25 +43,6 @@ class Channels(Case):
         self.assertEqual(first.until("isActivated"), ["isActivated"])
         self.assertEqual(deaf.close(), b"")
 
-    def test_frame_what_arrives(self):
-        """What is sent piece by piece, and the events that it causes."""
-        for name, pieces, expected in (
-                ("in pieces", ["<progress>addText:0;a</prog", "ress><", "progress>delText:0</progress>"],
-                 "isShown 0 isHidden"),
-                ("no opening tag", ["addText:0;a</progress>", "<progress>addText:0;a</progress>"], "isShown 0"),
-                ("behind a zero byte", ["<progress>addText:0;a</progress>\0<progress>delText:0</progress>"], "isShown 0"),
-                ("an earlier kind", ["<progress>addText:0;a</progress><configuration></configuration>"], ""),
-                ("an exit", ["<progress>addText:0;a<exit/>", "<progress>addButt:0;a</progress>"], "isShown")):
-            with self.alone(name):
-                # With a base port, exits are passed over.
-                daemon, events, commands = self.session(arguments=["0"])
-                heard = []
-                for piece in pieces:
-                    commands.send(piece)
-                    # The second answer comes from a later turn than the piece was there for.
-                    heard += events.served() + events.served()
-                self.assertEqual(" ".join(heard).replace("totalProgress=0|-1", "0"), expected)
-
     def test_have_a_buffer_for_each_port(self):
         daemon, events, commands = self.session()
         events.send("<progress>create:0;")

@@ -2,19 +2,19 @@
 keyboard."""
 
 import ast
-import os
 import re
 import socket
 import subprocess
 import tempfile
 import time
+from pathlib import Path
 
 from harness import OPENBOX, PATIENCE, Case, main, progress, scratch, start, until
 
 FITTED = ("windowLayout=fitted", "windowModal=off", "windowTitle=Job")
 # The system's own, whose modules for the accessibility bus no other has.
 PYTHON = "/usr/bin/python3"
-READER = [PYTHON, os.path.join(os.path.dirname(os.path.abspath(__file__)), "screenReader.py")]
+READER = [PYTHON, Path(__file__).resolve().with_name("screenReader.py")]
 # Shows notifications, in a file; the bus starts it for the first one.
 SERVER = """
 from os import environ
@@ -39,43 +39,35 @@ class Bus:
     """A session bus, and who tells what there."""
 
     def __init__(self, environment):
-        services = f"{environment['XDG_RUNTIME_DIR']}/dbus-1/services"
-        os.makedirs(services, exist_ok=True)
-        with open(f"{services}/server.py", "w") as file:
-            file.write(SERVER)
-        with open(f"{services}/org.freedesktop.Notifications.service", "w") as file:
-            file.write(f"[D-BUS Service]\nName=org.freedesktop.Notifications\nExec={PYTHON} {services}/server.py\n")
-        self.notified = tempfile.NamedTemporaryFile("r")
+        services = Path(scratch(), "dbus-1/services")
+        services.mkdir(parents=True, exist_ok=True)
+        Path(services, "server.py").write_text(SERVER)
+        Path(services, "org.freedesktop.Notifications.service").write_text(
+            f"[D-BUS Service]\nName=org.freedesktop.Notifications\nExec={PYTHON} {services}/server.py\n")
+        self.notified, self.heard = (Path(tempfile.mkdtemp(dir=scratch()), name) for name in ("notified", "heard"))
+        self.notified.touch()
         self.process = start(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE,
-                             stderr=subprocess.DEVNULL, env={**environment, "NOTIFIED": self.notified.name}, text=True)
+                             stderr=subprocess.DEVNULL, env={**environment, "NOTIFIED": str(self.notified)}, text=True)
         self.address = self.process.stdout.readline().strip()
-        self.heard = tempfile.NamedTemporaryFile("r")
         self.monitor = start(["dbus-monitor", "--address", self.address, "interface=com.canonical.Unity.LauncherEntry"],
-                             stdout=open(self.heard.name, "w"))
-        until(lambda: "NameLost" in self.text(), "the monitor")
-
-    def text(self):
-        with open(self.heard.name) as file:
-            return file.read()
+                             stdout=self.heard.open("w"))
+        until(lambda: "NameLost" in self.heard.read_text(), "the monitor")
 
     def launcher(self):
         """Progress, whether it is to be seen, and whether the program asks for its user: all that was told."""
         return [(float(progress), seen == "true", urgent == "true") for progress, seen, urgent in re.findall(
             r'member=Update\n.*?"application://progressd.desktop"\n[^"]*"progress"\s+variant\s+double (\S+)\s.*?'
-            r'"progress-visible"\s+variant\s+boolean (\w+).*?"urgent"\s+variant\s+boolean (\w+)', self.text(), re.S)]
+            r'"progress-visible"\s+variant\s+boolean (\w+).*?"urgent"\s+variant\s+boolean (\w+)', self.heard.read_text(), re.S)]
 
     def notifications(self):
         """Title, text, with N for its seconds, and urgency."""
-        self.notified.seek(0)
-        return ast.literal_eval("[" + re.sub(r"\d+ s", "N s", self.notified.read()) + "]")
+        return ast.literal_eval("[" + re.sub(r"\d+ s", "N s", self.notified.read_text()) + "]")
 
     def close(self):
         for process in (self.monitor, self.process):
             process.terminate()
             process.wait()
         self.process.stdout.close()
-        self.heard.close()
-        self.notified.close()
 
 
 class Desktop(Case):
@@ -98,20 +90,19 @@ class Desktop(Case):
 
     def other_window(self, *options):
         """Another program's, which has the keyboard, and what it hears of keys."""
-        heard = tempfile.NamedTemporaryFile("r")
-        self.addCleanup(heard.close)
+        heard = Path(scratch(), "heard")
         program = start(["stdbuf", "-oL", "xev", "-name", "Other", "-event", "keyboard", *options],
-                        env=self.screen.environment, stdout=open(heard.name, "w"))
+                        env=self.screen.environment, stdout=heard.open("w"))
         self.addCleanup(program.wait)
         self.addCleanup(program.terminate)
-        window = until(lambda: self.screen.xdotool("search --onlyvisible --name ^Other$"), "the other window").split()[0]
-        until(lambda: self.screen.focus() == int(window), "its focus")
-        return window, heard.name
+        search = "search --onlyvisible --name ^Other$"
+        until(lambda: str(self.screen.focus()) in self.screen.xdotool(search).split(), "the other window's focus")
+        return heard
 
     def test_a_dialog_lets_others_type(self):
         for mode in ("off", "on"):
             with self.alone(mode):
-                _, heard = self.other_window()
+                heard = self.other_window()
                 _, events = self.job(f"windowModal={mode}")
                 text = "all of this arrives " * 3
                 typing = start(["xdotool", "type", "--delay", "15", text], env=self.screen.environment)
@@ -119,8 +110,7 @@ class Desktop(Case):
                 shown = self.screen.window("Job")
                 self.screen.key("Return")
                 self.assertEqual(typing.wait(PATIENCE), 0)
-                with open(heard) as file:
-                    until(lambda: file.seek(0) == 0 and file.read().count("\nKeyPress") > len(text), "the letters")
+                until(lambda: heard.read_text().count("\nKeyPress") > len(text), "the letters")
                 # Brought to the front, it has the keyboard.
                 self.assertEqual(events.served(), ["isShown", "totalProgress=0|-1"])
                 self.assertEqual(self.screen.focused("Job").id == shown.id, mode == "on")
@@ -131,9 +121,7 @@ class Desktop(Case):
                 self.screen.gone("Job")
                 events.progress("messageStop")
                 events.send("<msgbox>1[#]Copy[#]x[#]1024</msgbox>")
-                self.screen.focused("Copy")
-                self.screen.key("Return")
-                self.assertEqual(events.answer(), 1024)
+                self.assertEqual(self.answered(events), 1024)
 
     def test_the_taskbar_shows_a_run(self):
         bus = self.bus()
@@ -151,9 +139,7 @@ class Desktop(Case):
         until(lambda: self.progress_beside_window() == 50, "the progress on the copy")
         events.send("<msgbox>1[#]Copy[#]x[#]1024</msgbox>")
         until(lambda: bus.launcher()[-1] == (0.5, True, True), "a box that asks")
-        self.screen.focused("Copy")
-        self.screen.key("Return")
-        events.answer()
+        self.answered(events)
         until(lambda: bus.launcher()[-1] == (0.5, True, False), "its answer")
         for end in ("<progress>remove:0</progress>", "<exit/>"):
             events.progress("create:0;x")
@@ -167,9 +153,6 @@ class Desktop(Case):
         bus = self.bus()
         expected = []
 
-        def cover():
-            self.other_window("-geometry", "790x590+0+0")
-
         def close(events):
             self.screen.focus_on("Job")
             self.screen.key("Escape")
@@ -178,7 +161,7 @@ class Desktop(Case):
         for name, setting, act, percent, told in (
                 ("in front", 0, lambda events: None, 100, None),
                 ("in front, and hidden by the client", 0, lambda events: events.progress("messageStart"), 100, None),
-                ("covered", 0, lambda events: cover(), 50, ("done after N s", 1)),
+                ("covered", 0, lambda events: self.other_window("-geometry", "790x590+0+0"), 50, ("done after N s", 1)),
                 ("closed", 0, close, 100, ("done after N s", 1)),
                 ("short", 60, close, 100, None),
                 ("not asked for", -1, close, 100, None),
@@ -208,51 +191,37 @@ class Desktop(Case):
             self.assertLess(time.monotonic() - began, PATIENCE / 3)
 
     def test_a_screen_reader_hears_it(self):
-        bus = self.bus()
-        environment = {**self.screen.environment, "DBUS_SESSION_BUS_ADDRESS": bus.address}
-        with tempfile.TemporaryFile("w+") as log:
-            reader = start([*READER], stdout=log, stdin=subprocess.PIPE, stderr=subprocess.STDOUT, env=environment,
-                           text=True)
+        address = {"DBUS_SESSION_BUS_ADDRESS": self.bus().address}
+        log = Path(scratch(), "reader")
+        reader = start(READER, stdout=log.open("w"), stdin=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                       env={**self.screen.environment, **address})
+        for cleanup in (reader.stdin.close, reader.wait, reader.terminate):
+            self.addCleanup(cleanup)
 
-            def heard(text):
-                log.seek(0)
-                return text in log.read()
+        def heard(line, command=""):
+            if command:
+                print(command, file=reader.stdin, flush=True)
+            until(lambda: line in log.read_text(), lambda: f"after {log.read_text()}, {line}")
 
-            def await_line(text):
-                try:
-                    until(lambda: heard(text), text)
-                except AssertionError as error:
-                    log.seek(0)
-                    raise AssertionError(f"{error} after:\n{log.read()}") from None
-
-            self.addCleanup(reader.stdin.close)
-            self.addCleanup(reader.wait)
-            self.addCleanup(reader.terminate)
-            await_line("ready")
-            _, events = self.job(DBUS_SESSION_BUS_ADDRESS=bus.address, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
-            events.progress("create:0;Copying", "create:1;Looking", "pulse:1", "addButt:0;Stop", "update:0;30")
-            await_line("shown: dialog 'Job'")
-            await_line("value: progress bar 'Copying' 30")
-            events.progress("update:0;40")
-            await_line("value: progress bar 'Copying' 40")
-
-            def ask(command, answer):
-                reader.stdin.write(command + "\n")
-                reader.stdin.flush()
-                await_line(answer)
-
-            ask("tell Copying", "told: progress bar 'Copying' 40")
-            ask("tell Looking", "told: progress bar 'Looking' 0 busy")
-            ask("press Stop", "pressed 'Stop'")
-            events.until("clicked:0")
-            events.send("<msgbox>4[#]Copy[#]Go on?[#]16384[#]65536</msgbox>")
-            await_line("shown: alert 'Copy'")
-            ask("tell Go on?", "told: label 'Go on?' in alert 'Copy'")
-            # Behind the box nothing is pressed.
-            ask("press Stop", "pressed 'Stop' again")
-            ask("press No", "pressed 'No'")
-            self.assertEqual(events.answer(), 65536)
-            self.assertNotIn("clicked:0", events.served())
+        heard("ready")
+        _, events = self.job(QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **address)
+        events.progress("create:0;Copying", "create:1;Looking", "pulse:1", "addButt:0;Stop", "update:0;30")
+        heard("shown: dialog 'Job'")
+        heard("value: progress bar 'Copying' 30")
+        events.progress("update:0;40")
+        heard("value: progress bar 'Copying' 40")
+        heard("told: progress bar 'Copying' 40", "tell Copying")
+        heard("told: progress bar 'Looking' 0 busy", "tell Looking")
+        heard("pressed 'Stop'", "press Stop")
+        events.until("clicked:0")
+        events.send("<msgbox>4[#]Copy[#]Go on?[#]16384[#]65536</msgbox>")
+        heard("shown: alert 'Copy'")
+        heard("told: label 'Go on?' in alert 'Copy'", "tell Go on?")
+        # Behind the box nothing is pressed.
+        heard("pressed 'Stop' again", "press Stop")
+        heard("pressed 'No'", "press No")
+        self.assertEqual(events.answer(), 65536)
+        self.assertNotIn("clicked:0", events.served())
 
 
 if __name__ == "__main__":

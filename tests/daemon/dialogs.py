@@ -3,8 +3,9 @@
 import os
 import re
 import time
+from pathlib import Path
 
-from harness import SLOWNESS, Case, Log, main, resident_kib, until
+from harness import SLOWNESS, Case, Log, main, resident_kib, until, write_picture
 
 RUN = ("create:0;x", "addButt:0;y")
 
@@ -22,6 +23,10 @@ class Dialogs(Case):
         events.until("isHidden")
         events.served()
         self.assertEqual(self.screen.window().id, dialog.id)
+        # It moves with the offset, and keeps the size that it was made with.
+        events.configure("screenGeometry=100,100", "paintOffset=5|-7")
+        moved = (dialog.x + 5, dialog.y - 7, dialog.width, dialog.height)
+        until(lambda: self.screen.window().area == moved, "the dialog at its new place")
 
     def test_non_modal_one_is_replaced(self):
         daemon, log = self.daemon(), Log()
@@ -65,8 +70,7 @@ class Dialogs(Case):
         for settings, count in ((), 2200), (("screenGeometry=32767,32767",), 20), (("windowPixmap=big.ppm",), 200):
             with self.alone(settings):
                 daemon = self.daemon()
-                with open(f"{daemon.folder}/big.ppm", "wb") as file:
-                    file.write(b"P6 800 600 255\n" + bytes(800 * 600 * 3))
+                write_picture(f"{daemon.folder}/big.ppm", 800, 600)
                 events = daemon.events("windowModal=off", *settings)
                 events.progress("create:0;x")
                 events.served()
@@ -99,14 +103,6 @@ class Dialogs(Case):
         events.until("isShown")
         commands.send("<msgbox>1[#][#]x[#]1024</msgbox>")
         until(lambda: self.screen.run("xwininfo", "-root", "-tree").count('(has no name): ("progressd"') == 2)
-
-    def test_move_with_the_offset(self):
-        daemon, events, _ = self.session("screenGeometry=800,600")
-        events.progress("create:0;x")
-        x, y, width, height = self.screen.window().area
-        self.assertEqual((x, y, width, height), ((800 - 416) // 2, (600 - height) // 2, 416, height))
-        events.configure("screenGeometry=100,100", "paintOffset=5|-7")
-        until(lambda: self.screen.window().area == (x + 5, y - 7, width, height))
 
 
 class Runs(Case):
@@ -151,9 +147,9 @@ class Runs(Case):
     def test_follow_one_that_was_learned(self):
         """The daemon tells what remains, across the replacement of the dialog, and learns the new run's end."""
         identifier = f"learned{os.getpid()}"
-        with open(f"/var/tmp/currentTimestamps_{identifier}.txt", "w") as file:
-            course = "".join(f"{second * 1001:08}." for second in range(100))
-            file.write(f"fileversion=2\n001447671234:00000100:00000001:{course}\n")
+        course = "".join(f"{second * 1001:08}." for second in range(100))
+        Path(f"/var/tmp/currentTimestamps_{identifier}.txt").write_text(
+            f"fileversion=2\n001447671234:00000100:00000001:{course}\n")
         daemon = self.daemon(identifier=identifier)
         events = daemon.events("windowStyle=#f00|#fff|#0f0|#fff|#00f|#ff0")
         events.progress("create:0;x")

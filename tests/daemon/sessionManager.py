@@ -2,6 +2,8 @@
 
 import os
 import re
+import subprocess
+from pathlib import Path
 
 from harness import Case, Screen, main, scratch, start, until
 
@@ -9,19 +11,14 @@ from harness import Case, Screen, main, scratch, start, until
 class SessionManager(Case):
     def test_ends_the_daemon(self):
         """Without a chance to save anything, and although a box is open that only its buttons answer."""
-        with open(f"{scratch()}/.xsmstartup", "w") as file:
-            file.write("true\n")
-        screen = Screen()
+        Path(scratch(), ".xsmstartup").write_text("true\n")
+        screen, output = Screen(), Path(scratch(), "xsm")
         screen.environment["HOME"] = scratch()
-        output = open(f"{scratch()}/xsm", "w+")
-        xsm = start(["stdbuf", "-oL", "xsm", "-verbose"], env=screen.environment, stdout=output, stderr=output)
+        xsm = start(["stdbuf", "-oL", "xsm", "-verbose"], env=screen.environment, stdout=output.open("w"),
+                    stderr=subprocess.STDOUT)
         self.addCleanup(xsm.terminate)
-
-        def address():
-            output.seek(0)
-            return re.search("setenv SESSION_MANAGER (.*)\n", output.read())
-
-        screen.environment["SESSION_MANAGER"] = until(address, "the session").group(1)
+        address = until(lambda: re.search("setenv SESSION_MANAGER (.*)\n", output.read_text()), "the session")
+        screen.environment["SESSION_MANAGER"] = address[1]
         daemon = self.daemon("0", screen=screen)
         events, commands = daemon.events(), daemon.commands()
         commands.send("<msgbox>1[#]Copy[#]x[#]1024[#]2048</msgbox>")

@@ -1,12 +1,14 @@
 """Command line, ports, lock file, and the ways in which the daemon ends or does not."""
 
+import fcntl
 import os
 import random
 import signal
 import socket
 import subprocess
+from pathlib import Path
 
-from harness import PATIENCE, Case, Log, Screen, main, until
+from harness import PATIENCE, Case, Log, Screen, environment_of, main, until
 
 TOO_LONG = "progressd: the identifier is too long\n"
 
@@ -36,9 +38,8 @@ class StartAndEnd(Case):
                                                   (["--version"], 0, "progressd ", ""), (["x" * 1000], 2, "", TOO_LONG),
                                                   (["x" * 100_000], 2, "", TOO_LONG)):
             with self.subTest(arguments[:1]):
-                environment = {name: value for name, value in os.environ.items() if "DISPLAY" not in name}
-                result = subprocess.run([os.environ["PROGRESSD"], *arguments], env=environment, text=True,
-                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE)
+                result = subprocess.run([os.environ["PROGRESSD"], *arguments], env=environment_of(), text=True,
+                                        capture_output=True, timeout=PATIENCE)
                 self.assertEqual(result.returncode, status)
                 for text, expected in ((result.stdout, output), (result.stderr, errors)):
                     self.assertTrue(text.startswith(expected) and bool(text) == bool(expected), text)
@@ -99,8 +100,7 @@ class StartAndEnd(Case):
 
     def test_replace_a_left_over_lock_file(self):
         identifier = f"left{os.getpid()}"
-        with open(f"/tmp/HalvornRunning_{identifier}.lock", "w") as file:
-            file.write("11111\n22222\nand more of an older text\n")
+        Path(f"/tmp/HalvornRunning_{identifier}.lock").write_text("11111\n22222\nand more of an older text\n")
         daemon = self.daemon(identifier=identifier, wait=False)
         ports = until(daemon.ports)
         self.assertNotEqual(ports, (11111, 22222))
@@ -139,13 +139,7 @@ class StartAndEnd(Case):
             with self.alone(full=full):
                 reader, writer = os.pipe()
                 if full:
-                    os.set_blocking(writer, False)
-                    while True:
-                        try:
-                            os.write(writer, bytes(1024))
-                        except BlockingIOError:
-                            break
-                    os.set_blocking(writer, True)
+                    os.write(writer, bytes(fcntl.fcntl(writer, fcntl.F_GETPIPE_SZ)))
                 daemon = self.daemon(stderr=writer)
                 os.close(writer)
                 if not full:

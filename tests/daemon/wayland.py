@@ -9,57 +9,46 @@ import subprocess
 import sys
 import tempfile
 import time
+from pathlib import Path
 
-from harness import OPENBOX, ORDERLY, PATIENCE, SLOWNESS, Case, Picture, Screen, main, scratch, start, until
+from harness import OPENBOX, ORDERLY, PATIENCE, SLOWNESS, Case, Picture, Screen, environment_of, main, scratch, start, until
 
 NOBODY = 65534
 FITTED = "<configuration>windowLayout=fitted;windowTheme=light;windowModal=off;windowTitle=Job</configuration><events/>"
-PAUSE = 500  # milliseconds, longer than between two keys of who types
+PAUSE = "500"  # milliseconds, longer than between two keys of who types
 
 
-class Compositor:
+class Compositor(Screen):
     """Sway, as root another user's, which it has to be, with a screen that nobody sees."""
 
     def __init__(self):
-        self.folder = tempfile.mkdtemp()
+        self.folder = Path(tempfile.mkdtemp())
         atexit.register(self.end)
         as_other = []
         if os.geteuid() == 0:
             os.chown(self.folder, NOBODY, NOBODY)
             as_other = ["setpriv", "--reuid", str(NOBODY), "--regid", str(NOBODY), "--clear-groups"]
-        config = os.path.join(self.folder, "config")
-        with open(config, "w") as file:
-            file.write("output HEADLESS-1 resolution 800x600 bg #345678 solid_color\nxwayland disable\n")
-        os.chmod(config, 0o644)
-        environment = {**os.environ, "HOME": self.folder, "XDG_RUNTIME_DIR": self.folder, "WLR_BACKENDS": "headless",
-                       "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman"}
-        for name in ("DISPLAY", "WAYLAND_DISPLAY", "SWAYSOCK", "LD_PRELOAD"):
-            environment.pop(name, None)
-        self.server = start([*as_other, "sway", "-c", config], env=environment, stdout=subprocess.DEVNULL,
-                             stderr=subprocess.DEVNULL)
+        config = self.folder / "config"
+        config.write_text("output HEADLESS-1 resolution 800x600 bg #345678 solid_color\nxwayland disable\n")
+        config.chmod(0o644)
+        environment = environment_of(HOME=str(self.folder), XDG_RUNTIME_DIR=str(self.folder), WLR_BACKENDS="headless",
+                                     WLR_LIBINPUT_NO_DEVICES="1", WLR_RENDERER="pixman", LD_PRELOAD="")
+        self.server, self.managers = start([*as_other, "sway", "-c", str(config)], env=environment,
+                                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL), []
         display, control = (until(lambda: self.socket(name), name) for name in ("wayland-", "sway-ipc"))
-        self.environment = {**environment, "HOME": os.environ.get("HOME", "/"), "XDG_RUNTIME_DIR": scratch(),
-                            "WAYLAND_DISPLAY": display, "SWAYSOCK": control,
-                            # The toolkit never gives back what it holds of a compositor.
-                            "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"}
-        for name in ("QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"):
-            self.environment.pop(name, None)
+        self.environment = environment_of(XDG_RUNTIME_DIR=scratch(), WAYLAND_DISPLAY=display, SWAYSOCK=control,
+                                          # The toolkit never gives back what it holds of a compositor.
+                                          ASAN_OPTIONS=os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0")
 
     def socket(self, begin):
         assert self.server.poll() is None, "sway has ended"
-        found = [name for name in os.listdir(self.folder) if name.startswith(begin) and not name.endswith(".lock")]
-        return found and os.path.join(self.folder, found[0])
+        return next((str(path) for path in self.folder.glob(begin + "*") if path.suffix != ".lock"), None)
 
     def end(self):
-        self.server.terminate()
-        self.server.wait()
+        super().end()
         shutil.rmtree(self.folder, True)
 
-    def run(self, *command):
-        return subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, stdin=subprocess.DEVNULL,
-                              timeout=PATIENCE).stdout
-
-    def windows(self):
+    def nodes(self):
         """The daemons' windows by title."""
         def below(node):
             if node.get("app_id") == "progressd":
@@ -71,24 +60,20 @@ class Compositor:
 
     def focused(self, title="Job"):
         def window():
-            found = self.windows().get(title)
+            found = self.nodes().get(title)
             return found and found["focused"] and found
 
         return until(window, f"the focus on {title}")
 
     def gone(self, title="Job"):
-        until(lambda: title not in self.windows(), f"the end of {title}")
+        until(lambda: title not in self.nodes(), f"the end of {title}")
 
-    def type(self, *arguments):
-        self.run("wtype", "-s", str(PAUSE), *arguments)
-
-    def press(self, key, title="Job"):
-        self.focused(title)
-        self.type("-k", key)
+    def key(self, *keys):
+        self.run("wtype", "-s", PAUSE, *(argument for key in keys for argument in ("-k", key)))
 
     def picture(self, title="Job"):
-        place = self.windows()[title]["rect"]
-        return Picture(self.run("grim", "-t", "ppm", "-g", "{x},{y} {width}x{height}".format(**place), "-"))
+        place = "{x},{y} {width}x{height}".format(**self.nodes()[title]["rect"])
+        return Picture(self.run("grim", "-t", "ppm", "-g", place, "-", text=False))
 
 
 class Wayland(Case):
@@ -118,15 +103,15 @@ class Wayland(Case):
         before = colours()
         client.progress("update:0;60")
         until(lambda: max((colours() - before).values(), default=0) > rect["width"], "the bar")
-        self.compositor.press("Return")
+        self.compositor.press("Return", "Job")
         client.until("clicked:0")
-        self.compositor.type("-k", "Tab", "-k", "space")
+        self.compositor.key("Tab", "space")
         client.until("clicked:1")
         self.compositor.run("swaymsg", "[title=Job]", "kill")
         client.until("closed")
         self.compositor.gone()
         client.progress("activate")
-        self.compositor.press("Escape")
+        self.compositor.press("Escape", "Job")
         client.until("closed")
         self.compositor.gone()
 
@@ -139,7 +124,7 @@ class Wayland(Case):
         self.assertEqual(typing.wait(PATIENCE), 0)
         self.compositor.focused()
         self.assertEqual(client.served(), ["isShown", "totalProgress=0|-1"])
-        self.compositor.press("Return")
+        self.compositor.press("Return", "Job")
         client.until("clicked:0")
 
     def test_a_box_is_in_front_and_hears_keys(self):
@@ -151,7 +136,7 @@ class Wayland(Case):
                     def show():
                         client.progress("create:0;x", "addButt:0;Stop")
                         client.until("isShown")
-                        until(lambda: "Job" in self.compositor.windows(), "the dialog")
+                        until(lambda: "Job" in self.compositor.nodes(), "the dialog")
 
                     if first == "dialog":
                         show()
@@ -166,7 +151,7 @@ class Wayland(Case):
                     until(lambda: client.pending() and b"<answer>1;16384</answer>" in client.pending(), "the answer")
                     client.received = client.received.replace(b"<answer>1;16384</answer>", b"")
                     self.compositor.gone("Copy")
-                    self.compositor.press("Return")
+                    self.compositor.press("Return", "Job")
                     client.until("clicked:0")
 
     def test_a_display_that_has_stopped_keeps_no_daemon(self):
@@ -194,7 +179,7 @@ class Wayland(Case):
                 client = start(command, env=self.compositor.environment, stderr=subprocess.DEVNULL)
                 self.addCleanup(client.wait)
                 self.addCleanup(client.kill)
-                self.compositor.press(key)
+                self.compositor.press(key, "Job")
                 self.assertEqual(client.wait(PATIENCE), status)
                 self.compositor.gone()
 
@@ -203,7 +188,7 @@ class Wayland(Case):
         daemon = self.daemon(env=both)
         daemon.events("windowTitle=Job").progress("create:0;x")
         self.screen.window("Job")
-        self.assertEqual(self.compositor.windows(), {})
+        self.assertEqual(self.compositor.nodes(), {})
 
 
 if __name__ == "__main__":

@@ -2,34 +2,11 @@
 
 #include <functional>
 
-void recordingHost::progressVisibilityChanged(bool isVisible)
+void showingHost::progressVisibilityChanged(bool isVisible)
 {
-    m_events << (isVisible ? QStringLiteral("isShown") : QStringLiteral("isHidden"));
-    if (!m_dialog)
-        return;
     m_dialog->setVisible(isVisible);
     if (isVisible)
         m_dialog->activateWindow();
-}
-
-void recordingHost::updateTotalPercent(int currentPercent, int remainingSeconds)
-{
-    m_events << QStringLiteral("totalProgress=%1|%2").arg(currentPercent).arg(remainingSeconds);
-}
-
-void recordingHost::clicked(int slot)
-{
-    m_events << QStringLiteral("clicked:%1").arg(slot);
-}
-
-QString recordingHost::events()
-{
-    return std::exchange(m_events, {}).join(' ');
-}
-
-dialogUnderTest::dialogUnderTest() : CProgressDialog(static_cast<dialogHost &>(*this))
-{
-    m_dialog = this;
 }
 
 void dialogUnderTest::run(const QString &commands)
@@ -40,7 +17,6 @@ void dialogUnderTest::run(const QString &commands)
         {"update", [this](int id, const QString &text) { updateBar(id, text.toInt()); }},
         {"addText", [this](int id, const QString &text) { createText(id, text); }},
         {"updateText", [this](int id, const QString &text) { updateText(id, text); }},
-        {"delText", [this](int id, const QString &) { removeText(id); }},
         {"addButt", [this](int id, const QString &text) { addButton(id, text); }},
         {"delButt", [this](int id, const QString &) { removeButton(id); }},
     };

@@ -22,23 +22,24 @@ import sys
 import tempfile
 import time
 import unittest
+from pathlib import Path
 
 SLOWNESS = float(os.environ.get("PROGRESSD_SLOWNESS", "1"))
 PATIENCE = 30 * SLOWNESS  # seconds; only a failure takes so long
 ORDERLY = 128 + signal.SIGTERM
 SKIPPED = 77  # for the build, which lists what was skipped
 # Started by hand, a test has the fonts that it has in the build.
-os.environ.setdefault("FONTCONFIG_FILE", os.path.join(os.path.dirname(os.path.abspath(__file__)), "../data/fonts.conf"))
+os.environ.setdefault("FONTCONFIG_FILE", str(Path(__file__).resolve().parent / "../data/fonts.conf"))
 
 
 def until(condition, what="what was awaited", seconds=PATIENCE):
-    """Waits until the condition gives something true, and returns that."""
+    """Waits until the condition gives something true, and returns that. What may be a function, asked in the end."""
     deadline = time.monotonic() + seconds
     while True:
         if result := condition():
             return result
         if time.monotonic() > deadline:
-            raise AssertionError(f"{what} does not come")
+            raise AssertionError(f"{what() if callable(what) else what} does not come")
         time.sleep(0.005)
 
 
@@ -46,6 +47,12 @@ def start(command, **options):
     """A process that ends with this one, whatever becomes of that."""
     libc = ctypes.CDLL(None)
     return subprocess.Popen(command, preexec_fn=lambda: libc.prctl(1, signal.SIGTERM), **options)
+
+
+def environment_of(**display):
+    """This process's environment, with another display than its own, if it has one."""
+    own = ("DISPLAY", "QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER", "DBUS_SESSION_BUS_ADDRESS")
+    return {**{name: value for name, value in os.environ.items() if name not in own}, **display}
 
 
 def as_bytes(text):
@@ -58,6 +65,11 @@ def progress(*commands):
 
 def configuration(*entries):
     return b"<configuration>" + b";".join(map(as_bytes, entries)) + b"</configuration>"
+
+
+def write_picture(path, width, height, colour="000000"):
+    """All in one colour; whatever its name says, a PPM."""
+    Path(path).write_bytes(b"P6 %d %d 255\n" % (width, height) + bytes.fromhex(colour) * (width * height))
 
 
 @functools.lru_cache(None)
@@ -110,9 +122,7 @@ class Screen:
         os.close(writer)
         with os.fdopen(reader) as numbers:
             display = ":" + numbers.readline().strip()
-        self.environment = {**os.environ, "DISPLAY": display, "XDG_RUNTIME_DIR": scratch(), "XDG_STATE_HOME": f"{scratch()}/state"}
-        for name in ("QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER", "DBUS_SESSION_BUS_ADDRESS"):
-            self.environment.pop(name, None)
+        self.environment = environment_of(DISPLAY=display, XDG_RUNTIME_DIR=scratch(), XDG_STATE_HOME=f"{scratch()}/state")
         self.managers = [start(shlex.split(manager), env=self.environment, stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL) for manager in managers]
         if managers:
@@ -164,10 +174,7 @@ class Screen:
             found = self.windows(title)
             return len(found) == 1 and found[0]
 
-        try:
-            return until(only_one, f"the window {title}")
-        except AssertionError as error:
-            raise AssertionError(f"{error}; there are:\n{self.run('xwininfo', '-root', '-tree')}") from None
+        return until(only_one, lambda: f"in {self.run('xwininfo', '-root', '-tree')} the window {title}")
 
     def focus(self):
         return int(self.xdotool("getwindowfocus") or 0)
@@ -176,6 +183,11 @@ class Screen:
         """The same, and waits until it has the keyboard."""
         until(lambda: self.focus() == self.window(title).id, f"the focus on {title}")
         return self.window(title)
+
+    def press(self, keys, title="unknown"):
+        """Keys, with blanks between, as soon as it has the keyboard."""
+        self.focused(title)
+        self.key(*keys.split())
 
     def focus_on(self, title="unknown"):
         """Gives it the keyboard, as a user does."""
@@ -234,13 +246,10 @@ class Channel:
         return struct.unpack("=I", self.read(4))[0]
 
     def event(self):
-        """The next event."""
-        while b"</event>" not in self.received:
-            assert self.more(), f"closed after {self.received!r}"
-        text, self.received = self.received.split(b"</event>", 1)
-        # Anything that is not an event, a text between two of them for instance, must not go unnoticed.
-        assert text.startswith(b"<event>"), f"not an event: {text}"
-        return text[len("<event>"):].decode("latin-1")
+        """The next event, before which nothing else has come."""
+        kind, _, text = self.item().partition(" ")
+        assert kind == "event", f"not an event: {kind} {text}"
+        return text
 
     def until(self, last):
         """The next events up to and including this one."""
@@ -275,8 +284,9 @@ class Channel:
         return self.received
 
     def item(self):
-        """The next thing that comes on a local channel, as "event isShown"."""
+        """The next thing that comes, as "event isShown"; on a local channel answers, too."""
         while not (found := re.match(rb"<(event|answer|claimed)>([^<]*)</\1>", self.received)):
+            assert not self.received or self.received.startswith(b"<"), f"between two things: {self.received!r}"
             assert self.more(), f"closed after {self.received!r}"
         self.received = self.received[found.end():]
         return f"{found[1].decode()} {found[2].decode()}"
@@ -300,8 +310,7 @@ class Channel:
 
 def resident_kib(pid, what="VmRSS"):
     """Memory of a process; with "VmHWM" the most that it ever had."""
-    with open(f"/proc/{pid}/status") as status:
-        return next(int(line.split()[1]) for line in status if line.startswith(what))
+    return int(re.search(rf"^{what}:\s+(\d+)", Path(f"/proc/{pid}/status").read_text(), re.M)[1])
 
 
 class Daemon:
@@ -329,8 +338,7 @@ class Daemon:
     def ports(self):
         assert self.process.poll() is None, f"the daemon ended with {self.process.returncode}: {self.stderr()}"
         try:
-            with open(self.lock) as lock:
-                lines = lock.read().split("\n")
+            lines = Path(self.lock).read_text().split("\n")
         except OSError:
             return None
         return tuple(map(int, lines[:2])) if len(lines) == 3 else None
@@ -369,10 +377,7 @@ class Daemon:
         return glob.glob(f"/tmp/*_{self.identifier}[.-]*") + glob.glob(f"/var/*/*_{self.identifier}[.-]*")
 
     def statistics(self):
-        for path in glob.glob(f"/var/*/currentTimestamps_{self.identifier}.txt"):
-            with open(path) as file:
-                return file.read()
-        return ""
+        return next((file.read_text() for file in Path("/var").glob(f"*/currentTimestamps_{self.identifier}.txt")), "")
 
     def stderr(self):
         """What it has printed so far; the test has then taken notice."""
@@ -408,15 +413,11 @@ class Daemon:
 
     # What it uses.
 
-    def resident_kib(self):
-        return resident_kib(self.pid)
-
     def descriptors(self):
         return len(os.listdir(f"/proc/{self.pid}/fd"))
 
     def cpu_seconds(self):
-        with open(f"/proc/{self.pid}/stat") as stat:
-            fields = stat.read().rsplit(")", 1)[1].split()
+        fields = Path(f"/proc/{self.pid}/stat").read_text().rsplit(")", 1)[1].split()
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
@@ -485,6 +486,13 @@ class Case(unittest.TestCase):
                 yield
             finally:
                 self.doCleanups()
+
+    def answered(self, asker, keys="Return", title="Copy"):
+        """What who asked is told when a user has answered the box with these keys, and it has gone."""
+        self.screen.press(keys, title)
+        code = asker.answer()
+        self.screen.gone(title)
+        return code
 
     def session(self, *entries, arguments=()):
         """A new daemon with an event channel and a command channel that it has taken in."""

@@ -1,93 +1,45 @@
-#!/usr/bin/env python3
-"""The Python module: progressclient_test.py PROGRESSD, on a display of its own, with python/ in PYTHONPATH."""
+"""The Python module against the daemon, and against what only pretends to be one."""
 
 import contextlib
-import itertools
 import math
 import os
 import pty
 import re
 import signal
-import socket
 import subprocess
 import sys
-import tempfile
 import termios
 import threading
 import time
-import unittest
 import warnings
 from unittest import mock
 
 import progressclient.terminal as terminal
+from client import ClientCase
+from harness import OPENBOX, PATIENCE, main, screen, until
 from progressclient import Cancelled, Channel, Progress, socket_path, track
 
-PROGRESSD = sys.argv.pop(1)
-NAME = "moduleTest"
-PATIENCE = 30  # seconds; only a failure takes so long
+PROGRESSD = os.environ["PROGRESSD"]
 
 
-@contextlib.contextmanager
-def pretender(answer, folder_mode=0o700):
-    """Something that listens where a daemon would: `answer(connection)` for each client, or None to hang."""
-    path = socket_path(NAME)
-    os.makedirs(os.path.dirname(path), exist_ok=True)
-    os.chmod(os.path.dirname(path), folder_mode)
-
-    def serve():
-        with contextlib.suppress(OSError):
-            while True:
-                with server.accept()[0] as connection, contextlib.suppress(OSError):
-                    answer(connection)
-
-    with socket.socket(socket.AF_UNIX) as server:
-        server.bind(path)
-        server.listen(1)
-        if answer:
-            threading.Thread(target=serve, daemon=True).start()
-        try:
-            yield path
-        finally:
-            server.shutdown(socket.SHUT_RDWR)
-            os.unlink(path)
-            os.chmod(os.path.dirname(path), 0o700)
+def setUpModule():
+    environment = screen(*OPENBOX).environment
+    os.environ.clear()
+    os.environ.update(environment)
 
 
-def flood(connection):
-    while True:
-        connection.sendall(b"<event>" * 9000)
+class ModuleCase(ClientCase):
+    def recorder(self):
+        """What a daemon that gives slots has been told so far."""
+        fake = self.fake()
+        return lambda: re.findall("<progress>(.*?)</progress>", fake.heard.decode(), re.DOTALL)
+
+    def press(self, title, *keys):
+        self.screen.focus_on(title)
+        self.screen.key(*keys)
 
 
-@contextlib.contextmanager
-def recorder():
-    """A daemon that gives slots, and the commands that it was told so far."""
-    heard = bytearray()
-
-    def answer(connection):
-        slots = itertools.chain(range(10), itertools.repeat(-1))
-        while piece := connection.recv(65536):
-            heard.extend(piece)
-            for _ in range(piece.count(b"<claim/>")):
-                connection.sendall(b"<claimed>%d</claimed>" % next(slots))
-
-    with pretender(answer):
-        yield lambda: re.findall("<progress>(.*?)</progress>", heard.decode(), re.DOTALL)
-
-
-def wait_for(condition):
-    end = time.monotonic() + PATIENCE
-    while not condition():
-        assert time.monotonic() < end, "it does not come"
-        time.sleep(0.01)
-
-
-def press(title, *keys):
-    window = ["xdotool", "search", "--sync", "--onlyvisible", "--name", title, "windowfocus", "--sync"]
-    for command in (window, ["xdotool", "key", *keys]):
-        subprocess.run(command, check=True, timeout=PATIENCE, stdout=subprocess.DEVNULL)
-
-
-class Faults(unittest.TestCase):
+class Faults(ModuleCase):
     """Whatever is at the other end, the loop runs, and says once why it cannot be seen."""
 
     def loop(self, **how):
@@ -104,14 +56,16 @@ class Faults(unittest.TestCase):
         return str(said[0].message)
 
     def test_pretenders(self):
-        for name, answer in (
-            ("hangs", None),
-            ("dies later", lambda connection: time.sleep(0.1)),
-            ("floods", flood),
-            ("lies", lambda connection: connection.sendall(b"<claimed>none</claimed>")),
+        for name, how in (
+            ("hangs", {"silent": True}),
+            ("hangs up", {"answer": b""}),
+            ("dies later", {"answer": b"<claimed>0</claimed><claimed>1</claimed>"}),
+            ("floods", {"answer": b"<event>" * 1_000_000}),
+            ("lies", {"answer": b"<claimed>none</claimed>"}),
         ):
-            with self.subTest(name), pretender(answer):
-                self.loop(daemon=NAME)
+            with self.alone(name):
+                self.fake(**how)
+                self.loop(daemon=self.name)
 
     def test_nothing_there(self):
         for expected, how in (
@@ -132,15 +86,17 @@ class Faults(unittest.TestCase):
         for value, folder in ((runtime, f"{runtime}/progressd"), ("", other), ("tmp", other), ("/no", other)):
             with self.subTest(value), mock.patch.dict(os.environ, XDG_RUNTIME_DIR=value):
                 self.assertEqual(socket_path("x"), f"{folder}/x.sock")
-        for mode, is_believed in ((0o700, True), (0o2700, True), (0o755, False), (0o710, False)):
-            with self.subTest(oct(mode)), pretender(None, mode) as path:
+        self.fake(silent=True)
+        self.addCleanup(os.chmod, self.folder, 0o700)
+        for mode, is_believed in ((0o755, False), (0o710, False), (0o2700, True), (0o700, True)):
+            with self.subTest(oct(mode)):
+                os.chmod(self.folder, mode)
                 if is_believed:
-                    Channel.connect(path).close()
+                    Channel.connect(self.path).close()
                 else:
-                    self.assertRaises(PermissionError, Channel.connect, path)
-        with pretender(None) as path:
-            os.symlink(os.path.dirname(path), f"{runtime}/link")
-            self.assertRaises(PermissionError, Channel.connect, f"{runtime}/link/{NAME}.sock")
+                    self.assertRaises(PermissionError, Channel.connect, self.path)
+        os.symlink(self.folder, f"{runtime}/link")
+        self.assertRaises(PermissionError, Channel.connect, f"{runtime}/link/{self.name}.sock")
 
 
 class Strange(list):
@@ -162,20 +118,21 @@ class Strange(list):
 STRANGE = (None, math.nan, 1.7e308, "x", [], Strange(3), -5, 10**400, "\ud800", "a\0</prog\0ress>", "%p")
 
 
-class Told(unittest.TestCase):
+class Told(ModuleCase):
     """What the daemon is told, and that nothing that is handed in ends the job."""
 
     def test_strange_lengths(self):
         for length in (RuntimeError, -1, 10**30, 2.5):
-            with self.subTest(length), recorder() as told:
-                items = []
-                for item in track(Strange(length), daemon=NAME):
-                    wait_for(lambda: "pulse:0" in told())
+            with self.alone(length):
+                told, items = self.recorder(), []
+                for item in track(Strange(length), daemon=self.name):
+                    until(lambda: "pulse:0" in told())
                     items.append(item)
                 self.assertEqual(items, [1, 2, 3])
 
     def test_strange_values(self):
-        with recorder() as told, Progress(daemon=NAME) as window:
+        told = self.recorder()
+        with Progress(daemon=self.name) as window:
             bar, text = window.bar(Strange(3), 40), window.text(Strange(3))
             for value in STRANGE:
                 self.assertEqual(list(window.track(3, value, value, unit=value)), [0, 1, 2])
@@ -185,10 +142,11 @@ class Told(unittest.TestCase):
                 bar.update(value)
                 time.sleep(0.05)
             bar.total, bar.completed, bar.caption, bar.text = 40, 20, "all well", None
-            wait_for(lambda: "updateText:0;all well, 20 of 40" in told() and "update:0;50" in told())
+            until(lambda: "updateText:0;all well, 20 of 40" in told() and "update:0;50" in told())
 
     def test_texts_and_counts(self):
-        with recorder() as told, Progress(daemon=NAME) as window:
+        told = self.recorder()
+        with Progress(daemon=self.name) as window:
             bar = window.bar("Files", 40, unit="files")
             window.bar("Bytes", 3.4e9, unit="B").advance(1.2e9)
             window.bar("Percent").update(12)
@@ -196,9 +154,9 @@ class Told(unittest.TestCase):
             bar.advance()
             bar.text = "a.txt; %p"
             text = "Files: a.txt; %\u200bp"
-            wait_for(lambda: f"updateText:0;{text}, 12 of 40 files" in told())
+            until(lambda: f"updateText:0;{text}, 12 of 40 files" in told())
             bar.update(50)
-            wait_for(lambda: "update:0;50" in told())
+            until(lambda: "update:0;50" in told())
             self.assertEqual((bar.completed, bar.total, bar.value), (20, 40, 20))
         for expected in (
             *(f"create:0;{text}", "update:0;30", "remove:0", "create:1;Bytes", "updateText:1;Bytes, 1.2 of 3.4 GB"),
@@ -219,24 +177,27 @@ class Told(unittest.TestCase):
             (["11"], lambda window: [window.bar("", *bar) for bar in ((5, "files"), (1000, "B"), (6, "files"))]),
             (["11"], loops),
         ):
-            with self.subTest(expected), recorder() as told:
-                with Progress(daemon=NAME) as window:
+            with self.alone(expected):
+                told = self.recorder()
+                with Progress(daemon=self.name) as window:
                     show(window)
                     time.sleep(0.2)
                 amounts = [command[7:] for command in told() if command.startswith("amount:")]
                 self.assertEqual(amounts[-1:], expected)
 
     def test_beyond_the_slots(self):
-        with recorder() as told, Progress(daemon=NAME) as window:
+        told = self.recorder()
+        with Progress(daemon=self.name) as window:
             rows = [window.bar(number) for number in range(12)]
             rows[11].update(50)
-            wait_for(lambda: "create:9;9" in told())
+            until(lambda: "create:9;9" in told())
             rows[3].remove()
-            wait_for(lambda: "remove:3" in told())
+            until(lambda: "remove:3" in told())
             window.text("in the room")
-            wait_for(lambda: "addText:3;in the room" in told())
+            until(lambda: "addText:3;in the room" in told())
 
     def test_loops(self):
+        self.fake()
         for expected, iterable, how in (
             (3, "abc", {}),
             (10, 10, {}),
@@ -244,7 +205,7 @@ class Told(unittest.TestCase):
             (7, iter("abc"), {"total": 7}),
             (TypeError, iter("abc"), {}),
         ):
-            with self.subTest(expected), recorder(), track(iterable, daemon=NAME, desc="Items", **how) as loop:
+            with self.subTest(expected), track(iterable, daemon=self.name, desc="Items", **how) as loop:
                 if isinstance(expected, int):
                     self.assertEqual(len(loop), expected)
                 else:
@@ -254,27 +215,28 @@ class Told(unittest.TestCase):
         self.assertNotIn("progressclient", [thread.name for thread in threading.enumerate()])
 
     def test_failed_loops_are_left_unfinished(self):
-        with recorder() as told:
-            with contextlib.suppress(KeyError):
-                for item in track(range(3), daemon=NAME):
-                    raise KeyError
-            with contextlib.closing(track(range(3), daemon=NAME)) as loop:
-                next(loop)
-            with contextlib.suppress(KeyError), Progress(daemon=NAME) as window:
-                window.bar().update(100)  # it counts as finished when the channel closes
-                wait_for(lambda: "update:0;100" in told())
+        told = self.recorder()
+        with contextlib.suppress(KeyError):
+            for item in track(range(3), daemon=self.name):
                 raise KeyError
+        with contextlib.closing(track(range(3), daemon=self.name)) as loop:
+            next(loop)
+        with contextlib.suppress(KeyError), Progress(daemon=self.name) as window:
+            window.bar().update(100)  # it counts as finished when the channel closes
+            until(lambda: "update:0;100" in told())
+            raise KeyError
         self.assertEqual([command for command in told() if command.startswith("remove")], [])
         self.assertEqual(told()[-1], "update:0;0")
 
     def test_names_that_do_not_exist(self):
-        with recorder(), Progress(daemon=NAME) as window:
+        self.fake()
+        with Progress(daemon=self.name) as window:
             for thing in (window, window.bar(), window.text(""), window.button(""), track(3)):
                 with self.assertRaises(AttributeError, msg=repr(thing)):
                     thing.captoin = 1
 
 
-class NoDisplay(unittest.TestCase):
+class NoDisplay(ClientCase):
     """A line takes the window's place; the daemon, which nobody sees, says how long it takes."""
 
     PROGRAM = """
@@ -364,21 +326,20 @@ with Progress("Line", learn="", program=sys.argv[1]) as window:
             self.assertEqual(shown, [terminal.remaining(each) for each in expected])
 
 
-class Window(unittest.TestCase):
+class Window(ModuleCase):
     """A daemon that is named, and a listener beside the client."""
 
     def setUp(self):
-        self.process = subprocess.Popen([PROGRESSD, "--private", NAME, "--learn", ""], stderr=subprocess.DEVNULL)
-        self.listener = self.connect(time.monotonic() + PATIENCE)
+        super().setUp()
+        self.process = self.daemon("--learn", "", identifier=self.name, private=True).process
+
+        def connected():
+            with contextlib.suppress(FileNotFoundError, ConnectionRefusedError):
+                return Channel.connect(self.path, PATIENCE)
+
+        self.listener = until(connected, "the socket")
         self.listener.send("configuration", "windowLayout=fitted;windowTitle=Shared")
         self.listener.listen()
-
-    def connect(self, end):
-        while time.monotonic() < end:
-            with contextlib.suppress(FileNotFoundError, ConnectionRefusedError):
-                return Channel.connect(socket_path(NAME), PATIENCE)
-            time.sleep(0.01)
-        self.fail("the daemon does not come up")
 
     def tearDown(self):
         with self.listener:
@@ -390,35 +351,35 @@ class Window(unittest.TestCase):
             pass
 
     def test_quick_items_before_a_slow_one_are_shown(self):
-        for item in track(range(50000), "Items", daemon=NAME):
+        for item in track(range(50000), "Items", daemon=self.name):
             if item == 49500:
                 self.hear("totalProgress=99")
         self.hear("isHidden")
 
     def test_cancel(self):
         for keys in (["Tab", "Return"], ["Escape"]):  # the button, and closing the window
-            steps = iter(range(100 * PATIENCE))
+            steps = iter(range(int(100 * PATIENCE)))
             with self.subTest(keys), self.assertRaises(Cancelled):
-                for step in track(steps, "Of unknown length", cancel=True, daemon=NAME):
+                for step in track(steps, "Of unknown length", cancel=True, daemon=self.name):
                     if step == 0:
                         self.hear("isShown")
-                        press("Shared", *keys)
+                        self.press("Shared", *keys)
                     time.sleep(0.01)
             self.hear("isHidden")
 
     def test_daemon_that_pauses_and_box(self):
-        with Progress("Keep?", daemon=NAME) as window:
+        with Progress("Keep?", daemon=self.name) as window:
             bar = window.bar("Steps", total=1000)
             self.hear("isShown")
             self.process.send_signal(signal.SIGSTOP)
             for step in range(1000):
                 bar.advance()
             self.process.send_signal(signal.SIGCONT)
-            threading.Thread(target=press, args=("Keep?", "Return")).start()
+            threading.Thread(target=self.press, args=(r"Keep\?", "Return")).start()
             self.assertEqual(window.ask("[#] </msgbox> ключ", "yes", "no", default="no"), "no")
 
 
-class PrivateDaemon(unittest.TestCase):
+class PrivateDaemon(ModuleCase):
     def test_learns_under_its_name_and_leaves_nothing(self):
         for is_learned, in_loop, at_end in ((True, None, None), (False, KeyError, None), (False, None, Cancelled)):
             name = f"learned{is_learned}{in_loop is None}"
@@ -428,7 +389,7 @@ class PrivateDaemon(unittest.TestCase):
                         window.bar().update(100)  # a run of full bars is not finished by that
                     try:
                         for number in window.track(range(3)):
-                            press("^a.* b<.*>$", "Tab")
+                            self.press("a.* b<.*>", "Tab")
                             time.sleep(0.6)
                             if in_loop and number == 2:
                                 raise in_loop
@@ -441,6 +402,4 @@ class PrivateDaemon(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    with tempfile.TemporaryDirectory() as runtime:
-        os.environ.update(XDG_RUNTIME_DIR=runtime, XDG_STATE_HOME=runtime)
-        unittest.main()
+    main()
