@@ -4,7 +4,7 @@ import os
 import re
 import time
 
-from harness import SLOWNESS, Case, Log, main, resident_kib, until
+from harness import SLOWNESS, Case, Log, main, resident_kib, scratch, until
 
 RUN = ("create:0;x", "addButt:0;y")
 
@@ -46,6 +46,18 @@ class Dialogs(Case):
         events.progress("remove:0", "delButt:0")
         events.until("isHidden")
         self.screen.gone()
+
+    def test_the_end_of_a_shown_one_is_logged(self):
+        """Also where the daemon ends before the copy is on the screen."""
+        for mode, rest in (("on", ""), ("off", ""), ("off", "<progress>remove:0</progress>")):
+            with self.alone(mode, rest=rest):
+                log = f"{scratch()}/{mode}{len(rest)}.log"
+                daemon = self.daemon("--log", log, private=True)
+                client = daemon.local(f"<configuration>windowModal={mode}</configuration>")
+                client.send(f"<progress>create:0;x</progress>{rest}<exit/>")
+                self.assertEqual(daemon.status(), 0)
+                with open(log) as file:
+                    self.assertEqual("---- destroying dialog while open" in file.read(), not rest)
 
     def test_mode_changes_while_shown(self):
         daemon, events, _ = self.session()
