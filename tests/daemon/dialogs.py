@@ -73,7 +73,7 @@ class Dialogs(Case):
         self.assertEqual(self.screen.window("Copy").id, copy.id)
 
     def test_a_burst_takes_no_more_memory(self):
-        """Many replacements in one write: no window or picture each, and none larger than the screen."""
+        """Many replacements in one write: no window or picture each, and none of any size."""
         for settings, count in ((), 2200), (("screenGeometry=32767,32767",), 20), (("windowPixmap=big.ppm",), 200):
             with self.alone(settings):
                 daemon = self.daemon()
@@ -113,10 +113,11 @@ class Dialogs(Case):
         until(lambda: self.screen.run("xwininfo", "-root", "-tree").count('(has no name): ("progressd"') == 2)
 
     def test_move_with_the_offset(self):
-        daemon, events, _ = self.session("screenGeometry=800,600")
+        # Half as wide as the configured screen, even where the real one is smaller.
+        daemon, events, _ = self.session("screenGeometry=1800,600")
         events.progress("create:0;x")
         x, y, width, height = self.screen.window().area
-        self.assertEqual((x, y, width, height), ((800 - 416) // 2, (600 - height) // 2, 416, height))
+        self.assertEqual((x, y, width, height), ((1800 - 916) // 2, (600 - height) // 2, 916, height))
         events.configure("screenGeometry=100,100", "paintOffset=5|-7")
         until(lambda: self.screen.window().area == (x + 5, y - 7, width, height))
 
