@@ -63,7 +63,7 @@ public:
     /// For a dialog that has been replaced, is in no operation and will not be shown again: what it holds
     /// goes at once, its window, images and children.
     void giveBack();
-    /// The dialog was to be shown and is replaced before it could be: its end is logged like a shown one's.
+    /// The dialog was to be shown and goes before it could be: its end is logged like a shown one's.
     void countAsOpen() { m_countsAsOpen = true; }
 
 protected:

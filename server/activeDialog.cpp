@@ -224,6 +224,8 @@ bool activeDialog::isInputBlocked() const
 void activeDialog::clear()
 {
     m_taskbar.clear();
+    if (m_frontPending)
+        m_progress->countAsOpen();
     delete std::exchange(m_progress, nullptr);
     delete std::exchange(m_splash, nullptr);
     // Queued dialogs would end with the process, but the toolkit wants them gone before the application.

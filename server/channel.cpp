@@ -74,6 +74,12 @@ bool channel::hasUnread() const
     return !m_isFinishing && ioctl(m_descriptor.get(), FIONREAD, &bytes) == 0 && bytes > 0;
 }
 
+bool channel::isLeaving() const
+{
+    pollfd about{m_descriptor.get(), POLLRDHUP, 0};
+    return !m_isFinishing && poll(&about, 1, 0) > 0;
+}
+
 bool channel::isHungUp() const
 {
     pollfd about{m_descriptor.get(), 0, 0};

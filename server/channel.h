@@ -33,6 +33,8 @@ public:
     bool hasEnded() const { return m_ended; }
     /// The client has sent something that was not read yet.
     bool hasUnread() const;
+    /// The client sends no more, which is still to be noticed.
+    bool isLeaving() const;
     /// The client neither sends nor reads any more.
     bool isHungUp() const;
     /// Whether `readable()` is told.

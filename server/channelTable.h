@@ -37,6 +37,7 @@ public:
     {
         return std::any_of(m_slots.begin(), m_slots.end(), [](const channel *each) { return each; });
     }
+    bool isFull() const { return reached().size() == capacity; }
     /// The channels in front of the first empty slot: all that events reach.
     std::vector<channel *> reached() const
     {

@@ -9,6 +9,9 @@
 #include <ifaddrs.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+
+#include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace
@@ -119,16 +122,25 @@ wayIn::presence receiver::clients()
     return m_channels.hasChannels() ? presence::client : presence::none;
 }
 
-/// All that wait are taken in at once.
+/// All that wait are taken in at once. But those who have come and gone meanwhile must not take the places of
+/// the others.
 void receiver::connection()
 {
     sockaddr_in peer{};
-    while (wire::descriptor taken = m_acceptor ? m_acceptor->next(&peer) : wire::descriptor()) {
+    while (wire::descriptor taken =
+               m_acceptor && !awaitsRoom() ? m_acceptor->next(&peer) : wire::descriptor()) {
         if (isOfThisMachine(taken.get(), peer.sin_addr.s_addr))
             admit(std::move(taken));
         else
             logRefusal();
     }
+}
+
+/// All places are taken, but by some who have gone, which is still to be noticed.
+bool receiver::awaitsRoom() const
+{
+    const std::vector<channel *> all = m_channels.reached();
+    return m_channels.isFull() && std::any_of(all.begin(), all.end(), std::mem_fn(&channel::isLeaving));
 }
 
 void receiver::admit(wire::descriptor taken)

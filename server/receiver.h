@@ -35,6 +35,7 @@ public:
 
 private:
     void connection();
+    bool awaitsRoom() const;
     void admit(wire::descriptor taken);
     void gotData(channel *client);
     void closed(channel *client);

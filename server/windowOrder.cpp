@@ -15,6 +15,7 @@
 void windowOrder::bringToFront(QWidget *dialog, bool takesKeyboard)
 {
     const bool wasVisible = dialog->isVisible();
+    dialog->installEventFilter(this);
     dialog->setAttribute(Qt::WA_ShowWithoutActivating, boxIsOpen() || !takesKeyboard);
     dialog->show();
     if (boxIsOpen()) {
@@ -69,7 +70,9 @@ bool windowOrder::eventFilter(QObject *window, QEvent *event)
 {
     if (event->type() == QEvent::WindowActivate) {
         auto *box = qobject_cast<QWidget *>(window);
-        if (m_boxes.contains(box) && box != m_boxes.constLast()) {
+        if (boxIsOpen() && !m_boxes.contains(box)) {
+            m_boxes.constLast()->activateWindow();
+        } else if (boxIsOpen() && box != m_boxes.constLast()) {
             m_boxes.move(m_boxes.indexOf(box), m_boxes.size() - 1);
             box->raise();
             keepBelowBoxes();

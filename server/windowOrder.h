@@ -28,7 +28,8 @@ public:
     bool boxIsOpen() const { return !m_boxes.isEmpty(); }
 
 protected:
-    /// Watches the boxes: the window manager changes their place after they have been shown.
+    /// Watches the boxes, whose place the window manager changes after they have been shown, and the dialog,
+    /// on which a click takes the keyboard from them.
     bool eventFilter(QObject *window, QEvent *event) override;
 
 private:

@@ -56,16 +56,21 @@ void busyWidget::takeColors()
 void busyWidget::setBusyPixmap(const QString &fileName)
 {
     const QSize natural = loadPixmap(fileName);
-    // Whatever is configured, no window or image needs to be larger than the screen.
-    const QSize screenSize = screen()->virtualSize();
+    const QSize most = mostRoom();
     const auto chosen = [](int setting, int otherwise) { return setting >= 1 ? setting : otherwise; };
-    m_width = qMin(chosen(appearance.m_busyWidth, natural.width()), screenSize.width());
-    m_height = qMin(chosen(appearance.m_busyHeight, natural.height()), screenSize.height());
+    m_width = qMin(chosen(appearance.m_busyWidth, natural.width()), most.width());
+    m_height = qMin(chosen(appearance.m_busyHeight, natural.height()), most.height());
     diff_x = m_icon.isNull() ? 0 : qMax(0, m_width - m_icon.width());
     diff_y = m_icon.isNull() ? 0 : qMax(0, m_height - m_icon.height());
     setFixedSize(m_width, m_height);
     m_progr->setGeometry(diff_x / 2 + 4, diff_y / 2 + 4, m_width - diff_x - 8, m_height - diff_y - 30);
     update();
+}
+
+/// Whatever is configured, no window or image needs to be larger.
+QSize busyWidget::mostRoom() const
+{
+    return 2 * screen()->virtualSize();
 }
 
 /// Gives the size that the file's image asks for.
@@ -79,8 +84,8 @@ QSize busyWidget::loadPixmap(const QString &fileName)
     }
     m_icon.load(imageFile(fileName));
     const QSize size = m_icon.isNull() ? defaultSize : m_icon.size();
-    if (const QSize screenSize = screen()->virtualSize(); size != size.boundedTo(screenSize))
-        m_icon = m_icon.copy(QRect(QPoint(), screenSize));
+    if (size != size.boundedTo(mostRoom()))
+        m_icon = m_icon.copy(QRect(QPoint(), mostRoom()));
     return size;
 }
 

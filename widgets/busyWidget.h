@@ -42,6 +42,7 @@ protected:
 
 private:
     void takeColors();
+    QSize mostRoom() const;
     QSize loadPixmap(const QString &fileName);
     void takeCentralSize();
     void paintWheel(QPainter &painter) const;

@@ -24,6 +24,19 @@ class Channels(Case):
         for channel in (first, *also):
             channel.until("isActivated")
 
+    def test_let_the_quick_ones_pass(self):
+        """More than there is room for at a time, one after the other: nothing of theirs is lost, and nobody is the last
+        while the next is there."""
+        daemon, events, client = self.session()
+        for _ in range(100):
+            later = daemon.commands()
+            client.progress("activate")
+            client.socket.close()
+            client = later
+        for _ in range(100):
+            events.until("isActivated")
+        events.served()
+
     def test_reach_every_channel_of_the_walk(self):
         daemon, first, commands = self.session()
         second, also = daemon.events(), daemon.commands()

@@ -5,7 +5,7 @@ import re
 import time
 from pathlib import Path
 
-from harness import SLOWNESS, Case, Log, main, resident_kib, until, write_picture
+from harness import SLOWNESS, Case, Log, main, resident_kib, scratch, until, write_picture
 
 RUN = ("create:0;x", "addButt:0;y")
 
@@ -15,9 +15,11 @@ class Dialogs(Case):
         return "Override Redirect State: yes" in self.screen.facts(window)
 
     def test_modal_one_stays(self):
-        daemon, events, _ = self.session()
+        # Half as wide as the configured screen, even where the real one is smaller.
+        daemon, events, _ = self.session("screenGeometry=1800,600")
         events.progress("create:0;x")
         dialog = self.screen.window()
+        self.assertEqual(dialog.area, ((1800 - 916) // 2, (600 - dialog.height) // 2, 916, dialog.height))
         self.assertTrue(self.bypasses_the_manager(dialog))
         events.progress("activate", "messageStart", "messageStop", "remove:0", "create:0;x")
         events.until("isHidden")
@@ -52,6 +54,18 @@ class Dialogs(Case):
         events.until("isHidden")
         self.screen.gone()
 
+    def test_the_end_of_a_shown_one_is_logged(self):
+        """Also where the daemon ends before the copy is on the screen."""
+        for mode, rest in (("on", ""), ("off", ""), ("off", "<progress>remove:0</progress>")):
+            with self.alone(mode, rest=rest):
+                log = f"{scratch()}/{mode}{len(rest)}.log"
+                daemon = self.daemon("--log", log, private=True)
+                client = daemon.local(f"<configuration>windowModal={mode}</configuration>")
+                client.send(f"<progress>create:0;x</progress>{rest}<exit/>")
+                self.assertEqual(daemon.status(), 0)
+                with open(log) as file:
+                    self.assertEqual("---- destroying dialog while open" in file.read(), not rest)
+
     def test_mode_changes_while_shown(self):
         daemon, events, _ = self.session()
         events.progress("create:0;x")
@@ -66,7 +80,7 @@ class Dialogs(Case):
         self.assertEqual(self.screen.window("Copy").id, copy.id)
 
     def test_a_burst_takes_no_more_memory(self):
-        """Many replacements in one write: no window or picture each, and none larger than the screen."""
+        """Many replacements in one write: no window or picture each, and none of any size."""
         for settings, count in ((), 2200), (("screenGeometry=32767,32767",), 20), (("windowPixmap=big.ppm",), 200):
             with self.alone(settings):
                 daemon = self.daemon()
