@@ -59,18 +59,20 @@ done
 """
 
 
-def traces():
-    """Files that daemons leave."""
+def traces(code):
+    """Files that daemons leave whose names stand in a sample; other tests' daemons come and go at the same time."""
     folders = {"/tmp": "HalvornRunning_", "/var/tmp": "currentTimestamps_", "/var/instrument": "currentTimestamps_"}
     return {os.path.join(folder, name) for folder, start in folders.items() if os.path.isdir(folder)
-            for name in os.listdir(folder) if name.startswith(start)}
+            for name in os.listdir(folder) if name.startswith(start) and name[len(start):].rpartition(".")[0] in code}
 
 
-def end_daemons(known):
-    for path in traces() - known:
+def clear_away(code, known):
+    for path in traces(code) - known:
         if path.endswith(".lock"):
             identifier = path[len("/tmp/HalvornRunning_"):-len(".lock")]
             subprocess.run(["progressctl", "-i", identifier, "stop"], capture_output=True, check=False)
+    for path in traces(code) - known:
+        os.remove(path)
 
 
 def run(language, code, folder):
@@ -78,7 +80,7 @@ def run(language, code, folder):
     path = os.path.join(folder, "sample")
     with open(path, "w", encoding="utf-8") as file:
         file.write(code)
-    known = traces()
+    known = traces(code)
     sample = subprocess.Popen(COMMANDS[language](path), cwd=folder, start_new_session=True, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     try:
@@ -87,7 +89,7 @@ def run(language, code, folder):
         os.killpg(sample.pid, signal.SIGKILL)
         return "none in time", sample.communicate()[0]
     finally:
-        end_daemons(known)
+        clear_away(code, known)
     return sample.returncode, output
 
 
@@ -121,7 +123,6 @@ def prepare(build, folder):
 
 
 def main(source, build):
-    known = traces()
     folder = tempfile.mkdtemp(prefix="samples-")
     answers = None
     try:
@@ -131,9 +132,6 @@ def main(source, build):
     finally:
         if answers:
             os.killpg(answers.pid, signal.SIGTERM)
-        end_daemons(known)
-        for trace in traces() - known:
-            os.remove(trace)
         shutil.rmtree(folder)
     sys.exit("\n".join(filter(None, faults)) or 0)
 

@@ -145,7 +145,7 @@ class Desktop(Case):
             time.sleep(0.02)
         until(lambda: (0.5, True, False) in bus.launcher(), "half of the run")
         self.assertLessEqual(len(bus.launcher()), 2 + (time.monotonic() - began) * 5)
-        self.assertEqual(self.progress_beside_window(), 50)
+        until(lambda: self.progress_beside_window() == 50, "the progress beside the window")
         events.progress("activate")  # which replaces the window
         events.until("isActivated")
         until(lambda: self.progress_beside_window() == 50, "the progress on the copy")
@@ -214,16 +214,12 @@ class Desktop(Case):
             reader = start([*READER], stdout=log, stdin=subprocess.PIPE, stderr=subprocess.STDOUT, env=environment,
                            text=True)
 
-            def heard(text):
+            def heard():
                 log.seek(0)
-                return text in log.read()
+                return log.read()
 
             def await_line(text):
-                try:
-                    until(lambda: heard(text), text)
-                except AssertionError as error:
-                    log.seek(0)
-                    raise AssertionError(f"{error} after:\n{log.read()}") from None
+                until(lambda: text in heard(), lambda: f"after {heard()}\n{text}")
 
             self.addCleanup(reader.stdin.close)
             self.addCleanup(reader.wait)

@@ -214,6 +214,7 @@ class Input(Case):
         events.progress("messageStart")
         self.screen.gone()
         self.screen.click(box.x + box.width // 2, box.y + 20)
+        self.screen.focused("Other")
         events.progress("messageStop")
         self.screen.focused()
         self.screen.key("Return")

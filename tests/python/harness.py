@@ -32,13 +32,13 @@ os.environ.setdefault("FONTCONFIG_FILE", os.path.join(os.path.dirname(os.path.ab
 
 
 def until(condition, what="what was awaited", seconds=PATIENCE):
-    """Waits until the condition gives something true, and returns that."""
+    """Waits until the condition gives something true, and returns that. `what` may be asked when it is missed."""
     deadline = time.monotonic() + seconds
     while True:
         if result := condition():
             return result
         if time.monotonic() > deadline:
-            raise AssertionError(f"{what} does not come")
+            raise AssertionError(f"{what() if callable(what) else what} does not come")
         time.sleep(0.005)
 
 
@@ -164,10 +164,7 @@ class Screen:
             found = self.windows(title)
             return len(found) == 1 and found[0]
 
-        try:
-            return until(only_one, f"the window {title}")
-        except AssertionError as error:
-            raise AssertionError(f"{error}; there are:\n{self.run('xwininfo', '-root', '-tree')}") from None
+        return until(only_one, lambda: f"in {self.run('xwininfo', '-root', '-tree')}\nthe window {title}")
 
     def focus(self):
         return int(self.xdotool("getwindowfocus") or 0)
@@ -413,6 +410,14 @@ class Daemon:
 
     def descriptors(self):
         return len(os.listdir(f"/proc/{self.pid}/fd"))
+
+    def sockets(self):
+        """The toolkit's threads open what is none whenever they have their turn."""
+        links = []
+        for path in glob.glob(f"/proc/{self.pid}/fd/*"):
+            with contextlib.suppress(FileNotFoundError):
+                links.append(os.readlink(path))
+        return {link for link in links if link.startswith("socket:")}
 
     def cpu_seconds(self):
         with open(f"/proc/{self.pid}/stat") as stat:
