@@ -412,7 +412,7 @@ class Daemon:
         return len(os.listdir(f"/proc/{self.pid}/fd"))
 
     def sockets(self):
-        """The toolkit's threads open what is none whenever they have their turn."""
+        """Those of its channels and its display. A thread of the toolkit's opens something else when it has its first turn."""
         links = []
         for path in glob.glob(f"/proc/{self.pid}/fd/*"):
             with contextlib.suppress(FileNotFoundError):
