@@ -40,7 +40,7 @@ class Languages(ClientCase):
                 self.assertEqual((asking.communicate()[0], asking.returncode), (b"yes\n", 0))
                 self.ctl("configure 'busyIndicator=0|0|1|1|empty'")
                 self.ctl("bar 0 Copy")
-                area = self.screen.window().area
+                area = self.screen.window(self.name).area
                 until(lambda: len(self.screen.picture().colours(area)) > 20, "the texts")
                 pictures.append(self.screen.settled().bytes)
                 self.assertEqual(self.ctl("stop").status, 0)

@@ -248,7 +248,7 @@ class Ends(ClientCase):
             with self.subTest(name):
                 running = self.begin(script)
                 if "OK" in name:
-                    until(lambda: self.screen.window(self.name).width > 500, "the button")
+                    until(lambda: self.screen.window(self.name).width > 400, "the button")
                 self.press(*key.split())
                 result = Result(running)
                 self.assertEqual((result.output, result.errors), (printed, ""))
