@@ -22,7 +22,7 @@ for kind, word, *more in map(str.split, subprocess.check_output([os.environ["PRI
 def messages(chance, tag, keywords, separator):
     """Messages with values that nobody expects."""
     return "".join(f"<{tag}>{chance.choice(keywords)}"
-                   f"{separator.join(chance.choices(VALUES, k=chance.randrange(1, 7)))}</{tag}>" for _ in range(400))
+                   f"{separator.join(chance.choices(VALUES, k=chance.randrange(1, 7)))}</{tag}>" for _ in range(200))
 
 
 def texts(chance):
