@@ -229,7 +229,7 @@ class Ends(ClientCase):
 
     def test_are_the_users(self):
         """Keys, the extra button and the window manager's way to close."""
-        self.environment["OK"] = "W" * 40  # makes the window wide
+        self.environment["OK"] = "W" * 40  # has a line of its own
         waiting = WAITING.replace("exit $s", "echo $s").replace("pipe", "pipe --title $TITLE --ok-label $OK")
         ended = waiting.replace("exec sleep 99", ":")
         for name, script, key, printed in (
@@ -239,7 +239,7 @@ class Ends(ClientCase):
                 ("Escape without Cancel", waiting.format("--no-cancel"), "Escape", "1\n"),
                 ("OK", ended.format(""), "Return", "0\n"),
                 ("OK at 100", waiting.format("").replace("echo 30", "echo 100; echo 50"), "Return", "0\n"),
-                ("Escape beside OK", ended.format("--no-cancel --pulsate"), "Escape", "1\n"),
+                ("Escape at the end", ended.format("--no-cancel --pulsate"), "Escape", "1\n"),
                 ("OK of a command", "progressctl pipe --keep-open --title $TITLE --ok-label $OK -- sh -c 'exit 3'; echo $?", "Return", "3\n"),
                 ("an extra button", waiting.format("--no-cancel --extra-button 'Nö; no'"), "Return", "Nö; no\n1\n"),
                 ("a button with a status", waiting.format("--button=gtk-ok:0 --button 'No!x:7'"), "Tab Return", "7\n"),
@@ -247,8 +247,8 @@ class Ends(ClientCase):
                  "sh -c 'echo 30; sleep 99'; echo $?", "Return", "42\n")):
             with self.subTest(name):
                 running = self.begin(script)
-                if "OK" in name:
-                    until(lambda: self.screen.window(self.name).width > 400, "the button")
+                if name.startswith("OK"):
+                    until(lambda: self.screen.window(self.name).height > 120, "the button")
                 self.press(*key.split())
                 result = Result(running)
                 self.assertEqual((result.output, result.errors), (printed, ""))

@@ -245,7 +245,8 @@ class LocalChannel(Case):
             listener.received = b""
         client.progress("addButt:0;x", "delButt:0")
         stop.join()
-        self.assertLess(daemon.resident_kib() - before, 24 * 1024 * SLOWNESS)
+        # Four MiB wait for each, in up to twice the room; the listener may be behind, too.
+        self.assertLess(daemon.resident_kib() - before, 32 * 1024 * SLOWNESS)
         # An answer that does not fit ends a channel; another one missed whole events, and hears on.
         channels = daemon.sockets()
         silent.send("<claim/>" * 4)

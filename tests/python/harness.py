@@ -116,7 +116,7 @@ class Screen:
         self.managers = [start(shlex.split(manager), env=self.environment, stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL) for manager in managers]
         if managers:
-            until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"), "the window manager")
+            until(lambda: "yes" in self.run("xprop", "-root", "_READY"), "the window manager")
         atexit.register(self.end)
 
     def end(self):
@@ -451,7 +451,8 @@ def screen(*managers):
     return Screen(*managers)
 
 
-OPENBOX = ("openbox --sm-disable",)
+# It is there before it cares for windows, and loses those that are mapped meanwhile.
+OPENBOX = ("openbox --sm-disable --startup 'xprop -root -f _READY 8s -set _READY yes'",)
 
 
 def on_all_screens(test, but=None):
