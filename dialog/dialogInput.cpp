@@ -111,8 +111,13 @@ void dialogInput::forgetInput(QEvent *ev)
         m_heldKeys.clear();
     if (ev->type() == QEvent::Hide)
         m_buttonPressed = false;
-    if (ev->type() == QEvent::Show && onWayland() && m_window.testAttribute(Qt::WA_ShowWithoutActivating))
+    if (ev->type() == QEvent::Show)
+        m_isUnasked = onWayland() && m_window.testAttribute(Qt::WA_ShowWithoutActivating);
+    // On a busy machine the keyboard comes long after the window.
+    if (m_isUnasked && (ev->type() == QEvent::Show || ev->type() == QEvent::WindowActivate)) {
+        m_isUnasked = ev->type() == QEvent::Show;
         m_sinceTyped.start();
+    }
 }
 
 void dialogInput::drag(QEvent *ev)

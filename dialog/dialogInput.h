@@ -66,6 +66,8 @@ private:
     /// The keys that went down on the dialog, or on one that it is a copy of, and are still held; by scan
     /// code.
     QSet<quint32> m_heldKeys;
-    /// Since the dialog appeared unasked, or since what was typed on then.
+    /// The dialog appeared unasked, and has not had the keyboard since.
+    bool m_isUnasked = false;
+    /// Since it appeared so, or got the keyboard then, or since what was typed on then.
     QElapsedTimer m_sinceTyped;
 };

@@ -2,6 +2,7 @@
 
 #include "platform/x11.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QWidget>
 #include <QWindow>
@@ -53,6 +54,19 @@ x11Input::x11Input()
     if (const auto *extension = xcb_get_extension_data(x11, &xcb_input_id); extension && extension->present)
         m_xinput = extension->major_opcode;
     qGuiApp->installNativeEventFilter(this);
+    qGuiApp->installEventFilter(this);
+}
+
+/// The toolkit hands a press to the window that it counts as the active one by then: one on the dialog would
+/// answer the box that has just opened. Keys in a menu are those of the window below it.
+bool x11Input::eventFilter(QObject *object, QEvent *event)
+{
+    if ((event->type() != QEvent::ShortcutOverride && event->type() != QEvent::KeyPress) ||
+        !object->isWindowType() || QApplication::activePopupWidget())
+        return false;
+    const quint32 code = static_cast<QKeyEvent *>(event)->nativeScanCode();
+    const quint32 downOn = code < m_downOn.size() ? m_downOn[code] : 0;
+    return downOn != 0 && downOn != static_cast<QWindow *>(object)->winId();
 }
 
 bool x11Input::nativeEventFilter(const QByteArray &, void *message, qintptr *)

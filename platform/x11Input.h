@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractNativeEventFilter>
+#include <QObject>
 
 #include <array>
 
@@ -17,11 +18,12 @@ class QWidget;
 /// A held key repeats as presses, without releases in between, in whichever window has the keyboard by then.
 /// The display does not mark these, so for every key that is down it is remembered where it went down;
 /// elsewhere its repetitions do not count: a key held in one window is no answer to the box that opens.
-class x11Input : public QAbstractNativeEventFilter
+class x11Input : public QObject, public QAbstractNativeEventFilter
 {
 public:
     x11Input();
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
+    bool eventFilter(QObject *object, QEvent *event) override;
 
 private:
     bool isWanted(quint8 keyCode, quint32 window, quint16 &state);

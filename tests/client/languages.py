@@ -1,7 +1,7 @@
 """Words in the user's language, on a machine that need not have its locale."""
 
 from client import ClientCase
-from harness import main
+from harness import main, until
 
 VARIABLES = ("LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG")
 # The locale as it is set, and the caption of a bar that has none.
@@ -39,6 +39,8 @@ class Languages(ClientCase):
                 self.assertEqual((asking.communicate()[0], asking.returncode), (b"yes\n", 0))
                 self.ctl("configure 'busyIndicator=0|0|1|1|empty'")
                 self.ctl("bar 0 Copy")
+                area = self.screen.window(self.name).area
+                until(lambda: len(self.screen.picture().colours(area)) > 20, "the texts")
                 pictures.append(self.screen.settled().bytes)
                 self.assertEqual(self.ctl("stop").status, 0)
         english, same, german = pictures

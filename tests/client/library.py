@@ -31,8 +31,8 @@ class Library(ClientCase):
         probe = self.probe("useAll")
         self.assertEqual(probe.stdout.readline(), b"asked\n")
         for title, key, said in (("second", "Escape", b"second is answered\n"), ("first", "Return", b"done\n")):
-            window = self.screen.window(title)
-            self.screen.xdotool(f"windowfocus --sync {window.id} key {key}")
+            self.screen.focused(title)
+            self.screen.key(key)
             self.assertEqual(probe.stdout.readline(), said)
         self.assertEqual(probe.communicate(), (b"", b""))
 

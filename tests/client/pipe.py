@@ -4,12 +4,13 @@ import contextlib
 import os
 import re
 import signal
+import socket
 import subprocess
 import time
 import urllib.parse
 
 from client import ClientCase, FakeDaemon, Result
-from harness import PATIENCE, main, until
+from harness import PATIENCE, Channel, main, until
 
 # A writer that has not ended when pipe has, and is ended by the script.
 WAITING = "exec 3< <(echo 30; exec sleep 99); w=$!; progressctl pipe {} <&3; s=$?; kill $w 2>/dev/null; exit $s"
@@ -220,7 +221,7 @@ class Ends(ClientCase):
                 result = self.run_script(script)
                 self.assertEqual(result.status, status, result.errors)
                 self.check_line(result.errors, message)
-        self.assertEqual(os.listdir(self.folder), [])
+        until(lambda: not os.listdir(self.folder), "the end of the daemons")
 
     def press(self, *keys):
         self.screen.focus_on(self.name)
@@ -228,7 +229,8 @@ class Ends(ClientCase):
 
     def test_are_the_users(self):
         """Keys, the extra button and the window manager's way to close."""
-        waiting = WAITING.replace("exit $s", "echo $s").replace("pipe", "pipe --title $TITLE")
+        self.environment["OK"] = "W" * 40  # has a line of its own
+        waiting = WAITING.replace("exit $s", "echo $s").replace("pipe", "pipe --title $TITLE --ok-label $OK")
         ended = waiting.replace("exec sleep 99", ":")
         for name, script, key, printed in (
                 ("Cancel", waiting.format(""), "Return", "1\n"),
@@ -238,15 +240,15 @@ class Ends(ClientCase):
                 ("OK", ended.format(""), "Return", "0\n"),
                 ("OK at 100", waiting.format("").replace("echo 30", "echo 100; echo 50"), "Return", "0\n"),
                 ("Escape at the end", ended.format("--no-cancel --pulsate"), "Escape", "1\n"),
-                ("OK of a command", "progressctl pipe --keep-open --title $TITLE -- sh -c 'exit 3'; echo $?", "Return", "3\n"),
+                ("OK of a command", "progressctl pipe --keep-open --title $TITLE --ok-label $OK -- sh -c 'exit 3'; echo $?", "Return", "3\n"),
                 ("an extra button", waiting.format("--no-cancel --extra-button 'Nö; no'"), "Return", "Nö; no\n1\n"),
                 ("a button with a status", waiting.format("--button=gtk-ok:0 --button 'No!x:7'"), "Tab Return", "7\n"),
                 ("a command", "progressctl pipe --title $TITLE --auto-kill --cancel-status 42 -- "
                  "sh -c 'echo 30; sleep 99'; echo $?", "Return", "42\n")):
             with self.subTest(name):
                 running = self.begin(script)
-                if "30" not in script or "100" in script or ":" in script:
-                    time.sleep(0.5)
+                if name.startswith("OK"):
+                    until(lambda: self.screen.window(self.name).height > 120, "the button")
                 self.press(*key.split())
                 result = Result(running)
                 self.assertEqual((result.output, result.errors), (printed, ""))
@@ -288,9 +290,13 @@ class Ends(ClientCase):
         self.start_shared()
         job = "progressctl pipe --title {} < <(echo 30; exec sleep 99); echo $?"
         pipes = []
-        for name in "abc":
-            pipes.append(self.begin(job.format(name)))
-            time.sleep(0.5)
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.connect(self.path)
+            listener = Channel(connection)
+            listener.send("<events/>")
+            for name in "abc":
+                pipes.append(self.begin(job.format(name)))
+                listener.until("isActivated")
         self.press("Tab", "Escape")
         self.assertEqual(pipes[1].stdout.readline(), b"1\n")
         self.assertEqual([pipes[0].poll(), pipes[2].poll()], [None, None])
@@ -313,10 +319,10 @@ class Ends(ClientCase):
         self.screen.gone(self.name)
 
     def test_outlive_their_daemon(self):
-        for script, status in ((WAITING.format(""), 4), ("progressctl pipe -- sh -c 'echo 5; sleep 1; echo 10; exit 3'", 3)):
+        for script, status in ((WAITING.format(""), 4), ("progressctl pipe -- sh -c 'echo 5; cat; echo 10; exit 3'", 3)):
             with self.subTest(script):
                 self.start_shared()
-                running = self.begin(script)
+                running = self.begin(script, stdin=subprocess.PIPE)
                 self.screen.window(self.name)
                 self.assertEqual(self.ctl("stop").status, 0)
                 result = Result(running)

@@ -250,9 +250,9 @@ class BoxesAndDialog(Case):
         self.screen.press("Return", "First")
         self.assertEqual(commands.answer(), OK)
         others.send(box("Other", OK))
-        self.screen.window("Other")
+        other = self.screen.focused("Other")
         time.sleep(1)
-        self.assertEqual(self.screen.focus(), self.screen.window("Other").id)
+        self.assertEqual(self.screen.focus(), other.id)
 
     # It is the manager who hands the keyboard on between windows that it manages, and to whom it likes.
     @functools.partial(on_all_screens, but=(OPENBOX, "windowModal=off"))

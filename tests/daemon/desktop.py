@@ -133,7 +133,7 @@ class Desktop(Case):
             time.sleep(0.02)
         until(lambda: (0.5, True, False) in bus.launcher(), "half of the run")
         self.assertLessEqual(len(bus.launcher()), 2 + (time.monotonic() - began) * 5)
-        self.assertEqual(self.progress_beside_window(), 50)
+        until(lambda: self.progress_beside_window() == 50, "the progress beside the window")
         events.progress("activate")  # which replaces the window
         events.until("isActivated")
         until(lambda: self.progress_beside_window() == 50, "the progress on the copy")

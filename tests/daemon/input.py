@@ -197,6 +197,7 @@ class Input(Case):
         events.progress("messageStart")
         self.screen.gone()
         self.screen.click(box.x + box.width // 2, box.y + 20)
+        self.screen.focused("Other")
         events.progress("messageStop")
         self.screen.press("Return")
         events.until("clicked:0")

@@ -179,10 +179,15 @@ class LocalChannel(Case):
     def test_hears_at_once(self):
         """Also in the middle of a batch that takes long."""
         daemon, listener, client = self.private()
-        client.progress(*["create:0;x", "remove:0"] * 1500, "addButt:0;x", "activate")
-        self.assertEqual(listener.event(), "isShown")
-        self.assertNotIn(b"isActivated", listener.received)
-        listener.until("isActivated")
+
+        def hears_the_middle():
+            client.progress(*["create:0;x", "remove:0"] * 1500, "activate")
+            self.assertEqual(listener.event(), "isShown")
+            is_early = b"isActivated" not in listener.received
+            listener.until("isActivated")
+            return is_early
+
+        until(hears_the_middle, "an event before its batch is done")  # unless the test had no turn meanwhile
 
     def test_has_bounds(self):
         for name, text, survives in (("within", b"x" * (16 * MIB - 100), True), ("beyond", b"x" * (16 * MIB + 1), False)):
@@ -206,7 +211,7 @@ class LocalChannel(Case):
         self.assertEqual(clients[-1].item(), "claimed -1")
         self.assertEqual(daemon.local().rest(), b"")
         clients[0].close()
-        until(lambda: daemon.local().ask("<claim/>").startswith("claimed "))
+        self.assertEqual(daemon.local().ask("<claim/>"), "claimed 1")
 
     def test_does_not_wait_for_one_who_never_reads(self):
         daemon, listener, client = self.private()
@@ -220,11 +225,12 @@ class LocalChannel(Case):
             listener.received = b""
         client.progress("addButt:0;x", "delButt:0")
         stop.join()
-        self.assertLess(resident_kib(daemon.pid) - before, 24 * 1024 * SLOWNESS)
+        # Four MiB wait for each, in up to twice the room; the listener may be behind, too.
+        self.assertLess(resident_kib(daemon.pid) - before, 32 * 1024 * SLOWNESS)
         # An answer that does not fit ends a channel; another one missed whole events, and hears on.
-        channels = daemon.descriptors()
+        channels = daemon.sockets()
         silent.send("<claim/>" * 4)
-        until(lambda: daemon.descriptors() < channels, "the end of the channel")
+        until(lambda: daemon.sockets() < channels, "the end of the channel")
         silent.rest()
         while len(deaf.received) < 3 * MIB:
             self.assertTrue(deaf.more())
@@ -236,14 +242,14 @@ class LocalChannel(Case):
 
     def test_leaves_nothing_of_those_who_come_and_go(self):
         daemon, listener, client = self.private()
-        before = daemon.descriptors()
+        before = daemon.sockets()
         for count, growth in ((3000, 1 << 20), (10000, 4096)):
             resident = resident_kib(daemon.pid)
             for number in range(count):
                 daemon.local("<events/><claim/><progress>update:0;1").socket.close()
                 if number % 20 == 0:
                     self.heard(listener, client)
-            until(lambda: daemon.descriptors() <= before)
+            until(lambda: daemon.sockets() == before, lambda: f"{before} instead of {daemon.sockets()}")
             self.assertLess(resident_kib(daemon.pid) - resident, growth * SLOWNESS)
 
     def test_serves_no_other_user(self):

@@ -117,9 +117,12 @@ class Wayland(Case):
 
     def test_a_dialog_that_appears_lets_nothing_be_pressed(self):
         """Whoever types gets to see it, and the compositor gives it the keyboard."""
-        client = self.client()
-        typing = start(["wtype", "-d", "30", *["word"] * 15, "-k", "Return", "-k", "space", "-k", "Escape", "-d", "30",
-                        *["word"] * 5], env=self.compositor.environment)
+        client, other = self.client(), self.client(FITTED.replace("Job", "Other"))
+        other.progress("addButt:0;x")
+        self.compositor.focused("Other")
+        typing = start(["wtype", "-s", str(PAUSE), "-k", "Return", "-d", "30", *["word"] * 15, "-k", "Return", "-k", "space",
+                        "-k", "Escape", "-d", "30", *["word"] * 5], env=self.compositor.environment)
+        other.until("clicked:0")
         client.progress("create:0;x", "addButt:0;Stop")
         self.assertEqual(typing.wait(PATIENCE), 0)
         self.compositor.focused()

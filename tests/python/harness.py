@@ -33,7 +33,7 @@ os.environ.setdefault("FONTCONFIG_FILE", str(Path(__file__).resolve().parent / "
 
 
 def until(condition, what="what was awaited", seconds=PATIENCE):
-    """Waits until the condition gives something true, and returns that. What may be a function, asked in the end."""
+    """Waits until the condition gives something true, and returns that. `what` may be asked when it is missed."""
     deadline = time.monotonic() + seconds
     while True:
         if result := condition():
@@ -126,7 +126,7 @@ class Screen:
         self.managers = [start(shlex.split(manager), env=self.environment, stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL) for manager in managers]
         if managers:
-            until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"), "the window manager")
+            until(lambda: "yes" in self.run("xprop", "-root", "_READY"), "the window manager")
         atexit.register(self.end)
 
     def end(self):
@@ -174,7 +174,7 @@ class Screen:
             found = self.windows(title)
             return len(found) == 1 and found[0]
 
-        return until(only_one, lambda: f"in {self.run('xwininfo', '-root', '-tree')} the window {title}")
+        return until(only_one, lambda: f"in {self.run('xwininfo', '-root', '-tree')}\nthe window {title}")
 
     def focus(self):
         return int(self.xdotool("getwindowfocus") or 0)
@@ -416,6 +416,14 @@ class Daemon:
     def descriptors(self):
         return len(os.listdir(f"/proc/{self.pid}/fd"))
 
+    def sockets(self):
+        """Those of its channels and its display. A thread of the toolkit's opens something else when it has its first turn."""
+        links = []
+        for path in glob.glob(f"/proc/{self.pid}/fd/*"):
+            with contextlib.suppress(FileNotFoundError):
+                links.append(os.readlink(path))
+        return {link for link in links if link.startswith("socket:")}
+
     def cpu_seconds(self):
         fields = Path(f"/proc/{self.pid}/stat").read_text().rsplit(")", 1)[1].split()
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
@@ -447,7 +455,8 @@ def screen(*managers):
     return Screen(*managers)
 
 
-OPENBOX = ("openbox --sm-disable",)
+# It is there before it cares for windows, and loses those that are mapped meanwhile.
+OPENBOX = ("openbox --sm-disable --startup 'xprop -root -f _READY 8s -set _READY yes'",)
 
 
 def on_all_screens(test, but=None):

@@ -244,6 +244,7 @@ import sys, time
 from progressclient import Progress, write
 with Progress("Line", learn="", program=sys.argv[1]) as window:
     bar = window.bar("Items", 8)
+    window._courier.is_decided.wait()
     for item in range(8):
         if item == 4:
             bar.text = "\x1b[31mhalf"
