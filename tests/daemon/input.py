@@ -196,8 +196,8 @@ class Input(Case):
         # It is hidden, the other has the keyboard again, and it comes back to the front.
         events.progress("messageStart")
         self.screen.gone()
-        self.screen.click(box.x + box.width // 2, box.y + 20)
-        self.screen.focused("Other")
+        # The toolkit takes a click for none on what has lost the keyboard less than 0.4 s ago.
+        until(lambda: self.screen.click(box.x + box.width // 2, box.y + 20) or self.screen.focus() == box.id, "the other's turn")
         events.progress("messageStop")
         self.screen.press("Return")
         events.until("clicked:0")
