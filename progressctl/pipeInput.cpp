@@ -54,6 +54,12 @@ std::int64_t takeDigits(std::string_view &text)
     return number;
 }
 
+/// The same as a percent that may be too large; 0 without any.
+int takeWhole(std::string_view &text)
+{
+    return static_cast<int>(std::clamp<std::int64_t>(takeDigits(text), 0, mostWhole));
+}
+
 bool takePrefix(std::string_view &text, std::string_view prefix)
 {
     const bool isThere = text.starts_with(prefix);
@@ -67,7 +73,8 @@ int joinedDigits(std::string_view text)
 {
     std::string digits(text.substr(0, text.find_first_of(".,")));
     std::erase_if(digits, [](char each) { return !isDigit(each); });
-    return numberAtFront(digits)->whole;
+    std::string_view left = digits;
+    return takeWhole(left);
 }
 
 /// "45" of "1,048,576  45% …", as rsync tells the bytes first.
@@ -121,7 +128,7 @@ std::optional<frontNumber> numberAtFront(std::string_view text)
     const bool isFraction = text.size() > 1 && text.front() == '.' && isDigit(text[1]);
     if (text.empty() || (!isDigit(text.front()) && !isFraction))
         return std::nullopt;
-    const auto whole = static_cast<int>(std::clamp<std::int64_t>(takeDigits(text), 0, mostWhole));
+    const int whole = takeWhole(text);
     if (takePrefix(text, "."))
         takeDigits(text);
     return frontNumber{isNegative ? std::min(-whole, -1) : whole, text};
