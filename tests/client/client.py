@@ -10,6 +10,7 @@ import re
 import socket
 import struct
 import subprocess
+import termios
 import threading
 
 from harness import OPENBOX, PATIENCE, Case, start
@@ -62,6 +63,21 @@ class ClientCase(Case):
         fake = FakeDaemon(self.path, **how)
         self.addCleanup(fake.close)
         return fake
+
+    def in_terminal(self, begin, *program):
+        """What a program that `begin` starts shows on a terminal of 80 columns."""
+        try:
+            ours, theirs = os.openpty()
+        except OSError:
+            self.skipTest("needs a pseudo terminal, of /dev/pts")
+        termios.tcsetwinsize(theirs, (24, 80))
+        process, shown = begin(*program, stdout=theirs, stderr=theirs), b""
+        os.close(theirs)
+        with open(ours, "rb", 0) as terminal, contextlib.suppress(OSError):  # which it gives when it is left
+            while piece := terminal.read(65536):
+                shown += piece
+        self.assertEqual(process.wait(PATIENCE), 0)
+        return shown.decode()
 
     def check_line(self, errors, part):
         self.assertEqual(errors.count("\n"), 1 if part else 0, errors)

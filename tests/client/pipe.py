@@ -9,7 +9,7 @@ import subprocess
 import time
 import urllib.parse
 
-from client import ClientCase, FakeDaemon, Result
+from client import ClientCase, Result
 from harness import PATIENCE, Channel, main, until
 
 # A writer that has not ended when pipe has, and is ended by the script.
@@ -34,8 +34,7 @@ class Lines(ClientCase):
         return result.errors
 
     def test_are_read(self):
-        fake = FakeDaemon(self.path)
-        self.addCleanup(fake.close)
+        fake = self.fake()
         none = (0, None, False)
         for lines, told, complaint in (
                 ("1\\n42", (42, None, False), ""),
@@ -90,8 +89,7 @@ class Lines(ClientCase):
         self.check_told(fake, "--slot 0 --gauge old 8 70", "30\\nXXX\\n40\\nx\\n2 y\\nXXX\\n", (40, "x\n2 y", False))
 
     def test_are_told_in_claimed_slots(self):
-        fake = FakeDaemon(self.path)
-        self.addCleanup(fake.close)
+        fake = self.fake()
         self.assertEqual(self.ctl("pipe --caption 'a;b' --extra-button Pause -- printf '100\\n#x\\n'").status, 0)
         self.assertEqual(
             fake.messages(), "".join(f"<progress>{each}</progress>" for each in (
@@ -107,16 +105,14 @@ class Lines(ClientCase):
             self.assertRegex(fake.messages(), r"update:(\d);-1</progress><progress>update:\1;(0|99)</progress>" + then)
 
     def test_are_told_of_several_bars(self):
-        fake = FakeDaemon(self.path)
-        self.addCleanup(fake.close)
+        fake = self.fake()
         self.assertEqual(self.ctl("pipe --bar A --bar=B:NORM -- printf '50\\n2:70\\n2:#x\\n3:9\\n'").status, 0)
         messages = fake.messages()
         for told in ("create:1;A<", "create:2;B<", "update:2;70<", "updateText:2;B: x<"):
             self.assertIn(told, messages)
 
     def test_tell_the_amount(self):
-        fake = FakeDaemon(self.path)
-        self.addCleanup(fake.close)
+        fake = self.fake()
         for options, lines, told in (
                 ("", "# file 3 of 80, 1/2\\n", "80"), ("", "12/40\\n# 1 of 7\\n", "40"), ("", "copied 0/9\\n", "9"),
                 ("--amount 12", "1/3\\n", "12"), ("", "1/2/2024\\n9/8\\n# v1/2.5 a1/2\\n1/0\\n", None)):
@@ -126,8 +122,7 @@ class Lines(ClientCase):
 
     def test_are_told_as_they_were_meant(self):
         """Labels, captions, and what is given twice or is empty."""
-        fake = FakeDaemon(self.path)
-        self.addCleanup(fake.close)
+        fake = self.fake()
         for options, *told in (
                 ("--cancel-label 'R&D _quit __x'", "addButt:1;R&&D &quit _x<"),
                 ("--cancel-label= --extra-button=", "addButt:1;Cancel<", "activate"),
@@ -141,8 +136,7 @@ class Lines(ClientCase):
                 self.assertEqual([each for each in told if each not in messages], [], messages)
 
     def test_are_told_no_more_than_25_times_a_second(self):
-        fake = FakeDaemon(self.path)
-        self.addCleanup(fake.close)
+        fake = self.fake()
         began = time.monotonic()
         script = "(yes 7 | head -n 1000000; for i in $(seq 99); do echo $i; sleep 0.01; done) | progressctl pipe --auto-close"
         self.assertEqual(self.run_script(script).status, 0)
@@ -151,16 +145,13 @@ class Lines(ClientCase):
         self.assertLessEqual(updates, (time.monotonic() - began) * 25 + 2)
 
     def test_may_be_endless(self):
-        fake = FakeDaemon(self.path)
-        self.addCleanup(fake.close)
+        fake = self.fake()
         self.assertIn("too long", self.run_script("head -c 9000000 /dev/zero | tr '\\0' x | progressctl pipe --auto-close").errors)
         result = self.run_script("(printf '#'; head -c 100000 /dev/zero | tr '\\0' x; echo; echo 50) | progressctl pipe --auto-close")
         self.assertIn("x" * 1023 + "</progress>", fake.messages())
         self.check_line(result.errors, "too long")
 
-
-class Windows(ClientCase):
-    def test_have_the_text_above_the_bar(self):
+    def test_stand_above_the_bar(self):
         """In a window of its own, also one that comes later."""
         def rows(picture, colour):
             return [y for y in range(picture.height) if colour in picture.colours((0, y, picture.width, 1))]
@@ -386,30 +377,15 @@ class Terminal(ClientCase):
                                 ({"TERM_FEATURES": "T3PrSc7"}, False), ({"TERM_FEATURES": "T3PSc7"}, True), ({"TERM_PROGRAM": "ghostty"}, True)):
             with self.subTest(variables):
                 self.environment.update(variables)
-                shown = self.in_terminal(self.JOB)
+                shown = self.in_terminal(self.begin, self.JOB)
                 for name in variables:
                     del self.environment[name]
                 self.assertRegex(shown, r"^\r\[#\.{19}\] 5% ([^\r]* )?a 1 of 3\x1b\[K(.|\n)*\r\[#{20}\] 100% ([^\r]* )?a 1 of 3\x1b\[K(.|\n)*\n$")
                 self.assertEqual(("\x1b]9;4;1;50\x1b\\" in shown, shown.endswith("\x1b]9;4;0;0\x1b\\\r\n")), (says, says), shown)
 
     def test_has_no_more_than_the_line_has_room_for(self):
-        shown = self.in_terminal("progressctl pipe --text $(printf '複%.0s' {1..60}) -- true")
+        shown = self.in_terminal(self.begin, "progressctl pipe --text $(printf '複%.0s' {1..60}) -- true")
         self.assertRegex(shown, r"0% 複{26}\x1b")
-
-    def in_terminal(self, script):
-        try:
-            controller, terminal = os.openpty()
-        except OSError:
-            self.skipTest("needs a pseudo terminal, of /dev/pts")
-        running = self.begin(script, stderr=terminal)
-        os.close(terminal)
-        shown = b""
-        with contextlib.suppress(OSError):
-            while piece := os.read(controller, 4096):
-                shown += piece
-        os.close(controller)
-        self.assertEqual(running.wait(PATIENCE), 0)
-        return shown.decode()
 
     def test_is_cancelled_by_the_keyboard(self):
         running = self.begin("exec progressctl pipe --cancel-status 9 < <(echo 5; exec sleep 9)")

@@ -418,10 +418,7 @@ class Daemon:
 
     def sockets(self):
         """Those of its channels and its display. A thread of the toolkit's opens something else when it has its first turn."""
-        links = []
-        for path in glob.glob(f"/proc/{self.pid}/fd/*"):
-            with contextlib.suppress(FileNotFoundError):
-                links.append(os.readlink(path))
+        links = (os.path.basename(os.path.realpath(path)) for path in glob.glob(f"/proc/{self.pid}/fd/*"))
         return {link for link in links if link.startswith("socket:")}
 
     def cpu_seconds(self):
