@@ -46,9 +46,11 @@ progressPipe::progressPipe(const commonOptions &common, const pipeOptions &optio
 {
     if (options.isGauge)
         m_reading.expectBlocks();
-    const sigset_t set = endingSignals();
-    ::sigprocmask(SIG_BLOCK, &set, nullptr);
+    sigset_t set = endingSignals();
     m_signals = descriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+    // What nobody reads any more ends no job. Were it ignored, the command would ignore it, too.
+    ::sigaddset(&set, SIGPIPE);
+    ::sigprocmask(SIG_BLOCK, &set, nullptr);
 }
 
 int progressPipe::run()
@@ -58,8 +60,6 @@ int progressPipe::run()
         m_writer = std::make_unique<writer>(m_options.command);
         m_input = m_writer->output();
     }
-    // What nobody reads any more ends no job. The command has this signal as it was.
-    ::signal(SIGPIPE, SIG_IGN);
     m_started = m_stoodStill = clock::now();
     if (m_options.timeoutSeconds > 0)
         m_timeLimit = deadline(milliseconds(m_options.timeoutSeconds));
