@@ -144,11 +144,19 @@ class Wayland(Case):
                     if first == "dialog":
                         show()
                         self.compositor.focused()
+                    def box_is_not(window):
+                        """In front of a dialog that is shown, or replaced by a copy, it is another window."""
+                        until(lambda: self.compositor.focused("Copy")["id"] != window, "the box in front")
+                        return self.compositor.focused("Copy")["id"]
+
                     client.send("<msgbox>4[#]Copy[#]Go on?[#]16384[#]65536</msgbox>")
-                    self.compositor.focused("Copy")
+                    window = self.compositor.focused("Copy")["id"]
                     if first == "box":
                         show()
+                        window = box_is_not(window)
                         client.progress("activate")
+                        if layout == "windowModal=off":
+                            box_is_not(window)
                     client.served()
                     self.compositor.press("Return", "Copy")
                     until(lambda: client.pending() and b"<answer>1;16384</answer>" in client.pending(), "the answer")
