@@ -418,7 +418,10 @@ class Daemon:
 
     def sockets(self):
         """Those of its channels and its display. A thread of the toolkit's opens something else when it has its first turn."""
-        links = (os.path.basename(os.path.realpath(path)) for path in glob.glob(f"/proc/{self.pid}/fd/*"))
+        links = []
+        for path in glob.glob(f"/proc/{self.pid}/fd/*"):
+            with contextlib.suppress(FileNotFoundError):  # closed meanwhile
+                links.append(os.readlink(path))
         return {link for link in links if link.startswith("socket:")}
 
     def cpu_seconds(self):
