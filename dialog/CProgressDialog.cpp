@@ -4,7 +4,6 @@
 #include "dialog/fittedLayout.h"
 #include "dialog/gridLayout.h"
 #include "log/dump.h"
-#include "platform/x11Windows.h"
 #include "widgets/appearance.h"
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
@@ -111,8 +110,6 @@ bool CProgressDialog::eventFilter(QObject *obj, QEvent *ev)
         m_layout->takeResized();
     else if (ev->type() == QEvent::Show)
         buttons[0]->setFocus();
-    else if (ev->type() == QEvent::WinIdChange)
-        keepEmptyTitle(*this);
     return false;
 }
 

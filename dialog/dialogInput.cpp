@@ -11,6 +11,8 @@
 #include <QMouseEvent>
 #include <QWindow>
 
+#include <utility>
+
 namespace
 {
 
@@ -86,8 +88,6 @@ bool dialogInput::filter(QObject *obj, QEvent *ev)
     if (obj == &m_window) {
         drag(ev);
         forgetInput(ev);
-        if (type == QEvent::WinIdChange)
-            tellHeldKeys(m_window);
     }
     return isKey && (isTypedOn(type) || handleKey(obj, *static_cast<QKeyEvent *>(ev)));
 }
@@ -113,11 +113,9 @@ void dialogInput::forgetInput(QEvent *ev)
         m_buttonPressed = false;
     if (ev->type() == QEvent::Show)
         m_isUnasked = onWayland() && m_window.testAttribute(Qt::WA_ShowWithoutActivating);
-    // On a busy machine the keyboard comes long after the window.
-    if (m_isUnasked && (ev->type() == QEvent::Show || ev->type() == QEvent::WindowActivate)) {
-        m_isUnasked = ev->type() == QEvent::Show;
+    // On a busy machine that is long after it was shown.
+    else if (ev->type() == QEvent::WindowActivate && std::exchange(m_isUnasked, false))
         m_sinceTyped.start();
-    }
 }
 
 void dialogInput::drag(QEvent *ev)

@@ -68,6 +68,6 @@ private:
     QSet<quint32> m_heldKeys;
     /// The dialog appeared unasked, and has not had the keyboard since.
     bool m_isUnasked = false;
-    /// Since it appeared so, or got the keyboard then, or since what was typed on then.
+    /// Since it got the keyboard then, or since what was typed on then.
     QElapsedTimer m_sinceTyped;
 };

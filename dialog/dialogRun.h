@@ -48,7 +48,7 @@ private:
     qint64 m_startSecond = 0; ///< since the epoch
     /// Runs beside the system's, to notice that that was set meanwhile.
     QElapsedTimer m_clock;
-    QTimer m_timer; ///< a child of the window
+    QTimer m_timer; ///< the window's child, by which the fuzzer finds it
     bool m_cancelled = false;
     /// Average of the bars; -1 before the first.
     int m_currentPercent = -1;

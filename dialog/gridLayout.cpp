@@ -14,7 +14,6 @@
 #include <QFontMetrics>
 #include <QLinearGradient>
 #include <QPainter>
-#include <QScreen>
 
 #include <algorithm>
 
@@ -135,8 +134,7 @@ void gridLayout::fixSize()
                                     QFontMetrics(appearance.m_barNumFont, &m_window).lineSpacing());
     m_Width = m_desktopHeight > 240 ? m_desktopWidth / 2 : m_desktopWidth * 3 / 4;
     m_Height = (cellHeight + m_ygap + 10) * (m_buttonRows + m_content.maxBars);
-    // The configured screen may be larger than the real one; what clients ask for is bounded all the same.
-    const QSize most = 2 * m_window.screen()->virtualSize();
+    const QSize most = largestSize(m_window);
     m_Width = std::min(m_Width + 2 * (frameWidth + m_margin), most.width());
     m_Height = std::min(m_Height + 2 * (frameWidth + m_margin), most.height());
     m_window.resize(m_Width, m_Height);

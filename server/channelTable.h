@@ -13,6 +13,8 @@ class channel;
 class channelTable
 {
 public:
+    static constexpr std::size_t capacity = 10;
+
     /// Gives `client` a slot; false when the table is full.
     bool enter(channel *client)
     {
@@ -37,7 +39,6 @@ public:
     {
         return std::any_of(m_slots.begin(), m_slots.end(), [](const channel *each) { return each; });
     }
-    bool isFull() const { return reached().size() == capacity; }
     /// The channels in front of the first empty slot: all that events reach.
     std::vector<channel *> reached() const
     {
@@ -45,6 +46,5 @@ public:
     }
 
 private:
-    static constexpr std::size_t capacity = 10;
     std::vector<channel *> m_slots;
 };

@@ -140,7 +140,8 @@ void receiver::connection()
 bool receiver::awaitsRoom() const
 {
     const std::vector<channel *> all = m_channels.reached();
-    return m_channels.isFull() && std::any_of(all.begin(), all.end(), std::mem_fn(&channel::isLeaving));
+    return all.size() == channelTable::capacity &&
+           std::any_of(all.begin(), all.end(), std::mem_fn(&channel::isLeaving));
 }
 
 void receiver::admit(wire::descriptor taken)

@@ -69,19 +69,19 @@ void windowOrder::closeBox(QWidget *box, QWidget *dialog)
 bool windowOrder::eventFilter(QObject *window, QEvent *event)
 {
     if (event->type() == QEvent::WindowActivate) {
-        auto *box = qobject_cast<QWidget *>(window);
-        if (boxIsOpen() && !m_boxes.contains(box)) {
+        auto *active = qobject_cast<QWidget *>(window);
+        if (boxIsOpen() && !m_boxes.contains(active)) {
             m_boxes.constLast()->activateWindow();
-        } else if (boxIsOpen() && box != m_boxes.constLast()) {
-            m_boxes.move(m_boxes.indexOf(box), m_boxes.size() - 1);
-            box->raise();
+        } else if (boxIsOpen() && active != m_boxes.constLast()) {
+            m_boxes.move(m_boxes.indexOf(active), m_boxes.size() - 1);
+            active->raise();
             keepBelowBoxes();
         }
     } else if (event->type() == QEvent::WinIdChange) {
         // Before it is shown: a window manager gives it the keyboard at once.
-        auto *box = qobject_cast<QWidget *>(window);
-        tellHeldKeys(*box);
-        keepEmptyTitle(*box);
+        auto *shown = qobject_cast<QWidget *>(window);
+        tellHeldKeys(*shown);
+        keepEmptyTitle(*shown);
     } else if (event->type() == QEvent::Expose && static_cast<QWindow *>(window)->isExposed()) {
         // Once only: raising exposes windows again.
         window->removeEventFilter(this);

@@ -29,7 +29,7 @@ public:
 
 protected:
     /// Watches the boxes, whose place the window manager changes after they have been shown, and the dialog,
-    /// on which a click takes the keyboard from them.
+    /// on which a click takes the keyboard from them; both when they get their windows.
     bool eventFilter(QObject *window, QEvent *event) override;
 
 private:

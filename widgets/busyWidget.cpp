@@ -56,7 +56,7 @@ void busyWidget::takeColors()
 void busyWidget::setBusyPixmap(const QString &fileName)
 {
     const QSize natural = loadPixmap(fileName);
-    const QSize most = mostRoom();
+    const QSize most = largestSize(*this);
     const auto chosen = [](int setting, int otherwise) { return setting >= 1 ? setting : otherwise; };
     m_width = qMin(chosen(appearance.m_busyWidth, natural.width()), most.width());
     m_height = qMin(chosen(appearance.m_busyHeight, natural.height()), most.height());
@@ -65,12 +65,6 @@ void busyWidget::setBusyPixmap(const QString &fileName)
     setFixedSize(m_width, m_height);
     m_progr->setGeometry(diff_x / 2 + 4, diff_y / 2 + 4, m_width - diff_x - 8, m_height - diff_y - 30);
     update();
-}
-
-/// Whatever is configured, no window or image needs to be larger.
-QSize busyWidget::mostRoom() const
-{
-    return 2 * screen()->virtualSize();
 }
 
 /// Gives the size that the file's image asks for.
@@ -84,8 +78,8 @@ QSize busyWidget::loadPixmap(const QString &fileName)
     }
     m_icon.load(imageFile(fileName));
     const QSize size = m_icon.isNull() ? defaultSize : m_icon.size();
-    if (size != size.boundedTo(mostRoom()))
-        m_icon = m_icon.copy(QRect(QPoint(), mostRoom()));
+    if (const QSize most = largestSize(*this); size != size.boundedTo(most))
+        m_icon = m_icon.copy(QRect(QPoint(), most));
     return size;
 }
 

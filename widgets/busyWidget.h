@@ -42,7 +42,6 @@ protected:
 
 private:
     void takeColors();
-    QSize mostRoom() const;
     QSize loadPixmap(const QString &fileName);
     void takeCentralSize();
     void paintWheel(QPainter &painter) const;

@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 #include <QImageReader>
+#include <QScreen>
+#include <QWidget>
 
 QString imageFile(const QString &fileName)
 {
@@ -18,6 +20,11 @@ QString imageFile(const QString &fileName)
             return name;
     }
     return {};
+}
+
+QSize largestSize(const QWidget &window)
+{
+    return 2 * window.screen()->virtualSize();
 }
 
 QIcon iconNamed(const QString &name)

@@ -6,10 +6,15 @@
 #include <QSize>
 #include <QString>
 
+class QWidget;
+
 /// The file that the toolkit loads as `fileName`, which may lack the suffix of its format; an empty name,
 /// which no image is loaded from, where that is no regular file. Clients choose the names: opening a pipe
 /// would make the daemon wait for a writer, and a device may have no end.
 QString imageFile(const QString &fileName);
+
+/// Whatever is configured, no window and no image in one has to be larger than this, in pixels.
+QSize largestSize(const QWidget &window);
 
 /// The icon of such a file, else of that name in the desktop's theme; null where there is neither.
 QIcon iconNamed(const QString &name);
