@@ -99,10 +99,11 @@ class Lines(ClientCase):
         messages = fake.messages()
         for told in ("create:9;<", "addText:8;T", "T\nx<"):
             self.assertIn(told, messages)
-        # What has failed at 100 is not to pass for done, and the end of the run is not that of the window.
-        for options, status, then in (("", 3, "$"), ("--keep-open --timeout 0.5", 5, "<progress>finish:")):
-            self.assertEqual(self.ctl(f"pipe {options} -- sh -c 'echo 100; exit 3'").status, status)
-            self.assertRegex(fake.messages(), r"update:(\d);-1</progress><progress>update:\1;(0|99)</progress>" + then)
+        # What has failed at 100 is not to pass for done, nor to be full, and the end of the run is not that of the window.
+        for options, percent, status, then in (
+                ("", 100, 3, "$"), ("--keep-open --timeout 0.5", 30, 5, "<progress>finish:(?!.*;100)")):
+            self.assertEqual(self.ctl(f"pipe {options} -- sh -c 'echo {percent}; exit 3'").status, status)
+            self.assertRegex(fake.messages(), r"update:(\d);-1</progress><progress>update:\1;(0|30|99)</progress>" + then)
 
     def test_are_told_of_several_bars(self):
         fake = self.fake()

@@ -1,5 +1,8 @@
 """Many clients, few clients, and text that arrives in odd pieces."""
 
+import os
+import signal
+
 from harness import Case, main, progress
 
 
@@ -28,12 +31,14 @@ class Channels(Case):
         """More than there is room for at a time, one after the other: nothing of theirs is lost, and nobody is the last
         while the next is there."""
         daemon, events, client = self.session()
-        for _ in range(100):
+        os.kill(daemon.pid, signal.SIGSTOP)
+        for _ in range(30):
             later = daemon.commands()
             client.progress("activate")
             client.socket.close()
             client = later
-        for _ in range(100):
+        os.kill(daemon.pid, signal.SIGCONT)
+        for _ in range(30):
             events.until("isActivated")
         events.served()
 
