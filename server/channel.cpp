@@ -15,9 +15,6 @@
 namespace
 {
 
-/// Bytes that have been taken are moved out of the way when they are so many.
-constexpr qsizetype worthMoving = 1024 * 1024;
-
 /// Milliseconds that clients still have to take the last that they are told, at the daemon's end. All of them
 /// together have two seconds from the first call on: one that never reads must not hold up the end, and a cut
 /// event is worse than a late end.
@@ -86,17 +83,6 @@ bool channel::isHungUp() const
     return poll(&about, 1, 0) > 0 && (about.revents & POLLHUP);
 }
 
-void channel::write(QByteArrayView bytes)
-{
-    if (m_deaf)
-        return;
-    if (m_sent == m_outgoing.size()) {
-        m_outgoing.resize(0);
-        m_sent = 0;
-    }
-    m_outgoing.append(bytes);
-}
-
 void channel::flush()
 {
     send();
@@ -108,18 +94,15 @@ void channel::flush()
 void channel::send()
 {
     while (mustWait()) {
-        const ssize_t sent = ::send(m_descriptor.get(), m_outgoing.constData() + m_sent,
-                                    static_cast<size_t>(waiting()), MSG_DONTWAIT | MSG_NOSIGNAL);
+        const std::string_view rest = m_outgoing.view();
+        const ssize_t sent =
+            ::send(m_descriptor.get(), rest.data(), rest.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
         if (sent < 0) {
             // What the client has sent is still to be read, so this does not end the channel.
             m_deaf = errno != EAGAIN && errno != EINTR;
             break;
         }
-        m_sent += sent;
-    }
-    if (m_sent > worthMoving) {
-        m_outgoing.remove(0, m_sent);
-        m_sent = 0;
+        m_outgoing.drop(static_cast<size_t>(sent));
     }
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "server/waitingBytes.h"
 #include "wire/system.h"
 
-#include <QByteArray>
 #include <QObject>
 #include <QSocketNotifier>
 
@@ -41,9 +41,13 @@ public:
     void setReading(bool isOn) { m_readable.setEnabled(isOn); }
 
     /// Bytes that wait for the client to take them.
-    qint64 waiting() const { return m_outgoing.size() - m_sent; }
+    qint64 waiting() const { return m_outgoing.size(); }
     /// Adds to what waits. A client that has gone gets nothing.
-    void write(QByteArrayView bytes);
+    void write(QByteArrayView bytes)
+    {
+        if (!m_deaf)
+            m_outgoing.append(bytes);
+    }
     /// Hands what waits to the system, as far as it takes it now.
     void flush();
 
@@ -65,9 +69,7 @@ private:
     const wire::descriptor m_descriptor;
     QSocketNotifier m_readable;
     QSocketNotifier m_writable;
-    QByteArray m_outgoing;
-    /// How much of `m_outgoing` has been taken.
-    qsizetype m_sent = 0;
+    waitingBytes m_outgoing;
     bool m_ended = false;
     /// The client takes no more.
     bool m_deaf = false;
