@@ -119,18 +119,18 @@ void channel::cutOff()
     finish();
 }
 
-acceptor::acceptor(int listening) : m_incoming(listening, QSocketNotifier::Read)
+void acceptor::listen(int listening)
 {
-    connect(&m_incoming, &QSocketNotifier::activated, this, &acceptor::incoming);
+    setSocket(listening);
+    setEnabled(true);
 }
 
 wire::descriptor acceptor::next(sockaddr_in *peer)
 {
-    for (;;) {
+    while (isValid()) {
         socklen_t size = sizeof *peer;
-        wire::descriptor taken(accept4(static_cast<int>(m_incoming.socket()),
-                                       reinterpret_cast<sockaddr *>(peer), peer ? &size : nullptr,
-                                       SOCK_CLOEXEC | SOCK_NONBLOCK));
+        wire::descriptor taken(accept4(static_cast<int>(socket()), reinterpret_cast<sockaddr *>(peer),
+                                       peer ? &size : nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (taken && leavesDescriptors(taken.get()))
             return taken;
         if (taken || errno == EINTR || errno == ECONNABORTED)
@@ -138,9 +138,10 @@ wire::descriptor acceptor::next(sockaddr_in *peer)
         if (errno != EAGAIN) {
             // Without a descriptor left, the connection that waits would call again and again.
             dump("---- cannot accept a connection, trying again, error", errno);
-            m_incoming.setEnabled(false);
-            QTimer::singleShot(acceptAgainMs, &m_incoming, [this] { m_incoming.setEnabled(true); });
+            setEnabled(false);
+            QTimer::singleShot(acceptAgainMs, this, [this] { setEnabled(true); });
         }
         return taken;
     }
+    return wire::descriptor();
 }

@@ -77,24 +77,17 @@ private:
     bool m_isFinished = false;
 };
 
-/// Takes in who connects to a listening socket. Some file descriptors are kept for the display, the log and
-/// the statistics, and when there is none at all it tries again a little later.
-class acceptor : public QObject
+/// Takes in who connects to a listening socket, and is activated for as long as somebody waits. Some file
+/// descriptors are kept for the display, the log and the statistics, and when there is none at all it tries
+/// again a little later.
+class acceptor : public QSocketNotifier
 {
-    Q_OBJECT
-
 public:
-    /// `listening` does not block; it is not owned, and has to stay open.
-    explicit acceptor(int listening);
+    acceptor() : QSocketNotifier(Read) {}
 
+    /// `listening`, -1 for none any more, does not block; it is not owned, and has to stay open.
+    void listen(int listening);
     /// The next connection, which does not block; none when none waits. `peer`, if it is given, becomes the
     /// client's address, also of one that has reset its connection meanwhile.
     wire::descriptor next(sockaddr_in *peer = nullptr);
-
-signals:
-    /// Somebody has connected. Told again for as long as somebody waits.
-    void incoming();
-
-private:
-    QSocketNotifier m_incoming;
 };

@@ -17,22 +17,20 @@ constexpr size_t maxChannels = 64;
 localServer::localServer(handlers &shared, lifespan &life) : m_shared(shared), m_life(life)
 {
     m_life.watch(*this);
+    // One at a time: those who have come and gone meanwhile must not take the places of the others.
+    QObject::connect(&m_acceptor, &acceptor::activated, [this] { accept(); });
 }
 
 localSocket::outcome localServer::open(const char *identifier)
 {
     const localSocket::outcome result = m_socket.open(identifier);
-    if (result == localSocket::outcome::listening) {
-        m_acceptor = std::make_unique<acceptor>(m_socket.descriptor());
-        // One at a time: those who have come and gone meanwhile must not take the places of the others.
-        QObject::connect(m_acceptor.get(), &acceptor::incoming, [this] { accept(); });
-    }
+    m_acceptor.listen(m_socket.descriptor());
     return result;
 }
 
 bool localServer::accept()
 {
-    wire::descriptor taken = m_acceptor ? m_acceptor->next() : wire::descriptor();
+    wire::descriptor taken = m_acceptor.next();
     if (!taken)
         return false;
     if (m_channels.size() < maxChannels && wire::isTrusted(wire::peerOf(taken.get())))
@@ -70,7 +68,7 @@ void localServer::removeSocket()
 void localServer::close()
 {
     m_shared.m_listeners.sendLocal(wire::eventKind::shutDown);
-    m_acceptor.reset();
+    m_acceptor.listen(-1);
     removeSocket();
     for (localChannel *client : std::exchange(m_channels, {}))
         delete client;

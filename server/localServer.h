@@ -4,7 +4,6 @@
 #include "server/lifespan.h"
 #include "server/localSocket.h"
 
-#include <memory>
 #include <vector>
 
 class handlers;
@@ -37,6 +36,6 @@ private:
     handlers &m_shared;
     lifespan &m_life;
     localSocket m_socket;
-    std::unique_ptr<acceptor> m_acceptor;
+    acceptor m_acceptor;
     std::vector<localChannel *> m_channels;
 };

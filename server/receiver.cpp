@@ -95,15 +95,13 @@ receiver::receiver(kind serves, int portnum, handlers &shared, lifespan &life)
 {
     if (m_kind == kind::command)
         m_life.watch(*this);
-    if (!m_listening)
-        return;
-    m_acceptor = std::make_unique<acceptor>(m_listening.get());
-    connect(m_acceptor.get(), &acceptor::incoming, this, &receiver::connection);
+    connect(&m_acceptor, &acceptor::activated, this, &receiver::connection);
+    m_acceptor.listen(m_listening.get());
 }
 
 receiver::~receiver()
 {
-    m_acceptor.reset();
+    m_acceptor.listen(-1);
     for (channel *client : m_channels.reached()) {
         leave(client);
         delete client;
@@ -127,8 +125,7 @@ wayIn::presence receiver::clients()
 void receiver::connection()
 {
     sockaddr_in peer{};
-    while (wire::descriptor taken =
-               m_acceptor && !awaitsRoom() ? m_acceptor->next(&peer) : wire::descriptor()) {
+    while (wire::descriptor taken = awaitsRoom() ? wire::descriptor() : m_acceptor.next(&peer)) {
         if (isOfThisMachine(taken.get(), peer.sin_addr.s_addr))
             admit(std::move(taken));
         else

@@ -9,8 +9,6 @@
 #include <QObject>
 #include <QPointer>
 
-#include <memory>
-
 class handlers;
 
 /// A server of the daemon on a TCP port: the command server, on which clients send messages, or the event
@@ -50,9 +48,9 @@ private:
     int m_portnum;
     handlers &m_shared;
     lifespan &m_life;
-    /// The listening socket, none when the port could not be bound; then there is no acceptor.
+    /// The listening socket, none when the port could not be bound.
     const wire::descriptor m_listening;
-    std::unique_ptr<acceptor> m_acceptor;
+    acceptor m_acceptor;
     channelTable m_channels;
     /// What arrived and has not been handled yet, from all channels of this server.
     messageBuffer m_command;
