@@ -6,10 +6,9 @@
 
 #include <QtGlobal>
 
-#include <array>
+#include <vector>
 
 class CProgressDialog;
-class QWidget;
 class busyWidget;
 class eventListeners;
 class windowOrder;
@@ -26,7 +25,6 @@ public:
     void createWindows();
     /// Null before `createWindows()`.
     CProgressDialog *dialog() const { return m_progress; }
-    QWidget *window() const;
     /// Whether the dialog is on the screen, or about to be.
     bool isShown() const;
     busyWidget *busyWindow() const { return m_splash; }
@@ -69,7 +67,6 @@ private:
     void hideDialog();
     void showInFront();
     void replaceDialog();
-    void queueForDeletion(CProgressDialog *dialog);
 
     eventListeners &m_listeners;
     windowOrder &m_order;
@@ -84,6 +81,5 @@ private:
     bool m_frontIsAsked = false;
     taskbarEntry m_taskbar;
     endNotice m_endNotice;
-    std::array<CProgressDialog *, 32> m_deleting{};
-    int m_deletingCount = 0;
+    std::vector<CProgressDialog *> m_deleting;
 };

@@ -1,5 +1,6 @@
 #include "server/noticeBoxes.h"
 
+#include "dialog/CProgressDialog.h"
 #include "server/activeDialog.h"
 #include "server/windowOrder.h"
 #include "widgets/appearance.h"
@@ -81,9 +82,9 @@ void noticeBoxes::open(messageKind kind, const QString &text, const answerFuncti
         });
     m_active.cancelRun();
     if (appearance.m_windowLayout == windowLayout::fitted && m_active.isShown())
-        box->keepClearOf(m_active.window()->frameGeometry());
+        box->keepClearOf(m_active.dialog()->frameGeometry());
     m_open.append(box);
-    m_order.openBox(box, m_active.window());
+    m_order.openBox(box, m_active.dialog());
     m_active.setUrgent(true);
 }
 
@@ -92,7 +93,7 @@ void noticeBoxes::close(QMessageBox *box)
     m_open.removeOne(box);
     box->deleteLater();
     m_active.cancelRun();
-    m_order.closeBox(box, m_active.window());
+    m_order.closeBox(box, m_active.dialog());
     m_active.setUrgent(m_order.boxIsOpen());
 }
 
