@@ -17,8 +17,6 @@ class lifespan;
 /// handled, and finishes when the client has taken what it was told until then.
 class localChannel : public channel
 {
-    Q_OBJECT
-
 public:
     localChannel(wire::descriptor taken, handlers &shared, lifespan &life);
     ~localChannel() override;

@@ -42,13 +42,10 @@ void localServer::add(wire::descriptor taken)
 {
     auto *client = new localChannel(std::move(taken), m_shared, m_life);
     m_channels.push_back(client);
-    QObject::connect(client, &channel::finished, client, [this, client] { remove(client); });
-}
-
-void localServer::remove(localChannel *client)
-{
-    m_channels.erase(std::find(m_channels.begin(), m_channels.end(), client));
-    client->deleteLater();
+    QObject::connect(client, &channel::finished, client, [this, client] {
+        std::erase(m_channels, client);
+        client->deleteLater();
+    });
 }
 
 wayIn::presence localServer::clients()

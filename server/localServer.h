@@ -31,7 +31,6 @@ private:
     /// Takes in the next who waits; false when nobody does.
     bool accept();
     void add(wire::descriptor taken);
-    void remove(localChannel *client);
 
     handlers &m_shared;
     lifespan &m_life;

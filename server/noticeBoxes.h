@@ -21,8 +21,6 @@ using askerFunction = std::function<answerFunction()>;
 /// while one is open. The run in progress is not learned.
 class noticeBoxes : public QObject
 {
-    Q_OBJECT
-
 public:
     noticeBoxes(activeDialog &active, windowOrder &order);
 

@@ -154,14 +154,11 @@ void receiver::admit(wire::descriptor taken)
     constexpr int on = 1;
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     connect(client, &channel::readable, this, [this, client] { gotData(client); });
-    connect(client, &channel::finished, this, [this, client] { closed(client); });
+    connect(client, &channel::finished, this, [this, client] {
+        client->deleteLater();
+        leave(client);
+    });
     shareListeners();
-}
-
-void receiver::closed(channel *client)
-{
-    client->deleteLater();
-    leave(client);
 }
 
 void receiver::leave(channel *client)
@@ -207,19 +204,14 @@ bool receiver::dispatch()
     const noticeBoxes &boxes = m_shared.m_boxes;
     while (const std::optional<message> received = m_command.next()) {
         const qsizetype openBoxes = boxes.openCount();
-        handle(*received);
+        if (received->kind == messageKind::exit)
+            m_life.requestExit(m_portnum);
+        else
+            m_shared.handle(*received, dialect::port, m_answers);
         if (boxes.openCount() > openBoxes)
             return true;
     }
     return false;
-}
-
-void receiver::handle(const message &received)
-{
-    if (received.kind == messageKind::exit)
-        m_life.requestExit(m_portnum);
-    else
-        m_shared.handle(received, dialect::port, m_answers);
 }
 
 answerFunction receiver::nextAnswer()

@@ -16,8 +16,6 @@ class handlers;
 /// frames what arrives on any of them in one buffer. What messages do is the part of `handlers`.
 class receiver : public QObject, public wayIn
 {
-    Q_OBJECT
-
 public:
     enum class kind { command, event };
 
@@ -36,12 +34,10 @@ private:
     bool awaitsRoom() const;
     void admit(wire::descriptor taken);
     void gotData(channel *client);
-    void closed(channel *client);
     void leave(channel *client);
     void shareListeners() const;
 
     bool dispatch();
-    void handle(const message &received);
     answerFunction nextAnswer();
 
     kind m_kind;
