@@ -8,6 +8,7 @@
 #include "server/handlers.h"
 #include "server/lifespan.h"
 #include "server/localServer.h"
+#include "server/localSocket.h"
 #include "server/receiver.h"
 #include "stats/statistics.h"
 
@@ -64,6 +65,7 @@ private:
     const lockFile m_lockFile;
     handlers m_shared;
     lifespan m_life;
+    localSocket m_socket;
     localServer m_local;
     std::optional<receiver> m_commands;
     std::optional<receiver> m_events;
@@ -84,13 +86,14 @@ servers::servers(const commandLine &line)
 
 std::optional<int> servers::openLocalSocket()
 {
-    const localSocket::outcome result = m_local.open(m_line.identifier);
+    const localSocket::outcome result = m_socket.open(m_line.identifier);
+    m_local.listen(m_socket.descriptor());
     if (result == localSocket::outcome::listening)
         return std::nullopt;
-    dump(("---- no local socket: " + m_local.reason()).c_str(), 0);
+    dump(("---- no local socket: " + m_socket.reason()).c_str(), 0);
     if (!m_line.isPrivate)
         return std::nullopt;
-    complain(m_local.reason());
+    complain(m_socket.reason());
     return result == localSocket::outcome::answered ? EXIT_FAILURE : cannotServe(m_line);
 }
 
@@ -114,7 +117,7 @@ void servers::leaveNames()
 {
     if (!served)
         return;
-    served->m_local.removeSocket();
+    served->m_socket.close();
     if (!served->m_line.isPrivate)
         served->m_lockFile.remove();
 }
@@ -138,8 +141,9 @@ int servers::run()
     const int code = MyApplication::exec();
 
     limitEnd(code);
-    // The end of the local channels comes before that of the files.
+    // The end of the local channels comes before that of the files. Who hears of it finds no socket any more.
     m_shared.m_boxes.dismiss();
+    m_socket.close();
     m_local.close();
     // A save that is under way is not cut short for a display's sake.
     limitEnd(code, longestSave);

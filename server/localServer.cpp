@@ -21,13 +21,6 @@ localServer::localServer(handlers &shared, lifespan &life) : m_shared(shared), m
     QObject::connect(&m_acceptor, &acceptor::activated, [this] { accept(); });
 }
 
-localSocket::outcome localServer::open(const char *identifier)
-{
-    const localSocket::outcome result = m_socket.open(identifier);
-    m_acceptor.listen(m_socket.descriptor());
-    return result;
-}
-
 bool localServer::accept()
 {
     wire::descriptor taken = m_acceptor.next();
@@ -57,16 +50,10 @@ wayIn::presence localServer::clients()
     return isUncertain ? presence::uncertain : presence::none;
 }
 
-void localServer::removeSocket()
-{
-    m_socket.close();
-}
-
 void localServer::close()
 {
-    m_shared.m_listeners.sendLocal(wire::eventKind::shutDown);
     m_acceptor.listen(-1);
-    removeSocket();
+    m_shared.m_listeners.sendLocal(wire::eventKind::shutDown);
     for (localChannel *client : std::exchange(m_channels, {}))
         delete client;
 }
