@@ -83,6 +83,13 @@ bool channel::isHungUp() const
     return poll(&about, 1, 0) > 0 && (about.revents & POLLHUP);
 }
 
+void channel::write(QByteArrayView bytes)
+{
+    if (!m_deaf)
+        m_outgoing.append(bytes);
+    flush();
+}
+
 void channel::flush()
 {
     send();

@@ -42,14 +42,9 @@ public:
 
     /// Bytes that wait for the client to take them.
     qint64 waiting() const { return m_outgoing.size(); }
-    /// Adds to what waits. A client that has gone gets nothing.
-    void write(QByteArrayView bytes)
-    {
-        if (!m_deaf)
-            m_outgoing.append(bytes);
-    }
-    /// Hands what waits to the system, as far as it takes it now.
-    void flush();
+    /// Adds to what waits, and hands that to the system, as far as it takes it now. A client that has gone
+    /// gets nothing.
+    void write(QByteArrayView bytes);
 
     /// Reads no more, and closes when the client has taken what waits.
     void finish();
@@ -63,6 +58,7 @@ signals:
     void finished();
 
 private:
+    void flush();
     void send();
     bool mustWait() const { return waiting() > 0 && !m_deaf; }
 

@@ -47,10 +47,8 @@ QByteArrayView fitting(QByteArrayView events, qint64 room)
 
 void deliver(const std::vector<channel *> &listeners, QByteArrayView events)
 {
-    for (channel *listener : listeners) {
+    for (channel *listener : listeners)
         listener->write(fitting(events, channel::maxBacklog - listener->waiting()));
-        listener->flush();
-    }
 }
 
 } // namespace

@@ -131,7 +131,6 @@ void localChannel::reply(QByteArrayView bytes)
         return;
     }
     write(bytes);
-    flush();
 }
 
 /// Whoever only has ended its sending direction waits until everything was handled; one that was killed does

@@ -79,15 +79,6 @@ void logRefusal()
     sinceLast.start();
 }
 
-/// Answers a box with the four bytes of its code.
-void answer(channel *asker, quint32 code)
-{
-    if (!asker || asker->waiting() > maxUnreadAnswers)
-        return;
-    asker->write({reinterpret_cast<const char *>(&code), sizeof code});
-    asker->flush();
-}
-
 } // namespace
 
 receiver::receiver(kind serves, int portnum, handlers &shared, lifespan &life)
@@ -214,10 +205,12 @@ bool receiver::dispatch()
     return false;
 }
 
+/// A box is answered with the four bytes of its code.
 answerFunction receiver::nextAnswer()
 {
     return [this, asker = m_client](quint32 code) {
-        answer(asker, code);
+        if (asker && asker->waiting() <= maxUnreadAnswers)
+            asker->write({reinterpret_cast<const char *>(&code), sizeof code});
         // The messages behind the box's have waited for its answer.
         QMetaObject::invokeMethod(this, &receiver::dispatch, Qt::QueuedConnection);
     };
