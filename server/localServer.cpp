@@ -7,13 +7,6 @@
 #include <functional>
 #include <utility>
 
-namespace
-{
-
-constexpr size_t maxChannels = 64;
-
-} // namespace
-
 localServer::localServer(handlers &shared, lifespan &life) : m_shared(shared), m_life(life)
 {
     m_life.watch(*this);
@@ -23,22 +16,19 @@ localServer::localServer(handlers &shared, lifespan &life) : m_shared(shared), m
 
 bool localServer::accept()
 {
+    constexpr size_t maxChannels = 64;
     wire::descriptor taken = m_acceptor.next();
     if (!taken)
         return false;
-    if (m_channels.size() < maxChannels && wire::isTrusted(wire::peerOf(taken.get())))
-        add(std::move(taken));
-    return true;
-}
-
-void localServer::add(wire::descriptor taken)
-{
+    if (m_channels.size() >= maxChannels || !wire::isTrusted(wire::peerOf(taken.get())))
+        return true;
     auto *client = new localChannel(std::move(taken), m_shared, m_life);
     m_channels.push_back(client);
     QObject::connect(client, &channel::finished, client, [this, client] {
         std::erase(m_channels, client);
         client->deleteLater();
     });
+    return true;
 }
 
 wayIn::presence localServer::clients()

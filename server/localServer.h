@@ -25,7 +25,6 @@ public:
 private:
     /// Takes in the next who waits; false when nobody does.
     bool accept();
-    void add(wire::descriptor taken);
 
     handlers &m_shared;
     lifespan &m_life;
