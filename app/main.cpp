@@ -26,7 +26,7 @@
 #include "dialog/screenReader.h"
 #include "language/language.h"
 #include "platform/sessionBus.h"
-#include "platform/wayland.h"
+#include "platform/windowSystem.h"
 #include "platform/x11Input.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"
