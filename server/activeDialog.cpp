@@ -30,9 +30,8 @@ bool activeDialog::isShown() const
     return m_progress && (m_frontPending || m_progress->isVisible());
 }
 
-void activeDialog::bringToFront(bool isAsked)
+void activeDialog::bringToFront()
 {
-    m_frontIsAsked = isAsked || (m_frontPending && m_frontIsAsked);
     if (appearance.m_modal_dialog) {
         showInFront();
         return;
@@ -49,14 +48,14 @@ void activeDialog::bringToFront(bool isAsked)
 void activeDialog::showInFront()
 {
     m_frontPending = false;
-    m_order.bringToFront(m_progress, m_frontIsAsked || m_progress->takesKeyboard());
+    m_order.bringToFront(m_progress, std::exchange(m_frontIsAsked, false) || m_progress->takesKeyboard());
     m_taskbar.follow(m_progress);
     m_endNotice.showAgain();
 }
 
 void activeDialog::hideDialog()
 {
-    m_frontPending = false;
+    m_frontPending = m_frontIsAsked = false;
     m_progress->hide();
 }
 
@@ -90,8 +89,10 @@ void activeDialog::drainDeletionQueue()
 
 void activeDialog::activate()
 {
-    if (m_windowIsActive)
-        bringToFront(true);
+    if (!m_windowIsActive)
+        return;
+    m_frontIsAsked = true;
+    bringToFront();
 }
 
 void activeDialog::toggle()
@@ -115,7 +116,7 @@ void activeDialog::messageStop()
 {
     m_progress->willCancel();
     if (m_windowIsActive && !isShown())
-        bringToFront(false);
+        bringToFront();
 }
 
 void activeDialog::busyOn()
@@ -169,7 +170,7 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
         else if (!m_busyActive)
             showBusyWindow();
         m_taskbar.setPercent(0);
-        bringToFront(false);
+        bringToFront();
     } else {
         m_taskbar.setPercent(-1);
         m_splash->setBusyPercent(-1);

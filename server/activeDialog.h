@@ -58,9 +58,8 @@ public:
     bool isInputBlocked() const override;
 
 private:
-    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy. `isAsked`: the
-    /// user, or a client for him, has asked for it, so that it gets the keyboard.
-    void bringToFront(bool isAsked);
+    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy.
+    void bringToFront();
     /// Hides the dialog, or brings it back if it has content.
     void toggle();
     void showBusyWindow();
@@ -78,6 +77,7 @@ private:
     /// The dialog, a fresh copy, is to be shown once the messages at hand have been handled: a burst of
     /// replacements needs one window, not one each.
     bool m_frontPending = false;
+    /// Until it is shown: the user, or a client for him, has asked for it, so that it gets the keyboard.
     bool m_frontIsAsked = false;
     taskbarEntry m_taskbar;
     endNotice m_endNotice;
