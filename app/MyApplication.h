@@ -9,8 +9,6 @@ class QSessionManager;
 /// Quitting asks no window for permission.
 class MyApplication : public QApplication
 {
-    Q_OBJECT
-
 public:
     MyApplication(int &argc, char **argv);
 

@@ -63,10 +63,3 @@ commandLine parseCommandLine(int argc, char **argv)
         line.basePort = static_cast<int>(std::strtol(argv[2], nullptr, 10));
     return line;
 }
-
-int eventPort(int basePort)
-{
-    if (basePort == 0 || basePort == 1)
-        return basePort;
-    return static_cast<int>(static_cast<unsigned>(basePort) + 1U);
-}

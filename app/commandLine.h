@@ -25,7 +25,3 @@ struct commandLine {
 /// "--idle" and a number of seconds. Else the first is the identifier and, read only when there are exactly
 /// two, the second is the base port, a decimal number of which an unreadable one counts as 0.
 commandLine parseCommandLine(int argc, char **argv);
-
-/// The port to ask for the event server: the next one, but with a base port that stands for any free port
-/// (0 and 1), any free port too.
-int eventPort(int basePort);

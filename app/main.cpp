@@ -8,7 +8,8 @@
 //     eventListeners   who hears events
 //   lifespan         when the daemon ends by what clients do
 //   receiver         two of them: the command server and the event server
-//   localServer      the local socket and its channels
+//   localSocket      the local socket, where this user's own processes come in
+//   localServer      its channels
 // MyApplication    the application object (app/MyApplication.h), with endSignals, the signals that end a
 //                  private daemon in order
 // x11Input         keys and presses before the toolkit sees them (platform/x11Input.h)
@@ -25,7 +26,7 @@
 #include "dialog/screenReader.h"
 #include "language/language.h"
 #include "platform/sessionBus.h"
-#include "platform/wayland.h"
+#include "platform/windowSystem.h"
 #include "platform/x11Input.h"
 #include "server/localSocket.h"
 #include "stats/statisticsFile.h"

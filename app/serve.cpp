@@ -8,6 +8,7 @@
 #include "server/handlers.h"
 #include "server/lifespan.h"
 #include "server/localServer.h"
+#include "server/localSocket.h"
 #include "server/receiver.h"
 #include "stats/statistics.h"
 
@@ -31,6 +32,15 @@ int longestAlone(const commandLine &line)
     return line.isPrivate ? longestWait : 0;
 }
 
+/// The port to ask for the event server: the next one, but with a base port that stands for any free port
+/// (0 and 1), any free port too.
+int eventPort(int basePort)
+{
+    if (basePort == 0 || basePort == 1)
+        return basePort;
+    return static_cast<int>(static_cast<unsigned>(basePort) + 1U);
+}
+
 /// The servers of a daemon, and what its clients share.
 class servers
 {
@@ -41,20 +51,21 @@ public:
     std::optional<int> openLocalSocket();
     /// Writes the lock file; false when that is impossible.
     bool publishPorts() const;
-    /// The end of the local channels, which comes before that of the files.
-    void closeLocalChannels();
-    /// Leaves the files as after an orderly end: no socket, no lock file, the learned runs saved.
-    void leaveFiles();
-    /// The part of that which a signal's handler may do: the runs were saved when they ended.
-    void leaveNames();
-    /// The end of everything that the listeners of the ports are still to hear of.
-    void cleanup() { m_shared.cleanup(); }
+    /// The event loop, from when the daemon is ready to when it has left. Gives the exit status.
+    int run();
 
 private:
+    /// Leaves the files as after an orderly end: no socket, no lock file, the learned runs saved. The toolkit
+    /// also ends the process by itself, when the X server goes away; they are left in order then, too.
+    static void leaveFiles();
+    /// The part of that which a signal's handler may do: the runs were saved when they ended.
+    static void leaveNames();
+
     const commandLine &m_line;
     const lockFile m_lockFile;
     handlers m_shared;
     lifespan m_life;
+    localSocket m_socket;
     localServer m_local;
     std::optional<receiver> m_commands;
     std::optional<receiver> m_events;
@@ -75,13 +86,14 @@ servers::servers(const commandLine &line)
 
 std::optional<int> servers::openLocalSocket()
 {
-    const localSocket::outcome result = m_local.open(m_line.identifier);
+    const localSocket::outcome result = m_socket.open(m_line.identifier);
+    m_local.listen(m_socket.descriptor());
     if (result == localSocket::outcome::listening)
         return std::nullopt;
-    dump(("---- no local socket: " + m_local.reason()).c_str(), 0);
+    dump(("---- no local socket: " + m_socket.reason()).c_str(), 0);
     if (!m_line.isPrivate)
         return std::nullopt;
-    complain(m_local.reason());
+    complain(m_socket.reason());
     return result == localSocket::outcome::answered ? EXIT_FAILURE : cannotServe(m_line);
 }
 
@@ -101,50 +113,26 @@ bool servers::publishPorts() const
     return false;
 }
 
-void servers::closeLocalChannels()
-{
-    m_shared.m_boxes.dismiss();
-    m_local.close();
-}
-
 void servers::leaveNames()
 {
-    m_local.removeSocket();
-    if (!m_line.isPrivate)
-        m_lockFile.remove();
+    if (!served)
+        return;
+    served->m_socket.close();
+    if (!served->m_line.isPrivate)
+        served->m_lockFile.remove();
 }
 
 void servers::leaveFiles()
 {
     leaveNames();
-    if (m_line.statisticsName)
-        statistics.saveFinally(m_line.statisticsName);
+    const servers *all = std::exchange(served, nullptr);
+    if (all && all->m_line.statisticsName)
+        statistics.saveFinally(all->m_line.statisticsName);
 }
 
-/// The files' share of the shutdown. The toolkit also ends the process by itself, when the X server goes
-/// away; the files are left in order then, too.
-void leaveFiles()
+int servers::run()
 {
-    if (servers *all = std::exchange(served, nullptr))
-        all->leaveFiles();
-}
-
-void leaveNames()
-{
-    if (served)
-        served->leaveNames();
-}
-
-void complainAboutLogs()
-{
-    for (const char *path : unusableLogs())
-        complain(std::string(path) + " is no regular file of this user's: nothing is logged there");
-}
-
-/// The event loop, from when the daemon is ready to when it has left.
-int run(servers &all)
-{
-    served = &all;
+    served = this;
     prepareDump();
     std::atexit(leaveFiles);
     logToolkitMessages();
@@ -153,12 +141,19 @@ int run(servers &all)
     const int code = MyApplication::exec();
 
     limitEnd(code);
-    all.closeLocalChannels();
+    // The end of the local channels comes before that of the files. Who was told of it and comes back finds no
+    // socket any more.
+    m_shared.m_boxes.dismiss();
+    m_local.listen(-1);
+    m_shared.m_listeners.sendLocal(wire::eventKind::shutDown);
+    m_socket.close();
+    m_local.close();
     // A save that is under way is not cut short for a display's sake.
     limitEnd(code, longestSave);
     leaveFiles();
     limitEnd(code);
-    all.cleanup();
+    // The listeners of the ports hear of the end when the files are in order.
+    m_shared.cleanup();
     return code;
 }
 
@@ -177,7 +172,8 @@ int serve(const commandLine &line)
         signalsThatEnd.emplace();
         setLog(line.logFile);
     }
-    complainAboutLogs();
+    for (const char *path : unusableLogs())
+        complain(std::string(path) + " is no regular file of this user's: nothing is logged there");
     servers all(line);
     if (line.statisticsName)
         statistics.load(line.statisticsName,
@@ -186,5 +182,5 @@ int serve(const commandLine &line)
         return *failure;
     if (!all.publishPorts())
         return EXIT_FAILURE;
-    return run(all);
+    return all.run();
 }

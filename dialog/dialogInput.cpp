@@ -3,7 +3,7 @@
 #include "dialog/dialogHost.h"
 #include "dialog/dialogLayout.h"
 #include "dialog/dialogRun.h"
-#include "platform/wayland.h"
+#include "platform/windowSystem.h"
 #include "platform/x11Input.h"
 #include "widgets/progressButton.h"
 

@@ -1,7 +1,6 @@
 #include "dialog/fittedWindow.h"
 
-#include "platform/wayland.h"
-#include "platform/x11Windows.h"
+#include "platform/windowSystem.h"
 #include "widgets/appearance.h"
 #include "widgets/texts.h"
 

@@ -1,6 +1,6 @@
 #include "dialog/gridLayout.h"
 
-#include "platform/wayland.h"
+#include "platform/windowSystem.h"
 #include "stats/estimate.h"
 #include "widgets/appearance.h"
 #include "widgets/busyWidget.h"

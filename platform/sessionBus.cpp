@@ -51,8 +51,10 @@ void sessionBus::open()
     sd_bus *bus = nullptr;
     if (sd_bus_open_user(&bus) >= 0)
         m_bus.reset(bus);
-    if (!m_bus || !awaitReady())
-        close();
+    if (awaitReady())
+        return;
+    m_bus.reset();
+    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
 }
 
 bool sessionBus::awaitReady()
@@ -64,12 +66,6 @@ bool sessionBus::awaitReady()
             return false;
     }
     return m_bus != nullptr;
-}
-
-void sessionBus::close()
-{
-    m_bus.reset();
-    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
 }
 
 /// Takes what has come, and sends what is left. False without a bus, and where it reads nothing.

@@ -31,7 +31,6 @@ private:
 
     bool isReady();
     bool awaitReady();
-    void close();
 
     std::unique_ptr<sd_bus, closer> m_bus;
 };

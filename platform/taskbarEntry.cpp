@@ -1,7 +1,7 @@
 #include "platform/taskbarEntry.h"
 
 #include "platform/sessionBus.h"
-#include "platform/x11Windows.h"
+#include "platform/windowSystem.h"
 
 #include <QWidget>
 

@@ -25,19 +25,13 @@ void activeDialog::createWindows()
     m_progress = new CProgressDialog(*this);
 }
 
-QWidget *activeDialog::window() const
-{
-    return m_progress;
-}
-
 bool activeDialog::isShown() const
 {
     return m_progress && (m_frontPending || m_progress->isVisible());
 }
 
-void activeDialog::bringToFront(bool isAsked)
+void activeDialog::bringToFront()
 {
-    m_frontIsAsked = isAsked || (m_frontPending && m_frontIsAsked);
     if (appearance.m_modal_dialog) {
         showInFront();
         return;
@@ -54,14 +48,14 @@ void activeDialog::bringToFront(bool isAsked)
 void activeDialog::showInFront()
 {
     m_frontPending = false;
-    m_order.bringToFront(m_progress, m_frontIsAsked || m_progress->takesKeyboard());
+    m_order.bringToFront(m_progress, std::exchange(m_frontIsAsked, false) || m_progress->takesKeyboard());
     m_taskbar.follow(m_progress);
     m_endNotice.showAgain();
 }
 
 void activeDialog::hideDialog()
 {
-    m_frontPending = false;
+    m_frontPending = m_frontIsAsked = false;
     m_progress->hide();
 }
 
@@ -72,24 +66,21 @@ void activeDialog::replaceDialog()
     dump("---- queueing dialog for delete", dumpIdentity(m_progress));
     if (m_frontPending)
         m_progress->countAsOpen();
-    queueForDeletion(m_progress);
-    m_progress = fresh;
-}
-
-void activeDialog::queueForDeletion(CProgressDialog *dialog)
-{
-    if (m_deletingCount == static_cast<int>(m_deleting.size()))
-        dialog->deleteLater();
+    // Clicks on the busy window queue one each, and only messages drain the queue.
+    constexpr size_t mostQueued = 32;
+    if (m_deleting.size() < mostQueued)
+        m_deleting.push_back(m_progress);
     else
-        m_deleting[static_cast<size_t>(m_deletingCount++)] = dialog;
+        m_progress->deleteLater();
+    m_progress = fresh;
 }
 
 /// The dialogs are deleted when control is back in the event loop; a burst of replacements must not pile up
 /// what they hold until then. The one that is on the screen stays there until its copy is.
 void activeDialog::drainDeletionQueue()
 {
-    while (m_deletingCount > 0) {
-        CProgressDialog *dialog = m_deleting[static_cast<size_t>(--m_deletingCount)];
+    for (; !m_deleting.empty(); m_deleting.pop_back()) {
+        CProgressDialog *dialog = m_deleting.back();
         if (!dialog->isVisible())
             dialog->giveBack();
         dialog->deleteLater();
@@ -98,8 +89,10 @@ void activeDialog::drainDeletionQueue()
 
 void activeDialog::activate()
 {
-    if (m_windowIsActive)
-        bringToFront(true);
+    if (!m_windowIsActive)
+        return;
+    m_frontIsAsked = true;
+    bringToFront();
 }
 
 void activeDialog::toggle()
@@ -123,7 +116,7 @@ void activeDialog::messageStop()
 {
     m_progress->willCancel();
     if (m_windowIsActive && !isShown())
-        bringToFront(false);
+        bringToFront();
 }
 
 void activeDialog::busyOn()
@@ -177,7 +170,7 @@ void activeDialog::progressVisibilityChanged(bool isVisible)
         else if (!m_busyActive)
             showBusyWindow();
         m_taskbar.setPercent(0);
-        bringToFront(false);
+        bringToFront();
     } else {
         m_taskbar.setPercent(-1);
         m_splash->setBusyPercent(-1);
@@ -229,7 +222,6 @@ void activeDialog::clear()
     delete std::exchange(m_progress, nullptr);
     delete std::exchange(m_splash, nullptr);
     // Queued dialogs would end with the process, but the toolkit wants them gone before the application.
-    while (m_deletingCount > 0)
-        delete m_deleting[static_cast<size_t>(--m_deletingCount)];
-    m_windowIsActive = false;
+    for (; !m_deleting.empty(); m_deleting.pop_back())
+        delete m_deleting.back();
 }

@@ -6,10 +6,9 @@
 
 #include <QtGlobal>
 
-#include <array>
+#include <vector>
 
 class CProgressDialog;
-class QWidget;
 class busyWidget;
 class eventListeners;
 class windowOrder;
@@ -26,7 +25,6 @@ public:
     void createWindows();
     /// Null before `createWindows()`.
     CProgressDialog *dialog() const { return m_progress; }
-    QWidget *window() const;
     /// Whether the dialog is on the screen, or about to be.
     bool isShown() const;
     busyWidget *busyWindow() const { return m_splash; }
@@ -60,16 +58,14 @@ public:
     bool isInputBlocked() const override;
 
 private:
-    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy. `isAsked`: the
-    /// user, or a client for him, has asked for it, so that it gets the keyboard.
-    void bringToFront(bool isAsked);
+    /// Shows the dialog in front of the other windows, in the non-modal mode as a fresh copy.
+    void bringToFront();
     /// Hides the dialog, or brings it back if it has content.
     void toggle();
     void showBusyWindow();
     void hideDialog();
     void showInFront();
     void replaceDialog();
-    void queueForDeletion(CProgressDialog *dialog);
 
     eventListeners &m_listeners;
     windowOrder &m_order;
@@ -81,9 +77,9 @@ private:
     /// The dialog, a fresh copy, is to be shown once the messages at hand have been handled: a burst of
     /// replacements needs one window, not one each.
     bool m_frontPending = false;
+    /// Until it is shown: the user, or a client for him, has asked for it, so that it gets the keyboard.
     bool m_frontIsAsked = false;
     taskbarEntry m_taskbar;
     endNotice m_endNotice;
-    std::array<CProgressDialog *, 32> m_deleting{};
-    int m_deletingCount = 0;
+    std::vector<CProgressDialog *> m_deleting;
 };

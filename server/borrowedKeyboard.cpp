@@ -1,6 +1,6 @@
 #include "server/borrowedKeyboard.h"
 
-#include "platform/x11Windows.h"
+#include "platform/windowSystem.h"
 
 #include <QApplication>
 #include <QWidget>

@@ -15,9 +15,6 @@
 namespace
 {
 
-/// Bytes that have been taken are moved out of the way when they are so many.
-constexpr qsizetype worthMoving = 1024 * 1024;
-
 /// Milliseconds that clients still have to take the last that they are told, at the daemon's end. All of them
 /// together have two seconds from the first call on: one that never reads must not hold up the end, and a cut
 /// event is worse than a late end.
@@ -88,13 +85,9 @@ bool channel::isHungUp() const
 
 void channel::write(QByteArrayView bytes)
 {
-    if (m_deaf)
-        return;
-    if (m_sent == m_outgoing.size()) {
-        m_outgoing.resize(0);
-        m_sent = 0;
-    }
-    m_outgoing.append(bytes);
+    if (!m_deaf)
+        m_outgoing.append(bytes);
+    flush();
 }
 
 void channel::flush()
@@ -108,18 +101,15 @@ void channel::flush()
 void channel::send()
 {
     while (mustWait()) {
-        const ssize_t sent = ::send(m_descriptor.get(), m_outgoing.constData() + m_sent,
-                                    static_cast<size_t>(waiting()), MSG_DONTWAIT | MSG_NOSIGNAL);
+        const std::string_view rest = m_outgoing.view();
+        const ssize_t sent =
+            ::send(m_descriptor.get(), rest.data(), rest.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
         if (sent < 0) {
             // What the client has sent is still to be read, so this does not end the channel.
             m_deaf = errno != EAGAIN && errno != EINTR;
             break;
         }
-        m_sent += sent;
-    }
-    if (m_sent > worthMoving) {
-        m_outgoing.remove(0, m_sent);
-        m_sent = 0;
+        m_outgoing.drop(static_cast<size_t>(sent));
     }
 }
 
@@ -136,18 +126,18 @@ void channel::cutOff()
     finish();
 }
 
-acceptor::acceptor(int listening) : m_incoming(listening, QSocketNotifier::Read)
+void acceptor::listen(int listening)
 {
-    connect(&m_incoming, &QSocketNotifier::activated, this, &acceptor::incoming);
+    setSocket(listening);
+    setEnabled(true);
 }
 
 wire::descriptor acceptor::next(sockaddr_in *peer)
 {
-    for (;;) {
+    while (isValid()) {
         socklen_t size = sizeof *peer;
-        wire::descriptor taken(accept4(static_cast<int>(m_incoming.socket()),
-                                       reinterpret_cast<sockaddr *>(peer), peer ? &size : nullptr,
-                                       SOCK_CLOEXEC | SOCK_NONBLOCK));
+        wire::descriptor taken(accept4(static_cast<int>(socket()), reinterpret_cast<sockaddr *>(peer),
+                                       peer ? &size : nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (taken && leavesDescriptors(taken.get()))
             return taken;
         if (taken || errno == EINTR || errno == ECONNABORTED)
@@ -155,9 +145,10 @@ wire::descriptor acceptor::next(sockaddr_in *peer)
         if (errno != EAGAIN) {
             // Without a descriptor left, the connection that waits would call again and again.
             dump("---- cannot accept a connection, trying again, error", errno);
-            m_incoming.setEnabled(false);
-            QTimer::singleShot(acceptAgainMs, &m_incoming, [this] { m_incoming.setEnabled(true); });
+            setEnabled(false);
+            QTimer::singleShot(acceptAgainMs, this, [this] { setEnabled(true); });
         }
         return taken;
     }
+    return wire::descriptor();
 }

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "server/waitingBytes.h"
 #include "wire/system.h"
 
-#include <QByteArray>
 #include <QObject>
 #include <QSocketNotifier>
 
@@ -41,11 +41,10 @@ public:
     void setReading(bool isOn) { m_readable.setEnabled(isOn); }
 
     /// Bytes that wait for the client to take them.
-    qint64 waiting() const { return m_outgoing.size() - m_sent; }
-    /// Adds to what waits. A client that has gone gets nothing.
+    qint64 waiting() const { return m_outgoing.size(); }
+    /// Adds to what waits, and hands that to the system, as far as it takes it now. A client that has gone
+    /// gets nothing.
     void write(QByteArrayView bytes);
-    /// Hands what waits to the system, as far as it takes it now.
-    void flush();
 
     /// Reads no more, and closes when the client has taken what waits.
     void finish();
@@ -59,15 +58,14 @@ signals:
     void finished();
 
 private:
+    void flush();
     void send();
     bool mustWait() const { return waiting() > 0 && !m_deaf; }
 
     const wire::descriptor m_descriptor;
     QSocketNotifier m_readable;
     QSocketNotifier m_writable;
-    QByteArray m_outgoing;
-    /// How much of `m_outgoing` has been taken.
-    qsizetype m_sent = 0;
+    waitingBytes m_outgoing;
     bool m_ended = false;
     /// The client takes no more.
     bool m_deaf = false;
@@ -75,24 +73,17 @@ private:
     bool m_isFinished = false;
 };
 
-/// Takes in who connects to a listening socket. Some file descriptors are kept for the display, the log and
-/// the statistics, and when there is none at all it tries again a little later.
-class acceptor : public QObject
+/// Takes in who connects to a listening socket, and is activated for as long as somebody waits. Some file
+/// descriptors are kept for the display, the log and the statistics, and when there is none at all it tries
+/// again a little later.
+class acceptor : public QSocketNotifier
 {
-    Q_OBJECT
-
 public:
-    /// `listening` does not block; it is not owned, and has to stay open.
-    explicit acceptor(int listening);
+    acceptor() : QSocketNotifier(Read) {}
 
+    /// `listening`, -1 for none any more, does not block; it is not owned, and has to stay open.
+    void listen(int listening);
     /// The next connection, which does not block; none when none waits. `peer`, if it is given, becomes the
     /// client's address, also of one that has reset its connection meanwhile.
     wire::descriptor next(sockaddr_in *peer = nullptr);
-
-signals:
-    /// Somebody has connected. Told again for as long as somebody waits.
-    void incoming();
-
-private:
-    QSocketNotifier m_incoming;
 };

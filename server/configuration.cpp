@@ -22,44 +22,26 @@ class fieldReader
 public:
     fieldReader(QStringView value, QChar separator) : m_fields(value.split(separator)) {}
 
-    fieldReader &operator>>(int &number)
+    template <typename Value> fieldReader &operator>>(Value &value)
     {
-        if (next())
-            number = std::clamp(m_field.toInt(), -farthestCoordinate, farthestCoordinate);
-        return *this;
-    }
-    fieldReader &operator>>(QFont &font)
-    {
-        if (next())
-            font.fromString(m_field.toString());
-        return *this;
-    }
-    fieldReader &operator>>(QColor &color)
-    {
-        if (next())
-            color = QColor::fromString(m_field);
-        return *this;
-    }
-    fieldReader &operator>>(QString &text)
-    {
-        if (next())
-            text = m_field.toString();
+        m_complete = m_next < m_fields.size();
+        if (m_complete)
+            read(m_fields[m_next++], value);
         return *this;
     }
     /// Whether all fields asked for were there.
     explicit operator bool() const { return m_complete; }
 
 private:
-    bool next()
+    static void read(QStringView field, int &number)
     {
-        m_complete = m_next < m_fields.size();
-        if (m_complete)
-            m_field = m_fields[m_next++];
-        return m_complete;
+        number = std::clamp(field.toInt(), -farthestCoordinate, farthestCoordinate);
     }
+    static void read(QStringView field, QFont &font) { font.fromString(field.toString()); }
+    static void read(QStringView field, QColor &color) { color = QColor::fromString(field); }
+    static void read(QStringView field, QString &text) { text = field.toString(); }
 
     QList<QStringView> m_fields;
-    QStringView m_field;
     qsizetype m_next = 0;
     bool m_complete = true;
 };

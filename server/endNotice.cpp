@@ -2,7 +2,7 @@
 
 #include "language/language.h"
 #include "platform/sessionBus.h"
-#include "platform/x11Windows.h"
+#include "platform/windowSystem.h"
 #include "widgets/appearance.h"
 
 #include <QWidget>

@@ -47,10 +47,8 @@ QByteArrayView fitting(QByteArrayView events, qint64 room)
 
 void deliver(const std::vector<channel *> &listeners, QByteArrayView events)
 {
-    for (channel *listener : listeners) {
+    for (channel *listener : listeners)
         listener->write(fitting(events, channel::maxBacklog - listener->waiting()));
-        listener->flush();
-    }
 }
 
 } // namespace
@@ -69,13 +67,15 @@ void eventListeners::setPortListeners(std::vector<channel *> listeners)
 
 void eventListeners::addLocal(channel *listener)
 {
+    if (std::find(m_local.begin(), m_local.end(), listener) != m_local.end())
+        return;
     flush();
     m_local.push_back(listener);
 }
 
 void eventListeners::removeLocal(channel *listener)
 {
-    m_local.erase(std::remove(m_local.begin(), m_local.end(), listener), m_local.end());
+    std::erase(m_local, listener);
 }
 
 void eventListeners::collect(wire::eventKind kind, std::initializer_list<int> numbers)

@@ -31,7 +31,7 @@ public:
 
     /// The channels of the event port that hear, in this order. No channel is owned.
     void setPortListeners(std::vector<channel *> listeners);
-    /// A local channel hears what happens from now on.
+    /// A local channel hears what happens from now on, if it does not already.
     void addLocal(channel *listener);
     void removeLocal(channel *listener);
 

@@ -13,10 +13,8 @@ void handlers::handle(const message &received, dialect from, const askerFunction
         doConfiguration(decoded(received.payload, from));
         break;
     case messageKind::assertion:
-        m_boxes.openAssertion(decoded(received.payload, from), asker(), waiting);
-        break;
     case messageKind::messageBox:
-        m_boxes.openMessage(decoded(received.payload, from), asker(), waiting);
+        m_boxes.open(received.kind, decoded(received.payload, from), asker(), waiting);
         break;
     case messageKind::progress:
         m_active.createWindows();

@@ -42,17 +42,12 @@ void lifespan::stop() const
     QCoreApplication::quit();
 }
 
-wayIn::presence lifespan::clients() const
+void lifespan::endIfAlone(const char *reason)
 {
     auto found = wayIn::presence::none;
     for (wayIn *way : m_ways)
         found = std::max(found, way->clients());
-    return found;
-}
-
-void lifespan::endIfAlone(const char *reason)
-{
-    switch (clients()) {
+    switch (found) {
     case wayIn::presence::client:
         break;
     case wayIn::presence::uncertain:

@@ -47,7 +47,6 @@ public:
     void stop() const;
 
 private:
-    wayIn::presence clients() const;
     void endIfAlone(const char *reason);
 
     terms m_terms;

@@ -86,7 +86,7 @@ void localChannel::handle(const message &received)
     m_isClient = m_isClient || received.kind != messageKind::events;
     switch (received.kind) {
     case messageKind::events:
-        listen();
+        m_shared.m_listeners.addLocal(this);
         break;
     case messageKind::claim:
         claim();
@@ -101,12 +101,6 @@ void localChannel::handle(const message &received)
     default:
         m_shared.handle(received, dialect::local, m_answers, m_asker.get());
     }
-}
-
-void localChannel::listen()
-{
-    if (!std::exchange(m_listens, true))
-        m_shared.m_listeners.addLocal(this);
 }
 
 void localChannel::claim()
@@ -137,7 +131,6 @@ void localChannel::reply(QByteArrayView bytes)
         return;
     }
     write(bytes);
-    flush();
 }
 
 /// Whoever only has ended its sending direction waits until everything was handled; one that was killed does

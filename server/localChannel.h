@@ -17,8 +17,6 @@ class lifespan;
 /// handled, and finishes when the client has taken what it was told until then.
 class localChannel : public channel
 {
-    Q_OBJECT
-
 public:
     localChannel(wire::descriptor taken, handlers &shared, lifespan &life);
     ~localChannel() override;
@@ -34,7 +32,6 @@ private:
     void takeTurn();
     bool handleMessages(clock::time_point end);
     void handle(const message &received);
-    void listen();
     void claim();
     /// Bytes that the client waits for: they are not left out, but may end a channel that never reads.
     void reply(QByteArrayView bytes);
@@ -54,7 +51,6 @@ private:
     /// Boxes that this channel has asked for.
     int m_boxCount = 0;
     bool m_isClient = false;
-    bool m_listens = false;
     /// Nothing that the client may still send counts.
     bool m_isOver = false;
     /// The daemon is about to end.

@@ -7,50 +7,28 @@
 #include <functional>
 #include <utility>
 
-namespace
-{
-
-constexpr size_t maxChannels = 64;
-
-} // namespace
-
 localServer::localServer(handlers &shared, lifespan &life) : m_shared(shared), m_life(life)
 {
     m_life.watch(*this);
-}
-
-localSocket::outcome localServer::open(const char *identifier)
-{
-    const localSocket::outcome result = m_socket.open(identifier);
-    if (result == localSocket::outcome::listening) {
-        m_acceptor = std::make_unique<acceptor>(m_socket.descriptor());
-        // One at a time: those who have come and gone meanwhile must not take the places of the others.
-        QObject::connect(m_acceptor.get(), &acceptor::incoming, [this] { accept(); });
-    }
-    return result;
+    // One at a time: those who have come and gone meanwhile must not take the places of the others.
+    QObject::connect(&m_acceptor, &acceptor::activated, [this] { accept(); });
 }
 
 bool localServer::accept()
 {
-    wire::descriptor taken = m_acceptor ? m_acceptor->next() : wire::descriptor();
+    constexpr size_t maxChannels = 64;
+    wire::descriptor taken = m_acceptor.next();
     if (!taken)
         return false;
-    if (m_channels.size() < maxChannels && wire::isTrusted(wire::peerOf(taken.get())))
-        add(std::move(taken));
-    return true;
-}
-
-void localServer::add(wire::descriptor taken)
-{
+    if (m_channels.size() >= maxChannels || !wire::isTrusted(wire::peerOf(taken.get())))
+        return true;
     auto *client = new localChannel(std::move(taken), m_shared, m_life);
     m_channels.push_back(client);
-    QObject::connect(client, &channel::finished, client, [this, client] { remove(client); });
-}
-
-void localServer::remove(localChannel *client)
-{
-    m_channels.erase(std::find(m_channels.begin(), m_channels.end(), client));
-    client->deleteLater();
+    QObject::connect(client, &channel::finished, client, [this, client] {
+        std::erase(m_channels, client);
+        client->deleteLater();
+    });
+    return true;
 }
 
 wayIn::presence localServer::clients()
@@ -62,16 +40,8 @@ wayIn::presence localServer::clients()
     return isUncertain ? presence::uncertain : presence::none;
 }
 
-void localServer::removeSocket()
-{
-    m_socket.close();
-}
-
 void localServer::close()
 {
-    m_shared.m_listeners.sendLocal(wire::eventKind::shutDown);
-    m_acceptor.reset();
-    removeSocket();
     for (localChannel *client : std::exchange(m_channels, {}))
         delete client;
 }

@@ -2,15 +2,13 @@
 
 #include "server/channel.h"
 #include "server/lifespan.h"
-#include "server/localSocket.h"
 
-#include <memory>
 #include <vector>
 
 class handlers;
 class localChannel;
 
-/// The way in for this user's own processes: the local socket and its channels, at most 64.
+/// The way in for this user's own processes: the channels of the local socket, at most 64.
 class localServer : public wayIn
 {
 public:
@@ -18,25 +16,18 @@ public:
     ~localServer() { close(); }
     Q_DISABLE_COPY_MOVE(localServer)
 
-    /// Opens the socket of `identifier`. Without it, all other operations do nothing.
-    localSocket::outcome open(const char *identifier);
-    /// What was in the way of `open()`.
-    const std::string &reason() const { return m_socket.reason(); }
+    /// Takes in who connects to this socket from now on; nobody with -1, as until the first call.
+    void listen(int listening) { m_acceptor.listen(listening); }
     presence clients() override;
-    /// Removes the socket from the file system; the channels stay. A signal's handler may call it.
-    void removeSocket();
-    /// Tells the listeners of the end, removes the socket and closes the channels.
+    /// Closes the channels, when they have taken the last that they were told or had time to.
     void close();
 
 private:
     /// Takes in the next who waits; false when nobody does.
     bool accept();
-    void add(wire::descriptor taken);
-    void remove(localChannel *client);
 
     handlers &m_shared;
     lifespan &m_life;
-    localSocket m_socket;
-    std::unique_ptr<acceptor> m_acceptor;
+    acceptor m_acceptor;
     std::vector<localChannel *> m_channels;
 };

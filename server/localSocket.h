@@ -31,7 +31,8 @@ public:
     /// Takes the place that `identifier`, any bytes, has; `reason()` says what was in the way.
     outcome open(const char *identifier);
     const std::string &reason() const { return m_reason; }
-    /// Removes the socket, if it is still this one, and gives the place up.
+    /// Removes the socket, if it is still this one, and gives the place up; the channels stay. A signal's
+    /// handler may call it.
     void close();
 
     /// The listening descriptor, which does not block; -1 when it is not open.

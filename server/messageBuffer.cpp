@@ -1,11 +1,5 @@
 #include "server/messageBuffer.h"
 
-void messageBuffer::append(QByteArrayView text)
-{
-    std::copy(text.begin(), text.end(), m_waiting.reserve(text.size()));
-    m_waiting.commit(text.size());
-}
-
 std::optional<message> messageBuffer::next()
 {
     for (size_t i = 0; i < wire::portKinds; ++i) {

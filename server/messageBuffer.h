@@ -14,12 +14,12 @@
 class messageBuffer
 {
 public:
-    void append(QByteArrayView text);
+    void append(QByteArrayView text) { m_waiting.append(text); }
     /// Cuts out the next message; none when no message is complete. Its payload stays valid until the next
     /// call of `append()` or `clear()`.
     std::optional<message> next();
     /// Bytes that wait for a closing tag.
-    qsizetype waiting() const { return static_cast<qsizetype>(m_waiting.view().size()); }
+    qsizetype waiting() const { return m_waiting.size(); }
     /// Drops all that waits.
     void clear() { *this = {}; }
 

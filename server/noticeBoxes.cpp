@@ -1,5 +1,6 @@
 #include "server/noticeBoxes.h"
 
+#include "dialog/CProgressDialog.h"
 #include "server/activeDialog.h"
 #include "server/windowOrder.h"
 #include "widgets/appearance.h"
@@ -10,47 +11,35 @@
 #include <QGuiApplication>
 #include <QPushButton>
 
-#include <utility>
-
 namespace
 {
 
 /// More boxes than this at a time nobody can answer.
 constexpr qsizetype maxOpenBoxes = 32;
 
-} // namespace
+struct question {
+    noticeBox *box;
+    /// Maps the code of the button that was clicked, 0 for none, to that of the answer.
+    std::function<quint32(quint32)> answerTo;
+};
 
-noticeBoxes::noticeBoxes(activeDialog &active, windowOrder &order) : m_active(active), m_order(order) {}
-
-noticeBoxes::~noticeBoxes()
+question assertionBox(const QString &message)
 {
-    dismiss();
-}
-
-void noticeBoxes::openAssertion(const QString &message, const answerFunction &answer, const QObject *waiting)
-{
-    if (turnsAway(answer))
-        return;
     auto *box = new noticeBox(QStringLiteral("Zerbak Quillet Assertion"), message);
     for (const auto button :
          {QMessageBox::Yes, QMessageBox::Save, QMessageBox::YesToAll, QMessageBox::Retry, QMessageBox::Abort})
         box->addStandard(button);
-
-    const auto code = [message](quint32 clicked) -> quint32 {
-        if (clicked != quint32{QMessageBox::Save})
-            return clicked;
-        if (QClipboard *clipboard = QGuiApplication::clipboard())
-            clipboard->setText(message);
-        return QMessageBox::Yes;
-    };
-    open(box, code, answer, waiting);
+    return {box, [message](quint32 clicked) -> quint32 {
+                if (clicked != quint32{QMessageBox::Save})
+                    return clicked;
+                if (QClipboard *clipboard = QGuiApplication::clipboard())
+                    clipboard->setText(message);
+                return QMessageBox::Yes;
+            }};
 }
 
-void noticeBoxes::openMessage(const QString &description, const answerFunction &answer,
-                              const QObject *waiting)
+question describedBox(const QString &description)
 {
-    if (turnsAway(answer))
-        return;
     QStringList fields = description.split(QString::fromLatin1(wire::fieldSeparator));
     const QStringList buttonFields = fields.mid(3, wire::mostButtons);
     fields.resize(3);
@@ -67,29 +56,35 @@ void noticeBoxes::openMessage(const QString &description, const answerFunction &
     const bool hasNone = box->buttons().isEmpty();
     if (hasNone)
         box->addStandard(QMessageBox::Ok);
-    open(
-        box, [hasNone](quint32 clicked) { return hasNone ? 0 : clicked; }, answer, waiting);
+    return {box, [hasNone](quint32 clicked) { return hasNone ? 0 : clicked; }};
 }
 
-void noticeBoxes::open(noticeBox *box, const answerCode &code, const answerFunction &answer,
+} // namespace
+
+noticeBoxes::noticeBoxes(activeDialog &active, windowOrder &order) : m_active(active), m_order(order) {}
+
+void noticeBoxes::open(messageKind kind, const QString &text, const answerFunction &answer,
                        const QObject *waiting)
 {
+    if (m_open.size() >= maxOpenBoxes)
+        return answer(0);
+    const auto [box, answerTo] = kind == messageKind::assertion ? assertionBox(text) : describedBox(text);
     box->setWindowFlag(Qt::WindowStaysOnTopHint);
-    connect(box, &QDialog::finished, this, [this, box, code, answer] {
-        const quint32 result = code(box->standardButton(box->clickedButton()));
+    connect(box, &QDialog::finished, this, [this, box = box, answerTo = answerTo, answer] {
+        const quint32 result = answerTo(box->standardButton(box->clickedButton()));
         close(box);
         answer(result);
     });
     if (waiting)
-        connect(waiting, &QObject::destroyed, box, [this, box] {
+        connect(waiting, &QObject::destroyed, box, [this, box = box] {
             if (m_open.contains(box))
                 box->done(0);
         });
     m_active.cancelRun();
     if (appearance.m_windowLayout == windowLayout::fitted && m_active.isShown())
-        box->keepClearOf(m_active.window()->frameGeometry());
+        box->keepClearOf(m_active.dialog()->frameGeometry());
     m_open.append(box);
-    m_order.openBox(box, m_active.window());
+    m_order.openBox(box, m_active.dialog());
     m_active.setUrgent(true);
 }
 
@@ -98,16 +93,8 @@ void noticeBoxes::close(QMessageBox *box)
     m_open.removeOne(box);
     box->deleteLater();
     m_active.cancelRun();
-    m_order.closeBox(box, m_active.window());
+    m_order.closeBox(box, m_active.dialog());
     m_active.setUrgent(m_order.boxIsOpen());
-}
-
-bool noticeBoxes::turnsAway(const answerFunction &answer) const
-{
-    if (m_open.size() < maxOpenBoxes)
-        return false;
-    answer(0);
-    return true;
 }
 
 void noticeBoxes::dismiss()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "server/message.h"
+
 #include <QList>
 #include <QObject>
 
@@ -7,7 +9,6 @@
 
 class QMessageBox;
 class activeDialog;
-class noticeBox;
 class windowOrder;
 
 /// Tells the asker what was answered: the code of the button, 0 for none. Called once.
@@ -20,32 +21,20 @@ using askerFunction = std::function<answerFunction()>;
 /// while one is open. The run in progress is not learned.
 class noticeBoxes : public QObject
 {
-    Q_OBJECT
-
 public:
     noticeBoxes(activeDialog &active, windowOrder &order);
-    /// Boxes that are still open are dismissed.
-    ~noticeBoxes() override;
 
-    // When `waiting` is deleted, nobody waits for the answer any more, and the box is taken away; without it
-    // the box stays until the user answers.
-
-    /// Asks what to do about a failed assertion; `message` is shown as it is.
-    void openAssertion(const QString &message, const answerFunction &answer, const QObject *waiting);
-    /// Asks what `description` says: icon, title, text and buttons, with "[#]" between them.
-    void openMessage(const QString &description, const answerFunction &answer, const QObject *waiting);
+    /// Opens the box of an assertion, whose text is shown as it is, or that of a message, which says icon,
+    /// title, text and buttons, with "[#]" between them. When `waiting` is deleted, nobody waits for the
+    /// answer any more, and the box is taken away; without it the box stays until the user answers. While as
+    /// many boxes are open as can be, a further one is answered with 0 at once.
+    void open(messageKind kind, const QString &text, const answerFunction &answer, const QObject *waiting);
     /// Answers every open box with 0.
     void dismiss();
     qsizetype openCount() const { return m_open.size(); }
 
 private:
-    /// Maps the code of the button that was clicked, 0 for none, to that of the answer.
-    using answerCode = std::function<quint32(quint32)>;
-
-    void open(noticeBox *box, const answerCode &code, const answerFunction &answer, const QObject *waiting);
     void close(QMessageBox *box);
-    /// While as many boxes are open as can be, a further one is answered with 0 at once; tells whether it is.
-    bool turnsAway(const answerFunction &answer) const;
 
     activeDialog &m_active;
     windowOrder &m_order;

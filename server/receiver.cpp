@@ -79,15 +79,6 @@ void logRefusal()
     sinceLast.start();
 }
 
-/// Answers a box with the four bytes of its code.
-void answer(channel *asker, quint32 code)
-{
-    if (!asker || asker->waiting() > maxUnreadAnswers)
-        return;
-    asker->write({reinterpret_cast<const char *>(&code), sizeof code});
-    asker->flush();
-}
-
 } // namespace
 
 receiver::receiver(kind serves, int portnum, handlers &shared, lifespan &life)
@@ -95,15 +86,13 @@ receiver::receiver(kind serves, int portnum, handlers &shared, lifespan &life)
 {
     if (m_kind == kind::command)
         m_life.watch(*this);
-    if (!m_listening)
-        return;
-    m_acceptor = std::make_unique<acceptor>(m_listening.get());
-    connect(m_acceptor.get(), &acceptor::incoming, this, &receiver::connection);
+    connect(&m_acceptor, &acceptor::activated, this, &receiver::connection);
+    m_acceptor.listen(m_listening.get());
 }
 
 receiver::~receiver()
 {
-    m_acceptor.reset();
+    m_acceptor.listen(-1);
     for (channel *client : m_channels.reached()) {
         leave(client);
         delete client;
@@ -127,8 +116,7 @@ wayIn::presence receiver::clients()
 void receiver::connection()
 {
     sockaddr_in peer{};
-    while (wire::descriptor taken =
-               m_acceptor && !awaitsRoom() ? m_acceptor->next(&peer) : wire::descriptor()) {
+    while (wire::descriptor taken = awaitsRoom() ? wire::descriptor() : m_acceptor.next(&peer)) {
         if (isOfThisMachine(taken.get(), peer.sin_addr.s_addr))
             admit(std::move(taken));
         else
@@ -157,14 +145,11 @@ void receiver::admit(wire::descriptor taken)
     constexpr int on = 1;
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     connect(client, &channel::readable, this, [this, client] { gotData(client); });
-    connect(client, &channel::finished, this, [this, client] { closed(client); });
+    connect(client, &channel::finished, this, [this, client] {
+        client->deleteLater();
+        leave(client);
+    });
     shareListeners();
-}
-
-void receiver::closed(channel *client)
-{
-    client->deleteLater();
-    leave(client);
 }
 
 void receiver::leave(channel *client)
@@ -210,25 +195,22 @@ bool receiver::dispatch()
     const noticeBoxes &boxes = m_shared.m_boxes;
     while (const std::optional<message> received = m_command.next()) {
         const qsizetype openBoxes = boxes.openCount();
-        handle(*received);
+        if (received->kind == messageKind::exit)
+            m_life.requestExit(m_portnum);
+        else
+            m_shared.handle(*received, dialect::port, m_answers);
         if (boxes.openCount() > openBoxes)
             return true;
     }
     return false;
 }
 
-void receiver::handle(const message &received)
-{
-    if (received.kind == messageKind::exit)
-        m_life.requestExit(m_portnum);
-    else
-        m_shared.handle(received, dialect::port, m_answers);
-}
-
+/// A box is answered with the four bytes of its code.
 answerFunction receiver::nextAnswer()
 {
     return [this, asker = m_client](quint32 code) {
-        answer(asker, code);
+        if (asker && asker->waiting() <= maxUnreadAnswers)
+            asker->write({reinterpret_cast<const char *>(&code), sizeof code});
         // The messages behind the box's have waited for its answer.
         QMetaObject::invokeMethod(this, &receiver::dispatch, Qt::QueuedConnection);
     };

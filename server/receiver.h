@@ -9,8 +9,6 @@
 #include <QObject>
 #include <QPointer>
 
-#include <memory>
-
 class handlers;
 
 /// A server of the daemon on a TCP port: the command server, on which clients send messages, or the event
@@ -18,8 +16,6 @@ class handlers;
 /// frames what arrives on any of them in one buffer. What messages do is the part of `handlers`.
 class receiver : public QObject, public wayIn
 {
-    Q_OBJECT
-
 public:
     enum class kind { command, event };
 
@@ -38,21 +34,19 @@ private:
     bool awaitsRoom() const;
     void admit(wire::descriptor taken);
     void gotData(channel *client);
-    void closed(channel *client);
     void leave(channel *client);
     void shareListeners() const;
 
     bool dispatch();
-    void handle(const message &received);
     answerFunction nextAnswer();
 
     kind m_kind;
     int m_portnum;
     handlers &m_shared;
     lifespan &m_life;
-    /// The listening socket, none when the port could not be bound; then there is no acceptor.
+    /// The listening socket, none when the port could not be bound.
     const wire::descriptor m_listening;
-    std::unique_ptr<acceptor> m_acceptor;
+    acceptor m_acceptor;
     channelTable m_channels;
     /// What arrived and has not been handled yet, from all channels of this server.
     messageBuffer m_command;

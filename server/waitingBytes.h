@@ -6,8 +6,9 @@
 
 #include <algorithm>
 
-/// Bytes that wait to be cut into messages: they come at the end and leave at the front. The cost is linear
-/// in the bytes: nothing is searched twice, and what waits is moved only when it is the smaller part.
+/// Bytes that wait to be cut into messages, or to be sent: they come at the end and leave at the front. The
+/// cost is linear in the bytes: nothing is searched twice, and what waits is moved only when it is the
+/// smaller part.
 class waitingBytes
 {
 public:
@@ -29,12 +30,16 @@ public:
     }
     void commit(qsizetype size) { m_end += size; }
     char *end() { return m_bytes.data() + m_end; }
+    void append(QByteArrayView bytes)
+    {
+        std::copy(bytes.begin(), bytes.end(), reserve(bytes.size()));
+        commit(bytes.size());
+    }
+
+    qsizetype size() const { return m_end - m_head; }
 
     /// Those that wait, from the front on; valid until `reserve()`.
-    std::string_view view() const
-    {
-        return {m_bytes.constData() + m_head, static_cast<size_t>(m_end - m_head)};
-    }
+    std::string_view view() const { return {m_bytes.constData() + m_head, static_cast<size_t>(size())}; }
     void drop(size_t size) { m_head += static_cast<qsizetype>(size); }
 
     /// Where `tag` begins; npos for nowhere. It does not begin in front of `searched`, which goes on to where

@@ -1,8 +1,7 @@
 #include "server/windowOrder.h"
 
-#include "platform/wayland.h"
+#include "platform/windowSystem.h"
 #include "platform/x11Input.h"
-#include "platform/x11Windows.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -14,8 +14,6 @@ class QWidget;
 /// one is gone, if the dialog had it when the first one came. Windows are not owned.
 class windowOrder : public QObject
 {
-    Q_OBJECT
-
 public:
     /// Shows the dialog in front of other windows, but behind boxes. `takesKeyboard`: from whoever has it.
     void bringToFront(QWidget *dialog, bool takesKeyboard);

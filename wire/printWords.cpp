@@ -1,8 +1,7 @@
 // The words of the protocol.
 //
-// printWords               a line each: its kind, the word, what belongs to it
-// printWords --dictionary  as the fuzzers want them
-// printWords TEMPLATE      this file, with all of a kind in the place of @settings@, @buttons@, @icons@
+// printWords           a line each: its kind, the word, what belongs to it
+// printWords TEMPLATE  this file, with all of a kind in the place of @settings@, @buttons@, @icons@
 
 #include "wire/tags.h"
 #include "wire/words.h"
@@ -11,6 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <initializer_list>
+#include <iostream>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -18,58 +19,37 @@
 namespace
 {
 
-bool asDictionary = false;
-
-/// The suffix stands behind the word on the wire.
-void print(const char *kind, std::string_view word, const std::string &more = {}, const char *suffix = "")
+/// Empty words are left out.
+void print(std::initializer_list<std::string_view> words)
 {
-    const std::string text(word);
-    if (asDictionary)
-        std::printf("\"%s%s\"\n", text.c_str(), suffix);
-    else
-        std::printf("%s %s%s%s\n", kind, text.c_str(), more.empty() ? "" : " ", more.c_str());
-}
-
-void printTags()
-{
-    for (const auto &each : wire::allTags) {
-        print("message", each.opening, std::string(each.closing));
-        if (asDictionary && !each.closing.empty())
-            print("", each.closing);
+    const char *gap = "";
+    for (const std::string_view word : words) {
+        if (!word.empty())
+            std::cout << std::exchange(gap, " ") << word;
     }
-    for (const auto &each : wire::allReplies)
-        print("reply", each.opening, std::string(each.closing));
-    print("separator", wire::fieldSeparator);
+    std::cout << '\n';
 }
 
-void printSettings()
+void printAll()
 {
+    constexpr const char *arguments[] = {"none", "slot", "slot value", "slot text", "amount"};
     constexpr const char *kinds[] = {"text", "numbers", "fonts", "colours", "words"};
-    for (const auto &each : wire::settingForms) {
-        std::string more = kinds[static_cast<std::size_t>(each.value)];
-        for (const std::string_view word : each.words) {
-            if (!word.empty())
-                more.append(" ").append(word);
-        }
-        print("setting", each.key, more, "=");
-        for (const std::string_view word : each.words) {
-            if (asDictionary && !word.empty())
-                print("", word);
-        }
-    }
-}
-
-void printButtons()
-{
-    for (const auto &each : wire::buttons) {
-        const std::string number = std::to_string(each.number);
-        if (asDictionary)
-            print("", number);
-        else
-            print("button", each.name, number + (each.accepts ? " accepts" : " rejects"));
-    }
-    for (std::size_t i = 0; i < wire::icons.size() && !asDictionary; ++i)
-        print("icon", wire::icons[i], std::to_string(i));
+    for (const auto &each : wire::allTags)
+        print({"message", each.opening, each.closing});
+    for (const auto &each : wire::allReplies)
+        print({"reply", each.opening, each.closing});
+    print({"separator", wire::fieldSeparator});
+    for (const auto &each : wire::progressForms)
+        print({"command", each.keyword, arguments[static_cast<std::size_t>(each.arguments)]});
+    for (const auto &[key, value, words] : wire::settingForms)
+        print({"setting", std::string(key) + '=', kinds[static_cast<std::size_t>(value)], words[0], words[1],
+               words[2]});
+    for (const std::string_view each : wire::eventNames)
+        print({"event", each});
+    for (const auto &[name, number, accepts] : wire::buttons)
+        print({"button", name, std::to_string(number), accepts ? "accepts" : "rejects"});
+    for (std::size_t i = 0; i < wire::icons.size(); ++i)
+        print({"icon", wire::icons[i], std::to_string(i)});
 }
 
 std::string listed(std::string_view item)
@@ -107,29 +87,16 @@ void printFilled(const char *path)
         for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;)
             text.replace(at, std::strlen(mark), list, 0, list.size() - 1);
     }
-    std::fputs(text.c_str(), stdout);
-}
-
-void printAll()
-{
-    constexpr const char *arguments[] = {"none", "slot", "slot value", "slot text", "amount"};
-    printTags();
-    for (const auto &each : wire::progressForms)
-        print("command", each.keyword, arguments[static_cast<std::size_t>(each.arguments)]);
-    printSettings();
-    for (const std::string_view each : wire::eventNames)
-        print("event", each);
-    printButtons();
+    std::cout << text;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    asDictionary = argc > 1 && std::strcmp(argv[1], "--dictionary") == 0;
-    if (argc > 1 && !asDictionary)
+    if (argc > 1)
         printFilled(argv[1]);
     else
         printAll();
-    return std::fflush(stdout) == 0 ? 0 : 1;
+    return std::cout.flush() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

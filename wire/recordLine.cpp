@@ -15,23 +15,6 @@ namespace wire
 namespace
 {
 
-constexpr std::size_t mostFields = 5;
-using fieldArray = std::array<std::string_view, mostFields>;
-
-/// Fills `fields` with the first fields of `line` and returns how many there are, at most `mostFields`.
-std::size_t splitFields(std::string_view line, fieldArray &fields)
-{
-    std::size_t count = 0;
-    while (count < mostFields) {
-        const std::size_t colon = line.find(':');
-        fields[count++] = line.substr(0, colon);
-        if (colon == std::string_view::npos)
-            break;
-        line.remove_prefix(colon + 1);
-    }
-    return count;
-}
-
 /// Snapshots beyond those that a run can have are never compared with any, and written out in full they would
 /// make a line that is too long to be read again.
 void readSnapshots(std::string_view text, std::vector<int> &snapshots)
@@ -101,8 +84,12 @@ bool recordReader::read(std::string_view line, recordLine &record)
         line = withoutReturns;
     }
 
-    fieldArray fields;
-    const std::size_t count = splitFields(line, fields);
+    std::array<std::string_view, 5> fields;
+    std::size_t count = 0;
+    for (std::size_t at = 0; at <= line.size() && count < fields.size(); ++count) {
+        fields[count] = line.substr(at, line.find(':', at) - at);
+        at += fields[count].size() + 1;
+    }
     const std::size_t first = m_hasTimes ? 1 : 0;
     if (count < first + 3)
         return false;
@@ -110,7 +97,7 @@ bool recordReader::read(std::string_view line, recordLine &record)
     record.total = readNumber(fields[first]);
     record.found = readNumber(fields[first + 1]);
     readSnapshots(fields[first + 2], record.snapshots);
-    record.amount = m_hasTimes && count == mostFields ? readAmount(fields[mostFields - 1]) : 0;
+    record.amount = m_hasTimes && count == fields.size() ? readAmount(fields.back()) : 0;
     return record.total > 0;
 }
 

@@ -15,7 +15,7 @@ for kind, word, *more in map(str.split, subprocess.check_output([os.environ["PRI
     if kind == "command":
         COMMANDS.append(word)
     elif kind == "setting":
-        SETTINGS.append(word + "=")
+        SETTINGS.append(word)
         VALUES += more[1:]
 
 

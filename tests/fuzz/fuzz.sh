@@ -26,7 +26,8 @@ fuzz() {
 
 build=$(cd "$build" && pwd)
 rm -f "$build/found-something"
-{ "$build/wire/printWords" --dictionary && cat "$here/messages.dict"; } >"$build/messages.dict"
+{ "$build/wire/printWords" | cut -d ' ' -f 2- | tr ' ' '\n' | sed 's/.*/"&"/' && cat "$here/messages.dict"; } \
+    >"$build/messages.dict"
 for name in "${harnesses[@]}"; do
     while (($(jobs -rp | wc -l) >= 2)); do wait -n; done
     fuzz "$name" &

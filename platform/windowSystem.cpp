@@ -1,9 +1,10 @@
-#include "platform/x11Windows.h"
+#include "platform/windowSystem.h"
 
 #include "platform/x11.h"
 
 #include <QApplication>
 #include <QWidget>
+#include <QWindow>
 
 #include <algorithm>
 #include <string_view>
@@ -83,6 +84,25 @@ bool isOwn(xcb_window_t id)
 }
 
 } // namespace
+
+bool onWayland()
+{
+    static const bool isWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    return isWayland;
+}
+
+/// The compositor hears of the parent when a window is mapped.
+void keepInFront(QWidget *child, const QWidget *parent)
+{
+    if (!onWayland())
+        return;
+    const bool wasVisible = child->isVisible();
+    child->hide();
+    child->winId();
+    child->windowHandle()->setTransientParent(parent && parent->isVisible() ? parent->windowHandle()
+                                                                            : nullptr);
+    child->setVisible(wasVisible);
+}
 
 void keepEmptyTitle(QWidget &window)
 {

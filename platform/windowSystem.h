@@ -5,8 +5,16 @@
 
 class QWidget;
 
-/// What the toolkit cannot do with windows, and X11 can. Nothing happens on other platforms, but where
-/// another way is named.
+/// What the toolkit leaves to each window system. Where nothing else is said, it is something that X11 can
+/// do, and nothing happens on other platforms.
+
+/// Whether windows are shown by a Wayland compositor. It alone says where they are, which lies above which,
+/// and who gets the keyboard; a client can only ask for the keyboard, and name a window's parent.
+bool onWayland();
+
+/// Has the Wayland compositor keep `child`, which may be shown already, in front of `parent`, where there is
+/// one.
+void keepInFront(QWidget *child, const QWidget *parent);
 
 /// To be called when a window was created: the toolkit gives one without a title the program's name.
 /// Elsewhere the title is a blank.
