@@ -215,10 +215,6 @@ class Ends(ClientCase):
                 self.check_line(result.errors, message)
         until(lambda: not os.listdir(self.folder), "the end of the daemons")
 
-    def press(self, *keys):
-        self.screen.focus_on(self.name)
-        self.screen.key(*keys)
-
     def test_are_the_users(self):
         """Keys, the extra button and the window manager's way to close."""
         self.environment["OK"] = "W" * 40  # has a line of its own
