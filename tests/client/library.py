@@ -9,7 +9,7 @@ import time
 from pathlib import Path
 
 from client import ClientCase
-from harness import main
+from harness import PATIENCE, main
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "../../python"))
 from progressclient import words as python_words  # noqa: E402
@@ -22,9 +22,8 @@ class Library(ClientCase):
     def probe(self, deed, **options):
         return self.begin(f"exec $LIBRARY_PROBE {self.name} {deed}", **options)
 
-    def check_probe(self, deed, before=""):
-        result = self.run_script(f"{before} exec $LIBRARY_PROBE {self.name} {deed}")
-        self.assertEqual((result.output, result.errors), ("done\n", ""))
+    def check_probe(self, deed):
+        self.assertEqual(self.probe(deed).communicate(timeout=PATIENCE), (b"done\n", b""))
 
     def test_as_its_users_have_it(self):
         self.start_shared()
@@ -61,17 +60,11 @@ class Library(ClientCase):
             ahead.connect(self.path)
             self.check_probe("queue")
 
-    def test_halves(self):
-        self.fake(silent=True)
-        self.check_probe("breakOff")
-
-    def test_fork(self):
-        self.fake()
-        self.check_probe("separate")
-
-    def test_goes_on_without(self):
-        self.fake(answer=b"")
-        self.check_probe("goOn")
+    def test_daemons_that_break_off(self):
+        for deed, daemon in (("breakOff", {"silent": True}), ("separate", {}), ("goOn", {"answer": b""})):
+            with self.alone(deed):
+                self.fake(**daemon)
+                self.check_probe(deed)
 
     def test_reasons(self):
         program = os.path.join(self.screen.environment["XDG_RUNTIME_DIR"], "daemon")

@@ -176,19 +176,6 @@ class LocalChannel(Case):
         told = hasty.close()
         self.assertEqual((told.count(b"isActivated"), told.count(b"<claimed>")), (1000, 1000))
 
-    def test_hears_at_once(self):
-        """Also in the middle of a batch that takes long."""
-        daemon, listener, client = self.private()
-
-        def hears_the_middle():
-            client.progress(*["create:0;x", "remove:0"] * 1500, "activate")
-            self.assertEqual(listener.event(), "isShown")
-            is_early = b"isActivated" not in listener.received
-            listener.until("isActivated")
-            return is_early
-
-        until(hears_the_middle, "an event before its batch is done")  # unless the test had no turn meanwhile
-
     def test_has_bounds(self):
         for name, text, survives in (("within", b"x" * (16 * MIB - 100), True), ("beyond", b"x" * (16 * MIB + 1), False)):
             with self.alone(name):
