@@ -84,6 +84,12 @@ class ClientCase(Case):
         self.assertEqual(process.wait(PATIENCE), 0)
         return shown.decode()
 
+    def check(self, result, status, complaint=""):
+        """How it ended, and what it complained of in one line, if at all."""
+        self.assertEqual(result.status, status, result.errors)
+        self.check_line(result.errors, complaint)
+        return result
+
     def check_line(self, errors, part):
         self.assertEqual(errors.count("\n"), 1 if part else 0, errors)
         self.assertIn(part, errors)

@@ -50,8 +50,7 @@ class BusyWindow(Case):
         events = daemon.events()
         events.progress("busyOn")  # nothing to see while there is no position
         events.configure("busyIndicator=10|-1|0|0|empty")
-        events.progress("busyOn")
-        events.served()
+        events.served("busyOn")
         for record in ("++++ busy pixmap not found:", "Busy.png", "---- setting busy pixmap "):
             self.assertIn(f": {record} result=0000\n", log.text())
         # A hidden window gets its place when it is shown.
@@ -82,8 +81,7 @@ class BusyWindow(Case):
         for commands, is_shown in VISIBILITY.items():
             with self.alone(commands):
                 daemon, events, _ = self.session("busyIndicator=10|20|0|0|empty")
-                events.progress(*commands.split())
-                events.served()
+                events.served(*commands.split())
                 until(lambda: bool(self.screen.windows("progressd")) == is_shown)
 
     def test_is_in_the_middle_of_the_screen(self):

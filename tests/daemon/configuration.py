@@ -55,8 +55,7 @@ class FittedLayout(Case):
         events = daemon.events("windowTheme=light", "windowLayout=fitted", "windowFonts=Arial,9|Arial,9|Arial,9|Arial,9",
                                "windowStyle=#ff0000|#ffffff|#ff0000|#ffffff|#ffffff|#0000ff", "windowWidth=450",
                                "windowText=#00ff00|#ff00ff", "windowIcon=mark")
-        events.progress("create:0;MMM", "update:0;100", "addButt:0;MMM")
-        events.served()
+        events.served("create:0;MMM", "update:0;100", "addButt:0;MMM")
         dialog = self.screen.window()
         self.assertEqual(dialog.width, 450)
         self.assertIn("Icon (20 x 20)", self.screen.run("xprop", "-id", str(dialog.id), "_NET_WM_ICON"))

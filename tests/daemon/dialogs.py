@@ -86,8 +86,7 @@ class Dialogs(Case):
                 daemon = self.daemon()
                 write_picture(f"{daemon.folder}/big.ppm", 800, 600)
                 events = daemon.events("windowModal=off", *settings)
-                events.progress("create:0;x")
-                events.served()
+                events.served("create:0;x")
                 self.screen.picture()
                 processes = {"the daemon": daemon.pid, "the X server": self.screen.server.pid}
                 before = {name: resident_kib(pid, "VmHWM") for name, pid in processes.items()}

@@ -25,7 +25,13 @@ public:
 class dialogUnderTest : public showingHost, public CProgressDialog
 {
 public:
-    dialogUnderTest() : CProgressDialog(static_cast<dialogHost &>(*this)) { m_dialog = this; }
+    /// Shows what the commands say.
+    explicit dialogUnderTest(const QString &commands = {})
+        : CProgressDialog(static_cast<dialogHost &>(*this))
+    {
+        m_dialog = this;
+        run(commands);
+    }
 
     /// Carries out content commands of the protocol, with blanks between them.
     void run(const QString &commands);
