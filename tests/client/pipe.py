@@ -39,7 +39,6 @@ class Lines(ClientCase):
         none = (0, None, False)
         for lines, told, complaint in (
                 ("1\\n42", (42, None, False), ""),
-                ("99.9\\n", (99, None, False), ""),
                 ("7.5 %%\\r\\n", (7, None, False), ""),
                 ("5\\n 20\\n #x\\n+30\\n", (5, None, False), "20"),
                 ("5\\n12/24\\n", (12, None, False), ""),

@@ -7,9 +7,7 @@ import subprocess
 from pathlib import Path
 
 from client import ClientCase, Result
-from harness import PATIENCE, main, scratch, until
-
-NOBODY = 65534
+from harness import NOBODY, PATIENCE, main, scratch, until
 
 
 class Verbs(ClientCase):

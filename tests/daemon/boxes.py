@@ -23,7 +23,6 @@ ANSWERS = {
     "no text": ("0[#]Copy", "Return", 0),
     "no number": ("x[#]Copy[#]x[#]Yes[#]", "Return", 0),
     "empty fields keep their place": (f"[#]Copy[#][#][#]{OK | DEFAULT}", "Return", OK),
-    "only numbers of no button": ("1[#]Copy[#]x[#]1[#]-1", "Return", 0),
     "numbers of no button": (f"99[#]Copy[#]x[#]7[#]-1[#]2147483647[#]{OK | DEFAULT}", "Return", OK),
     "two buttons at once are none": (f"1[#]Copy[#]x[#]{OK | SAVE}[#]{YES}", "Return", YES),
     "a bit beyond the last button": (f"1[#]Copy[#]x[#]{0x10000000}[#]{YES}", "Return", YES),

@@ -5,14 +5,11 @@ from harness import Case, Log, main, until, write_picture
 GREEN, RED = "00ff00", "ff0000"
 # Settings in front of the window's creation, with an image of 100 by 50 pixels or without, and its area.
 AREAS = {
-    "no image": (False, "busyIndicator=10|20|70|0|empty", (10, 20, 70, 32)),
     "size of the image": (True, "busyIndicator=0|0|-1|0|empty", (0, 0, 100, 50)),
     "larger than the image": (True, "busyIndicator=10|20|120|80|empty", (10, 20, 120, 80)),
     "smaller than the image": (True, "busyIndicator=10|20|60|40|empty", (10, 20, 60, 40)),
     "image of another name": (True, "busyIndicator=10|20|0|0|Busy.jpg", (10, 20, 32, 32)),
-    "offset": (False, "busyIndicator=10|20|0|0|empty;paintOffset=5|-7", (15, 13, 32, 32)),
     "larger than the screen": (False, "busyIndicator=0|0|32767|32767|empty", None),
-    "too few fields": (False, "busyIndicator=10|20|0|0|empty;busyIndicator=3", (3, 20, 32, 32)),
 }
 # Commands and whether the window is shown then.
 VISIBILITY = {

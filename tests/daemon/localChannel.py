@@ -12,9 +12,8 @@ import threading
 import time
 from pathlib import Path
 
-from harness import ORDERLY, PATIENCE, SLOWNESS, Case, Log, main, progress, resident_kib, scratch, until
+from harness import NOBODY, ORDERLY, PATIENCE, SLOWNESS, Case, Log, main, progress, resident_kib, scratch, until
 
-NOBODY = 65534
 MIB = 1 << 20
 OK_BOX = "<msgbox>0[#]{}[#]x[#]1024</msgbox>"
 

@@ -11,9 +11,8 @@ import tempfile
 import time
 from pathlib import Path
 
-from harness import OPENBOX, ORDERLY, PATIENCE, Case, Picture, Screen, environment_of, main, progress, scratch, start, until
+from harness import NOBODY, OPENBOX, ORDERLY, PATIENCE, Case, Picture, Screen, environment_of, main, progress, scratch, start, until
 
-NOBODY = 65534
 FITTED = "<configuration>windowLayout=fitted;windowTheme=light;windowModal=off;windowTitle=Job</configuration><events/>"
 PAUSE = "500"  # milliseconds, longer than between two keys of who types
 

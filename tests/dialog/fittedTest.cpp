@@ -21,17 +21,11 @@ namespace
 
 constexpr int emPixels = 10;
 
-QList<QWidget *> shownChildren(const QWidget &window)
-{
-    QList<QWidget *> children = window.findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
-    children.removeIf([](const QWidget *child) { return child->isHidden(); });
-    return children;
-}
-
 /// Nothing is cut off by the window or by anything else.
 bool isTidy(const QWidget &window)
 {
-    const QList<QWidget *> children = shownChildren(window);
+    QList<QWidget *> children = window.findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+    children.removeIf([](const QWidget *child) { return child->isHidden(); });
     return std::all_of(children.begin(), children.end(), [&](const QWidget *child) {
         const auto overlaps = [child](const QWidget *other) {
             return other != child && other->geometry().intersects(child->geometry());
@@ -46,14 +40,6 @@ void useFonts(int pixels)
     QFont font(QStringLiteral("Sans Serif"));
     font.setPixelSize(pixels);
     appearance.m_labelFont = appearance.m_barLabelFont = appearance.m_buttonFont = font;
-}
-
-QString all(const QString &command, int count)
-{
-    QString commands;
-    for (int i = 0; i < count; ++i)
-        commands += command.arg(i);
-    return commands;
 }
 
 } // namespace
@@ -74,7 +60,9 @@ private slots:
 
     void sizes()
     {
-        const QString everything = all("create:%1;bar addButt:%1;Button%1 ", 10);
+        QString everything;
+        for (int i = 0; i < 10; ++i)
+            everything += QStringLiteral("create:%1;bar addButt:%1;Button%1 ").arg(i);
         const QString longText(400, 'w');
         const struct {
             QString commands;

@@ -11,7 +11,7 @@ import subprocess
 import time
 from pathlib import Path
 
-from harness import PATIENCE, Case, Log, main, mount, start, take_namespaces, until
+from harness import NOBODY, PATIENCE, Case, Log, main, mount, start, take_namespaces, until
 
 LOG = "/tmp/VKT-progressbar.log"
 VICTIM = Path("/tmp/victim")
@@ -86,7 +86,7 @@ class Faults(Case):
         if what == "another user's":
             if os.environ["OWN_NAMESPACES"] != "root":
                 self.skipTest("needs root, to give a file to another user")
-            os.chown(path, 65534, 65534)
+            os.chown(path, NOBODY, NOBODY)
         self.addCleanup(lambda: os.path.lexists(path) and (os.rmdir if what == "folder" else os.remove)(path))
 
     def test_folder_vanishes(self):

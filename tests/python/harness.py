@@ -27,6 +27,7 @@ from pathlib import Path
 SLOWNESS = float(os.environ.get("PROGRESSD_SLOWNESS", "1"))
 PATIENCE = 30 * SLOWNESS  # seconds; only a failure takes so long
 ORDERLY = 128 + signal.SIGTERM
+NOBODY = 65534  # another user
 SKIPPED = 77  # for the build, which lists what was skipped
 # Started by hand, a test has the fonts that it has in the build.
 os.environ.setdefault("FONTCONFIG_FILE", str(Path(__file__).resolve().parent / "../data/fonts.conf"))
@@ -342,15 +343,14 @@ class Daemon:
 
     count = 0
 
-    def __init__(self, screen, *arguments, identifier=None, program=None, wrapper=None, wait=True,
-                 private=False, **options):
+    def __init__(self, screen, *arguments, identifier=None, program=None, wait=True, private=False, **options):
         Daemon.count += 1
         self.identifier = identifier or f"test{os.getpid()}-{Daemon.count}"
         self.folder = tempfile.mkdtemp(dir=scratch())
         self.lock = f"/tmp/HalvornRunning_{self.identifier}.lock"
         self.path = f"{screen.environment['XDG_RUNTIME_DIR']}/progressd/{self.identifier}.sock"
         self.errors = tempfile.TemporaryFile()
-        wrapper = shlex.split(os.environ.get("PROGRESSD_WRAPPER", "")) if wrapper is None else wrapper
+        wrapper = shlex.split(os.environ.get("PROGRESSD_WRAPPER", ""))
         options = {"cwd": self.folder, "env": screen.environment, "stderr": self.errors, **options}
         self.process = start([*wrapper, program or os.environ["PROGRESSD"],
                               *["--private"] * private, self.identifier, *arguments], **options)

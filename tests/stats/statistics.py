@@ -15,13 +15,13 @@ import subprocess
 import sys
 import time
 
-from harness import SKIPPED, mount, take_namespaces
+from harness import NOBODY, SKIPPED, mount, take_namespaces
 
 HERE = pathlib.Path(__file__).resolve().parent
 FOLDER, TEMPORARY = pathlib.Path("/var/instrument"), pathlib.Path("/var/tmp")
 FIRST, FALLBACK = (folder / "currentTimestamps_id.txt" for folder in (FOLDER, TEMPORARY))
 LOG, TARGET = FOLDER / "VKT-progressbar.log", TEMPORARY / "target"
-USER, STRANGER = 1000, 65534
+USER, STRANGER = 1000, NOBODY
 RECORD, SAVED = "record 95 1 7 1", b"fileversion=2\n000000000001:00000095:00000001:00000007.\n"
 failures = []
 
