@@ -29,6 +29,15 @@ class Dialogs(Case):
         events.configure("screenGeometry=100,100", "paintOffset=5|-7")
         moved = (dialog.x + 5, dialog.y - 7, dialog.width, dialog.height)
         until(lambda: self.screen.window().area == moved, "the dialog at its new place")
+        # The other mode replaces it, and its own has the copy stay.
+        events.configure("windowModal=off", "windowTitle=Copy")
+        events.served()
+        copy = self.screen.window("Copy")
+        self.assertTrue(copy.id != dialog.id and not self.bypasses_the_manager(copy))
+        self.screen.gone()
+        events.configure("windowModal=oN", "windowTitle=Never seen")
+        events.served()
+        self.assertEqual(self.screen.window("Copy").id, copy.id)
 
     def test_non_modal_one_is_replaced(self):
         daemon, log = self.daemon(), Log()
@@ -65,19 +74,6 @@ class Dialogs(Case):
                 self.assertEqual(daemon.status(), 0)
                 with open(log) as file:
                     self.assertEqual("---- destroying dialog while open" in file.read(), not rest)
-
-    def test_mode_changes_while_shown(self):
-        daemon, events, _ = self.session()
-        events.progress("create:0;x")
-        modal = self.screen.window()
-        events.configure("windowModal=off", "windowTitle=Copy")
-        events.served()
-        copy = self.screen.window("Copy")
-        self.assertTrue(copy.id != modal.id and not self.bypasses_the_manager(copy))
-        self.screen.gone()
-        events.configure("windowModal=oN", "windowTitle=Never seen")
-        events.served()
-        self.assertEqual(self.screen.window("Copy").id, copy.id)
 
     def test_a_burst_takes_no_more_memory(self):
         """Many replacements in one write: no window or picture each, and none of any size."""

@@ -57,7 +57,8 @@ class Events(Case):
     def test_leave_soon_in_a_long_batch(self):
         """By either way in, and however many messages stand in one read."""
         daemon, events, commands = self.session("windowModal=off")
-        for client, listener in ((commands, events), (daemon.local(), daemon.local("<events/>"))):
+        for is_local in (False, True):
+            client, listener = (daemon.local(), daemon.local("<events/>")) if is_local else (commands, events)
             listener.served()
 
             def hears_some_early():

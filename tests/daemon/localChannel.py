@@ -117,18 +117,19 @@ class LocalChannel(Case):
             with self.alone(survivor):
                 daemon, listener, client = self.private()
                 heir = daemon.local("<claim/>") if survivor else None
+                client.configure("windowModal=off")  # each message replaces the dialog then
                 client.socket.settimeout(PATIENCE if survivor else 0.5)
                 with contextlib.suppress(TimeoutError):
-                    client.progress(*["create:0;x", "remove:0"] * count, "activate")
+                    client.progress("create:0;x", *["activate"] * count, "remove:0")
                 listener.event()
                 worked = daemon.cpu_seconds() + sum(os.times()[2:4])
                 client.socket.close()
                 if survivor:
-                    self.assertEqual(listener.until("isActivated").count("isHidden"), count)
+                    self.assertEqual(listener.until("isHidden").count("isActivated"), count)
                 else:
                     self.assertEqual(daemon.status(), 0)
                     # Of its own time, or a busy machine would fail it: its life counts among the children's now.
-                    self.assertLess(sum(os.times()[2:4]) - worked, 2 * SLOWNESS)
+                    self.assertLess(sum(os.times()[2:4]) - worked, 1.5 * SLOWNESS)
 
     def test_ends_while_one_that_hung_up_has_events_waiting(self):
         daemon, listener, client = self.private()
