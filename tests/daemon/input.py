@@ -66,6 +66,7 @@ class Input(Case):
         events.progress("messageStart", "messageStop")
         self.screen.focused()
         events.served()
+        # The dialog that was hidden has its focus on the first button.
         self.screen.xdotool("sleep 0.3 keyup Return key --delay 0 Tab Return")
         self.assertEqual(events.event(), "clicked:1")
 
