@@ -1,6 +1,5 @@
 """`progressctl pipe` with real writers: what it makes of their lines, and how it ends."""
 
-import contextlib
 import os
 import re
 import signal

@@ -12,16 +12,12 @@ import threading
 import time
 from pathlib import Path
 
-from harness import NOBODY, ORDERLY, PATIENCE, SLOWNESS, Case, Log, main, progress, resident_kib, scratch, until
+from harness import NOBODY, ORDERLY, PATIENCE, SLOWNESS, Case, Log, box, main, progress, resident_kib, scratch, until
 
 MIB = 1 << 20
-OK_BOX = "<msgbox>0[#]{}[#]x[#]1024</msgbox>"
 
 
 class LocalChannel(Case):
-    def folder(self):
-        return os.path.join(self.screen.environment["XDG_RUNTIME_DIR"], "progressd")
-
     def private(self, *arguments, **options):
         """A private daemon, a listener, which does not count as a client, and a client."""
         daemon = self.daemon(*arguments, private=True, **options)
@@ -46,20 +42,20 @@ class LocalChannel(Case):
 
     def test_numbers_the_answers_of_each_client(self):
         daemon, listener, client = self.private()
-        client.send(OK_BOX.format("one") + OK_BOX.format("two") + "<progress>create:0;x</progress>")
+        client.send(box("one") + box("two") + "<progress>create:0;x</progress>")
         self.assertEqual(listener.event(), "isShown")
-        other = daemon.local(OK_BOX.format("three"))
+        other = daemon.local(box("three"))
         for title in ("three", "two", "one"):
             self.screen.press("Return", title)
             self.screen.gone(title)
         self.assertEqual([client.item(), client.item()], ["answer 2;1024", "answer 1;1024"])
         self.assertEqual(other.item(), "answer 1;1024")
         # The answers that are open when a client goes go nowhere: its boxes are taken away, and make room for others.
-        other.send(OK_BOX.format("four") * 40)
+        other.send(box("four") * 40)
         until(lambda: len(self.screen.windows("four")) == 32)
         self.assertTrue(other.close().endswith(b"<answer>41;0</answer>"))
         self.screen.gone("four")
-        client.send(OK_BOX.format("five"))
+        client.send(box("five"))
         self.screen.press("Return", "five")
         self.assertEqual((self.heard(listener, client), client.item()), (["0"], "answer 3;1024"))
 
@@ -238,7 +234,7 @@ class LocalChannel(Case):
         for opened, expected in ((False, "PermissionError"), (True, "b''")):
             if opened:
                 os.chmod(path, 0o666)
-                for folder in (self.folder(), os.path.dirname(self.folder())):
+                for folder in list(Path(path).parents)[:2]:
                     os.chmod(folder, 0o755)
                     self.addCleanup(os.chmod, folder, 0o700)
             run = subprocess.run([sys.executable, "-c", probe, path], capture_output=True, text=True)
@@ -308,11 +304,12 @@ class LocalChannel(Case):
         second = self.daemon(private=True, wait=False, identifier=daemon.identifier)
         self.assertEqual(second.status(), 2)
         self.assertRegex(second.stderr(), rf"process {daemon.pid} .*{daemon.identifier}.sock.* gone")
-        os.mkdir(f"{self.folder()}/{daemon.identifier}-hindered.lock")
+        hindered = daemon.path.replace(".sock", "-hindered.lock")
+        os.mkdir(hindered)
         third = self.daemon(private=True, wait=False, identifier=daemon.identifier + "-hindered")
         self.assertEqual(third.status(), 2)
         self.assertRegex(third.stderr(), "lock: Is a directory")
-        os.rmdir(f"{self.folder()}/{daemon.identifier}-hindered.lock")
+        os.rmdir(hindered)
 
     def test_sweeps_up_behind_the_dead(self):
         daemon, listener, client = self.private()
@@ -325,7 +322,7 @@ class LocalChannel(Case):
         starting = [self.daemon(private=True) for _ in range(5)]
         for each in starting:
             each.local()
-        until(lambda: sorted(os.listdir(self.folder())) == sorted(
+        until(lambda: sorted(os.listdir(Path(daemon.path).parent)) == sorted(
             each.identifier + suffix for each in (daemon, *starting) for suffix in (".lock", ".sock")), "the sweeping")
 
 
