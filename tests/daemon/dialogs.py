@@ -133,11 +133,9 @@ class Runs(Case):
                 commands.configure("windowModal=off")
                 commands.progress("activate")
             elif interference.endswith("box"):
-                commands.send("<msgbox>1[#]Copy[#]x[#]1280</msgbox>")
-                self.screen.focused("Copy")
+                self.ask(commands)
                 if interference == "answered box":
-                    self.screen.key("Return")
-                    self.assertEqual(commands.answer(), 1024)
+                    self.assertEqual(self.answered(commands), 1024)
             if interference.startswith("button"):
                 events.until("clicked:0")
         time.sleep(1.1)  # a run of less than a second would not be learned anyway
