@@ -64,13 +64,18 @@ class ClientCase(Case):
         self.addCleanup(fake.close)
         return fake
 
-    def in_terminal(self, begin, *program):
-        """What a program that `begin` starts shows on a terminal of 80 columns."""
+    def press(self, *keys, title=None):
+        """In a window that is given the keyboard for it."""
+        self.screen.focus_on(title or self.name)
+        self.screen.key(*keys)
+
+    def in_terminal(self, begin, *program, columns=80):
+        """What a program that `begin` starts shows on a terminal."""
         try:
             ours, theirs = os.openpty()
         except OSError:
             self.skipTest("needs a pseudo terminal, of /dev/pts")
-        termios.tcsetwinsize(theirs, (24, 80))
+        termios.tcsetwinsize(theirs, (24, columns))
         process, shown = begin(*program, stdout=theirs, stderr=theirs), b""
         os.close(theirs)
         with open(ours, "rb", 0) as terminal, contextlib.suppress(OSError):  # which it gives when it is left
@@ -78,6 +83,12 @@ class ClientCase(Case):
                 shown += piece
         self.assertEqual(process.wait(PATIENCE), 0)
         return shown.decode()
+
+    def check(self, result, status, complaint=""):
+        """How it ended, and what it complained of in one line, if at all."""
+        self.assertEqual(result.status, status, result.errors)
+        self.check_line(result.errors, complaint)
+        return result
 
     def check_line(self, errors, part):
         self.assertEqual(errors.count("\n"), 1 if part else 0, errors)

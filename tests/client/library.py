@@ -5,11 +5,10 @@ import re
 import socket
 import subprocess
 import sys
-import time
 from pathlib import Path
 
 from client import ClientCase
-from harness import main
+from harness import PATIENCE, main, until
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "../../python"))
 from progressclient import words as python_words  # noqa: E402
@@ -22,9 +21,8 @@ class Library(ClientCase):
     def probe(self, deed, **options):
         return self.begin(f"exec $LIBRARY_PROBE {self.name} {deed}", **options)
 
-    def check_probe(self, deed, before=""):
-        result = self.run_script(f"{before} exec $LIBRARY_PROBE {self.name} {deed}")
-        self.assertEqual((result.output, result.errors), ("done\n", ""))
+    def check_probe(self, deed):
+        self.assertEqual(self.probe(deed).communicate(timeout=PATIENCE), (b"done\n", b""))
 
     def test_as_its_users_have_it(self):
         self.start_shared()
@@ -52,7 +50,7 @@ class Library(ClientCase):
         probe = self.probe("wait", stdin=subprocess.PIPE)
         self.assertEqual(probe.stdout.readline(), b"asked\n")
         fake.serve_aside()
-        time.sleep(0.2)
+        until(lambda: b"<claim/>" in fake.heard, "the claims")
         self.assertEqual(probe.communicate(b"\n"), (b"done\n", b""))
 
     def test_full_queue(self):
@@ -61,17 +59,11 @@ class Library(ClientCase):
             ahead.connect(self.path)
             self.check_probe("queue")
 
-    def test_halves(self):
-        self.fake(silent=True)
-        self.check_probe("breakOff")
-
-    def test_fork(self):
-        self.fake()
-        self.check_probe("separate")
-
-    def test_goes_on_without(self):
-        self.fake(answer=b"")
-        self.check_probe("goOn")
+    def test_daemons_that_break_off(self):
+        for deed, daemon in (("breakOff", {"silent": True}), ("separate", {}), ("goOn", {"answer": b""})):
+            with self.alone(deed):
+                self.fake(**daemon)
+                self.check_probe(deed)
 
     def test_reasons(self):
         program = os.path.join(self.screen.environment["XDG_RUNTIME_DIR"], "daemon")

@@ -64,7 +64,6 @@ void refuse(client &window)
     refuses("no listener", [&] { window.nextEvent(0ms); });
     refuses("a name that is not learned", [] { client::startDaemon("x", {.learnName = "y"}); });
     refuses("a base port of 1", [] { client::startDaemon("x", {.basePort = 1}); });
-    refuses("an identifier with a slash", [] { client::orNothing("a/b"); });
     client kept = std::move(window);
     // NOLINTBEGIN(bugprone-use-after-move, clang-analyzer-cplusplus.Move): that is the case.
     refuses("moved from", [&] { window.activate(); });
@@ -164,7 +163,7 @@ void wait(const char *name)
             claim();
         expectError(reason::timedOut, "a look", [&] { window.checkAlive(); });
     });
-    expect(again < 0.5, "later calls answer at once");
+    expect(again < 10, "later calls do not wait"); // each would a second
     say("asked");
     std::getchar();
     expect(window.claim() == 0 && window.claim() == 1, "each claim is asked for once");

@@ -5,14 +5,11 @@ from harness import Case, Log, main, until, write_picture
 GREEN, RED = "00ff00", "ff0000"
 # Settings in front of the window's creation, with an image of 100 by 50 pixels or without, and its area.
 AREAS = {
-    "no image": (False, "busyIndicator=10|20|70|0|empty", (10, 20, 70, 32)),
     "size of the image": (True, "busyIndicator=0|0|-1|0|empty", (0, 0, 100, 50)),
     "larger than the image": (True, "busyIndicator=10|20|120|80|empty", (10, 20, 120, 80)),
     "smaller than the image": (True, "busyIndicator=10|20|60|40|empty", (10, 20, 60, 40)),
     "image of another name": (True, "busyIndicator=10|20|0|0|Busy.jpg", (10, 20, 32, 32)),
-    "offset": (False, "busyIndicator=10|20|0|0|empty;paintOffset=5|-7", (15, 13, 32, 32)),
     "larger than the screen": (False, "busyIndicator=0|0|32767|32767|empty", None),
-    "too few fields": (False, "busyIndicator=10|20|0|0|empty;busyIndicator=3", (3, 20, 32, 32)),
 }
 # Commands and whether the window is shown then.
 VISIBILITY = {
@@ -50,8 +47,7 @@ class BusyWindow(Case):
         events = daemon.events()
         events.progress("busyOn")  # nothing to see while there is no position
         events.configure("busyIndicator=10|-1|0|0|empty")
-        events.progress("busyOn")
-        events.served()
+        events.served("busyOn")
         for record in ("++++ busy pixmap not found:", "Busy.png", "---- setting busy pixmap "):
             self.assertIn(f": {record} result=0000\n", log.text())
         # A hidden window gets its place when it is shown.
@@ -82,8 +78,7 @@ class BusyWindow(Case):
         for commands, is_shown in VISIBILITY.items():
             with self.alone(commands):
                 daemon, events, _ = self.session("busyIndicator=10|20|0|0|empty")
-                events.progress(*commands.split())
-                events.served()
+                events.served(*commands.split())
                 until(lambda: bool(self.screen.windows("progressd")) == is_shown)
 
     def test_is_in_the_middle_of_the_screen(self):

@@ -61,7 +61,8 @@ class Channels(Case):
         self.assertEqual(first.until("isActivated"), ["isActivated"])
         self.assertEqual(deaf.close(), b"")
 
-    def test_have_a_buffer_for_each_port(self):
+    def test_share_the_buffer_of_their_port(self):
+        """A message of one can end what another began."""
         daemon, events, commands = self.session()
         events.send("<progress>create:0;")
         commands.progress("create:1;x")
@@ -70,10 +71,8 @@ class Channels(Case):
         # Two bars, neither one nor three.
         commands.progress("update:1;50")
         events.until("totalProgress=25|-1")
-
-    def test_share_one_buffer(self):
-        """All clients of a port share it, so that a message of one can end what another began."""
-        daemon, events, commands = self.session()
+        commands.progress("remove:0", "remove:1")
+        events.until("isHidden")
         for half in ("<progress>update:0;5</progres", "<configuration>paintOffset", "<", "</progress"):
             gone = daemon.commands()
             gone.send(progress("activate") + half.encode())

@@ -45,18 +45,16 @@ CHANGES = {
 }
 
 
-class FittedLayout(Case):
-    """Where its parts are is the dialog's own test; this is what the settings change."""
-
-    def test_settings(self):
+class Configuration(Case):
+    def test_fitted_layout(self):
+        """Where its parts are is the dialog's own test; this is what the settings change."""
         daemon = self.daemon()
         write_picture(f"{daemon.folder}/mark.ppm", 20, 20)
         # The image's name lacks its suffix.
         events = daemon.events("windowTheme=light", "windowLayout=fitted", "windowFonts=Arial,9|Arial,9|Arial,9|Arial,9",
                                "windowStyle=#ff0000|#ffffff|#ff0000|#ffffff|#ffffff|#0000ff", "windowWidth=450",
                                "windowText=#00ff00|#ff00ff", "windowIcon=mark")
-        events.progress("create:0;MMM", "update:0;100", "addButt:0;MMM")
-        events.served()
+        events.served("create:0;MMM", "update:0;100", "addButt:0;MMM")
         dialog = self.screen.window()
         self.assertEqual(dialog.width, 450)
         self.assertIn("Icon (20 x 20)", self.screen.run("xprop", "-id", str(dialog.id), "_NET_WM_ICON"))
@@ -66,8 +64,6 @@ class FittedLayout(Case):
         for text, some, others in (("the caption in green", (1,), (0, 2)), ("the button's text in magenta", (0, 2), (1,))):
             self.assertTrue(any(min(rgb[i] for i in some) - max(rgb[i] for i in others) > 100 for rgb in colours), text)
 
-
-class Configuration(Case):
     def text(self, picture, area):
         """How many pixels of an area are far from its ground's colour, and the farthest colour."""
         colours = picture.colours(area)
@@ -85,6 +81,7 @@ class Configuration(Case):
         events.progress("create:0;MMM", "addText:1;MMM", "addButt:0;MMM", "addButt:1;MMM")
         until(lambda: len(self.screen.windows()) == 2, "both windows")
         dialog, busy = sorted(self.screen.windows(), key=lambda window: window.title == "progressd")
+        until(lambda: self.screen.focus() == dialog.id, "the focus")
         for percent in (49, 50):  # in a later turn than the windows' first painting
             events.progress(f"update:0;{percent}")
             events.until(f"totalProgress={percent}|-1")

@@ -25,12 +25,6 @@ KEYS = {
 class Input(Case):
     managers = OPENBOX
 
-    def repeat_quickly(self):
-        """Held keys do, and Return goes up at the case's end."""
-        self.screen.run("xset", "r", "rate", "50", "100")
-        self.addCleanup(self.screen.run, "xset", "r", "rate")
-        self.addCleanup(self.screen.xdotool, "keyup Return")
-
     def test_keys(self):
         daemon, events, _ = self.session(BUSY)
         events.progress("create:0;x")
@@ -63,22 +57,16 @@ class Input(Case):
         self.screen.xdotool("keyup Return")
         events.until("clicked:1")
         self.assertEqual(events.served(), [])
-
-    def test_a_key_that_went_down_elsewhere(self):
-        """It repeats on the dialog, and goes up there, but is not meant for it."""
-        daemon, events, _ = self.session()
+        # One that went down elsewhere repeats on the dialog, and goes up there, but is not meant for it.
         other, others, asker = self.session()
-        events.progress("addButt:0;Stop", "addButt:1;Go")
-        self.screen.focused()
-        self.repeat_quickly()
-        asker.send("<msgbox>1[#]Other[#]x[#]1024</msgbox>")
-        self.screen.focused("Other")
+        self.ask(asker, "Other")
         self.screen.xdotool("keydown Return")
         asker.answer()
         self.screen.gone("Other")
         events.progress("messageStart", "messageStop")
         self.screen.focused()
         events.served()
+        # The dialog that was hidden has its focus on the first button.
         self.screen.xdotool("sleep 0.3 keyup Return key --delay 0 Tab Return")
         self.assertEqual(events.event(), "clicked:1")
 
@@ -97,51 +85,13 @@ class Input(Case):
             self.screen.gone()
             events.progress("create:0;x")
             self.screen.window()
-            events.progress("remove:0")
-            events.served()
+            events.served("remove:0")
             self.screen.gone()
-
-    def test_a_box_keeps_the_dialog_where_it_is(self):
-        """A drag under way ends, and a click leaves the keyboard to the box."""
-        daemon, events, commands = self.session("windowModal=off")
-        commands.progress("create:0;x")
-        dialog = self.screen.focused()
-        self.screen.xdotool(f"mousemove {dialog.x + 80} {dialog.y + 40} mousedown 1 mousemove_relative 5 0")
-        self.addCleanup(self.screen.xdotool, "mouseup 1")
-        moved = (dialog.x + 5, *dialog.area[1:])
-        until(lambda: self.screen.window().area == moved, "the begin of the drag")
-        commands.send("<msgbox>1[#]Copy[#]x[#]1024</msgbox>")
-        box = self.screen.focused("Copy")
-        self.screen.xdotool("mousemove_relative 30 30 mouseup 1")
-        self.screen.click(moved[0] + 40, moved[1] + 40)
-        self.screen.settled()
-        self.screen.focused("Copy")
-        self.screen.click(box.right - 50, box.bottom - 24)
-        commands.answer()
-        self.assertEqual(self.screen.window().area, moved)
-
-    @on_all_screens
-    def test_forget_a_key_when_the_keyboard_goes(self, mode):
-        """A key that was down when the dialog lost the keyboard repeats and goes up elsewhere, where it is no answer."""
-        daemon, events, commands = self.session(mode)
-        commands.progress("addButt:0;Cancel")
-        events.until("isShown")
-        self.screen.focused()
-        self.repeat_quickly()
-        self.screen.xdotool("keydown Return")
-        commands.send("<msgbox>1[#]Copy[#]x[#]1024</msgbox>")
-        self.screen.focused("Copy")
-        self.screen.xdotool("sleep 0.3 keyup Return")
-        self.assertEqual(self.answered(commands), 1024)
-        self.assertEqual(events.served(), [])
-        self.screen.press("Return")
-        self.assertEqual(events.until("clicked:0"), ["clicked:0"])
 
     @on_all_screens
     def test_clicks(self, mode):
         daemon, events, _ = self.session(mode)
-        events.progress("create:0;x", "addButt:0;Stop", "addButt:1;Pause", "addButt:2;Skip", "addButt:2;Skip it")
-        events.served()
+        events.served("create:0;x", "addButt:0;Stop", "addButt:1;Pause", "addButt:2;Skip", "addButt:2;Skip it")
         dialog = self.screen.focused()
         self.assertEqual(dialog.x, 152)
         # Two buttons in the first row, the third below the first.
@@ -187,8 +137,7 @@ class Input(Case):
     @on_all_screens
     def test_take_the_keyboard_from_another_window(self, mode):
         other, _, asker = self.session()
-        asker.send("<msgbox>1[#]Other[#]x[#]1024</msgbox>")
-        box = self.screen.focused("Other")
+        box = self.ask(asker, "Other")
         daemon, events, _ = self.session(mode)
         events.progress("addButt:0;Stop")
         self.screen.press("Return")
@@ -205,7 +154,7 @@ class Input(Case):
 
     @on_all_screens
     def test_drag(self, mode):
-        daemon, events, _ = self.session(mode)
+        daemon, events, commands = self.session(mode)
         events.progress("addButt:0;Stop")
         dialog = self.screen.focused()
         moved = (dialog.x + 50, dialog.y + 20, dialog.width, dialog.height)
@@ -214,10 +163,15 @@ class Input(Case):
         # A button is no grip.
         self.screen.drag(dialog.x + 110, dialog.bottom - 28, 20, 0)
         events.until("clicked:0")
+
+        def begin_at(x, y, *size):
+            self.addCleanup(self.screen.xdotool, "mouseup 1")
+            self.screen.xdotool(f"mousemove {x + 30} {y + 20} mousedown 1 mousemove_relative 5 0")
+            until(lambda: self.screen.window().area == (x + 5, y, *size), "the begin of the drag")
+            return x + 5, y, *size
+
         # Hidden in the middle of a drag, it does not stick to the pointer.
-        self.screen.xdotool(f"mousemove {dialog.x + 80} {dialog.y + 40} mousedown 1 mousemove_relative 5 0")
-        moved = (moved[0] + 5, *moved[1:])
-        until(lambda: self.screen.window().area == moved, "the begin of the drag")
+        moved = begin_at(*moved)
         events.progress("messageStart")
         self.screen.gone()
         self.screen.xdotool("mouseup 1")
@@ -227,6 +181,12 @@ class Input(Case):
         self.screen.xdotool("mousemove_relative 30 30")
         events.served()
         until(lambda: self.screen.window().area == place, "the dialog where it was")
+        # A box ends the drag.
+        moved = begin_at(*place)
+        self.ask(commands)
+        self.screen.xdotool("mousemove_relative 30 30 mouseup 1")
+        self.answered(commands)
+        self.assertEqual(self.screen.window().area, moved)
 
 
 if __name__ == "__main__":

@@ -3,12 +3,13 @@
 import fcntl
 import os
 import random
+import re
 import signal
 import socket
 import subprocess
 from pathlib import Path
 
-from harness import PATIENCE, Case, Log, Screen, environment_of, main, until
+from harness import PATIENCE, Case, Log, Screen, box, environment_of, main, scratch, start, until
 
 TOO_LONG = "progressd: the identifier is too long\n"
 
@@ -127,11 +128,34 @@ class StartAndEnd(Case):
         daemon = self.daemon(screen=screen)
         events = daemon.events()
         screen.end()
-        self.assertNotEqual(daemon.status(), 0)
-        self.assertFalse(os.path.exists(daemon.lock))
-        self.assertEqual(daemon.statistics(), "fileversion=2\n")
+        self.assert_in_order(daemon, 1)
         daemon.stderr()
         self.assertNotIn("\n: ", "\n" + log.text(), "records without their time")
+
+    def test_end_with_the_session(self):
+        """A session manager, xsm, is asked to in its menu, although a box is open that only its buttons answer."""
+        Path(scratch(), ".xsmstartup").write_text("true\n")
+        screen, output = Screen(), Path(scratch(), "xsm")
+        screen.environment["HOME"] = scratch()
+        xsm = start(["stdbuf", "-oL", "xsm", "-verbose"], env=screen.environment, stdout=output.open("w"),
+                    stderr=subprocess.STDOUT)
+        self.addCleanup(xsm.terminate)
+        address = until(lambda: re.search("setenv SESSION_MANAGER (.*)\n", output.read_text()), "the session")
+        screen.environment["SESSION_MANAGER"] = address[1]
+        daemon = self.daemon("0", screen=screen)
+        events, commands = daemon.events(), daemon.commands()
+        commands.send(box("Copy", 1024, 2048))
+        screen.focused("Copy")
+        # The menu of the last button, and its last entry.
+        screen.xdotool("search --sync --onlyvisible --name ^xsm: mousemove --window %1 140 50 mousedown 1")
+        menu = until(lambda: re.search(r"^     0x\w+ \(has no name\): \(\)  (\d+)x(\d+)\+(\d+)\+(\d+)",
+                                       screen.run("xwininfo", "-root", "-tree"), re.M), "the menu")
+        width, height, x, y = map(int, menu.groups())
+        screen.xdotool(f"mousemove {x + width // 2} {y + height // 4}")
+        screen.xdotool(f"mousemove {x + width // 2} {y + height * 3 // 4} mouseup 1")
+        events.until("shutDown")
+        self.assert_in_order(daemon)
+        self.assertEqual(commands.answer(), 0)
 
     def test_survive_standard_error(self):
         """The toolkit prints what a client can provoke; a pipe that is closed or full is no reason to end or wait."""

@@ -21,17 +21,11 @@ namespace
 
 constexpr int emPixels = 10;
 
-QList<QWidget *> shownChildren(const QWidget &window)
-{
-    QList<QWidget *> children = window.findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
-    children.removeIf([](const QWidget *child) { return child->isHidden(); });
-    return children;
-}
-
 /// Nothing is cut off by the window or by anything else.
 bool isTidy(const QWidget &window)
 {
-    const QList<QWidget *> children = shownChildren(window);
+    QList<QWidget *> children = window.findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+    children.removeIf([](const QWidget *child) { return child->isHidden(); });
     return std::all_of(children.begin(), children.end(), [&](const QWidget *child) {
         const auto overlaps = [child](const QWidget *other) {
             return other != child && other->geometry().intersects(child->geometry());
@@ -46,14 +40,6 @@ void useFonts(int pixels)
     QFont font(QStringLiteral("Sans Serif"));
     font.setPixelSize(pixels);
     appearance.m_labelFont = appearance.m_barLabelFont = appearance.m_buttonFont = font;
-}
-
-QString all(const QString &command, int count)
-{
-    QString commands;
-    for (int i = 0; i < count; ++i)
-        commands += command.arg(i);
-    return commands;
 }
 
 } // namespace
@@ -74,7 +60,9 @@ private slots:
 
     void sizes()
     {
-        const QString everything = all("create:%1;bar addButt:%1;Button%1 ", 10);
+        QString everything;
+        for (int i = 0; i < 10; ++i)
+            everything += QStringLiteral("create:%1;bar addButt:%1;Button%1 ").arg(i);
         const QString longText(400, 'w');
         const struct {
             QString commands;
@@ -91,8 +79,7 @@ private slots:
         };
         for (const auto &[commands, fontPixels, leastEm, mostEm] : cases) {
             useFonts(fontPixels);
-            dialogUnderTest dialog;
-            dialog.run(commands);
+            dialogUnderTest dialog(commands);
             QVERIFY(dialog.width() >= leastEm * fontPixels && dialog.width() <= mostEm * fontPixels);
             QVERIFY(dialog.screen()->availableGeometry().contains(dialog.geometry()));
             QVERIFY(isTidy(dialog));
@@ -143,8 +130,7 @@ private slots:
     {
         appearance.m_modal_dialog = false;
         appearance.m_dialog_flags = m_nonmodal_flags;
-        dialogUnderTest dialog;
-        dialog.run("addText:0;" + QString(400, 'x') + " create:1; addButt:0;b");
+        dialogUnderTest dialog("addText:0;" + QString(400, 'x') + " create:1; addButt:0;b");
         const auto *text = static_cast<const fittedLabel *>(dialog.labels()[0]);
         const QSize least = dialog.size();
         QCOMPARE(dialog.minimumSize(), least);
@@ -207,8 +193,7 @@ private slots:
         QList<int> textsLeft;
         for (const int width : {20, 1000}) {
             QVERIFY(QImage(width, width / 2, QImage::Format_RGB32).save(appearance.m_windowImage));
-            dialogUnderTest dialog;
-            dialog.run("addText:0;a");
+            dialogUnderTest dialog("addText:0;a");
             textsLeft << dialog.labels()[0]->x();
         }
         QCOMPARE(textsLeft[1] - textsLeft[0], 10 * emPixels - 20);
@@ -269,8 +254,7 @@ private slots:
         const QString markup = "<i>" + QString(20, 'w') + "</i>";
         for (const bool isDrawn : {false, true}) {
             appearance.m_windowMarkup = isDrawn ? windowMarkup::on : windowMarkup::off;
-            dialogUnderTest dialog;
-            dialog.run("addText:0;" + markup);
+            dialogUnderTest dialog("addText:0;" + markup);
             QCOMPARE(dialog.labels()[0]->accessibleName(), isDrawn ? QString(20, 'w') : QString());
         }
     }
@@ -278,11 +262,9 @@ private slots:
     void isTwiceAsLargeWithTwiceTheFont()
     {
         const QString commands = "create:0;" + QString(30, 'x') + " addText:1;a addButt:0;Stop";
-        dialogUnderTest one;
-        one.run(commands);
+        dialogUnderTest one(commands);
         useFonts(2 * emPixels);
-        dialogUnderTest two;
-        two.run(commands);
+        dialogUnderTest two(commands);
         QVERIFY(qAbs(two.width() - 2 * one.width()) <= 4 && qAbs(two.height() - 2 * one.height()) <= 8);
     }
 
@@ -348,8 +330,7 @@ private slots:
     {
         for (const windowLayout layout : {windowLayout::grid, windowLayout::fitted}) {
             appearance.m_windowLayout = layout;
-            dialogUnderTest dialog;
-            dialog.run("create:0;a update:0;40 create:1;b");
+            dialogUnderTest dialog("create:0;a update:0;40 create:1;b");
             dialog.pulseBar(0);
             QVERIFY(dialog.bars()[0]->isPulsing() && !dialog.bars()[1]->isPulsing());
             const QImage before = dialog.grab().toImage();
@@ -417,8 +398,7 @@ private slots:
     {
         const QString longText = QString(400, 'w');
         for (const QString &text : {longText, QStringLiteral("a")}) {
-            dialogUnderTest dialog;
-            dialog.run("create:0;" + text + " addButt:0;" + text);
+            dialogUnderTest dialog("create:0;" + text + " addButt:0;" + text);
             const QList<QWidget *> children{dialog.bars()[0], dialog.buttons()[0]};
             for (QWidget *child : children) {
                 QToolTip::hideText();

@@ -8,11 +8,10 @@ import random
 import signal
 import socket
 import subprocess
-import sys
 import time
 from pathlib import Path
 
-from harness import PATIENCE, SKIPPED, Case, Log, main, start, until
+from harness import NOBODY, PATIENCE, Case, Log, main, mount, start, take_namespaces, until
 
 LOG = "/tmp/VKT-progressbar.log"
 VICTIM = Path("/tmp/victim")
@@ -22,28 +21,19 @@ RECORDS = [f"{1700000000 + k:012}:{1000 + k:08}:00000001:" + "".join(f"{90000 + 
            for k in range(20)]
 
 
-def in_own_namespaces():
-    """Starts the script again where its mounts, its files in /tmp and its network are its own."""
-    if "OWN_NAMESPACES" in os.environ:
-        program = Path(os.environ["PROGRESSD"]).read_bytes()
-        for folder in ("/tmp", "/var/tmp"):
-            mount("-t", "tmpfs", "tmpfs", folder)
-        if os.path.isdir(BEFORE):
-            mount("-t", "tmpfs", "-o", "ro", "tmpfs", BEFORE)
-        # It may have been built in a folder that is hidden now.
-        os.environ["PROGRESSD"] = "/tmp/progressd"
-        Path("/tmp/progressd").write_bytes(program)
-        os.chmod("/tmp/progressd", 0o755)
-        return subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
-    unshare = ["unshare", "--mount", "--net", *([] if os.geteuid() == 0 else ["--map-root-user"])]
-    if subprocess.run([*unshare, "true"], stderr=subprocess.DEVNULL).returncode:
-        print("skipped: needs mount and network namespaces, as root or as anybody (unprivileged user namespaces)")
-        sys.exit(SKIPPED)
-    os.execvpe(unshare[0], [*unshare, sys.executable, *sys.argv], {**os.environ, "OWN_NAMESPACES": "root" if os.geteuid() == 0 else "1"})
-
-
-def mount(*arguments):
-    subprocess.run(["mount", *arguments], check=True)
+def prepare():
+    """Mounts, files in /tmp and a network that are the script's own."""
+    take_namespaces("--mount", "--net")
+    program = Path(os.environ["PROGRESSD"]).read_bytes()
+    for folder in ("/tmp", "/var/tmp"):
+        mount("-t", "tmpfs", "tmpfs", folder)
+    if os.path.isdir(BEFORE):
+        mount("-t", "tmpfs", "-o", "ro", "tmpfs", BEFORE)
+    # It may have been built in a folder that is hidden now.
+    os.environ["PROGRESSD"] = "/tmp/progressd"
+    Path("/tmp/progressd").write_bytes(program)
+    os.chmod("/tmp/progressd", 0o755)
+    subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
 
 
 class Faults(Case):
@@ -96,7 +86,7 @@ class Faults(Case):
         if what == "another user's":
             if os.environ["OWN_NAMESPACES"] != "root":
                 self.skipTest("needs root, to give a file to another user")
-            os.chown(path, 65534, 65534)
+            os.chown(path, NOBODY, NOBODY)
         self.addCleanup(lambda: os.path.lexists(path) and (os.rmdir if what == "folder" else os.remove)(path))
 
     def test_folder_vanishes(self):
@@ -236,5 +226,5 @@ class Faults(Case):
 
 
 if __name__ == "__main__":
-    in_own_namespaces()
+    prepare()
     main()

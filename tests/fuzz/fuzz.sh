@@ -1,13 +1,10 @@
 #!/usr/bin/env bash
-# usage: fuzz.sh BUILD SECONDS [HARNESS...]: fuzzes each input for that long, two at a time. What is found lands
+# usage: fuzz.sh BUILD SECONDS: fuzzes each input for that long, two at a time. What is found lands
 # in found/ beside this script, where the ordinary tests replay it; the corpus stays in the build folder.
 set -euo pipefail
 
-build=$1 seconds=$2
-shift 2
+build=$(cd "$1" && pwd) seconds=$2
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-harnesses=("$@")
-((${#harnesses[@]})) || harnesses=(messages session statistics)
 export LSAN_OPTIONS=suppressions=$here/../lsan.supp:print_suppressions=0
 
 fuzz() {
@@ -24,11 +21,10 @@ fuzz() {
         "$(sed -n 's/^stat::number_of_executed_units: *//p' "$build/$name.log")"
 }
 
-build=$(cd "$build" && pwd)
 rm -f "$build/found-something"
 { "$build/wire/printWords" | cut -d ' ' -f 2- | tr ' ' '\n' | sed 's/.*/"&"/' && cat "$here/messages.dict"; } \
     >"$build/messages.dict"
-for name in "${harnesses[@]}"; do
+for name in messages session statistics; do
     while (($(jobs -rp | wc -l) >= 2)); do wait -n; done
     fuzz "$name" &
 done

@@ -8,7 +8,7 @@ export PROGRESSD_WRAPPER="valgrind --quiet --leak-check=full --show-leak-kinds=d
 --error-exitcode=99 --suppressions=$here/memcheck.supp --num-callers=30 --child-silent-after-fork=yes"
 
 failed=0
-for cases in channels busyWindow configuration 'boxes Boxes' dialogs input sessionManager localChannel; do
+for cases in channels busyWindow configuration 'boxes Boxes' dialogs input localChannel 'startAndEnd StartAndEnd.test_end_with_the_session'; do
     echo "== $cases"
     # shellcheck disable=SC2086
     set -- $cases

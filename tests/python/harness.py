@@ -27,6 +27,7 @@ from pathlib import Path
 SLOWNESS = float(os.environ.get("PROGRESSD_SLOWNESS", "1"))
 PATIENCE = 30 * SLOWNESS  # seconds; only a failure takes so long
 ORDERLY = 128 + signal.SIGTERM
+NOBODY = 65534  # another user
 SKIPPED = 77  # for the build, which lists what was skipped
 # Started by hand, a test has the fonts that it has in the build.
 os.environ.setdefault("FONTCONFIG_FILE", str(Path(__file__).resolve().parent / "../data/fonts.conf"))
@@ -49,6 +50,23 @@ def start(command, **options):
     return subprocess.Popen(command, preexec_fn=lambda: libc.prctl(1, signal.SIGTERM), **options)
 
 
+def mount(*arguments):
+    subprocess.run(["mount", *arguments], check=True)
+
+
+def take_namespaces(*kinds):
+    """Starts the script again where these are its own, as root or as anybody; it ends as skipped where it gets none."""
+    if "OWN_NAMESPACES" in os.environ:
+        return
+    is_root = os.geteuid() == 0
+    unshare = ["unshare", *kinds, *([] if is_root else ["--map-root-user"])]
+    if subprocess.run([*unshare, "mount", "-t", "tmpfs", "none", "/tmp"], stderr=subprocess.DEVNULL).returncode:
+        print("skipped: needs namespaces, as root or as anybody (unprivileged user namespaces):", *kinds)
+        sys.exit(SKIPPED)
+    os.environ["OWN_NAMESPACES"] = "root" if is_root else "user"
+    os.execvp(unshare[0], [*unshare, sys.executable, *sys.argv])
+
+
 def environment_of(**display):
     """This process's environment, with another display than its own, if it has one."""
     own = ("DISPLAY", "QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER", "DBUS_SESSION_BUS_ADDRESS")
@@ -65,6 +83,13 @@ def progress(*commands):
 
 def configuration(*entries):
     return b"<configuration>" + b";".join(map(as_bytes, entries)) + b"</configuration>"
+
+
+OK = 0x400  # the button
+
+
+def box(title, *buttons, text="x"):
+    return f"<msgbox>1[#]{title}[#]{text}" + "".join(f"[#]{button}" for button in buttons or [OK]) + "</msgbox>"
 
 
 def write_picture(path, width, height, colour="000000"):
@@ -165,8 +190,7 @@ class Screen:
 
     def order(self, *titles):
         """These titles in the order of their windows, the topmost first."""
-        tree = re.findall(r'^ *0x\w+ "(.*)": \("progressd" "progressd"\)', self.run("xwininfo", "-root", "-tree"), re.M)
-        return [title for title in tree if title in titles]
+        return [window.title for window in self.windows("|".join(titles))]
 
     def window(self, title="unknown"):
         """Waits until exactly one is shown."""
@@ -261,9 +285,10 @@ class Channel:
                 raise AssertionError(f"no {last} after {events[-20:]}: {error}") from None
         return events
 
-    def served(self):
-        """On an event channel: what was sent on it before has been handled then. The events that came meanwhile."""
-        self.progress("activate")
+    def served(self, *commands):
+        """On an event channel: these, and what was sent on it before, have been handled then. The events that came
+        meanwhile."""
+        self.progress(*commands, "activate")
         return self.until("isActivated")[:-1]
 
     def pending(self):
@@ -318,15 +343,14 @@ class Daemon:
 
     count = 0
 
-    def __init__(self, screen, *arguments, identifier=None, program=None, wrapper=None, wait=True,
-                 private=False, **options):
+    def __init__(self, screen, *arguments, identifier=None, program=None, wait=True, private=False, **options):
         Daemon.count += 1
         self.identifier = identifier or f"test{os.getpid()}-{Daemon.count}"
         self.folder = tempfile.mkdtemp(dir=scratch())
         self.lock = f"/tmp/HalvornRunning_{self.identifier}.lock"
         self.path = f"{screen.environment['XDG_RUNTIME_DIR']}/progressd/{self.identifier}.sock"
         self.errors = tempfile.TemporaryFile()
-        wrapper = shlex.split(os.environ.get("PROGRESSD_WRAPPER", "")) if wrapper is None else wrapper
+        wrapper = shlex.split(os.environ.get("PROGRESSD_WRAPPER", ""))
         options = {"cwd": self.folder, "env": screen.environment, "stderr": self.errors, **options}
         self.process = start([*wrapper, program or os.environ["PROGRESSD"],
                               *["--private"] * private, self.identifier, *arguments], **options)
@@ -495,6 +519,17 @@ class Case(unittest.TestCase):
                 yield
             finally:
                 self.doCleanups()
+
+    def ask(self, asker, title="Copy", *buttons, text="x"):
+        """A box, as soon as it has the keyboard."""
+        asker.send(box(title, *buttons, text=text))
+        return self.screen.focused(title)
+
+    def repeat_quickly(self):
+        """Held keys do, and Return goes up at the case's end."""
+        self.screen.run("xset", "r", "rate", "50", "100")
+        self.addCleanup(self.screen.run, "xset", "r", "rate")
+        self.addCleanup(self.screen.xdotool, "keyup Return")
 
     def answered(self, asker, keys="Return", title="Copy"):
         """What who asked is told when a user has answered the box with these keys, and it has gone."""

@@ -25,24 +25,14 @@ SETTINGS = ("windowModal=on", "windowModal=off", "busyIndicator=10|10|48|64|empt
             "paintOffset=3|4", "windowTitle=soak")
 
 
-class Client(threading.Thread):
-    """One life after the other, as long as `working` is set; `idle` in between."""
-
-    def __init__(self, connect, live, chance, working):
-        super().__init__(daemon=True)
-        self.connect, self.live, self.chance, self.working = connect, live, chance, working
-        self.idle, self.lives = threading.Event(), 0
-
-    def run(self):
-        while self.working.wait():
-            self.idle.clear()
-            while self.working.is_set():
-                with contextlib.suppress(OSError):  # refused, or hung up on
-                    channel = self.connect()
-                    self.live(channel, self.chance)
-                    (channel.reset if self.chance.random() < 0.5 else channel.socket.close)()
-                    self.lives += 1
-            self.idle.set()
+def keep_living(connect, act, chance, ends, lives):
+    """A client's lives, one after the other."""
+    while time.monotonic() < ends:
+        with contextlib.suppress(OSError):  # refused, or hung up on
+            channel = connect()
+            act(channel, chance)
+            (channel.reset if chance.random() < 0.5 else channel.socket.close)()
+            lives.append(act)
 
 
 def command(channel, chance):
@@ -92,21 +82,20 @@ def measure(screen, daemon):
 def main():
     seconds, seed = float(sys.argv[1]), int(sys.argv[2]) if len(sys.argv) > 2 else random.randrange(1 << 30)
     print(f"seed {seed}")
-    screen, working, rows = Screen(), threading.Event(), []
+    screen, chance, lives, rows = Screen(), random.Random(seed), [], []
     daemon = Daemon(screen, "0")
-    clients = [Client(connect, live, random.Random(seed * 100 + number), working) for number in range(CLIENTS)
-               for connect, live in ((daemon.commands, command), (lambda: daemon.connect(daemon.event_port), listen))]
-    for thread in (*clients, threading.Thread(target=answer_boxes, args=[screen], daemon=True)):
-        thread.start()
+    threading.Thread(target=answer_boxes, args=[screen], daemon=True).start()
     ends = time.monotonic() + seconds
     while time.monotonic() < ends or len(rows) < 2:
-        working.set()
-        time.sleep(min(60, seconds / 2))
-        working.clear()
+        pause = time.monotonic() + min(60, seconds / 2)
+        clients = [threading.Thread(target=keep_living, args=[*kind, random.Random(chance.random()), pause, lives], daemon=True)
+                   for kind in ((daemon.commands, command), (lambda: daemon.connect(daemon.event_port), listen)) * CLIENTS]
         for client in clients:
-            client.idle.wait()
+            client.start()
+        for client in clients:
+            client.join()
         rows.append(measure(screen, daemon))
-        print(f"{sum(client.lives for client in clients)} clients so far:", rows[-1], flush=True)
+        print(f"{len(lives)} clients so far:", rows[-1], flush=True)
     daemon.end()
     grown = [name for name, value in rows[-1].items() if value > rows[0][name] + (ALLOWED_KIB if "KiB" in name else 0)]
     sys.exit(f"FAILED: {', '.join(grown)} grew" if grown else 0)

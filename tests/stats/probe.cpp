@@ -105,14 +105,9 @@ std::string remaining(const arguments &given)
 {
     statistics.setElapsed(number(given, 0));
     const auto left = m_adaptive.remaining(statistics.table(), statistics.run(), number(given, 1));
-    return left ? QString::asprintf("%.3f", left->seconds).toStdString() : "none";
-}
-
-std::string overdue(const arguments &given)
-{
-    statistics.setElapsed(number(given, 0));
-    const auto left = m_adaptive.remaining(statistics.table(), statistics.run(), number(given, 1));
-    return left && left->isOverdue ? "yes" : "no";
+    if (!left)
+        return "none";
+    return QString::asprintf("%.3f", left->seconds).toStdString() + (left->isOverdue ? " overdue" : "");
 }
 
 /// What a calm reader sees of remaining times, each a second after the one before.
@@ -156,7 +151,6 @@ const std::map<std::string, std::string (*)(const arguments &)> m_questions = {
     {"tick", tick},
     {"nearest", [](auto &) { return nearest(); }},
     {"remaining", remaining},
-    {"overdue", overdue},
     {"shown", [](auto &given) { return remainingText(number(given, 0)).toStdString(); }},
     {"records", [](auto &) { return records(); }},
     {"calm", calm},

@@ -3,8 +3,7 @@
 
 usage: statistics.py PROBE rules|files|strangers
 
-`files` needs a /var of its own, made by unshare; `strangers` needs root besides, to be several users. They return 77,
-and say why, where the system does not let them.
+`files` needs a /var of its own; `strangers` needs root besides, to be several users.
 """
 
 import contextlib
@@ -16,11 +15,13 @@ import subprocess
 import sys
 import time
 
+from harness import NOBODY, SKIPPED, mount, take_namespaces
+
 HERE = pathlib.Path(__file__).resolve().parent
 FOLDER, TEMPORARY = pathlib.Path("/var/instrument"), pathlib.Path("/var/tmp")
 FIRST, FALLBACK = (folder / "currentTimestamps_id.txt" for folder in (FOLDER, TEMPORARY))
 LOG, TARGET = FOLDER / "VKT-progressbar.log", TEMPORARY / "target"
-USER, STRANGER = 1000, 65534
+USER, STRANGER = 1000, NOBODY
 RECORD, SAVED = "record 95 1 7 1", b"fileversion=2\n000000000001:00000095:00000001:00000007.\n"
 failures = []
 
@@ -166,7 +167,7 @@ def check_places(probe):
 def check_full_disk(probe):
     """The old file stays whole, whether or not the new one fits a buffer on its way."""
     clear()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=256k", "none", TEMPORARY], check=True)
+    mount("-t", "tmpfs", "-o", "size=256k", "none", TEMPORARY)
     for count in (10, 300, 1900, 3900):
         FALLBACK.unlink(missing_ok=True)
         probe.ask("load id", f"record 95 1 {'7.' * count} 1", "save")
@@ -256,28 +257,24 @@ def check_strangers(_):
         check(f"no new files, {mode:o}", FIRST.read_bytes() == SAVED, is_written)
 
 
-def skip(why):
-    print("skipped:", why)
-    sys.exit(77)
-
-
 def enter_own_var():
-    own = "mount -t tmpfs none /var && mkdir -m 1777 /var/instrument /var/tmp && exec \"$@\""
-    command = ["unshare", "-m" if os.geteuid() == 0 else "-rm", "env", "OWN_VAR=yes", "XDG_STATE_HOME=/var/state", "sh", "-c", own, "sh"]
-    if subprocess.run([*command, "true"]).returncode:
-        skip("unshare cannot make a /var of its own here")
-    os.execvp("unshare", [*command, sys.executable, *sys.argv])
+    take_namespaces("--mount")
+    mount("-t", "tmpfs", "none", "/var")
+    for folder in (FOLDER, TEMPORARY):
+        folder.mkdir()
+        folder.chmod(0o1777)
+    os.environ["XDG_STATE_HOME"] = "/var/state"
+    # Others may not enter the folder that it was built in.
+    sys.argv[1] = shutil.copy(sys.argv[1], "/var")
 
 
 def main():
     part = sys.argv[2]
-    if part == "strangers" and os.geteuid() != 0:
-        skip("only root can be several users")
     if part != "rules":
-        if "OWN_VAR" not in os.environ:
-            enter_own_var()
-        # Others may not enter the folder that it was built in.
-        sys.argv[1] = shutil.copy(sys.argv[1], "/var")
+        enter_own_var()
+    if part == "strangers" and os.environ["OWN_NAMESPACES"] != "root":
+        print("skipped: only root can be several users")
+        sys.exit(SKIPPED)
     probe = Probe()
     for one in {"rules": (check_cases, check_going_on, check_full_table),
                 "files": (check_loading, check_places, check_full_disk, check_own_files, check_log), "strangers": (check_strangers,)}[part]:
