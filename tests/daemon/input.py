@@ -70,6 +70,15 @@ class Input(Case):
         self.screen.xdotool("sleep 0.3 keyup Return key --delay 0 Tab Return")
         self.assertEqual(events.event(), "clicked:1")
 
+    def test_slots_that_stand_together(self):
+        """Escape on a button of theirs is a click on their leader's."""
+        daemon, events, _ = self.session("windowLayout=fitted")
+        events.progress(*(f"addButt:{slot};Go" for slot in (0, 1, 3)), "join:0;0", "join:1;0", "join:3;3", "activate")
+        events.until("isActivated")
+        self.screen.focused()
+        self.screen.key(*"Home Escape Tab Escape Tab Escape".split())
+        self.assertEqual([events.event() for _ in range(3)], ["clicked:0", "clicked:0", "clicked:3"])
+
     def test_a_press_on_a_dialog_just_hidden(self):
         """The press is under way when the client removes the content; the window must not be remembered."""
         daemon, events, _ = self.session("windowModal=off")
