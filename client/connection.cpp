@@ -101,13 +101,9 @@ void progressClient::connection::listenForLife()
 void progressClient::connection::checkAlive(const deadline &until)
 {
     try {
-        if (!m_probe) {
+        if (!m_probe)
             m_probe = daemonSocket::connect(m_identifier, until);
-            m_probe->endSending();
-        }
-        std::string heard;
-        if (!m_probe->waitForEnd(heard, until))
-            throwTimedOut("answer");
+        m_probe->finish(until);
     } catch (const progressError &problem) {
         if (problem.why() != progressError::reason::timedOut)
             m_probe.reset();

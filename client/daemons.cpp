@@ -192,7 +192,8 @@ pid_t spawnDetached(std::vector<std::string> words, int errors)
 pid_t waitUntilServing(const std::string &identifier, const processHandle &daemon, const descriptor &words,
                        const deadline &until)
 {
-    while (!answeringProcess(identifier, until)) {
+    std::optional<daemonSocket> socket;
+    while (!(socket = daemonSocket::find(identifier, until))) {
         if (daemon.hasEnded()) {
             const std::string why = reasonIn(words);
             throw error(error::reason::cannotStart,
@@ -204,9 +205,8 @@ pid_t waitUntilServing(const std::string &identifier, const processHandle &daemo
                             " in time (is it an older one, without a local channel?)");
         std::this_thread::sleep_for(lookInterval);
     }
-    daemonSocket socket = daemonSocket::connect(identifier, until);
-    socket.finish(until);
-    return socket.daemonProcess();
+    socket->finish(until);
+    return socket->daemonProcess();
 }
 
 /// A daemon that nobody could use is not left behind; one that answers ends in order, with its files.
@@ -307,8 +307,8 @@ progressClient::startedDaemon progressClient::startDaemon(const std::string &ide
     const deadline until(options.timeout);
     // Of private ones the daemons themselves let one through.
     const descriptor turn = options.isPrivate ? descriptor() : takeTurn(folder, until);
-    if (const auto serving = answeringProcess(identifier, until))
-        return {readLockFile(identifier), true, *serving};
+    if (const auto serving = daemonSocket::find(identifier, until))
+        return {readLockFile(identifier), true, serving->daemonProcess()};
     // What is read later is to be written later.
     if (!options.isPrivate)
         ::unlink(wire::lockFilePath(identifier).c_str());

@@ -94,7 +94,7 @@ std::string progressClient::socketPath(const std::string &identifier)
 
 bool progressClient::isRunning(const std::string &identifier, milliseconds timeout)
 {
-    return answeringProcess(identifier, deadline(timeout)).has_value();
+    return daemonSocket::find(identifier, deadline(timeout)).has_value();
 }
 
 std::string progressClient::whyGone() const
