@@ -13,8 +13,6 @@
 class progressClient::connection
 {
 public:
-    using button = progressClient::button;
-
     connection(const std::string &identifier, milliseconds timeout);
     /// None, for a reason. It goes on without.
     explicit connection(const progressError &why);
@@ -56,7 +54,7 @@ private:
     void listenForLife();
     deadline patience() const;
     deadline halfPatience() const;
-    template <typename Found> bool waitFor(const Found &found, const deadline &until);
+    template <typename Found> bool readUntil(const Found &found, const deadline &until);
 
     const std::string m_identifier;
     const milliseconds m_timeout{0};
