@@ -27,8 +27,8 @@ public:
     /// Waits for at least one byte and takes at most `size`. None when the time is up, 0 when the daemon has
     /// hung up after it has read everything; else its hanging up is an error (gone).
     std::optional<std::size_t> receive(char *buffer, std::size_t size, const deadline &until);
-    /// Ends the sending direction and waits until the daemon has handled everything and has hung up. Gives what
-    /// it still said. After an error (timedOut) it can be called again.
+    /// Ends the sending direction and waits until the daemon has handled everything and has hung up. Gives
+    /// what it still said. After an error (timedOut) it can be called again.
     std::string finish(const deadline &until);
     /// Hangs up in both directions, whoever else holds the connection.
     void abort();

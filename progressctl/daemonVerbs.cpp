@@ -1,5 +1,4 @@
 #include "progressctl/commandLine.h"
-#include "progressctl/look.h"
 #include "progressctl/texts.h"
 
 #include <cstdio>
