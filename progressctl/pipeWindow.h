@@ -75,9 +75,8 @@ struct pipeContent {
 
 /// What ends a pipe; its exit status follows.
 enum class pipeEnd {
-    inputEnded,
+    inputEnded, ///< or its bar is full, and nobody is waited for
     inputFailed,
-    full, ///< the bar, and nobody is waited for
     timedOut,
     interrupted,
     windowGone,

@@ -252,7 +252,7 @@ void progressPipe::readInput()
     if (m_writer)
         closeWindow(pipeWindow::result::learned);
     else
-        m_end = pipeEnd::full;
+        m_end = pipeEnd::inputEnded;
 }
 
 void progressPipe::endInput()
@@ -352,7 +352,6 @@ int progressPipe::finalStatus()
         return 128 + m_signal;
     case pipeEnd::inputFailed:
         return statusFile;
-    case pipeEnd::full:
     case pipeEnd::accepted:
     case pipeEnd::inputEnded:
         break;

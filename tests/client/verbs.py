@@ -208,7 +208,7 @@ class Verbs(ClientCase):
     def test_are_completed(self):
         """The lists that the shells have, and the manual, know every verb and option that the program has."""
         source = Path(__file__).resolve().parents[2]
-        completions = [f"client/completions/{name}" for name in ("_progressctl", "progressctl.bash", "progressctl.fish")]
+        completions = [f"progressctl/completions/{name}" for name in ("_progressctl", "progressctl.bash", "progressctl.fish")]
         words = set(re.findall(r"^  ([a-z][a-z-]*) ", self.ctl("--help").output.partition("Subcommands:")[2], re.M))
         self.assertIn("records", words)
         for verb in sorted(words):
