@@ -238,6 +238,11 @@ progressClient::startedDaemon awaitDaemon(const std::string &identifier,
             throw error(error::reason::cannotStart,
                         "the daemon cannot listen: its port, or the next, is taken");
         const bool isOurs = serving == process || (serving == 0 && !daemon.hasEnded());
+        // One that comes up late would find the place free again when the other has been stopped.
+        if (!isOurs && options.isPrivate) {
+            daemon.signal(SIGTERM);
+            daemon.waitForEnd(until);
+        }
         return {found, !isOurs, isOurs ? process : serving};
     } catch (...) {
         endStarted(identifier, process, daemon);

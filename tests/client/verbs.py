@@ -4,6 +4,7 @@ import os
 import re
 import signal
 import subprocess
+import time
 from pathlib import Path
 
 from client import ClientCase, Result
@@ -95,6 +96,19 @@ class Verbs(ClientCase):
                 callers = [self.begin("progressctl stop") for _ in range(8)]
                 self.assertLessEqual({Result(each).status for each in callers}, {0, 3})
                 self.assertFalse(os.path.exists(self.path))
+
+    def test_leave_no_daemon_that_comes_up_late(self):
+        folder = scratch()
+        program = Path(folder, "program")
+        program.write_text(f"#!/bin/sh\nmkdir {folder}/first || {{ sleep 0.5; touch {folder}/late; }}\n"
+                           f"exec {os.environ['PROGRESSD']} \"$@\"\n")
+        program.chmod(0o700)
+        self.environment["PROGRESSD"] = str(program)
+        callers = [self.begin("progressctl start") for _ in range(2)]
+        self.assertEqual([Result(each).status for each in callers], [0, 0])
+        self.assertEqual(self.ctl("stop").status, 0)
+        time.sleep(0.8)
+        self.assertFalse(os.path.exists(f"{folder}/late"))
 
     def test_start_for_as_long_as_it_is_used(self):
         self.assertEqual(self.ctl("start --idle 1").status, 0)
