@@ -54,14 +54,13 @@ progressClient::event eventFromText(std::string text)
 } // namespace
 
 progressClient::connection::connection(const std::string &identifier, milliseconds timeout)
-    : m_identifier(identifier), m_timeout(timeout), m_owner(::getpid()),
-      m_socket(daemonSocket::connect(identifier, deadline(timeout)))
+    : m_identifier(identifier), m_timeout(timeout), m_owner(::getpid())
 {
 }
 
-progressClient::connection::connection(const progressError &why)
-    : m_owner(::getpid()), m_lost(why), m_goesOn(true)
+void progressClient::connection::connect()
 {
+    m_socket = daemonSocket::connect(m_identifier, deadline(m_timeout));
 }
 
 // Whether the daemon gets on.

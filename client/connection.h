@@ -13,9 +13,9 @@
 class progressClient::connection
 {
 public:
+    /// Of this daemon, once it is told to `connect()`.
     connection(const std::string &identifier, milliseconds timeout);
-    /// None, for a reason. It goes on without.
-    explicit connection(const progressError &why);
+    void connect();
 
     /// Calls `act`. Where there is no connection any more, or it is lost meanwhile, throws the error; gives
     /// `nothing` instead where this one goes on without.
@@ -86,7 +86,7 @@ Result progressClient::connection::use(Result nothing, const Act &act)
         if (!m_goesOn || problem.why() == progressError::reason::badArgument)
             throw;
         // A daemon that is late may come back.
-        if (problem.why() != progressError::reason::timedOut)
+        if (problem.why() != progressError::reason::timedOut || !m_socket)
             m_lost = problem;
         if (m_lost)
             m_socket.reset();
