@@ -193,8 +193,10 @@ pid_t waitUntilServing(const std::string &identifier, const processHandle &daemo
                        const deadline &until)
 {
     std::optional<daemonSocket> socket;
-    while (!(socket = daemonSocket::find(identifier, until))) {
-        if (daemon.hasEnded()) {
+    // Whether it has ended is asked first: one may end because another one has begun to answer.
+    for (bool hasEnded = false; !(socket = daemonSocket::find(identifier, until));
+         hasEnded = daemon.hasEnded()) {
+        if (hasEnded) {
             const std::string why = reasonIn(words);
             throw error(error::reason::cannotStart,
                         "the daemon ended before it was ready" + (why.empty() ? "" : ": " + why));
