@@ -1,7 +1,7 @@
 #pragma once
 
 #include "client/progressError.h"
-#include "client/system.h"
+#include "client/waiting.h"
 
 #include <cstddef>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "progressctl/commandLine.h"
 
-#include "client/system.h"
+#include "client/waiting.h"
 
 #include <algorithm>
 #include <cstdlib>

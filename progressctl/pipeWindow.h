@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/system.h"
+#include "client/waiting.h"
 #include "progressctl/common.h"
 #include "progressctl/look.h"
 

@@ -1,6 +1,5 @@
 #include "progressctl/progressPipe.h"
 
-#include "client/system.h"
 #include "progressctl/texts.h"
 
 #include <algorithm>

@@ -1,6 +1,5 @@
 #include "progressctl/writer.h"
 
-#include "client/system.h"
 #include "progressctl/common.h"
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "client/system.h"
+#include "client/waiting.h"
 
 #include <cerrno>
 #include <system_error>

@@ -8,7 +8,7 @@
 #include <string>
 #include <sys/types.h>
 
-/// What the system gives: descriptors, processes, and waiting for them.
+/// How long is waited, and for what: descriptors and processes.
 
 using wire::descriptor;
 
