@@ -85,7 +85,7 @@ Result progressClient::connection::use(Result nothing, const Act &act)
     } catch (const progressError &problem) {
         if (!m_goesOn || problem.why() == progressError::reason::badArgument)
             throw;
-        // A daemon that is late may come back.
+        // A daemon that was there and is late may come back.
         if (problem.why() != progressError::reason::timedOut || !m_socket)
             m_lost = problem;
         if (m_lost)
