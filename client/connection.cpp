@@ -13,11 +13,6 @@ namespace
 constexpr std::size_t longestReceived = 64 * 1024;
 constexpr std::size_t mostEvents = 10'000;
 
-deadline now()
-{
-    return deadline(std::chrono::milliseconds(0));
-}
-
 progressError goneBecause(const std::string &why)
 {
     return {progressError::reason::gone, why};
@@ -45,8 +40,7 @@ progressClient::event eventFromText(std::string text)
         made.what = kind::clicked;
         made.slot = *slot;
     } else if (const auto percent = numberBehind(text, wire::nameOf(wire::eventKind::totalProgress), '|')) {
-        const std::size_t bar = text.find('|');
-        const auto seconds = bar == std::string::npos ? std::nullopt : numberBehind(text.substr(bar), "|");
+        const auto seconds = numberBehind(text.substr(std::min(text.find('|'), text.size())), "|");
         if (seconds) {
             made.what = kind::totalProgress;
             made.percent = *percent;
@@ -60,14 +54,13 @@ progressClient::event eventFromText(std::string text)
 } // namespace
 
 progressClient::connection::connection(const std::string &identifier, milliseconds timeout)
-    : m_identifier(identifier), m_timeout(timeout), m_owner(::getpid()),
-      m_socket(daemonSocket::connect(identifier, deadline(timeout)))
+    : m_identifier(identifier), m_timeout(timeout), m_owner(::getpid())
 {
 }
 
-progressClient::connection::connection(const progressError &why)
-    : m_owner(::getpid()), m_lost(why), m_goesOn(true)
+void progressClient::connection::connect()
 {
+    m_socket = daemonSocket::connect(m_identifier, deadline(m_timeout));
 }
 
 // Whether the daemon gets on.
@@ -75,7 +68,7 @@ progressClient::connection::connection(const progressError &why)
 /// Who has waited in vain waits no more, until something shows that the daemon is back.
 deadline progressClient::connection::patience() const
 {
-    return m_silence == silence::none ? deadline(m_timeout) : now();
+    return m_silence == silence::none ? deadline(m_timeout) : deadline::now();
 }
 
 deadline progressClient::connection::halfPatience() const
@@ -88,9 +81,9 @@ void progressClient::connection::listenForLife()
 {
     if (m_silence == silence::none)
         return;
-    const bool takes = m_silence == silence::full && ::waitFor(m_socket->fd(), POLLOUT, now());
-    const bool speaks = m_silence == silence::mute && ::waitFor(m_socket->fd(), POLLIN, now());
-    const bool attends = m_probe && ::waitFor(m_probe->fd(), POLLIN, now());
+    const bool takes = m_silence == silence::full && waitFor(m_socket->fd(), POLLOUT, deadline::now());
+    const bool speaks = m_silence == silence::mute && waitFor(m_socket->fd(), POLLIN, deadline::now());
+    const bool attends = m_probe && waitFor(m_probe->fd(), POLLIN, deadline::now());
     if (takes || speaks || attends)
         m_silence = silence::none;
 }
@@ -101,13 +94,9 @@ void progressClient::connection::listenForLife()
 void progressClient::connection::checkAlive(const deadline &until)
 {
     try {
-        if (!m_probe) {
+        if (!m_probe)
             m_probe = daemonSocket::connect(m_identifier, until);
-            m_probe->endSending();
-        }
-        std::string heard;
-        if (!m_probe->waitForEnd(heard, until))
-            throwTimedOut("answer");
+        m_probe->finish(until);
     } catch (const progressError &problem) {
         if (problem.why() != progressError::reason::timedOut)
             m_probe.reset();
@@ -152,7 +141,7 @@ int progressClient::connection::claim()
         ++m_claims;
     }
     listenForLife();
-    if (!waitFor([this] { return !m_claimed.empty(); }, patience())) {
+    if (!readUntil([this] { return !m_claimed.empty(); }, patience())) {
         m_silence = silence::mute;
         throwTimedOut("answer");
     }
@@ -217,7 +206,8 @@ void progressClient::connection::takeAnswer(const std::string &text)
 }
 
 /// Reads until `found()`; false when the time is up.
-template <typename Found> bool progressClient::connection::waitFor(const Found &found, const deadline &until)
+template <typename Found>
+bool progressClient::connection::readUntil(const Found &found, const deadline &until)
 {
     while (!found()) {
         if (read(deadline::earlier(until, halfPatience())))
@@ -243,7 +233,7 @@ std::optional<progressClient::button> progressClient::connection::answer(int num
     if (!isThere() && m_awaited.count(number) == 0)
         throw progressError(progressError::reason::badArgument,
                             "there is no open box " + std::to_string(number));
-    if (!waitFor(isThere, until))
+    if (!readUntil(isThere, until))
         return std::nullopt;
     return m_answers.extract(number).mapped();
 }
@@ -271,7 +261,7 @@ std::optional<progressClient::event> progressClient::connection::nextEvent(const
 {
     if (!m_listens)
         throw progressError(progressError::reason::badArgument, "this client does not listen");
-    if (!waitFor([this] { return !m_events.empty(); }, until))
+    if (!readUntil([this] { return !m_events.empty(); }, until))
         return std::nullopt;
     event first = std::move(m_events.front());
     m_events.pop_front();
@@ -281,7 +271,7 @@ std::optional<progressClient::event> progressClient::connection::nextEvent(const
 std::size_t progressClient::connection::handleEvents(const std::function<void(const event &)> &handler)
 {
     if (m_events.empty())
-        read(now());
+        read(deadline::now());
     std::size_t handled = 0;
     for (; !m_events.empty(); ++handled) {
         const event first = std::move(m_events.front());

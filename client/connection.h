@@ -13,11 +13,9 @@
 class progressClient::connection
 {
 public:
-    using button = progressClient::button;
-
+    /// Of this daemon, once it is told to `connect()`.
     connection(const std::string &identifier, milliseconds timeout);
-    /// None, for a reason. It goes on without.
-    explicit connection(const progressError &why);
+    void connect();
 
     /// Calls `act`. Where there is no connection any more, or it is lost meanwhile, throws the error; gives
     /// `nothing` instead where this one goes on without.
@@ -56,7 +54,7 @@ private:
     void listenForLife();
     deadline patience() const;
     deadline halfPatience() const;
-    template <typename Found> bool waitFor(const Found &found, const deadline &until);
+    template <typename Found> bool readUntil(const Found &found, const deadline &until);
 
     const std::string m_identifier;
     const milliseconds m_timeout{0};
@@ -87,8 +85,8 @@ Result progressClient::connection::use(Result nothing, const Act &act)
     } catch (const progressError &problem) {
         if (!m_goesOn || problem.why() == progressError::reason::badArgument)
             throw;
-        // A daemon that is late may come back.
-        if (problem.why() != progressError::reason::timedOut)
+        // A daemon that was there and is late may come back.
+        if (problem.why() != progressError::reason::timedOut || !m_socket)
             m_lost = problem;
         if (m_lost)
             m_socket.reset();

@@ -102,6 +102,17 @@ daemonSocket daemonSocket::connect(const std::string &identifier, const deadline
     return made;
 }
 
+std::optional<daemonSocket> daemonSocket::find(const std::string &identifier, const deadline &until)
+{
+    try {
+        return connect(identifier, until);
+    } catch (const error &problem) {
+        if (problem.why() != error::reason::notRunning)
+            throw;
+        return std::nullopt;
+    }
+}
+
 pid_t daemonSocket::daemonProcess() const
 {
     return wire::peerOf(fd()).pid;
@@ -136,44 +147,21 @@ std::optional<std::size_t> daemonSocket::receive(char *buffer, std::size_t size,
     }
 }
 
-void daemonSocket::endSending()
+std::string daemonSocket::finish(const deadline &until)
 {
     ::shutdown(fd(), SHUT_WR);
-}
-
-bool daemonSocket::waitForEnd(std::string &heard, const deadline &until)
-{
+    std::string heard;
     char buffer[4096];
     while (const auto got = receive(buffer, sizeof buffer, until)) {
         if (*got == 0)
-            return true;
+            return heard;
         if (heard.size() < mostHeard)
             heard.append(buffer, *got);
     }
-    return false;
-}
-
-std::string daemonSocket::finish(const deadline &until)
-{
-    std::string heard;
-    endSending();
-    if (!waitForEnd(heard, until))
-        throwTimedOut("answer");
-    return heard;
+    throwTimedOut("answer");
 }
 
 void daemonSocket::abort()
 {
     ::shutdown(fd(), SHUT_RDWR);
-}
-
-std::optional<pid_t> answeringProcess(const std::string &identifier, const deadline &until)
-{
-    try {
-        return daemonSocket::connect(identifier, until).daemonProcess();
-    } catch (const error &problem) {
-        if (problem.why() != error::reason::notRunning)
-            throw;
-        return std::nullopt;
-    }
 }

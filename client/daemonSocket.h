@@ -1,7 +1,7 @@
 #pragma once
 
 #include "client/progressError.h"
-#include "client/system.h"
+#include "client/waiting.h"
 
 #include <cstddef>
 #include <optional>
@@ -15,6 +15,8 @@ class daemonSocket
 public:
     /// Believes only a socket of this user, in a folder of this user, that this user (or root) answers on.
     static daemonSocket connect(const std::string &identifier, const deadline &until);
+    /// The same; none where nobody answers. A daemon need not be awake to answer.
+    static std::optional<daemonSocket> find(const std::string &identifier, const deadline &until);
 
     int fd() const { return m_fd.get(); }
     /// By the kernel's word; 0 for one that this process cannot see.
@@ -25,11 +27,8 @@ public:
     /// Waits for at least one byte and takes at most `size`. None when the time is up, 0 when the daemon has
     /// hung up after it has read everything; else its hanging up is an error (gone).
     std::optional<std::size_t> receive(char *buffer, std::size_t size, const deadline &until);
-    /// Ends the sending direction: the daemon hangs up when it has handled everything.
-    void endSending();
-    /// Waits until the daemon has hung up, and adds what it still said to `heard`; false when the time is up.
-    bool waitForEnd(std::string &heard, const deadline &until);
-    /// Both of these; an error (timedOut) when the time is up. Gives what the daemon still said.
+    /// Ends the sending direction and waits until the daemon has handled everything and has hung up. Gives
+    /// what it still said. After an error (timedOut) it can be called again.
     std::string finish(const deadline &until);
     /// Hangs up in both directions, whoever else holds the connection.
     void abort();
@@ -47,10 +46,6 @@ std::string socketPathOf(const std::string &identifier);
 /// This user's folder of sockets. An error (notOurs) unless it is closed to others; one that is missing is
 /// fine.
 std::string checkedSocketFolder();
-
-/// The process that answers there, awake or not, 0 for one that this process cannot see; none where nobody
-/// answers.
-std::optional<pid_t> answeringProcess(const std::string &identifier, const deadline &until);
 
 [[noreturn]] void throwGone();
 [[noreturn]] void throwTimedOut(const char *what);

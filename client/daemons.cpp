@@ -192,8 +192,11 @@ pid_t spawnDetached(std::vector<std::string> words, int errors)
 pid_t waitUntilServing(const std::string &identifier, const processHandle &daemon, const descriptor &words,
                        const deadline &until)
 {
-    while (!answeringProcess(identifier, until)) {
-        if (daemon.hasEnded()) {
+    std::optional<daemonSocket> socket;
+    // Whether it has ended is asked first: one may end because another one has begun to answer.
+    for (bool hasEnded = false; !(socket = daemonSocket::find(identifier, until));
+         hasEnded = daemon.hasEnded()) {
+        if (hasEnded) {
             const std::string why = reasonIn(words);
             throw error(error::reason::cannotStart,
                         "the daemon ended before it was ready" + (why.empty() ? "" : ": " + why));
@@ -204,9 +207,8 @@ pid_t waitUntilServing(const std::string &identifier, const processHandle &daemo
                             " in time (is it an older one, without a local channel?)");
         std::this_thread::sleep_for(lookInterval);
     }
-    daemonSocket socket = daemonSocket::connect(identifier, until);
-    socket.finish(until);
-    return socket.daemonProcess();
+    socket->finish(until);
+    return socket->daemonProcess();
 }
 
 /// A daemon that nobody could use is not left behind; one that answers ends in order, with its files.
@@ -238,6 +240,11 @@ progressClient::startedDaemon awaitDaemon(const std::string &identifier,
             throw error(error::reason::cannotStart,
                         "the daemon cannot listen: its port, or the next, is taken");
         const bool isOurs = serving == process || (serving == 0 && !daemon.hasEnded());
+        // One that comes up late would find the place free again when the other has been stopped.
+        if (!isOurs && options.isPrivate) {
+            daemon.signal(SIGTERM);
+            daemon.waitForEnd(until);
+        }
         return {found, !isOurs, isOurs ? process : serving};
     } catch (...) {
         endStarted(identifier, process, daemon);
@@ -307,8 +314,8 @@ progressClient::startedDaemon progressClient::startDaemon(const std::string &ide
     const deadline until(options.timeout);
     // Of private ones the daemons themselves let one through.
     const descriptor turn = options.isPrivate ? descriptor() : takeTurn(folder, until);
-    if (const auto serving = answeringProcess(identifier, until))
-        return {readLockFile(identifier), true, *serving};
+    if (const auto serving = daemonSocket::find(identifier, until))
+        return {readLockFile(identifier), true, serving->daemonProcess()};
     // What is read later is to be written later.
     if (!options.isPrivate)
         ::unlink(wire::lockFilePath(identifier).c_str());

@@ -20,8 +20,9 @@ std::string replaced(std::string text, std::string_view part, std::string_view b
     return text;
 }
 
-/// Cut to `longest` bytes, but not within a character.
-void cut(std::string &text, std::size_t longest)
+} // namespace
+
+void cutBetweenCharacters(std::string &text, std::size_t longest)
 {
     if (text.size() <= longest)
         return;
@@ -30,8 +31,6 @@ void cut(std::string &text, std::size_t longest)
         --longest;
     text.resize(longest);
 }
-
-} // namespace
 
 std::optional<int> leadingNumber(std::string_view text, char stop)
 {
@@ -55,7 +54,7 @@ std::string carriable(std::string_view text, wire::messageKind kind, std::size_t
     std::string made(text);
     made.erase(std::remove(made.begin(), made.end(), '\0'), made.end());
     made = broken(std::move(made), wire::tagsOf(kind).closing, afterSlash);
-    cut(made, longest);
+    cutBetweenCharacters(made, longest);
     return made;
 }
 

@@ -14,6 +14,9 @@
 /// What one message carries at most, in bytes: a daemon hangs up on who sends more.
 constexpr std::size_t longestPayload = wire::longestMessage - 64;
 
+/// Cuts to at most `longest` bytes, between two characters.
+void cutBetweenCharacters(std::string &text, std::size_t longest);
+
 /// `text` as it arrives whole in a message of this kind: without zero bytes, with a character without a width
 /// in what would end the message, and cut to at most `longest` bytes, between two characters.
 std::string carriable(std::string_view text, wire::messageKind kind, std::size_t longest = longestPayload);

@@ -20,16 +20,15 @@ std::string boxMessage(const progressClient::question &box)
 {
     if (box.buttons.empty() || box.buttons.size() > wire::mostButtons)
         throw error(error::reason::badArgument, "a box has one to ten buttons");
-    const auto isPreset = [&box](progressClient::button each) { return each == box.preset; };
     if (box.preset != progressClient::button::none &&
-        std::none_of(box.buttons.begin(), box.buttons.end(), isPreset))
+        std::find(box.buttons.begin(), box.buttons.end(), box.preset) == box.buttons.end())
         throw error(error::reason::badArgument, "the default button is none of the box's buttons");
 
     std::string payload = std::to_string(static_cast<int>(box.picture));
     for (const std::string &text : {box.title, box.text})
         payload.append(wire::fieldSeparator).append(boxField(text));
     for (const auto each : box.buttons) {
-        const unsigned number = static_cast<unsigned>(each) | (isPreset(each) ? wire::presetFlag : 0);
+        const unsigned number = static_cast<unsigned>(each) | (each == box.preset ? wire::presetFlag : 0);
         payload.append(wire::fieldSeparator).append(std::to_string(number));
     }
     return message(wire::messageKind::messageBox, payload);
@@ -48,6 +47,7 @@ progressClient::progressClient(std::unique_ptr<connection> made) : m_connection(
 progressClient::progressClient(const std::string &identifier, milliseconds timeout)
     : m_connection(std::make_unique<connection>(identifier, timeout))
 {
+    m_connection->connect();
 }
 
 progressClient::progressClient(progressClient &&) noexcept = default;
@@ -56,28 +56,22 @@ progressClient::~progressClient() = default;
 
 progressClient progressClient::orNothing(const std::string &identifier, milliseconds timeout)
 {
-    try {
-        progressClient made(identifier, timeout);
-        made.m_connection->goOnWithout();
-        return made;
-    } catch (const error &problem) {
-        if (problem.why() == error::reason::badArgument)
-            throw;
-        return progressClient(std::make_unique<connection>(problem));
-    }
+    auto made = std::make_unique<connection>(identifier, timeout);
+    made->goOnWithout();
+    made->use([](connection &all) { all.connect(); });
+    return progressClient(std::move(made));
 }
 
 progressClient progressClient::orNothing(const std::string &identifier, const daemonOptions &options,
                                          milliseconds timeout)
 {
-    try {
+    auto made = std::make_unique<connection>(identifier, timeout);
+    made->goOnWithout();
+    made->use([&](connection &all) {
         startDaemon(identifier, options);
-    } catch (const error &problem) {
-        if (problem.why() == error::reason::badArgument)
-            throw;
-        return progressClient(std::make_unique<connection>(problem));
-    }
-    return orNothing(identifier, timeout);
+        all.connect();
+    });
+    return progressClient(std::move(made));
 }
 
 progressClient::connection &progressClient::here() const
@@ -94,7 +88,7 @@ std::string progressClient::socketPath(const std::string &identifier)
 
 bool progressClient::isRunning(const std::string &identifier, milliseconds timeout)
 {
-    return answeringProcess(identifier, deadline(timeout)).has_value();
+    return daemonSocket::find(identifier, deadline(timeout)).has_value();
 }
 
 std::string progressClient::whyGone() const

@@ -145,7 +145,8 @@ public:
     /// environment (DISPLAY!). Of several callers at the same time, one starts it, and all are told about the
     /// one that serves. Throws badArgument for options that exclude each other; cannotStart, with the
     /// daemon's own reason, for a program that cannot be run or ends at once, and for a port that is taken;
-    /// timedOut; system where no folder, pipe or process can be made.
+    /// timedOut; gone for one that ends as soon as it serves; system where no folder, pipe or process can be
+    /// made.
     static startedDaemon startDaemon(const std::string &identifier, const daemonOptions &options);
     static startedDaemon startDaemon(const std::string &identifier);
 

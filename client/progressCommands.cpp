@@ -13,30 +13,28 @@ static_assert(progressCommands::givenUp == wire::givenUpPercent);
 namespace
 {
 
-std::string command(verb which)
-{
-    return message(wire::messageKind::progress, wire::formOf(which).keyword);
-}
-
-std::string command(verb which, std::string_view argument)
+std::string command(verb which, std::string_view argument = {})
 {
     return message(wire::messageKind::progress, std::string(wire::formOf(which).keyword).append(argument));
 }
 
-std::string command(verb which, int slot)
+std::string numberOf(int slot)
 {
     if (slot < 0 || slot >= wire::slotCount)
         throw progressError(progressError::reason::badArgument,
                             "slots run from 0 to 9, there is no " + std::to_string(slot));
-    return command(which, std::to_string(slot));
+    return std::to_string(slot);
+}
+
+std::string command(verb which, int slot)
+{
+    return command(which, numberOf(slot));
 }
 
 std::string command(verb which, int slot, std::string_view text)
 {
     constexpr std::size_t longestText = 64 * 1024;
-    std::string made = command(which, slot);
-    const std::size_t end = made.rfind('<');
-    return made.insert(end, ';' + carriable(text, wire::messageKind::progress, longestText));
+    return command(which, numberOf(slot) + ';' + carriable(text, wire::messageKind::progress, longestText));
 }
 
 } // namespace

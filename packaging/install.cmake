@@ -1,13 +1,14 @@
 # What is installed, and where; debian/ sorts it into packages.
 
 include(CMakePackageConfigHelpers)
+set(built ${CMAKE_CURRENT_BINARY_DIR})
 
 install(TARGETS progressd progressctl)
 # progressctl acts as these under their names. Outside of PATH: who wants that puts this folder in front.
-file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/names)
+file(MAKE_DIRECTORY ${built}/names)
 foreach(name zenity yad dialog whiptail)
-    file(CREATE_LINK ../../bin/progressctl ${CMAKE_CURRENT_BINARY_DIR}/names/${name} SYMBOLIC)
-    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/names/${name} DESTINATION lib/progressd)
+    file(CREATE_LINK ../../bin/progressctl ${built}/names/${name} SYMBOLIC)
+    install(FILES ${built}/names/${name} DESTINATION lib/progressd)
 endforeach()
 
 # made(FILE COMMAND SOURCE OPTION...): a file of the build's folder that the command writes to its output.
@@ -22,18 +23,17 @@ find_program(LOWDOWN lowdown)
 if(LOWDOWN)
     made(progressd-protocol.7
          ${CMAKE_CURRENT_SOURCE_DIR}/docs/man/protocol-page.sh ${CMAKE_CURRENT_SOURCE_DIR}/docs/protocol.md)
-    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressd-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
+    install(FILES ${built}/progressd-protocol.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 else()
     message(STATUS "lowdown is missing: the manual page progressd-protocol(7) is left out")
 endif()
 foreach(file progressctl.bash progressctl.fish _progressctl)
-    made(${file} printWords ${CMAKE_CURRENT_SOURCE_DIR}/client/completions/${file})
+    made(${file} printWords ${CMAKE_CURRENT_SOURCE_DIR}/progressctl/completions/${file})
 endforeach()
-set(made_folder ${CMAKE_CURRENT_BINARY_DIR})
-install(FILES ${made_folder}/progressctl.bash RENAME progressctl
+install(FILES ${built}/progressctl.bash RENAME progressctl
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-install(FILES ${made_folder}/_progressctl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
-install(FILES ${made_folder}/progressctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+install(FILES ${built}/_progressctl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+install(FILES ${built}/progressctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 # The desktop knows the windows by the first, and software centres the packages by the second.
 install(FILES packaging/progressd.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
@@ -45,7 +45,7 @@ find_program(RSVG_CONVERT rsvg-convert)
 if(RSVG_CONVERT)
     foreach(size 16 24 32 48 64 128)
         made(progressd-${size}.png ${RSVG_CONVERT} ${icon} -w ${size} -h ${size})
-        install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressd-${size}.png RENAME progressd.png
+        install(FILES ${built}/progressd-${size}.png RENAME progressd.png
                 DESTINATION ${icons}/${size}x${size}/apps)
     endforeach()
 else()
@@ -66,27 +66,27 @@ install(TARGETS progressClient EXPORT progressclient)
 set(header_folder ${CMAKE_INSTALL_INCLUDEDIR}/progressclient)
 install(FILES client/progressClient.h RENAME progressclient.h DESTINATION ${header_folder})
 install(FILES client/progressCommands.h client/progressError.h DESTINATION ${header_folder})
-file(CREATE_LINK progressclient.h ${CMAKE_CURRENT_BINARY_DIR}/progressClient.h SYMBOLIC)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressClient.h DESTINATION ${header_folder})
+file(CREATE_LINK progressclient.h ${built}/progressClient.h SYMBOLIC)
+install(FILES ${built}/progressClient.h DESTINATION ${header_folder})
 
 # find_package(progressclient) gives the target progressclient::progressclient. A configuration of this name is found
 # by any spelling.
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/progressclient)
 install(EXPORT progressclient NAMESPACE progressclient:: FILE progressclient-targets.cmake DESTINATION ${config_folder})
-file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/progressclient-config.cmake [[
+file(WRITE ${built}/progressclient-config.cmake [[
 include(${CMAKE_CURRENT_LIST_DIR}/progressclient-targets.cmake)
 if(NOT TARGET progress::progressClient)
     add_library(progress::progressClient ALIAS progressclient::progressclient)
 endif()
 ]])
-write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/progressclient-config-version.cmake
+write_basic_package_version_file(${built}/progressclient-config-version.cmake
         COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressclient-config.cmake
-        ${CMAKE_CURRENT_BINARY_DIR}/progressclient-config-version.cmake DESTINATION ${config_folder})
+install(FILES ${built}/progressclient-config.cmake
+        ${built}/progressclient-config-version.cmake DESTINATION ${config_folder})
 # Relative, so that a tree that was unpacked or moved elsewhere can be built with.
 file(RELATIVE_PATH PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(packaging/progressclient.pc.in progressclient.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/progressclient.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${built}/progressclient.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 # Where Debian's Python looks, for all its versions.
 install(DIRECTORY python/progressclient DESTINATION lib/python3/dist-packages PATTERN __pycache__ EXCLUDE)

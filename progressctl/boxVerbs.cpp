@@ -16,12 +16,7 @@ using button = progressClient::button;
 struct boxArguments {
     progressClient::question box{{}, {}, {button::yes, button::no}};
     std::optional<std::string> title; ///< none: "Question", in the user's language
-    double timeoutSeconds = 0;        ///< 0: as long as it takes
-
-    progressClient::milliseconds timeout() const
-    {
-        return timeoutSeconds > 0 ? milliseconds(timeoutSeconds) : progressClient::unlimited;
-    }
+    double timeoutSeconds = 0;
 };
 
 using numberedNames = std::vector<std::pair<std::string_view, unsigned>>;
@@ -65,8 +60,8 @@ std::string plain(std::string_view name)
 CLI::Validator named(const std::string &kind, const numberedNames &all)
 {
     const auto replace = [=](std::string &text) {
-        const auto found = std::find_if(all.begin(), all.end(),
-                                        [&](const auto &each) { return plain(each.first) == plain(text); });
+        const auto found =
+            std::ranges::find(all, plain(text), [](const auto &each) { return plain(each.first); });
         if (found == all.end())
             return "there is no " + kind + " \"" + text + "\"; there are " + listOf(all);
         text = std::to_string(found->second);
@@ -79,8 +74,7 @@ CLI::Validator named(const std::string &kind, const numberedNames &all)
 int report(button pressed)
 {
     const auto *found =
-        std::find_if(std::begin(wire::buttons), std::end(wire::buttons),
-                     [=](const auto &each) { return each.number == static_cast<unsigned>(pressed); });
+        std::ranges::find(wire::buttons, static_cast<unsigned>(pressed), &wire::button::number);
     const bool isNone = found == std::end(wire::buttons);
     std::printf("%s\n", isNone ? "none" : std::string(found->name).c_str());
     return !isNone && found->accepts ? statusOk : statusRejected;
@@ -112,7 +106,7 @@ void addAsk(commandLineSetup &setup)
     verb->callback([&setup, given] {
         given->box.title = given->title.value_or(translated("Question"));
         progressClient client(setup.common.identifier, setup.common.limit());
-        setup.status = report(client.ask(given->box, given->timeout()));
+        setup.status = report(client.ask(given->box, timeoutOf(given->timeoutSeconds)));
     });
 }
 
@@ -125,7 +119,7 @@ void addAssert(commandLineSetup &setup)
     addTimeout(verb, *given);
     verb->callback([&setup, given] {
         progressClient client(setup.common.identifier, setup.common.limit());
-        setup.status = report(client.reportAssertion(given->box.text, given->timeout()));
+        setup.status = report(client.reportAssertion(given->box.text, timeoutOf(given->timeoutSeconds)));
     });
 }
 

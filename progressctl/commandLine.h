@@ -1,6 +1,7 @@
 #pragma once
 
 #include "progressctl/common.h"
+#include "progressctl/look.h"
 
 #include <CLI/CLI.hpp>
 
@@ -38,6 +39,9 @@ void addBoxVerbs(commandLineSetup &setup);
 void addEventsVerb(commandLineSetup &setup);
 void addPipeVerb(commandLineSetup &setup);
 void addRecordsVerb(commandLineSetup &setup);
+
+/// `--layout` and `--theme`.
+void addLookOptions(CLI::App &verb, lookOptions &look);
 
 /// For an option's value: one that `isFine`. Of another it is said that it `fault`, "is no number" say.
 CLI::Validator valueThat(const std::function<bool(const std::string &)> &isFine, const std::string &fault);

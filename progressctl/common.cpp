@@ -1,6 +1,6 @@
 #include "progressctl/common.h"
 
-#include "client/system.h"
+#include "client/waiting.h"
 
 #include <cerrno>
 #include <cstdio>

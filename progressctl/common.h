@@ -32,9 +32,11 @@ private:
     int m_status;
 };
 
-inline progressClient::milliseconds milliseconds(double seconds)
+/// As long as it takes, unless it is more than 0.
+inline progressClient::milliseconds timeoutOf(double seconds)
 {
-    return progressClient::milliseconds(static_cast<long long>(seconds * 1000));
+    return seconds > 0 ? progressClient::milliseconds(static_cast<long long>(seconds * 1000))
+                       : progressClient::unlimited;
 }
 
 /// The options that all verbs share.
@@ -44,7 +46,7 @@ struct commonOptions {
 
     progressClient::milliseconds limit() const
     {
-        return limitSeconds ? milliseconds(*limitSeconds) : progressClient::defaultTimeout;
+        return limitSeconds ? timeoutOf(*limitSeconds) : progressClient::defaultTimeout;
     }
     /// The longest wait for a daemon that is being started.
     progressClient::milliseconds startLimit() const

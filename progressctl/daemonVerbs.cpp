@@ -1,5 +1,4 @@
 #include "progressctl/commandLine.h"
-#include "progressctl/look.h"
 #include "progressctl/texts.h"
 
 #include <cstdio>
@@ -9,8 +8,7 @@ namespace
 {
 
 struct startArguments {
-    bool hasPorts = false;
-    int basePort = 0; ///< 0: any
+    std::optional<int> basePort; ///< 0: any
     int idleSeconds = 0;
     lookOptions look;
 };
@@ -21,8 +19,8 @@ progressClient::daemonOptions optionsFor(const commonOptions &common, const star
 {
     progressClient::daemonOptions options;
     options.timeout = common.startLimit();
-    if (arguments.hasPorts) {
-        options.basePort = arguments.basePort;
+    if (arguments.basePort) {
+        options.basePort = *arguments.basePort;
     } else {
         options.isPrivate = options.stays = true;
         options.idle = std::chrono::seconds(arguments.idleSeconds);
@@ -40,12 +38,12 @@ void start(const commonOptions &common, const startArguments &arguments)
         complain("the daemon \"" + common.identifier + "\" already runs");
     else
         actOnce(common, [&look](progressClient &client) { client.configure(look); });
-    if (!arguments.hasPorts)
+    if (!arguments.basePort)
         return;
     std::printf("%d %d\n", command, event);
-    if (command == 0 || (arguments.basePort != 0 && arguments.basePort != command))
+    if (command == 0 || (*arguments.basePort != 0 && *arguments.basePort != command))
         throw failure(statusNoDaemon, "its base port is " + std::to_string(command) + ", not " +
-                                          std::to_string(arguments.basePort));
+                                          std::to_string(*arguments.basePort));
 }
 
 } // namespace
@@ -61,10 +59,7 @@ void addDaemonVerbs(commandLineSetup &setup)
         ->check(CLI::Range(1, 2'000'000))
         ->excludes(ports);
     addLookOptions(*verb, given->look);
-    verb->callback([&setup, given, ports] {
-        given->hasPorts = ports->count() > 0;
-        start(setup.common, *given);
-    });
+    verb->callback([&setup, given] { start(setup.common, *given); });
     setup.app.add_subcommand("stop", "Ends the daemon")->callback([&setup] {
         progressClient::stopDaemon(setup.common.identifier, setup.common.limit());
     });

@@ -1,7 +1,7 @@
 #include "progressctl/commandLine.h"
-#include "progressctl/look.h"
 #include "progressctl/pipeInput.h"
 #include "wire/recordLine.h"
+#include "wire/words.h"
 
 #include <memory>
 
@@ -99,7 +99,10 @@ void addConfigure(commandLineSetup &setup)
 {
     auto given = std::make_shared<settingsArguments>();
     auto *verb = setup.app.add_subcommand("configure", "Changes the look of the windows");
-    verb->footer("\nKeys:" + settingKeys() + ".\n" + setup.app.get_footer());
+    std::string keys;
+    for (const wire::settingForm &each : wire::settingForms)
+        keys.append(" ").append(each.key);
+    verb->footer("\nKeys:" + keys + ".\n" + setup.app.get_footer());
     verb->add_option("ENTRY", given->entries, "KEY=VALUE, after those of the file")->type_name("KEY=VALUE");
     verb->add_option("--file", given->theme, "A file with a KEY=VALUE a line, or light, dark or auto");
     verb->callback([&setup, given] { configure(setup.common, *given); });

@@ -1,4 +1,4 @@
-#include "client/system.h"
+#include "client/waiting.h"
 #include "progressctl/commandLine.h"
 
 #include <csignal>

@@ -53,14 +53,6 @@ std::pair<std::string, std::string> entryFromText(const std::string &text)
     return {key, text.substr(equals + 1)};
 }
 
-std::string settingKeys()
-{
-    std::string keys;
-    for (const wire::settingForm &each : wire::settingForms)
-        keys.append(" ").append(each.key);
-    return keys;
-}
-
 void addLookOptions(CLI::App &verb, lookOptions &look)
 {
     verb.add_option("--layout", look.layout, "Of a daemon that is started: fitted, or grid")

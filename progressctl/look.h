@@ -4,11 +4,6 @@
 #include <utility>
 #include <vector>
 
-namespace CLI
-{
-class App;
-}
-
 /// Settings of the daemon, as `progressClient::configure()` takes them.
 using settingEntries = std::vector<std::pair<std::string, std::string>>;
 
@@ -16,17 +11,11 @@ using settingEntries = std::vector<std::pair<std::string, std::string>>;
 /// word.
 std::pair<std::string, std::string> entryFromText(const std::string &text);
 
-/// All keys, each behind a blank.
-std::string settingKeys();
-
 /// How a daemon that is started here is to look.
 struct lookOptions {
     std::string layout = "fitted";
     std::string theme = "auto"; ///< "light", "dark", "auto", "none" (nothing is said), or a file's path
 };
-
-/// `--layout` and `--theme`.
-void addLookOptions(CLI::App &verb, lookOptions &look);
 
 /// The settings of a theme: of a file with a KEY=VALUE a line those that it lists (empty lines and lines with
 /// "#" at the start do not count), else the daemon's own theme of this name.

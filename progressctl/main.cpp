@@ -1,6 +1,7 @@
 // progressctl: the command-line client.
 //
-// main            command line (commandLine.h), errors, exit statuses (common.h)
+// main            errors, exit statuses (common.h)
+// commandLine     the words that were given, also under the names of other programs
 // daemonVerbs     start, stop
 // dialogVerbs     bar, update, text, button, …: one message each; configure (look.h), send
 // boxVerbs        ask, assert
@@ -8,7 +9,6 @@
 // recordsVerb     records
 // pipeVerb        the options of pipe; the work is done by progressPipe, which shows in a pipeWindow what it
 //                 reads with pipeInput, and runs the writer with writer.h
-// standIn         links to this program that are named as other programs
 
 #include "progressctl/commandLine.h"
 

@@ -20,23 +20,16 @@ bool isDigit(char each)
     return each >= '0' && each <= '9';
 }
 
-bool isBlank(char each)
-{
-    return each == ' ' || (each >= '\t' && each <= '\r');
-}
+constexpr std::string_view blanks = " \t\n\v\f\r";
 
 std::string_view trimmedAtEnd(std::string_view text)
 {
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
 std::string_view trimmed(std::string_view text)
 {
-    while (!text.empty() && isBlank(text.front()))
-        text.remove_prefix(1);
-    return trimmedAtEnd(text);
+    return trimmedAtEnd(text.substr(std::min(text.find_first_not_of(blanks), text.size())));
 }
 
 bool isWordPart(char each)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <random>
 #include <utility>
 
@@ -60,8 +61,7 @@ bool pipeWindow::findPlace()
     if (!progressClient::isRunning(m_common.identifier, m_common.limit()))
         return false;
     m_client.emplace(m_common.identifier, m_common.limit());
-    takeSlots();
-    return m_slots.size() == slotsWanted();
+    return takeSlots();
 }
 
 std::size_t pipeWindow::slotsWanted() const
@@ -69,9 +69,9 @@ std::size_t pipeWindow::slotsWanted() const
     return 1 + std::max(m_options.captions().size(), 1 + m_options.buttons.size());
 }
 
-/// A slot that was asked for is the first of all, unless there are too few behind it. Stops where no slot is
+/// A slot that was asked for is the first of all, unless there are too few behind it. False when no slot is
 /// left.
-void pipeWindow::takeSlots()
+bool pipeWindow::takeSlots()
 {
     const int count = static_cast<int>(slotsWanted());
     const int first = std::min(m_options.slot, progressClient::slotCount - count);
@@ -79,9 +79,10 @@ void pipeWindow::takeSlots()
     for (int i = 0; i < count; ++i) {
         const int slot = claimsSlots() ? m_client->claim() : first + i;
         if (slot < 0)
-            return;
+            return false;
         m_slots.push_back(slot);
     }
+    return true;
 }
 
 void pipeWindow::startOwnDaemon(place where)
@@ -97,12 +98,10 @@ void pipeWindow::startOwnDaemon(place where)
     if (where == place::nowhere)
         hidden.emplace();
     const auto started = progressClient::startDaemon(identifier, options);
-    hidden.reset();
-    m_ownDaemon = std::make_unique<processHandle>(started.process);
+    m_ownDaemon.emplace(started.process);
     m_client.emplace(identifier, m_common.limit());
     m_client->configure(settings);
-    takeSlots();
-    if (m_slots.size() < slotsWanted())
+    if (!takeSlots())
         throw error(error::reason::gone, "the daemon has no room");
 }
 
@@ -132,7 +131,8 @@ std::string pipeWindow::learnName() const
         return safeName(*m_options.learnName);
     if (!m_options.title.empty())
         return safeName(m_options.title);
-    return m_options.command.empty() ? std::string() : safeName(baseName(m_options.command.front()));
+    return m_options.command.empty() ? std::string()
+                                     : safeName(std::filesystem::path(m_options.command.front()).filename());
 }
 
 void pipeWindow::showContent()

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "client/system.h"
+#include "client/waiting.h"
 #include "progressctl/common.h"
 #include "progressctl/look.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -76,9 +75,8 @@ struct pipeContent {
 
 /// What ends a pipe; its exit status follows.
 enum class pipeEnd {
-    inputEnded,
+    inputEnded, ///< or its bar is full, and nobody is waited for
     inputFailed,
-    full, ///< the bar, and nobody is waited for
     timedOut,
     interrupted,
     windowGone,
@@ -140,7 +138,7 @@ private:
     void giveUp();
     void send() { m_client->send(m_untold); }
     std::size_t slotsWanted() const;
-    void takeSlots();
+    bool takeSlots();
     pipeContent placed(pipeContent content) const;
     int slotOfBar(std::size_t index) const { return m_slots[index + 1]; }
     /// That of the first bar and Cancel.
@@ -152,7 +150,7 @@ private:
     const commonOptions &m_common;
     const pipeOptions &m_options;
     std::optional<progressClient> m_client;
-    std::unique_ptr<processHandle> m_ownDaemon;
+    std::optional<processHandle> m_ownDaemon;
     progressBatch m_untold; ///< what `send()` sends
     /// Of the text and OK, of the first bar and Cancel, and of further bars and buttons. Rows stand in the
     /// order of their slots, and Return presses the button of the lowest.

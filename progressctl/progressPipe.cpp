@@ -1,10 +1,10 @@
 #include "progressctl/progressPipe.h"
 
-#include "client/system.h"
 #include "progressctl/texts.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <poll.h>
@@ -61,8 +61,7 @@ int progressPipe::run()
         m_input = m_writer->output();
     }
     m_started = m_stoodStill = clock::now();
-    if (m_options.timeoutSeconds > 0)
-        m_timeLimit = deadline(milliseconds(m_options.timeoutSeconds));
+    m_timeLimit = deadline(timeoutOf(m_options.timeoutSeconds));
     watch();
     if (m_end == pipeEnd::inputEnded && m_options.staysOpen() && m_window && !m_terminal)
         waitForOk();
@@ -252,7 +251,7 @@ void progressPipe::readInput()
     if (m_writer)
         closeWindow(pipeWindow::result::learned);
     else
-        m_end = pipeEnd::full;
+        m_end = pipeEnd::inputEnded;
 }
 
 void progressPipe::endInput()
@@ -307,13 +306,12 @@ std::string progressPipe::wantedText() const
     constexpr std::chrono::milliseconds patience{2500};
     const auto now = clock::now();
     if (!m_options.showsRemaining || m_waitsForOk || !m_window || m_window->remainingSeconds() >= 0 ||
-        now - m_stoodStill < patience)
+        now - m_stoodStill < patience || percent() < 1)
         return text;
     const std::chrono::duration<double> elapsed = now - m_started;
-    const auto left = secondsLeft(elapsed.count(), percent());
-    if (!left)
-        return text;
-    return text.empty() ? remainingText(*left) : text + " (" + remainingText(*left) + ')';
+    const std::string left =
+        translatedRemaining(std::llround(elapsed.count() * (100 - percent()) / percent()));
+    return text.empty() ? left : text + " (" + left + ')';
 }
 
 // The end.
@@ -353,7 +351,6 @@ int progressPipe::finalStatus()
         return 128 + m_signal;
     case pipeEnd::inputFailed:
         return statusFile;
-    case pipeEnd::full:
     case pipeEnd::accepted:
     case pipeEnd::inputEnded:
         break;

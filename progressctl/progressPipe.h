@@ -62,6 +62,6 @@ private:
     clock::time_point m_started;
     clock::time_point m_stoodStill; ///< until then there was nothing to estimate by
     deadline m_timeLimit{progressClient::unlimited};
-    deadline m_nextShow{milliseconds(0)};
-    deadline m_nextLook{milliseconds(0)};
+    deadline m_nextShow = deadline::now();
+    deadline m_nextLook = deadline::now();
 };

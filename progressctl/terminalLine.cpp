@@ -44,7 +44,7 @@ int columns()
 }
 
 /// What of it has room in so many columns. What is no character, or would move the cursor, becomes a blank.
-std::string cut(const std::string &text, int columns)
+std::string cutToColumns(const std::string &text, int columns)
 {
     static const locale_t utf8 = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(nullptr));
     const locale_t before = ::uselocale(utf8);
@@ -104,7 +104,7 @@ void terminalLine::show(const pipeContent &content, int remainingSeconds)
         line += pulsates ? "[...] " : barOf(bar.percent) + ' ' + std::to_string(bar.percent) + "% ";
     }
     line += timeLeft(remainingSeconds);
-    line = cut(line + captionOf(content), columns() - 1);
+    line = cutToColumns(line + captionOf(content), columns() - 1);
     if (line != m_drawn)
         draw(line, content);
 }
@@ -117,7 +117,8 @@ std::string terminalLine::timeLeft(int seconds)
         return {};
     const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(steady_clock::now() - m_start);
     const int shown = m_calm.shown(seconds, static_cast<int>(elapsed.count()));
-    return m_calm.isOverdue(static_cast<int>(elapsed.count())) ? std::string() : remainingText(shown) + ' ';
+    return m_calm.isOverdue(static_cast<int>(elapsed.count())) ? std::string()
+                                                               : translatedRemaining(shown) + ' ';
 }
 
 void terminalLine::draw(const std::string &line, const pipeContent &content)

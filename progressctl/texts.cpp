@@ -1,13 +1,14 @@
 #include "progressctl/texts.h"
 
+#include "client/messageText.h"
 #include "language/language.h"
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -141,11 +142,7 @@ std::string oneLine(std::string text)
 std::string safeName(std::string text)
 {
     constexpr std::size_t longest = 100;
-    std::size_t size = std::min(text.size(), longest);
-    // Not within a character of several bytes.
-    while (size < text.size() && size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
-        --size;
-    text.resize(size);
+    cutBetweenCharacters(text, longest);
     std::replace_if(
         text.begin(), text.end(),
         [](unsigned char each) { return each < ' ' || each == '/' || each == 0x7F; }, '_');
@@ -154,19 +151,7 @@ std::string safeName(std::string text)
     return text;
 }
 
-std::string baseName(const std::string &path)
-{
-    return path.substr(path.find_last_of('/') + 1);
-}
-
-std::optional<long long> secondsLeft(double elapsedSeconds, int percent)
-{
-    if (percent < 1)
-        return std::nullopt;
-    return std::llround(elapsedSeconds * (100 - percent) / percent);
-}
-
-std::string remainingText(long long seconds)
+std::string translatedRemaining(long long seconds)
 {
     char time[32];
     if (seconds >= 3600)

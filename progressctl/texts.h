@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,13 +25,7 @@ std::string oneLine(std::string text);
 /// front, at most 100 bytes.
 std::string safeName(std::string text);
 
-/// The last part of a path.
-std::string baseName(const std::string &path);
-
 // For the user.
 
-/// How long it will go on as it went so far, in seconds; none below 1 percent.
-std::optional<long long> secondsLeft(double elapsedSeconds, int percent);
-
 /// "1:05 remaining", "2:03:07 remaining", in the user's language.
-std::string remainingText(long long seconds);
+std::string translatedRemaining(long long seconds);

@@ -1,6 +1,5 @@
 #include "progressctl/writer.h"
 
-#include "client/system.h"
 #include "progressctl/common.h"
 
 #include <cerrno>
@@ -57,7 +56,7 @@ writer::writer(const std::vector<std::string> &command)
     ::fcntl(output(), F_SETFL, O_NONBLOCK);
     if (m_process < 0)
         throw failure(statusInternal, systemText("cannot make a process"));
-    m_handle = std::make_unique<processHandle>(m_process);
+    m_handle = processHandle(m_process);
 }
 
 /// Not waited for yet, so its number still means it.

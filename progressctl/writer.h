@@ -1,8 +1,7 @@
 #pragma once
 
-#include "client/system.h"
+#include "client/waiting.h"
 
-#include <memory>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -16,7 +15,7 @@ public:
     explicit writer(const std::vector<std::string> &command);
     /// The reading end. It does not block.
     int output() const { return m_output.get(); }
-    const processHandle &handle() const { return *m_handle; }
+    const processHandle &handle() const { return m_handle; }
     /// Sends SIGTERM to it and to all that it has started and not left behind.
     void endAll() const;
     /// Its exit status, or 128 and the signal that has ended it. Waits for its end.
@@ -25,5 +24,5 @@ public:
 private:
     descriptor m_output;
     pid_t m_process = 0;
-    std::unique_ptr<processHandle> m_handle;
+    processHandle m_handle{m_process};
 };

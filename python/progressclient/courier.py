@@ -10,8 +10,8 @@ from typing import Optional, TypeVar
 
 from .channel import DEADLINE, Channel
 from .daemon import Daemon
-from .terminal import Line, forget_lines
-from .widgets import MOST_AMOUNT, Bar, Button, Question, Slots, Widget, renew_lock
+from .terminal import Line
+from .widgets import MOST_AMOUNT, Bar, Button, Question, Slots, Widget
 from .words import words_of
 
 W = TypeVar("W", bound=Widget)
@@ -232,8 +232,6 @@ _couriers: weakref.WeakSet[Courier] = weakref.WeakSet()
 
 
 def _forget_all() -> None:
-    renew_lock()
-    forget_lines()
     for courier in list(_couriers):
         courier.forget()
 

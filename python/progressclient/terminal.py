@@ -161,13 +161,6 @@ def _calm_unit(seconds: int) -> int:
     return 1 if seconds < 60 else 10 if seconds < 600 else 60
 
 
-def forget_lines() -> None:
-    """In the child of a fork: the line stays with the parent."""
-    global _writing
-    _writing = threading.RLock()
-    _lines.clear()
-
-
 def _is_terminal(stream: Optional[TextIO]) -> bool:
     try:
         return stream is not None and stream.isatty() and os.environ.get("TERM") != "dumb"
@@ -205,3 +198,13 @@ def _cut(text: str, columns: int) -> str:
 
 def _letter_width(letter: str) -> int:
     return 0 if unicodedata.combining(letter) else 2 if unicodedata.east_asian_width(letter) in "WF" else 1
+
+
+def _forget_lines() -> None:
+    """In the child of a fork: the line stays with the parent, and so may who holds the lock."""
+    global _writing
+    _writing = threading.RLock()
+    _lines.clear()
+
+
+os.register_at_fork(after_in_child=_forget_lines)

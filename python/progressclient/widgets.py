@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import heapq
 import math
+import os
 import re
 import threading
 import time
@@ -271,12 +272,6 @@ class Slots:
             heapq.heappush(self._free[widget._kind], widget._slot)
 
 
-def renew_lock() -> None:
-    """In the child of a fork: who held it may have stayed with the parent."""
-    global _counting
-    _counting = threading.RLock()
-
-
 def _number(thing: object) -> Optional[float]:
     """None for what is no number, or one with which nothing can be reckoned."""
     try:
@@ -294,3 +289,12 @@ def _amount(amount: float, unit: str, beside: float = 0) -> str:
     scaled = amount / 1000**power
     digits = f"{scaled:.1f}" if power else f"{scaled:.0f}"
     return digits if beside else f"{digits} {['B', 'kB', 'MB', 'GB', 'TB', 'PB'][power]}"
+
+
+def _renew_lock() -> None:
+    """In the child of a fork: who held it may have stayed with the parent."""
+    global _counting
+    _counting = threading.RLock()
+
+
+os.register_at_fork(after_in_child=_renew_lock)

@@ -4,6 +4,7 @@ import os
 import re
 import signal
 import subprocess
+import time
 from pathlib import Path
 
 from client import ClientCase, Result
@@ -91,6 +92,18 @@ class Verbs(ClientCase):
                 callers = [self.begin("progressctl stop") for _ in range(8)]
                 self.assertLessEqual({Result(each).status for each in callers}, {0, 3})
                 self.assertFalse(os.path.exists(self.path))
+
+    def test_leave_no_daemon_that_comes_up_late(self):
+        folder = scratch()
+        program = Path(folder, "program")
+        program.write_text(f"#!/bin/sh\nmkdir {folder}/first || sleep 0.5\nexec {os.environ['PROGRESSD']} \"$@\"\n")
+        program.chmod(0o700)
+        self.environment["PROGRESSD"] = str(program)
+        callers = [self.begin("progressctl start") for _ in range(2)]
+        self.assertEqual([Result(each).status for each in callers], [0, 0])
+        self.assertEqual(self.ctl("stop").status, 0)
+        time.sleep(1)
+        self.assertFalse(os.path.exists(self.path))
 
     def test_start_for_as_long_as_it_is_used(self):
         self.assertEqual(self.ctl("start --idle 1").status, 0)
@@ -195,7 +208,7 @@ class Verbs(ClientCase):
     def test_are_completed(self):
         """The lists that the shells have, and the manual, know every verb and option that the program has."""
         source = Path(__file__).resolve().parents[2]
-        completions = [f"client/completions/{name}" for name in ("_progressctl", "progressctl.bash", "progressctl.fish")]
+        completions = [f"progressctl/completions/{name}" for name in ("_progressctl", "progressctl.bash", "progressctl.fish")]
         words = set(re.findall(r"^  ([a-z][a-z-]*) ", self.ctl("--help").output.partition("Subcommands:")[2], re.M))
         self.assertIn("records", words)
         for verb in sorted(words):

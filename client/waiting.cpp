@@ -1,4 +1,4 @@
-#include "client/system.h"
+#include "client/waiting.h"
 
 #include <cerrno>
 #include <system_error>
@@ -22,7 +22,7 @@ bool processHandle::waitForEnd(const deadline &until) const
 
 bool processHandle::hasEnded() const
 {
-    return waitForEnd(deadline(std::chrono::milliseconds(0)));
+    return waitForEnd(deadline::now());
 }
 
 bool waitFor(int fd, short events, const deadline &until)

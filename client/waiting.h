@@ -8,7 +8,7 @@
 #include <string>
 #include <sys/types.h>
 
-/// What the system gives: descriptors, processes, and waiting for them.
+/// How long is waited, and for what: descriptors and processes.
 
 using wire::descriptor;
 
@@ -25,6 +25,8 @@ public:
     {
     }
 
+    /// For what is not waited for.
+    static deadline now() { return deadline(std::chrono::milliseconds(0)); }
     static deadline earlier(const deadline &one, const deadline &other)
     {
         return one.m_end < other.m_end ? one : other;
