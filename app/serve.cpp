@@ -141,8 +141,8 @@ int servers::run()
     const int code = MyApplication::exec();
 
     limitEnd(code);
-    // The end of the local channels comes before that of the files. Who was told of it and comes back finds no
-    // socket any more.
+    // The end of the local channels comes before that of the files. Who was told of it and comes back finds
+    // no socket any more.
     m_shared.m_boxes.dismiss();
     m_local.listen(-1);
     m_shared.m_listeners.sendLocal(wire::eventKind::shutDown);
