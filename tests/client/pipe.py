@@ -274,6 +274,7 @@ class Ends(ClientCase):
             for name in "abc":
                 pipes.append(self.begin(job.format(name)))
                 listener.until("isActivated")
+        self.screen.settled()  # that an activation was handled is told before the window is in front
         self.press("Tab", "Escape")
         self.assertEqual(pipes[1].stdout.readline(), b"1\n")
         self.assertEqual([pipes[0].poll(), pipes[2].poll()], [None, None])
