@@ -37,8 +37,9 @@ void copyLook(QWidget &to, const QWidget &from)
 } // namespace
 
 CProgressDialog::CProgressDialog(dialogHost &host)
-    : QWidget(nullptr, appearance.m_dialog_flags), m_host(host), m_layout(newLayout(*this, *this)),
-      m_run(*this, *this, *m_layout, host), m_input(*this, *this, *m_layout, m_run, host)
+    : QWidget(nullptr, appearance.m_modal_dialog ? m_modal_flags : m_nonmodal_flags), m_host(host),
+      m_layout(newLayout(*this, *this)), m_run(*this, *this, *m_layout, host),
+      m_input(*this, *this, *m_layout, m_run, host)
 {
     connect(m_hideButton, &QPushButton::clicked, this, [this] { m_input.pressHide(); });
     for (int i = 0; i < maxButtons; ++i)
@@ -147,7 +148,6 @@ void CProgressDialog::createBar(int id, const QString &text)
     barVisible[id] = true;
     finished[id] = false;
     labels[id]->setText(text);
-    bars[id]->reset();
     bars[id]->setValue(0);
     bars[id]->setPalette(BAR_PALETTE);
     relayout();
@@ -163,15 +163,14 @@ void CProgressDialog::removeBar(int id)
     relayout();
 }
 
-int CProgressDialog::createText(int id, const QString &text)
+void CProgressDialog::createText(int id, const QString &text)
 {
-    if (hasRow(id)) {
-        labels[id]->setText(text);
-        labelVisible[id] = true;
-        finished[id] = false;
-        relayout();
-    }
-    return id;
+    if (!hasRow(id))
+        return;
+    labels[id]->setText(text);
+    labelVisible[id] = true;
+    finished[id] = false;
+    relayout();
 }
 
 void CProgressDialog::updateText(int id, const QString &text)

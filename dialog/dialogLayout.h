@@ -48,8 +48,9 @@ public:
 
     /// The caption of the total bar while no remaining time is known.
     virtual void captionTotalBar() = 0;
+    /// Shows the total bar, too.
     virtual void showRemaining(const remainingTime &remaining) = 0;
-    virtual void showTotalBar(bool shown) = 0;
+    virtual void hideTotalBar() = 0;
 
 protected:
     dialogLayout(QWidget &window, dialogSlots &content) : m_window(window), m_content(content) {}

@@ -32,16 +32,19 @@ fittedNeeds::row needsOf(const fittedChildren::row &each, int width)
 {
     if (each.text) {
         const int height = each.text->keptHeightFor(width);
-        return {height, std::min(height, leastLines * each.text->fontMetrics().lineSpacing()), false};
+        return {height, std::min(height, leastLines * each.text->fontMetrics().lineSpacing()), 0};
     }
     const QWidget *const other = each.bar ? each.bar : each.buttons.front();
-    return {other->sizeHint().height(), other->sizeHint().height(), false};
+    return {other->sizeHint().height(), other->sizeHint().height(), 0};
 }
 
 /// Buttons stand close below what they belong to, and a bar without a caption below its text.
-bool captionsNext(const fittedChildren::row &each, const fittedChildren::row &next)
+int gapBetween(const fittedChildren::row &each, const fittedChildren::row &next,
+               const fittedDistances &distances)
 {
-    return !next.buttons.isEmpty() || (each.text && next.bar && next.bar->accessibleName().isEmpty());
+    const bool isClose =
+        !next.buttons.isEmpty() || (each.text && next.bar && next.bar->accessibleName().isEmpty());
+    return isClose ? distances.captionToBar : distances.row;
 }
 
 int windowWidth(int natural, int grown, int most, const emLength &em)
@@ -143,12 +146,6 @@ void fittedLayout::showRemaining(const remainingTime &remaining)
     showLeft(remaining.isOverdue ? overdueText() : timeLeft(remaining.calmSeconds));
 }
 
-void fittedLayout::showTotalBar(bool shown)
-{
-    if (!shown)
-        showLeft({});
-}
-
 /// Without a new arrangement, unless the total row comes or goes.
 void fittedLayout::showLeft(const QString &left)
 {
@@ -225,7 +222,7 @@ fittedLayout::plan fittedLayout::plannedAt(double scale, const QSize &room, bool
     for (const fittedChildren::row &each : result.rows)
         needs.rows.push_back(needsOf(each, rowWidth(needs.picture, width, distances)));
     for (std::size_t i = 1; i < needs.rows.size(); ++i)
-        needs.rows[i - 1].captionsNextRow = captionsNext(result.rows[i - 1], result.rows[i]);
+        needs.rows[i - 1].gapBelow = gapBetween(result.rows[i - 1], result.rows[i], distances);
 
     const int leastHeight = isGiven ? m_window.height() : std::min(m_frame.grown().height(), room.height());
     result.places = arranged(needs, width, leastHeight, room.height(), distances);

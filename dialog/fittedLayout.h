@@ -32,7 +32,7 @@ public:
     bool scroll(int key) override { return m_children.scroll(key); }
     void captionTotalBar() override { showLeft({}); }
     void showRemaining(const remainingTime &remaining) override;
-    void showTotalBar(bool shown) override;
+    void hideTotalBar() override { showLeft({}); }
 
 private:
     struct plan;

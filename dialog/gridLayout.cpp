@@ -8,7 +8,6 @@
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
-#include "widgets/progressStyle.h"
 #include "widgets/theme.h"
 
 #include <QFontMetrics>
@@ -70,9 +69,9 @@ QPixmap stretched(const QPixmap &image, const QSize &size)
 } // namespace
 
 gridLayout::gridLayout(QWidget &window, dialogSlots &content)
-    : dialogLayout(window, content), m_style(std::make_unique<progressStyle>()),
-      m_desktopWidth(appearance.m_desktopWidth), m_desktopHeight(appearance.m_desktopHeight),
-      m_frameColor(appearance.m_dialogFrameColor), m_backgroundColor(appearance.m_dialogBackgroundColor),
+    : dialogLayout(window, content), m_desktopWidth(appearance.m_desktopWidth),
+      m_desktopHeight(appearance.m_desktopHeight), m_frameColor(appearance.m_dialogFrameColor),
+      m_backgroundColor(appearance.m_dialogBackgroundColor),
       m_alphaValue(appearance.m_dialogBackgroundAlphaval)
 {
     m_window.setAttribute(Qt::WA_TranslucentBackground);
@@ -80,18 +79,15 @@ gridLayout::gridLayout(QWidget &window, dialogSlots &content)
     m_window.setAutoFillBackground(false);
     chooseScreenProfile();
     createWidgets<progressLabel, progressProcess, progressButton>();
-    m_content.m_totalBar->setStyle(m_style.get());
+    m_content.m_totalBar->setStyle(&m_style);
     for (int i = 0; i < m_content.maxBars; ++i) {
-        m_content.bars[i]->setStyle(m_style.get());
+        m_content.bars[i]->setStyle(&m_style);
         colorLabel(*m_content.labels[i]);
     }
     shareBarPalette();
     fixSize();
-    static imageCache cache;
-    m_bgpixmap = cache.image(appearance.m_windowPixmap, QSize(m_Width, m_Height), stretched);
+    m_bgpixmap = dialogBackground(QSize(m_Width, m_Height), stretched);
 }
-
-gridLayout::~gridLayout() = default;
 
 void gridLayout::chooseScreenProfile()
 {
@@ -108,7 +104,7 @@ void gridLayout::chooseScreenProfile()
 /// Text lines have the toolkit's black unless the settings say more.
 void gridLayout::colorLabel(progressLabel &label) const
 {
-    const QColor text = panelTextColor(m_backgroundColor);
+    const QColor text = themedText(appearance.m_panelTextColor, m_backgroundColor);
     if (!text.isValid())
         return;
     QPalette palette = label.palette();
@@ -279,12 +275,14 @@ void gridLayout::captionTotalBar()
 void gridLayout::showRemaining(const remainingTime &remaining)
 {
     m_content.m_totalBar->setLabel(QStringLiteral("in progress... ") + remainingText(remaining.seconds));
+    if (m_content.m_totalBar->isHidden())
+        m_content.m_totalBar->show();
 }
 
-void gridLayout::showTotalBar(bool shown)
+void gridLayout::hideTotalBar()
 {
-    if (m_content.m_totalBar->isHidden() == shown)
-        m_content.m_totalBar->setVisible(shown);
+    if (!m_content.m_totalBar->isHidden())
+        m_content.m_totalBar->hide();
 }
 
 QRegion roundRectRegion(const QRect &g, int r)

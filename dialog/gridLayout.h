@@ -1,14 +1,11 @@
 #pragma once
 
 #include "dialog/dialogLayout.h"
+#include "widgets/progressStyle.h"
 
 #include <QColor>
 #include <QPixmap>
 #include <QRegion>
-
-#include <memory>
-
-class progressStyle;
 
 /// The fixed grid of equal cells: a frameless window whose size is made of the configured screen's and one
 /// font's, never changed, with ten rows for text lines and bars, one of which the total bar shares with the
@@ -17,7 +14,6 @@ class gridLayout : public dialogLayout
 {
 public:
     gridLayout(QWidget &window, dialogSlots &content);
-    ~gridLayout() override;
 
     void movePosition() override;
     void copyFrom(const dialogLayout &src) override;
@@ -27,7 +23,7 @@ public:
     void paint(const QPaintEvent &event) override;
     void captionTotalBar() override;
     void showRemaining(const remainingTime &remaining) override;
-    void showTotalBar(bool shown) override;
+    void hideTotalBar() override;
 
 private:
     struct figures;
@@ -42,7 +38,7 @@ private:
     int buttonCellWidth(const figures &grid, int nbut) const;
 
     /// Given to every bar.
-    std::unique_ptr<progressStyle> m_style;
+    progressStyle m_style;
     /// The background image at the dialog's size, or null.
     QPixmap m_bgpixmap;
 

@@ -140,7 +140,6 @@ void apply(wire::setting which, QStringView value, activeDialog &windows)
         break;
     case setting::windowModal:
         appearance.m_modal_dialog = value.toString().toLower() == QLatin1String("on");
-        appearance.m_dialog_flags = appearance.m_modal_dialog ? m_modal_flags : m_nonmodal_flags;
         break;
     case setting::windowLayout:
         choose(appearance.m_windowLayout, which, value);

@@ -87,8 +87,6 @@ struct appearanceSettings {
 
     /// Window mode of the progress dialog: shown again as it is (modal), or replaced by a fresh copy first.
     bool m_modal_dialog = true;
-    /// The flags that each new dialog is created with: those of one of the two modes.
-    Qt::WindowFlags m_dialog_flags = m_modal_flags;
 
 private:
     static QFont font(int points) { return {QStringLiteral("Arial"), points, QFont::Normal}; }

@@ -51,10 +51,7 @@ private:
         QString text;
         QFont font;
         bool isMarkup = false;
-        bool operator==(const source &other) const
-        {
-            return isMarkup == other.isMarkup && text == other.text && font == other.font;
-        }
+        bool operator==(const source &) const = default;
     };
 
     void takeText() const;

@@ -27,9 +27,8 @@ progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_valu
 
 void progressProcess::setLabel(const QString &label)
 {
-    m_label = label;
-    setFont(m_label.isEmpty() ? appearance.m_barNumFont : appearance.m_barLabelFont);
-    setFormat(m_label);
+    setFont(label.isEmpty() ? appearance.m_barNumFont : appearance.m_barLabelFont);
+    setFormat(label);
 }
 
 void progressProcess::setCaption(const QString &text)
@@ -42,18 +41,7 @@ void progressProcess::setValue(int newValue)
 {
     if (m_isPulsing)
         endPulse();
-    if (newValue >= lowest && newValue <= highest)
-        changeValue(newValue);
-}
-
-void progressProcess::reset()
-{
-    changeValue(none);
-}
-
-void progressProcess::changeValue(int newValue)
-{
-    if (newValue == m_value)
+    if (newValue < lowest || newValue > highest || newValue == m_value)
         return;
     // While the base class lags behind, an update is pending already, or the bar is hidden.
     const bool upToDate = m_value == m_passedOn;
@@ -69,10 +57,7 @@ void progressProcess::passValueOn()
     m_passedOn = m_value;
     // Keeps the base class from repainting within the painting.
     setAttribute(Qt::WA_UpdatesDisabled, true);
-    if (m_value == none)
-        QProgressBar::reset();
-    else
-        QProgressBar::setValue(m_value);
+    QProgressBar::setValue(m_value);
     setAttribute(Qt::WA_UpdatesDisabled, false);
 }
 
@@ -158,7 +143,9 @@ void progressProcess::paintPulse()
     QStyleOptionProgressBar option;
     initStyleOption(&option);
     option.progress = option.minimum;
-    option.text = m_label.endsWith(captionEnd) ? m_label.chopped(captionEnd.size()) : m_label;
+    option.text = format();
+    if (option.text.endsWith(captionEnd))
+        option.text.chop(captionEnd.size());
 
     QStylePainter painter(this);
     painter.drawControl(QStyle::CE_ProgressBarGroove, option);

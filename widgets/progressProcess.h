@@ -21,12 +21,10 @@ public:
     /// Captions the bar: `text`, a blank, the percent and a blank.
     void setCaption(const QString &text);
 
-    /// The value, one below the minimum while the bar has none.
+    /// The value, one below the minimum before the first.
     int value() const { return m_value; }
     /// As the toolkit's own, a value outside the range is ignored. Ends the pulsing.
     void setValue(int value);
-    /// Takes the value away.
-    void reset();
 
     /// Shows something that moves to and fro in the place of the percent, until the next value; the value
     /// stays what it was.
@@ -46,14 +44,12 @@ protected:
     virtual QRect pulseTrack() const;
 
 private:
-    void changeValue(int value);
     void endPulse();
     void followClock(bool follows);
     QRect pulseRect() const;
     void movePulse();
     void paintPulse();
 
-    QString m_label;
     int m_value;
     /// What the base class has.
     int m_passedOn;
