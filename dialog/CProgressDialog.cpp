@@ -37,7 +37,7 @@ void copyLook(QWidget &to, const QWidget &from)
 } // namespace
 
 CProgressDialog::CProgressDialog(dialogHost &host)
-    : QWidget(nullptr, appearance.m_modal_dialog ? m_modal_flags : m_nonmodal_flags), m_host(host),
+    : QWidget(nullptr, appearance.m_modal_dialog ? modalFlags : nonmodalFlags), m_host(host),
       m_layout(newLayout(*this, *this)), m_run(*this, *this, *m_layout, host),
       m_input(*this, *this, *m_layout, m_run, host)
 {

@@ -69,9 +69,8 @@ QPixmap stretched(const QPixmap &image, const QSize &size)
 } // namespace
 
 gridLayout::gridLayout(QWidget &window, dialogSlots &content)
-    : dialogLayout(window, content), m_desktopWidth(appearance.m_desktopWidth),
-      m_desktopHeight(appearance.m_desktopHeight), m_frameColor(appearance.m_dialogFrameColor),
-      m_backgroundColor(appearance.m_dialogBackgroundColor),
+    : dialogLayout(window, content), m_desktop(appearance.m_desktopWidth, appearance.m_desktopHeight),
+      m_frameColor(appearance.m_dialogFrameColor), m_backgroundColor(appearance.m_dialogBackgroundColor),
       m_alphaValue(appearance.m_dialogBackgroundAlphaval)
 {
     m_window.setAttribute(Qt::WA_TranslucentBackground);
@@ -86,13 +85,13 @@ gridLayout::gridLayout(QWidget &window, dialogSlots &content)
     }
     shareBarPalette();
     fixSize();
-    m_bgpixmap = dialogBackground(QSize(m_Width, m_Height), stretched);
+    m_bgpixmap = dialogBackground(m_size, stretched);
 }
 
 void gridLayout::chooseScreenProfile()
 {
     constexpr int lowScreenHeight = 279;
-    if (m_desktopHeight > lowScreenHeight)
+    if (m_desktop.height() > lowScreenHeight)
         return;
     m_margin = 1;
     m_ygap = 4;
@@ -128,12 +127,11 @@ void gridLayout::fixSize()
     // on a denser screen the text is taller than that, and the cells must grow with it.
     const int cellHeight = std::max(QFontMetrics(appearance.m_barNumFont).lineSpacing(),
                                     QFontMetrics(appearance.m_barNumFont, &m_window).lineSpacing());
-    m_Width = m_desktopHeight > 240 ? m_desktopWidth / 2 : m_desktopWidth * 3 / 4;
-    m_Height = (cellHeight + m_ygap + 10) * (m_buttonRows + m_content.maxBars);
-    const QSize most = largestSize(m_window);
-    m_Width = std::min(m_Width + 2 * (frameWidth + m_margin), most.width());
-    m_Height = std::min(m_Height + 2 * (frameWidth + m_margin), most.height());
-    m_window.resize(m_Width, m_Height);
+    const int width = m_desktop.height() > 240 ? m_desktop.width() / 2 : m_desktop.width() * 3 / 4;
+    const int height = (cellHeight + m_ygap + 10) * (m_buttonRows + m_content.maxBars);
+    const int edges = 2 * (frameWidth + m_margin);
+    m_size = QSize(width + edges, height + edges).boundedTo(largestSize(m_window));
+    m_window.resize(m_size);
     // A compositor would give it another one.
     if (onWayland())
         m_window.setFixedSize(m_window.size());
@@ -141,8 +139,8 @@ void gridLayout::fixSize()
 
 void gridLayout::movePosition()
 {
-    m_window.move((m_desktopWidth - m_Width) / 2 + appearance.m_paintOffsetX,
-                  (m_desktopHeight - m_Height) / 2 + appearance.m_paintOffsetY);
+    m_window.move((m_desktop.width() - m_size.width()) / 2 + appearance.m_paintOffsetX,
+                  (m_desktop.height() - m_size.height()) / 2 + appearance.m_paintOffsetY);
 }
 
 /// A copy across the two screen profiles keeps its own grid: the counts must fit its own widgets.
@@ -155,13 +153,11 @@ void gridLayout::copyFrom(const dialogLayout &other)
     m_backgroundColor = src->m_backgroundColor;
     m_alphaValue = src->m_alphaValue;
     if (m_buttonRows == src->m_buttonRows) {
-        m_desktopWidth = src->m_desktopWidth;
-        m_desktopHeight = src->m_desktopHeight;
-        m_Height = src->m_Height;
-        m_Width = src->m_Width;
+        m_desktop = src->m_desktop;
+        m_size = src->m_size;
     }
     if (!src->m_bgpixmap.isNull())
-        m_bgpixmap = stretched(src->m_bgpixmap, QSize(m_Width, m_Height));
+        m_bgpixmap = stretched(src->m_bgpixmap, m_size);
 }
 
 /// The figures that one layout pass works with, in pixels.

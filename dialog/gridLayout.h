@@ -42,8 +42,7 @@ private:
     /// The background image at the dialog's size, or null.
     QPixmap m_bgpixmap;
 
-    int m_desktopWidth;
-    int m_desktopHeight;
+    QSize m_desktop;
     QColor m_frameColor;
     QColor m_backgroundColor;
     /// Opacity of the background, 0 to 255.
@@ -51,8 +50,7 @@ private:
     int m_margin = 4; ///< inside the frame
     int m_ygap = 6;   ///< between rows
     int m_buttonRows = 2;
-    int m_Height = 0;
-    int m_Width = 0;
+    QSize m_size; ///< of the window
 };
 
 /// The region of `g` with its corners rounded by circles of radius `r` pixels, `r` 1 or more. As the dialog's

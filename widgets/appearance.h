@@ -7,9 +7,9 @@
 
 /// Window flags of the two window modes: above everything and without the window manager (modal), or an
 /// ordinary frameless window.
-inline constexpr Qt::WindowFlags m_modal_flags = Qt::CustomizeWindowHint | Qt::WindowStaysOnTopHint |
-                                                 Qt::X11BypassWindowManagerHint | Qt::FramelessWindowHint;
-inline constexpr Qt::WindowFlags m_nonmodal_flags = Qt::CustomizeWindowHint | Qt::FramelessWindowHint;
+inline constexpr Qt::WindowFlags modalFlags = Qt::CustomizeWindowHint | Qt::WindowStaysOnTopHint |
+                                              Qt::X11BypassWindowManagerHint | Qt::FramelessWindowHint;
+inline constexpr Qt::WindowFlags nonmodalFlags = Qt::CustomizeWindowHint | Qt::FramelessWindowHint;
 
 /// How dialogs place their children: in the fixed grid, or as the content asks for.
 enum class windowLayout { grid, fitted };

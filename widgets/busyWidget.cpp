@@ -27,7 +27,7 @@ constexpr int dots = 8;
 
 } // namespace
 
-busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progressProcess(this))
+busyWidget::busyWidget() : QWidget(nullptr, modalFlags), m_progr(new progressProcess(this))
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_NoSystemBackground);

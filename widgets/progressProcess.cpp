@@ -7,6 +7,8 @@
 #include <QStylePainter>
 #include <QWindow>
 
+#include <utility>
+
 namespace
 {
 
@@ -39,8 +41,10 @@ void progressProcess::setCaption(const QString &text)
 
 void progressProcess::setValue(int newValue)
 {
-    if (m_isPulsing)
-        endPulse();
+    if (std::exchange(m_isPulsing, false)) {
+        followClock(false);
+        update();
+    }
     if (newValue < lowest || newValue > highest || newValue == m_value)
         return;
     // While the base class lags behind, an update is pending already, or the bar is hidden.
@@ -76,13 +80,6 @@ void progressProcess::pulse()
         return;
     m_isPulsing = true;
     followClock(isVisible());
-    update();
-}
-
-void progressProcess::endPulse()
-{
-    m_isPulsing = false;
-    followClock(false);
     update();
 }
 

@@ -44,7 +44,6 @@ protected:
     virtual QRect pulseTrack() const;
 
 private:
-    void endPulse();
     void followClock(bool follows);
     QRect pulseRect() const;
     void movePulse();

@@ -63,7 +63,7 @@ void takeFonts()
 
 theme::theme(QObject *parent) : QObject(parent), m_preference(new desktopPreference(this))
 {
-    connect(m_preference, &desktopPreference::changed, this, &theme::follow);
+    connect(m_preference, &desktopPreference::told, this, &theme::follow);
 }
 
 theme &theme::instance()
