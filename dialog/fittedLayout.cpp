@@ -98,7 +98,7 @@ struct fittedLayout::plan {
 };
 
 fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
-    : dialogLayout(window, content), m_frame(window), m_panel(window, appearance.m_modal_dialog),
+    : dialogLayout(window, content), m_frame(window), m_panel(window, !m_frame.isManaged()),
       m_children(content)
 {
     createWidgets<fittedLabel, fittedBar, fittedButton>();
