@@ -12,7 +12,6 @@
 #include "widgets/theme.h"
 
 #include <QCloseEvent>
-#include <QIcon>
 
 #include <algorithm>
 #include <utility>
@@ -46,7 +45,6 @@ CProgressDialog::CProgressDialog(dialogHost &host)
         connect(buttons[i], &QPushButton::clicked, this, [this, i] { m_input.press(i); });
     movePosition();
     setWindowTitle(literalTitle(appearance.m_windowTitle));
-    setWindowIcon(m_layout->icon());
     installEventFilter(this);
     connect(&theme::instance(), &theme::changed, this, &CProgressDialog::takeColors);
 }
@@ -241,7 +239,6 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
 {
     for (int i = 0; i < MAX_ENTRIES; ++i)
         copySlot(i, src);
-    m_layout->captionTotalBar();
     m_layout->copyFrom(*src.m_layout);
     m_isActive = src.m_isActive;
     m_input.goOnFrom(src.m_input);

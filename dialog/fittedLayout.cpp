@@ -71,14 +71,11 @@ void placeAtRight(const QList<QWidget *> &buttons, const QRect &place)
 /// The settings' picture: the image of a file, or an icon of the theme. Null for none.
 QPixmap pictureAt(const emLength &em)
 {
-    const QIcon icon = iconNamed(appearance.m_windowImage);
-    if (icon.isNull())
-        return {};
     const QSize most = QSize(1, 1) * em(largestPicture);
     QPixmap picture(imageFile(appearance.m_windowImage));
     if (picture.isNull()) {
         const int side = qRound(em(iconSize) * appearance.m_scale);
-        picture = icon.pixmap(side, side);
+        picture = iconNamed(appearance.m_windowImage).pixmap(side, side);
         picture.setDevicePixelRatio(appearance.m_scale);
     } else if (picture.width() > most.width() || picture.height() > most.height())
         picture = picture.scaled(most, Qt::KeepAspectRatio, Qt::SmoothTransformation);
@@ -101,6 +98,7 @@ fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
     : dialogLayout(window, content), m_frame(window), m_panel(window, !m_frame.isManaged()),
       m_children(content)
 {
+    m_window.setWindowIcon(fittedIcon());
     createWidgets<fittedLabel, fittedBar, fittedButton>();
     shareBarPalette();
     const emLength em(appearance.m_labelFont, m_window);
@@ -111,11 +109,6 @@ fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
     m_picture = new QLabel(&m_window);
     m_picture->setPixmap(picture);
     m_picture->setScaledContents(true);
-}
-
-QIcon fittedLayout::icon() const
-{
-    return fittedIcon();
 }
 
 void fittedLayout::takeColors()

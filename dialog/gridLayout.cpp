@@ -76,6 +76,7 @@ gridLayout::gridLayout(QWidget &window, dialogSlots &content)
     m_window.setAttribute(Qt::WA_TranslucentBackground);
     m_window.setAttribute(Qt::WA_NoSystemBackground);
     m_window.setAutoFillBackground(false);
+    m_window.setWindowIcon(QIcon(imageFile(appearance.m_windowIcon)));
     chooseScreenProfile();
     createWidgets<progressLabel, progressProcess, progressButton>();
     m_content.m_totalBar->setStyle(&m_style);

@@ -16,8 +16,6 @@ constexpr int lowest = 0;
 constexpr int highest = 100;
 constexpr int none = lowest - 1;
 
-const QString captionEnd = QStringLiteral(" %p% ");
-
 } // namespace
 
 progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_value(none), m_passedOn(none)
@@ -35,7 +33,7 @@ void progressProcess::setLabel(const QString &label)
 
 void progressProcess::setCaption(const QString &text)
 {
-    setLabel(text + captionEnd);
+    setLabel(text + QStringLiteral(" %p% "));
     setAccessibleName(text);
 }
 
@@ -140,9 +138,7 @@ void progressProcess::paintPulse()
     QStyleOptionProgressBar option;
     initStyleOption(&option);
     option.progress = option.minimum;
-    option.text = format();
-    if (option.text.endsWith(captionEnd))
-        option.text.chop(captionEnd.size());
+    option.text = accessibleName();
 
     QStylePainter painter(this);
     painter.drawControl(QStyle::CE_ProgressBarGroove, option);

@@ -18,7 +18,8 @@ public:
     /// Shows `label` on the bar, "%p" in it standing for the percent; an empty label shows nothing and
     /// brings back the font of bars without a text.
     void setLabel(const QString &label);
-    /// Captions the bar: `text`, a blank, the percent and a blank.
+    /// Captions the bar: `text`, a blank, the percent and a blank. For screen readers, and while it pulses,
+    /// it is the text alone.
     void setCaption(const QString &text);
 
     /// The value, one below the minimum before the first.
