@@ -183,7 +183,9 @@ struct gridLayout::figures {
 void gridLayout::place(bool runs)
 {
     const figures grid(*this);
-    placeTotalBar(grid, placeHideButton(grid));
+    const int hidew = placeHideButton(grid);
+    m_content.m_totalBar->setGeometry(grid.margin + grid.xoffs, grid.buty - grid.cellh + grid.yoffs,
+                                      grid.centerw - 2 * xgap - hidew, grid.cellh - m_ygap);
     if (!runs)
         captionTotalBar();
     m_content.m_totalLabel->hide();
@@ -201,12 +203,6 @@ int gridLayout::placeHideButton(const figures &grid)
     button.setGeometry(grid.right - grid.margin - hidew, grid.buty - grid.cellh + grid.yoffs - 4, hidew,
                        grid.cellh - m_ygap + 8);
     return hidew;
-}
-
-void gridLayout::placeTotalBar(const figures &grid, int hidew)
-{
-    m_content.m_totalBar->setGeometry(grid.margin + grid.xoffs, grid.buty - grid.cellh + grid.yoffs,
-                                      grid.centerw - 2 * xgap - hidew, grid.cellh - m_ygap);
 }
 
 void gridLayout::placeRows(const figures &grid)

@@ -32,7 +32,6 @@ private:
     void fixSize();
     void colorLabel(progressLabel &label) const;
     int placeHideButton(const figures &grid);
-    void placeTotalBar(const figures &grid, int hidew);
     void placeRows(const figures &grid);
     void placeButtons(const figures &grid);
     int buttonCellWidth(const figures &grid, int nbut) const;

@@ -56,7 +56,6 @@ private:
 
     void takeText() const;
     QString plainText() const;
-    int textWidth() const;
     void layOut(int width) const;
 
     /// Null until the text first had to scroll.
