@@ -41,7 +41,7 @@ private:
     /// The background image at the dialog's size, or null.
     QPixmap m_bgpixmap;
 
-    QSize m_desktop;
+    QSize m_desktop; ///< the configured screen
     QColor m_frameColor;
     QColor m_backgroundColor;
     /// Opacity of the background, 0 to 255.

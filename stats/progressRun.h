@@ -49,7 +49,7 @@ public:
     /// Another run starts: no time has passed, and it has no snapshots. Its amount may have been told before.
     void start();
     /// Whole seconds from the start to the last tick; -1 before the first run. A clock that was set during
-    /// the run can make them anything, and a snapshot has room for as many.
+    /// the run can make them anything: they are held at the most that a snapshot has room for.
     void setElapsed(std::int64_t seconds)
     {
         constexpr std::int64_t most = std::numeric_limits<int>::max() / snapshotScale - 1;

@@ -14,16 +14,16 @@ namespace
 constexpr double units = 24;
 
 struct look {
-    QMessageBox::Icon which;
     const char *themeName;
+    QMessageBox::Icon which;
     QRgb bodyColor;
 };
 
 constexpr look looks[] = {
-    {QMessageBox::Information, "dialog-information", 0x2f74d0},
-    {QMessageBox::Warning, "dialog-warning", 0xe5a50a},
-    {QMessageBox::Critical, "dialog-error", 0xd0332e},
-    {QMessageBox::Question, "dialog-question", 0x2f74d0},
+    {"dialog-information", QMessageBox::Information, 0x2f74d0},
+    {"dialog-warning", QMessageBox::Warning, 0xe5a50a},
+    {"dialog-error", QMessageBox::Critical, 0xd0332e},
+    {"dialog-question", QMessageBox::Question, 0x2f74d0},
 };
 
 void drawBody(QPainter &painter, const look &wanted)
