@@ -59,9 +59,9 @@ labelFrame frameOf(const QStyleOptionProgressBar &bar)
     return frame;
 }
 
-/// How many of `length` pixels have the colour of the filled part, rounded to the nearest; -1 when the bar has
-/// no range. Large values are scaled down by the length first, which loses their last digits: where the colour
-/// edge of a bar with a huge range falls depends on it.
+/// How many of `length` pixels have the colour of the filled part, rounded to the nearest; -1 when the bar
+/// has no range. Large values are scaled down by the length first, which loses their last digits: where the
+/// colour edge of a bar with a huge range falls depends on it.
 int highlightedLength(const QStyleOptionProgressBar &bar, int length)
 {
     qint64 done = qint64(bar.progress) - bar.minimum;
