@@ -12,7 +12,6 @@
 #include "widgets/theme.h"
 
 #include <QCloseEvent>
-#include <QIcon>
 
 #include <algorithm>
 #include <utility>
@@ -45,7 +44,6 @@ CProgressDialog::CProgressDialog(dialogHost &host)
         connect(buttons[i], &QPushButton::clicked, this, [this, i] { m_input.press(i); });
     movePosition();
     setWindowTitle(literalTitle(appearance.m_windowTitle));
-    setWindowIcon(m_layout->icon());
     installEventFilter(this);
     connect(&theme::instance(), &theme::changed, this, &CProgressDialog::takeColors);
 }
@@ -147,7 +145,6 @@ void CProgressDialog::createBar(int id, const QString &text)
     barVisible[id] = true;
     finished[id] = false;
     labels[id]->setText(text);
-    bars[id]->reset();
     bars[id]->setValue(0);
     bars[id]->setPalette(BAR_PALETTE);
     relayout();
@@ -163,15 +160,14 @@ void CProgressDialog::removeBar(int id)
     relayout();
 }
 
-int CProgressDialog::createText(int id, const QString &text)
+void CProgressDialog::createText(int id, const QString &text)
 {
-    if (hasRow(id)) {
-        labels[id]->setText(text);
-        labelVisible[id] = true;
-        finished[id] = false;
-        relayout();
-    }
-    return id;
+    if (!hasRow(id))
+        return;
+    labels[id]->setText(text);
+    labelVisible[id] = true;
+    finished[id] = false;
+    relayout();
 }
 
 void CProgressDialog::updateText(int id, const QString &text)
@@ -242,7 +238,6 @@ void CProgressDialog::copyFromDialog(const CProgressDialog &src)
 {
     for (int i = 0; i < MAX_ENTRIES; ++i)
         copySlot(i, src);
-    m_layout->captionTotalBar();
     m_layout->copyFrom(*src.m_layout);
     m_isActive = src.m_isActive;
     m_input.goOnFrom(src.m_input);

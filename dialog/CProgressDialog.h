@@ -31,8 +31,7 @@ public:
 
     void createBar(int id, const QString &text);
     void removeBar(int id);
-    /// Returns `id`, whatever it is.
-    int createText(int id, const QString &text);
+    void createText(int id, const QString &text);
     /// A bar of the slot shows the new text only after the next layout pass.
     void updateText(int id, const QString &text);
     void removeText(int id) { removeBar(id); }

@@ -33,7 +33,8 @@ constexpr int pauseMs = 400;
 
 } // namespace
 
-/// The button that a key is meant for, null for none, and its slot (0 for the Hide button).
+/// The button that a key is meant for, null for none, and its slot: for the Hide button the one behind the
+/// last.
 struct dialogInput::target {
     QPushButton *button = nullptr;
     int slot = -1;
@@ -164,7 +165,7 @@ bool dialogInput::handleKey(const QObject *obj, const QKeyEvent &ev)
 dialogInput::target dialogInput::concernedButton(const QObject *obj) const
 {
     if (obj == m_content.m_hideButton || m_content.m_hideButton->hasFocus())
-        return {m_content.m_hideButton, 0};
+        return {m_content.m_hideButton, m_content.maxButtons};
     for (int k = 0; k < m_content.maxButtons; ++k) {
         QPushButton *const button = m_content.buttons[k];
         if (obj == button || (obj == &m_window && button->hasFocus()))
@@ -244,11 +245,9 @@ QPushButton *dialogInput::firstShown(int slot, int step) const
 QPushButton *dialogInput::beside(const target &pressed, int step) const
 {
     QPushButton *const hide = m_content.m_hideButton;
-    if (pressed.button == hide)
-        return step > 0 ? hide : firstShown(m_content.maxButtons - 1, -1);
     QPushButton *const next = firstShown(pressed.slot + step, step);
-    const bool isReached =
-        next && (m_layout.takesDesktopKeys() || next == m_content.buttons[pressed.slot + step]);
+    const bool isReached = next && (pressed.button == hide || m_layout.takesDesktopKeys() ||
+                                    next == m_content.buttons[pressed.slot + step]);
     return isReached ? next : step > 0 ? hide : nullptr;
 }
 

@@ -1,16 +1,8 @@
 #include "dialog/dialogLayout.h"
 
 #include "widgets/appearance.h"
-#include "widgets/imageFile.h"
 #include "widgets/progressProcess.h"
 #include "widgets/theme.h"
-
-#include <QIcon>
-
-QIcon dialogLayout::icon() const
-{
-    return QIcon(imageFile(appearance.m_windowIcon));
-}
 
 void dialogLayout::takeColors()
 {

@@ -4,7 +4,6 @@
 
 #include <QString>
 
-class QIcon;
 class QPaintEvent;
 class QWidget;
 struct remainingTime;
@@ -12,7 +11,7 @@ struct remainingTime;
 /// What differs between the looks of a dialog: how its window is set up, which children it has, where they
 /// are, and how the panel is painted. The dialog asks its layout; the layout knows the dialog only as a
 /// window and its slots (neither is owned, both outlive it). When it is made, it creates the children, gives
-/// the window its first size and loads the settings' background image.
+/// the window its first size and its icon, and loads the settings' background image.
 class dialogLayout
 {
 public:
@@ -39,8 +38,6 @@ public:
     /// Takes the settings' colours anew.
     virtual void takeColors();
     virtual void paint(const QPaintEvent &event) = 0;
-    /// Of the window: the settings' image.
-    virtual QIcon icon() const;
     /// Whether keys do what they do in other windows of the desktop: Escape closes, Space presses.
     virtual bool takesDesktopKeys() const { return false; }
     /// Turns the pages of texts that scroll: Page Up, Page Down, Home and End. False where the key does not.
@@ -48,8 +45,9 @@ public:
 
     /// The caption of the total bar while no remaining time is known.
     virtual void captionTotalBar() = 0;
+    /// Shows the total bar, too.
     virtual void showRemaining(const remainingTime &remaining) = 0;
-    virtual void showTotalBar(bool shown) = 0;
+    virtual void hideTotalBar() = 0;
 
 protected:
     dialogLayout(QWidget &window, dialogSlots &content) : m_window(window), m_content(content) {}

@@ -86,22 +86,19 @@ bool dialogRun::giveUp()
 
 void dialogRun::tick()
 {
-    // Snapshots hold milliseconds in an int; a clock that was set far away must not leave its range.
-    constexpr qint64 farthest = 2147482;
-    const qint64 seconds = QDateTime::currentSecsSinceEpoch() - m_startSecond;
-    const int elapsed = static_cast<int>(std::clamp(seconds, -farthest, farthest));
-    statistics.setElapsed(elapsed);
+    statistics.setElapsed(QDateTime::currentSecsSinceEpoch() - m_startSecond);
     const estimateStep step = statistics.advance(m_currentPercent, m_identity);
     if (step == estimateStep::dropped)
         m_layout.captionTotalBar();
     else if (step == estimateStep::vanished)
         showAverage();
     else if (step == estimateStep::display)
-        showEstimate(elapsed);
+        showEstimate();
 }
 
-void dialogRun::showEstimate(int elapsed)
+void dialogRun::showEstimate()
 {
+    const int elapsed = statistics.run().elapsed();
     const int total = statistics.estimate().total();
     if (total <= 0)
         return;
@@ -112,7 +109,6 @@ void dialogRun::showEstimate(int elapsed)
     const int percent = static_cast<int>(qint64{elapsed} * 100 / total);
     m_content.m_totalBar->setValue(percent);
     m_host.updateTotalPercent(percent, remaining.seconds);
-    m_layout.showTotalBar(true);
 }
 
 void dialogRun::showAverage()
@@ -120,7 +116,7 @@ void dialogRun::showAverage()
     m_layout.captionTotalBar();
     m_content.m_totalBar->setValue(m_currentPercent);
     m_host.updateTotalPercent(m_currentPercent, -1);
-    m_layout.showTotalBar(false);
+    m_layout.hideTotalBar();
 }
 
 void dialogRun::updatePercent()
@@ -144,5 +140,5 @@ void dialogRun::updatePercent()
         return;
     m_content.m_totalBar->setValue(avgPercent);
     m_host.updateTotalPercent(avgPercent, -1);
-    m_layout.showTotalBar(false);
+    m_layout.hideTotalBar();
 }

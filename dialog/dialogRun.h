@@ -37,7 +37,7 @@ private:
     void end();
     int secondsToLearn() const;
     void tick();
-    void showEstimate(int elapsed);
+    void showEstimate();
     void showAverage();
 
     const dialogSlots &m_content;

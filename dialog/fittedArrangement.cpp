@@ -25,16 +25,13 @@ std::vector<buttonLine> linesOf(const std::vector<QSize> &buttons, int width, in
     return lines;
 }
 
-/// Of the rows with the distances between them.
-int heightOf(const std::vector<fittedNeeds::row> &rows, const fittedDistances &distances)
+/// Of the rows beside the picture.
+int contentHeight(const fittedNeeds &needs)
 {
     int height = 0;
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        height += rows[i].height;
-        if (i + 1 < rows.size())
-            height += rows[i].captionsNextRow ? distances.captionToBar : distances.row;
-    }
-    return height;
+    for (const fittedNeeds::row &row : needs.rows)
+        height += row.height + row.gapBelow;
+    return std::max(height, needs.picture.height());
 }
 
 /// Takes `excess` pixels from the rows that scroll: none stays higher than the others that gave way.
@@ -87,16 +84,15 @@ fittedPlaces arranged(fittedNeeds needs, int width, int leastHeight, int mostHei
     const auto lines = linesOf(needs.buttons, width - 2 * distances.margin, distances.buttonGap);
     const int buttonHeight = lines.empty() ? 0 : lines.front().buttons.front().height();
     const int lineCount = static_cast<int>(lines.size());
-    const int content = std::max(heightOf(needs.rows, distances), needs.picture.height());
+    const int buttonsHeight = lineCount * (buttonHeight + distances.buttonGap) - distances.buttonGap;
+    const int content = contentHeight(needs);
     int below = distances.margin;
     if (lineCount > 0)
-        below += lineCount * (buttonHeight + distances.buttonGap) - distances.buttonGap +
-                 (content > 0 ? distances.aboveButtons : 0);
+        below += buttonsHeight + (content > 0 ? distances.aboveButtons : 0);
     lower(needs.rows, distances.margin + content + below - mostHeight);
 
     fittedPlaces places;
-    places.height =
-        distances.margin + below + std::max(heightOf(needs.rows, distances), needs.picture.height());
+    places.height = distances.margin + contentHeight(needs) + below;
     const QPoint start(distances.margin, distances.margin);
     if (!needs.picture.isEmpty())
         places.picture = {start, needs.picture};
@@ -105,11 +101,9 @@ fittedPlaces arranged(fittedNeeds needs, int width, int leastHeight, int mostHei
     for (const fittedNeeds::row &row : needs.rows) {
         place.setHeight(row.height);
         places.rows.push_back(place);
-        place.moveTop(place.top() + row.height +
-                      (row.captionsNextRow ? distances.captionToBar : distances.row));
+        place.moveTop(place.top() + row.height + row.gapBelow);
     }
-    int y = std::max(leastHeight, places.height) - distances.margin -
-            lineCount * (buttonHeight + distances.buttonGap) + distances.buttonGap;
+    int y = std::max(leastHeight, places.height) - distances.margin - buttonsHeight;
     for (const buttonLine &line : lines) {
         int x = width - distances.margin - line.width;
         for (const QSize &button : line.buttons) {

@@ -24,7 +24,7 @@ struct fittedNeeds {
     struct row {
         int height;
         int leastHeight; ///< less than the height where the row can scroll
-        bool captionsNextRow;
+        int gapBelow;    ///< to the next row
     };
 
     std::vector<row> rows;

@@ -50,7 +50,6 @@ void fittedChildren::show() const
     totalBar().setVisible(showsTotalRow());
     totalBar().showCaption(translated("Total progress"));
     totalBar().expectRemaining(true);
-    const bool isSingle = shownBars() == 1;
     for (int i = 0; i < m_content.maxBars; ++i) {
         label(i).setVisible(m_content.labelVisible[i]);
         if (!m_content.labelVisible[i])
@@ -58,7 +57,6 @@ void fittedChildren::show() const
         bar(i).setVisible(m_content.showsBar(i));
         if (m_content.showsBar(i))
             bar(i).showCaption(label(i).text());
-        bar(i).expectRemaining(isSingle);
     }
     m_content.m_hideButton->setText(translated("Hide"));
     m_content.m_hideButton->setVisible(busyWidget::hasPosition());
@@ -103,8 +101,10 @@ bool fittedChildren::takeLeft(const QString &left)
 void fittedChildren::tellLeft() const
 {
     const bool isSingle = shownBars() == 1;
-    for (int i = 0; i < m_content.maxBars; ++i)
+    for (int i = 0; i < m_content.maxBars; ++i) {
+        bar(i).expectRemaining(isSingle);
         bar(i).showRemaining(isSingle && m_content.showsBar(i) ? m_left : QString());
+    }
     totalBar().showRemaining(m_left);
 }
 

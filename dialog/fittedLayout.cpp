@@ -32,16 +32,19 @@ fittedNeeds::row needsOf(const fittedChildren::row &each, int width)
 {
     if (each.text) {
         const int height = each.text->keptHeightFor(width);
-        return {height, std::min(height, leastLines * each.text->fontMetrics().lineSpacing()), false};
+        return {height, std::min(height, leastLines * each.text->fontMetrics().lineSpacing()), 0};
     }
     const QWidget *const other = each.bar ? each.bar : each.buttons.front();
-    return {other->sizeHint().height(), other->sizeHint().height(), false};
+    return {other->sizeHint().height(), other->sizeHint().height(), 0};
 }
 
 /// Buttons stand close below what they belong to, and a bar without a caption below its text.
-bool captionsNext(const fittedChildren::row &each, const fittedChildren::row &next)
+int gapBetween(const fittedChildren::row &each, const fittedChildren::row &next,
+               const fittedDistances &distances)
 {
-    return !next.buttons.isEmpty() || (each.text && next.bar && next.bar->accessibleName().isEmpty());
+    const bool isClose =
+        !next.buttons.isEmpty() || (each.text && next.bar && next.bar->accessibleName().isEmpty());
+    return isClose ? distances.captionToBar : distances.row;
 }
 
 int windowWidth(int natural, int grown, int most, const emLength &em)
@@ -68,14 +71,11 @@ void placeAtRight(const QList<QWidget *> &buttons, const QRect &place)
 /// The settings' picture: the image of a file, or an icon of the theme. Null for none.
 QPixmap pictureAt(const emLength &em)
 {
-    const QIcon icon = iconNamed(appearance.m_windowImage);
-    if (icon.isNull())
-        return {};
     const QSize most = QSize(1, 1) * em(largestPicture);
     QPixmap picture(imageFile(appearance.m_windowImage));
     if (picture.isNull()) {
         const int side = qRound(em(iconSize) * appearance.m_scale);
-        picture = icon.pixmap(side, side);
+        picture = iconNamed(appearance.m_windowImage).pixmap(side, side);
         picture.setDevicePixelRatio(appearance.m_scale);
     } else if (picture.width() > most.width() || picture.height() > most.height())
         picture = picture.scaled(most, Qt::KeepAspectRatio, Qt::SmoothTransformation);
@@ -95,9 +95,10 @@ struct fittedLayout::plan {
 };
 
 fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
-    : dialogLayout(window, content), m_frame(window), m_panel(window, appearance.m_modal_dialog),
+    : dialogLayout(window, content), m_frame(window), m_panel(window, !m_frame.isManaged()),
       m_children(content)
 {
+    m_window.setWindowIcon(fittedIcon());
     createWidgets<fittedLabel, fittedBar, fittedButton>();
     shareBarPalette();
     const emLength em(appearance.m_labelFont, m_window);
@@ -108,11 +109,6 @@ fittedLayout::fittedLayout(QWidget &window, dialogSlots &content)
     m_picture = new QLabel(&m_window);
     m_picture->setPixmap(picture);
     m_picture->setScaledContents(true);
-}
-
-QIcon fittedLayout::icon() const
-{
-    return fittedIcon();
 }
 
 void fittedLayout::takeColors()
@@ -141,12 +137,6 @@ void fittedLayout::takeText(int id)
 void fittedLayout::showRemaining(const remainingTime &remaining)
 {
     showLeft(remaining.isOverdue ? overdueText() : timeLeft(remaining.calmSeconds));
-}
-
-void fittedLayout::showTotalBar(bool shown)
-{
-    if (!shown)
-        showLeft({});
 }
 
 /// Without a new arrangement, unless the total row comes or goes.
@@ -225,7 +215,7 @@ fittedLayout::plan fittedLayout::plannedAt(double scale, const QSize &room, bool
     for (const fittedChildren::row &each : result.rows)
         needs.rows.push_back(needsOf(each, rowWidth(needs.picture, width, distances)));
     for (std::size_t i = 1; i < needs.rows.size(); ++i)
-        needs.rows[i - 1].captionsNextRow = captionsNext(result.rows[i - 1], result.rows[i]);
+        needs.rows[i - 1].gapBelow = gapBetween(result.rows[i - 1], result.rows[i], distances);
 
     const int leastHeight = isGiven ? m_window.height() : std::min(m_frame.grown().height(), room.height());
     result.places = arranged(needs, width, leastHeight, room.height(), distances);

@@ -26,13 +26,11 @@ public:
     void placeAgain() override;
     void takeText(int id) override;
     void paint(const QPaintEvent &event) override { m_panel.paint(event); }
-    /// The settings' image may be the name of an icon; without any, the program's own.
-    QIcon icon() const override;
     bool takesDesktopKeys() const override { return true; }
     bool scroll(int key) override { return m_children.scroll(key); }
     void captionTotalBar() override { showLeft({}); }
     void showRemaining(const remainingTime &remaining) override;
-    void showTotalBar(bool shown) override;
+    void hideTotalBar() override { showLeft({}); }
 
 private:
     struct plan;

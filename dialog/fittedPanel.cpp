@@ -13,11 +13,6 @@
 namespace
 {
 
-QColor textOn(const QColor &background, const QColor &setting)
-{
-    return setting.isValid() ? setting : readableOn(background);
-}
-
 /// Not larger than the screen.
 QPixmap boundedTo(const QPixmap &image, const QSize &screen)
 {
@@ -29,8 +24,7 @@ QPixmap boundedTo(const QPixmap &image, const QSize &screen)
 
 fittedPanel::fittedPanel(QWidget &window, bool isFrameless) : m_window(window), m_isFrameless(isFrameless)
 {
-    static imageCache cache;
-    m_image = cache.image(appearance.m_windowPixmap, m_window.screen()->virtualSize(), boundedTo);
+    m_image = dialogBackground(m_window.screen()->virtualSize(), boundedTo);
     takeColors();
 }
 
@@ -38,7 +32,7 @@ void fittedPanel::takeColors()
 {
     constexpr double trackShare = 0.14;
     const QColor panel = theme::colorOrLight(&appearanceSettings::m_dialogBackgroundColor);
-    const QColor text = textOn(panel, appearance.m_panelTextColor);
+    const QColor text = readableText(appearance.m_panelTextColor, panel);
     const QColor button = theme::colorOrLight(&appearanceSettings::m_buttonBaseColor);
     QPalette palette;
     palette.setColor(QPalette::Window, panel);
@@ -47,7 +41,7 @@ void fittedPanel::takeColors()
     palette.setColor(QPalette::Mid, theme::colorOrLight(&appearanceSettings::m_dialogFrameColor));
     palette.setColor(QPalette::Highlight, theme::colorOrLight(&appearanceSettings::m_barColor));
     palette.setColor(QPalette::Button, button);
-    palette.setColor(QPalette::ButtonText, textOn(button, appearance.m_buttonTextColor));
+    palette.setColor(QPalette::ButtonText, readableText(appearance.m_buttonTextColor, button));
     palette.setColor(QPalette::Link, theme::colorOrLight(&appearanceSettings::m_focusFrameColor));
     m_window.setPalette(palette);
 }

@@ -14,6 +14,8 @@ class fittedWindow
 public:
     explicit fittedWindow(QWidget &window);
 
+    /// Whether it is the window manager's own, as under Wayland it always is.
+    bool isManaged() const;
     /// A managed window is placed by its manager.
     void movePosition();
     /// The user has moved it.
@@ -34,7 +36,6 @@ public:
     void goOnFrom(const fittedWindow &src);
 
 private:
-    bool isManaged() const;
     void growTo(const QSize &size, const QRect &before);
 
     QWidget &m_window;

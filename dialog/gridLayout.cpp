@@ -8,7 +8,6 @@
 #include "widgets/progressButton.h"
 #include "widgets/progressLabel.h"
 #include "widgets/progressProcess.h"
-#include "widgets/progressStyle.h"
 #include "widgets/theme.h"
 
 #include <QFontMetrics>
@@ -70,33 +69,30 @@ QPixmap stretched(const QPixmap &image, const QSize &size)
 } // namespace
 
 gridLayout::gridLayout(QWidget &window, dialogSlots &content)
-    : dialogLayout(window, content), m_style(std::make_unique<progressStyle>()),
-      m_desktopWidth(appearance.m_desktopWidth), m_desktopHeight(appearance.m_desktopHeight),
+    : dialogLayout(window, content), m_desktop(appearance.m_desktopWidth, appearance.m_desktopHeight),
       m_frameColor(appearance.m_dialogFrameColor), m_backgroundColor(appearance.m_dialogBackgroundColor),
       m_alphaValue(appearance.m_dialogBackgroundAlphaval)
 {
     m_window.setAttribute(Qt::WA_TranslucentBackground);
     m_window.setAttribute(Qt::WA_NoSystemBackground);
     m_window.setAutoFillBackground(false);
+    m_window.setWindowIcon(QIcon(imageFile(appearance.m_windowIcon)));
     chooseScreenProfile();
     createWidgets<progressLabel, progressProcess, progressButton>();
-    m_content.m_totalBar->setStyle(m_style.get());
+    m_content.m_totalBar->setStyle(&m_style);
     for (int i = 0; i < m_content.maxBars; ++i) {
-        m_content.bars[i]->setStyle(m_style.get());
+        m_content.bars[i]->setStyle(&m_style);
         colorLabel(*m_content.labels[i]);
     }
     shareBarPalette();
     fixSize();
-    static imageCache cache;
-    m_bgpixmap = cache.image(appearance.m_windowPixmap, QSize(m_Width, m_Height), stretched);
+    m_bgpixmap = dialogBackground(m_size, stretched);
 }
-
-gridLayout::~gridLayout() = default;
 
 void gridLayout::chooseScreenProfile()
 {
     constexpr int lowScreenHeight = 279;
-    if (m_desktopHeight > lowScreenHeight)
+    if (m_desktop.height() > lowScreenHeight)
         return;
     m_margin = 1;
     m_ygap = 4;
@@ -108,7 +104,7 @@ void gridLayout::chooseScreenProfile()
 /// Text lines have the toolkit's black unless the settings say more.
 void gridLayout::colorLabel(progressLabel &label) const
 {
-    const QColor text = panelTextColor(m_backgroundColor);
+    const QColor text = themedText(appearance.m_panelTextColor, m_backgroundColor);
     if (!text.isValid())
         return;
     QPalette palette = label.palette();
@@ -132,12 +128,11 @@ void gridLayout::fixSize()
     // on a denser screen the text is taller than that, and the cells must grow with it.
     const int cellHeight = std::max(QFontMetrics(appearance.m_barNumFont).lineSpacing(),
                                     QFontMetrics(appearance.m_barNumFont, &m_window).lineSpacing());
-    m_Width = m_desktopHeight > 240 ? m_desktopWidth / 2 : m_desktopWidth * 3 / 4;
-    m_Height = (cellHeight + m_ygap + 10) * (m_buttonRows + m_content.maxBars);
-    const QSize most = largestSize(m_window);
-    m_Width = std::min(m_Width + 2 * (frameWidth + m_margin), most.width());
-    m_Height = std::min(m_Height + 2 * (frameWidth + m_margin), most.height());
-    m_window.resize(m_Width, m_Height);
+    const int width = m_desktop.height() > 240 ? m_desktop.width() / 2 : m_desktop.width() * 3 / 4;
+    const int height = (cellHeight + m_ygap + 10) * (m_buttonRows + m_content.maxBars);
+    const int edges = 2 * (frameWidth + m_margin);
+    m_size = QSize(width + edges, height + edges).boundedTo(largestSize(m_window));
+    m_window.resize(m_size);
     // A compositor would give it another one.
     if (onWayland())
         m_window.setFixedSize(m_window.size());
@@ -145,8 +140,8 @@ void gridLayout::fixSize()
 
 void gridLayout::movePosition()
 {
-    m_window.move((m_desktopWidth - m_Width) / 2 + appearance.m_paintOffsetX,
-                  (m_desktopHeight - m_Height) / 2 + appearance.m_paintOffsetY);
+    m_window.move((m_desktop.width() - m_size.width()) / 2 + appearance.m_paintOffsetX,
+                  (m_desktop.height() - m_size.height()) / 2 + appearance.m_paintOffsetY);
 }
 
 /// A copy across the two screen profiles keeps its own grid: the counts must fit its own widgets.
@@ -159,13 +154,11 @@ void gridLayout::copyFrom(const dialogLayout &other)
     m_backgroundColor = src->m_backgroundColor;
     m_alphaValue = src->m_alphaValue;
     if (m_buttonRows == src->m_buttonRows) {
-        m_desktopWidth = src->m_desktopWidth;
-        m_desktopHeight = src->m_desktopHeight;
-        m_Height = src->m_Height;
-        m_Width = src->m_Width;
+        m_desktop = src->m_desktop;
+        m_size = src->m_size;
     }
     if (!src->m_bgpixmap.isNull())
-        m_bgpixmap = stretched(src->m_bgpixmap, QSize(m_Width, m_Height));
+        m_bgpixmap = stretched(src->m_bgpixmap, m_size);
 }
 
 /// The figures that one layout pass works with, in pixels.
@@ -190,7 +183,9 @@ struct gridLayout::figures {
 void gridLayout::place(bool runs)
 {
     const figures grid(*this);
-    placeTotalBar(grid, placeHideButton(grid));
+    const int hidew = placeHideButton(grid);
+    m_content.m_totalBar->setGeometry(grid.margin + grid.xoffs, grid.buty - grid.cellh + grid.yoffs,
+                                      grid.centerw - 2 * xgap - hidew, grid.cellh - m_ygap);
     if (!runs)
         captionTotalBar();
     m_content.m_totalLabel->hide();
@@ -208,12 +203,6 @@ int gridLayout::placeHideButton(const figures &grid)
     button.setGeometry(grid.right - grid.margin - hidew, grid.buty - grid.cellh + grid.yoffs - 4, hidew,
                        grid.cellh - m_ygap + 8);
     return hidew;
-}
-
-void gridLayout::placeTotalBar(const figures &grid, int hidew)
-{
-    m_content.m_totalBar->setGeometry(grid.margin + grid.xoffs, grid.buty - grid.cellh + grid.yoffs,
-                                      grid.centerw - 2 * xgap - hidew, grid.cellh - m_ygap);
 }
 
 void gridLayout::placeRows(const figures &grid)
@@ -279,12 +268,14 @@ void gridLayout::captionTotalBar()
 void gridLayout::showRemaining(const remainingTime &remaining)
 {
     m_content.m_totalBar->setLabel(QStringLiteral("in progress... ") + remainingText(remaining.seconds));
+    if (m_content.m_totalBar->isHidden())
+        m_content.m_totalBar->show();
 }
 
-void gridLayout::showTotalBar(bool shown)
+void gridLayout::hideTotalBar()
 {
-    if (m_content.m_totalBar->isHidden() == shown)
-        m_content.m_totalBar->setVisible(shown);
+    if (!m_content.m_totalBar->isHidden())
+        m_content.m_totalBar->hide();
 }
 
 QRegion roundRectRegion(const QRect &g, int r)

@@ -1,14 +1,11 @@
 #pragma once
 
 #include "dialog/dialogLayout.h"
+#include "widgets/progressStyle.h"
 
 #include <QColor>
 #include <QPixmap>
 #include <QRegion>
-
-#include <memory>
-
-class progressStyle;
 
 /// The fixed grid of equal cells: a frameless window whose size is made of the configured screen's and one
 /// font's, never changed, with ten rows for text lines and bars, one of which the total bar shares with the
@@ -17,7 +14,6 @@ class gridLayout : public dialogLayout
 {
 public:
     gridLayout(QWidget &window, dialogSlots &content);
-    ~gridLayout() override;
 
     void movePosition() override;
     void copyFrom(const dialogLayout &src) override;
@@ -27,7 +23,7 @@ public:
     void paint(const QPaintEvent &event) override;
     void captionTotalBar() override;
     void showRemaining(const remainingTime &remaining) override;
-    void showTotalBar(bool shown) override;
+    void hideTotalBar() override;
 
 private:
     struct figures;
@@ -36,18 +32,16 @@ private:
     void fixSize();
     void colorLabel(progressLabel &label) const;
     int placeHideButton(const figures &grid);
-    void placeTotalBar(const figures &grid, int hidew);
     void placeRows(const figures &grid);
     void placeButtons(const figures &grid);
     int buttonCellWidth(const figures &grid, int nbut) const;
 
     /// Given to every bar.
-    std::unique_ptr<progressStyle> m_style;
+    progressStyle m_style;
     /// The background image at the dialog's size, or null.
     QPixmap m_bgpixmap;
 
-    int m_desktopWidth;
-    int m_desktopHeight;
+    QSize m_desktop; ///< the configured screen
     QColor m_frameColor;
     QColor m_backgroundColor;
     /// Opacity of the background, 0 to 255.
@@ -55,8 +49,7 @@ private:
     int m_margin = 4; ///< inside the frame
     int m_ygap = 6;   ///< between rows
     int m_buttonRows = 2;
-    int m_Height = 0;
-    int m_Width = 0;
+    QSize m_size; ///< of the window
 };
 
 /// The region of `g` with its corners rounded by circles of radius `r` pixels, `r` 1 or more. As the dialog's

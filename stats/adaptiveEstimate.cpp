@@ -9,8 +9,8 @@
 namespace
 {
 
-/// Of equal time stamps the later record is the newer one.
-std::vector<int> newestRecords(const runTable &table)
+/// Their times and indices. Of equal time stamps the later record is the newer one.
+std::vector<std::pair<unsigned, int>> newestRecords(const runTable &table)
 {
     constexpr std::size_t most = 64;
     std::vector<std::pair<unsigned, int>> records;
@@ -18,12 +18,9 @@ std::vector<int> newestRecords(const runTable &table)
         if (table[index].found > 0)
             records.emplace_back(table[index].time, index);
     }
-    const std::size_t count = std::min(records.size(), most);
-    std::ranges::partial_sort(records, records.begin() + static_cast<std::ptrdiff_t>(count), std::greater());
-    std::vector<int> newest;
-    for (const auto &[time, index] : std::span(records).first(count))
-        newest.push_back(index);
-    return newest;
+    std::ranges::sort(records, std::greater());
+    records.resize(std::min(records.size(), most));
+    return records;
 }
 
 std::vector<courseStep> courseSteps(const std::vector<int> &snapshots)
@@ -91,7 +88,7 @@ void adaptiveEstimate::prepare(const runTable &table)
         return;
     m_revision = table.revision();
     m_courses.clear();
-    for (const int index : newestRecords(table)) {
+    for (const auto &[time, index] : newestRecords(table)) {
         const runRecord &record = table[index];
         if (auto steps = courseSteps(record.snapshots); !wasGivenUp(steps))
             m_courses.push_back({record.total, record.amount, std::move(steps)});

@@ -24,10 +24,7 @@ void progressRun::start()
 
 void progressRun::append(int actualProgress)
 {
-    // A clock that was set during the run can make the elapsed time anything.
-    constexpr int longest = std::numeric_limits<int>::max() / snapshotScale - 1;
-    const int elapsed = std::clamp(m_elapsed, -longest, longest);
-    const int snapshot = actualProgress % snapshotScale + elapsed * snapshotScale;
+    const int snapshot = actualProgress % snapshotScale + m_elapsed * snapshotScale;
     m_snapshots.push_back(snapshot);
     m_seconds.push_back(snapshot / snapshotScale);
     m_walk.take(snapshot);

@@ -48,8 +48,13 @@ class progressRun
 public:
     /// Another run starts: no time has passed, and it has no snapshots. Its amount may have been told before.
     void start();
-    /// Whole seconds from the start to the last tick; -1 before the first run.
-    void setElapsed(int seconds) { m_elapsed = seconds; }
+    /// Whole seconds from the start to the last tick; -1 before the first run. A clock that was set during
+    /// the run can make them anything: they are held at the most that a snapshot has room for.
+    void setElapsed(std::int64_t seconds)
+    {
+        constexpr std::int64_t most = std::numeric_limits<int>::max() / snapshotScale - 1;
+        m_elapsed = static_cast<int>(std::clamp(seconds, -most, most));
+    }
     /// How much there is to do, in whatever unit the job counts; 0 when that is not known.
     void setAmount(std::int64_t amount) { m_amount = amount; }
     /// Adds this moment with the signature `actualProgress` modulo 1000; nothing beyond

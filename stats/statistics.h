@@ -31,7 +31,7 @@ public:
     /// The run ends. It was `seconds` long; below 1, it is not learned.
     void endRun(int seconds);
     /// Seconds since the run's start, told once a second.
-    void setElapsed(int seconds) { m_run.setElapsed(seconds); }
+    void setElapsed(std::int64_t seconds) { m_run.setElapsed(seconds); }
     /// Adds this moment of the run.
     void addSnapshot(int actualProgress) { m_run.addSnapshot(actualProgress); }
     /// Goes on with the estimate once the elapsed time has been told; see `runEstimate::advance`.

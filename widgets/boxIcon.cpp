@@ -4,26 +4,36 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
+#include <iterator>
+
 namespace
 {
 
 // All drawn in a square of 24 units.
 constexpr double units = 24;
 
-QPolygonF triangle()
-{
-    return {{QPointF(12, 3.5), QPointF(22, 20.5), QPointF(2, 20.5)}};
-}
+struct look {
+    const char *themeName;
+    QMessageBox::Icon which;
+    QRgb bodyColor;
+};
 
-void drawBody(QPainter &painter, QMessageBox::Icon which)
+constexpr look looks[] = {
+    {"dialog-information", QMessageBox::Information, 0x2f74d0},
+    {"dialog-warning", QMessageBox::Warning, 0xe5a50a},
+    {"dialog-error", QMessageBox::Critical, 0xd0332e},
+    {"dialog-question", QMessageBox::Question, 0x2f74d0},
+};
+
+void drawBody(QPainter &painter, const look &wanted)
 {
-    const QColor color = which == QMessageBox::Warning    ? QColor(0xe5a50a)
-                         : which == QMessageBox::Critical ? QColor(0xd0332e)
-                                                          : QColor(0x2f74d0);
+    const QColor color(wanted.bodyColor);
     painter.setBrush(color);
-    if (which == QMessageBox::Warning) {
+    if (wanted.which == QMessageBox::Warning) {
+        const QPointF corners[] = {{12, 3.5}, {22, 20.5}, {2, 20.5}};
         painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        painter.drawPolygon(triangle());
+        painter.drawPolygon(corners, 3);
     } else {
         painter.setPen(Qt::NoPen);
         painter.drawEllipse(QPointF(12, 12), 11, 11);
@@ -59,37 +69,21 @@ void drawSign(QPainter &painter, QMessageBox::Icon which)
     }
 }
 
-const char *themeName(QMessageBox::Icon which)
-{
-    switch (which) {
-    case QMessageBox::Information:
-        return "dialog-information";
-    case QMessageBox::Warning:
-        return "dialog-warning";
-    case QMessageBox::Critical:
-        return "dialog-error";
-    case QMessageBox::Question:
-        return "dialog-question";
-    default:
-        return nullptr;
-    }
-}
-
 } // namespace
 
 QPixmap boxIcon(QMessageBox::Icon which, int side)
 {
-    const char *const name = themeName(which);
-    if (!name)
+    const auto *const wanted = std::ranges::find(looks, which, &look::which);
+    if (wanted == std::end(looks))
         return {};
-    if (const QIcon icon = QIcon::fromTheme(QLatin1String(name)); !icon.isNull())
+    if (const QIcon icon = QIcon::fromTheme(QLatin1String(wanted->themeName)); !icon.isNull())
         return icon.pixmap(side, side);
     QPixmap picture(side, side);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(side / units, side / units);
-    drawBody(painter, which);
+    drawBody(painter, *wanted);
     drawSign(painter, which);
     return picture;
 }

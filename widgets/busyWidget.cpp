@@ -4,7 +4,6 @@
 #include "widgets/appearance.h"
 #include "widgets/imageFile.h"
 #include "widgets/progressProcess.h"
-#include "widgets/progressStyle.h"
 #include "widgets/pulseClock.h"
 #include "widgets/roundedPanel.h"
 #include "widgets/texts.h"
@@ -35,9 +34,7 @@ busyWidget::busyWidget() : QWidget(nullptr, m_modal_flags), m_progr(new progress
     setAutoFillBackground(false);
     setAttribute(Qt::WA_ShowWithoutActivating);
 
-    auto *style = new progressStyle;
-    style->setParent(m_progr);
-    m_progr->setStyle(style);
+    m_progr->setStyle(&m_style);
     m_progr->setOrientation(Qt::Vertical);
     m_progr->setTextDirection(QProgressBar::BottomToTop);
     m_progr->setFont(appearance.m_barLabelFont);
@@ -58,12 +55,11 @@ void busyWidget::setBusyPixmap(const QString &fileName)
     const QSize natural = loadPixmap(fileName);
     const QSize most = largestSize(*this);
     const auto chosen = [](int setting, int otherwise) { return setting >= 1 ? setting : otherwise; };
-    m_width = qMin(chosen(appearance.m_busyWidth, natural.width()), most.width());
-    m_height = qMin(chosen(appearance.m_busyHeight, natural.height()), most.height());
-    diff_x = m_icon.isNull() ? 0 : qMax(0, m_width - m_icon.width());
-    diff_y = m_icon.isNull() ? 0 : qMax(0, m_height - m_icon.height());
-    setFixedSize(m_width, m_height);
-    m_progr->setGeometry(diff_x / 2 + 4, diff_y / 2 + 4, m_width - diff_x - 8, m_height - diff_y - 30);
+    setFixedSize(qMin(chosen(appearance.m_busyWidth, natural.width()), most.width()),
+                 qMin(chosen(appearance.m_busyHeight, natural.height()), most.height()));
+    m_imagePlace = m_icon.isNull() ? rect() : QRect(QPoint(), m_icon.size().boundedTo(size()));
+    m_imagePlace.translate((width() - m_imagePlace.width()) / 2, (height() - m_imagePlace.height()) / 2);
+    m_progr->setGeometry(m_imagePlace.adjusted(4, 4, -4, -26));
     update();
 }
 
@@ -121,9 +117,9 @@ void busyWidget::takeCentralSize()
 {
     if (!m_icon.isNull() || appearance.m_busyWidth > 0 || appearance.m_busyHeight > 0)
         return;
-    m_width = m_height = qRound(emLength(appearance.m_labelFont, *this)(centralSize) * appearance.m_scale);
-    setFixedSize(m_width, m_height);
-    cutCorners(*this, m_width / centralSize);
+    const int side = qRound(emLength(appearance.m_labelFont, *this)(centralSize) * appearance.m_scale);
+    setFixedSize(side, side);
+    cutCorners(*this, side / centralSize);
 }
 
 void busyWidget::showEvent(QShowEvent *)
@@ -143,12 +139,12 @@ void busyWidget::hideEvent(QHideEvent *)
 /// Dots around the middle, the more like the bar's colour the later the light passes them.
 void busyWidget::paintWheel(QPainter &painter) const
 {
-    const double em = m_width / centralSize;
+    const double em = width() / centralSize;
     const QColor panel = theme::colorOrLight(&appearanceSettings::m_dialogBackgroundColor);
     const QColor bar = theme::colorOrLight(&appearanceSettings::m_busyBarColor);
     paintRounded(painter, *this, em, theme::colorOrLight(&appearanceSettings::m_dialogFrameColor), panel);
     painter.setPen(Qt::NoPen);
-    painter.translate(m_width / 2.0, m_height / 2.0);
+    painter.translate(width() / 2.0, height() / 2.0);
     const int first = static_cast<int>(QDateTime::currentMSecsSinceEpoch() / 125 % dots);
     for (int i = 0; i < dots; ++i) {
         painter.save();
@@ -170,7 +166,7 @@ void busyWidget::paintEvent(QPaintEvent *)
     if (m_icon.isNull() && isCentred())
         paintWheel(painter);
     else if (m_icon.isNull())
-        painter.fillRect(0, 0, m_width, m_height, QColor(255, 255, 255, 125));
+        painter.fillRect(rect(), QColor(255, 255, 255, 125));
     else
-        painter.drawPixmap(diff_x / 2, diff_y / 2, m_icon);
+        painter.drawPixmap(m_imagePlace.topLeft(), m_icon);
 }

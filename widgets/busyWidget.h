@@ -1,5 +1,7 @@
 #pragma once
 
+#include "widgets/progressStyle.h"
+
 #include <QPixmap>
 #include <QWidget>
 
@@ -46,12 +48,8 @@ private:
     void takeCentralSize();
     void paintWheel(QPainter &painter) const;
 
-    /// By how many pixels the window is wider and taller than its image.
-    int diff_x = 0;
-    int diff_y = 0;
-    /// Size of the window in pixels.
-    int m_width = 32;
-    int m_height = 32;
     QPixmap m_icon;
+    QRect m_imagePlace; ///< the whole window without an image
+    progressStyle m_style;
     progressProcess *m_progr;
 };

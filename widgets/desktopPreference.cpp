@@ -54,9 +54,6 @@ void desktopPreference::take(const QDBusVariant &value)
     if (content.canConvert<QDBusVariant>())
         content = content.value<QDBusVariant>().variant();
     constexpr uint dark = 1;
-    const bool prefersDark = content.toUInt() == dark;
-    if (prefersDark == m_prefersDark)
-        return;
-    m_prefersDark = prefersDark;
-    emit changed();
+    m_prefersDark = content.toUInt() == dark;
+    emit told();
 }

@@ -18,7 +18,8 @@ public:
     bool prefersDark() const { return m_prefersDark; }
 
 signals:
-    void changed();
+    /// The desktop has said what it is, which may be what it was.
+    void told();
 
 private slots:
     void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);

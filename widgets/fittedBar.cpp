@@ -15,12 +15,6 @@ constexpr double columnGap = 1.2;
 
 const QString separator = QStringLiteral(" · ");
 
-/// The caption as one line.
-QString singleLine(QString text)
-{
-    return text.replace(u'\n', u' ');
-}
-
 } // namespace
 
 fittedBar::fittedBar(QWidget *parent) : progressProcess(parent)
@@ -32,7 +26,7 @@ void fittedBar::showCaption(const QString &caption)
 {
     if (caption == accessibleName())
         return;
-    m_caption = singleLine(caption);
+    m_caption = QString(caption).replace(u'\n', u' ');
     setAccessibleName(caption);
     update();
 }

@@ -36,7 +36,7 @@ private:
     void paintTexts(QPainter &painter) const;
     QRect filledRect() const;
 
-    QString m_caption;
+    QString m_caption; ///< in one line
     QString m_remaining;
     bool m_expectsRemaining = false;
     mutable measuredText m_measuredFigures;

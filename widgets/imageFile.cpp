@@ -2,6 +2,7 @@
 
 #include "widgets/appearance.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QScreen>
@@ -40,22 +41,27 @@ QIcon fittedIcon()
     return given.isNull() ? QIcon::fromTheme(QStringLiteral("progressd")) : given;
 }
 
-QPixmap imageCache::image(const QString &name, const QSize &size,
-                          QPixmap (*fit)(const QPixmap &, const QSize &))
+QPixmap dialogBackground(const QSize &size, QPixmap (*fit)(const QPixmap &, const QSize &))
 {
-    const QString fileName = imageFile(name);
+    static struct {
+        QString fileName;
+        QDateTime changed;
+        qint64 bytes = -1;
+        QSize size;
+        QPixmap (*fit)(const QPixmap &, const QSize &) = nullptr;
+        QPixmap image;
+    } last;
+    const QString fileName = imageFile(appearance.m_windowPixmap);
     if (fileName.isEmpty())
         return {};
     const QFileInfo file(fileName);
-    const bool isKept = fileName == m_fileName && file.lastModified() == m_changed &&
-                        file.size() == m_bytes && size == m_size;
+    const bool isKept = fileName == last.fileName && file.lastModified() == last.changed &&
+                        file.size() == last.bytes && size == last.size && fit == last.fit;
     if (!isKept) {
-        m_fileName = fileName;
-        m_changed = file.lastModified();
-        m_bytes = file.size();
-        m_size = size;
         const QPixmap loaded(fileName);
-        m_image = loaded.isNull() ? QPixmap() : fit(loaded, size);
+        last = {fileName, file.lastModified(), file.size(), size, fit, {}};
+        if (!loaded.isNull())
+            last.image = fit(loaded, size);
     }
-    return m_image;
+    return last.image;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDateTime>
 #include <QIcon>
 #include <QPixmap>
 #include <QSize>
@@ -21,18 +20,6 @@ QIcon iconNamed(const QString &name);
 /// The icon of the fitted layout's windows: the one that was chosen, else the program's own.
 QIcon fittedIcon();
 
-/// The last image that was made from a file for windows of one size. Each dialog of a series of copies asks
-/// for the same one; it is made once and shared.
-class imageCache
-{
-public:
-    /// What `fit` makes of the file's image and `size`; null where the file is no image.
-    QPixmap image(const QString &name, const QSize &size, QPixmap (*fit)(const QPixmap &, const QSize &));
-
-private:
-    QString m_fileName;
-    QDateTime m_changed;
-    qint64 m_bytes = -1;
-    QSize m_size;
-    QPixmap m_image;
-};
+/// The background of a dialog: what `fit` makes of the settings' image and `size`; null where there is none.
+/// Each dialog of a series of copies asks for the same one; it is made once and shared.
+QPixmap dialogBackground(const QSize &size, QPixmap (*fit)(const QPixmap &, const QSize &));

@@ -259,10 +259,12 @@ bool noticeBox::isHopeless() const
            m_text.count(u'\n') > roomOnScreen().height() / fontMetrics().lineSpacing();
 }
 
+/// Once its long words are broken.
 bool noticeBox::fitsScreen()
 {
     if (isHopeless())
         return false;
+    breakLongWords();
     updateSize();
     return height() <= roomOnScreen().height();
 }
@@ -297,8 +299,6 @@ void noticeBox::shareScreen()
 /// The window exists by now, but is not on the screen yet.
 void noticeBox::showEvent(QShowEvent *event)
 {
-    if (!m_scrolledText && !isHopeless())
-        breakLongWords();
     if (!m_scrolledText && !fitsScreen())
         scrollText();
     if (m_scrolledText)

@@ -17,22 +17,20 @@ constexpr int cornerDiameter = 7;
 
 /// What all buttons share, built for the size that was painted last.
 struct paintCache {
+    QSize size;
     QPainterPath roundRectBorder;
     QLinearGradient linearGrad;
     QPainterPath roundRectPath;
-    int lastW = 0;
-    int lastH = 0;
-    bool initialized = false;
 };
 
-/// Outline of a button of `w` by `h` pixels, moved `inset` pixels inside. The straight edges start four
+/// Outline of a button of this size, moved `inset` pixels inside. The straight edges start four
 /// pixels from the corners although the arcs need only half of seven; the half pixel belongs to the look.
-QPainterPath outline(int w, int h, int inset)
+QPainterPath outline(const QSize &size, int inset)
 {
     const qreal left = inset;
     const qreal top = inset;
-    const qreal right = w - 1 - inset;
-    const qreal bottom = h - 1 - inset;
+    const qreal right = size.width() - 1 - inset;
+    const qreal bottom = size.height() - 1 - inset;
     const qreal d = cornerDiameter;
     constexpr qreal run = 4;
 
@@ -61,12 +59,10 @@ QLinearGradient bodyGradient(int h)
 
 paintCache cache;
 
-const paintCache &cacheFor(int w, int h)
+const paintCache &cacheFor(const QSize &size)
 {
-    if (w != cache.lastW || h != cache.lastH)
-        cache.initialized = false;
-    if (!cache.initialized)
-        cache = {outline(w, h, 0), bodyGradient(h), outline(w, h, bodyInset), w, h, true};
+    if (size != cache.size)
+        cache = {size, outline(size, 0), bodyGradient(size.height()), outline(size, bodyInset)};
     return cache;
 }
 
@@ -81,12 +77,12 @@ progressButton::progressButton(QWidget *parent) : QPushButton(parent)
 
 void progressButton::forgetColors()
 {
-    cache.initialized = false;
+    cache = {};
 }
 
 void progressButton::paintEvent(QPaintEvent *)
 {
-    const paintCache &look = cacheFor(width(), height());
+    const paintCache &look = cacheFor(size());
     const QColor frame = hasFocus() ? appearance.m_focusFrameColor : appearance.m_buttonBaseColor;
 
     QPainter painter(this);
@@ -97,7 +93,8 @@ void progressButton::paintEvent(QPaintEvent *)
     painter.setPen(Qt::black);
     painter.setBrush(look.linearGrad);
     painter.drawPath(look.roundRectPath);
-    if (const QColor text = buttonTextColor(appearance.m_buttonBaseColor); text.isValid())
+    if (const QColor text = themedText(appearance.m_buttonTextColor, appearance.m_buttonBaseColor);
+        text.isValid())
         painter.setPen(text);
     painter.drawText(rect().adjusted(4, 4, -5, -5), Qt::AlignCenter, text());
 }

@@ -23,11 +23,6 @@ fittedLabel::fittedLabel(QWidget *parent) : progressLabel(parent)
     m_layout.setCacheEnabled(true);
 }
 
-QSize fittedLabel::sizeHint() const
-{
-    return {textWidth(), fontMetrics().lineSpacing()};
-}
-
 /// Gives the layout the text, if it has changed.
 void fittedLabel::takeText() const
 {
@@ -54,16 +49,17 @@ QString fittedLabel::plainText() const
     return QString(m_layout.text()).replace(QChar::LineSeparator, u'\n');
 }
 
-int fittedLabel::textWidth() const
+QSize fittedLabel::sizeHint() const
 {
+    const int height = fontMetrics().lineSpacing();
     const QString plain = plainText();
     if (m_layout.formats().isEmpty())
-        return m_measured.width(plain, *this);
+        return {m_measured.width(plain, *this), height};
     layOut(QWIDGETSIZE_MAX);
     double widest = 0;
     for (int i = 0; i < m_layout.lineCount(); ++i)
         widest = std::max(widest, m_layout.lineAt(i).naturalTextWidth());
-    return qCeil(widest);
+    return {qCeil(widest), height};
 }
 
 /// Lines are as high as the font asks for, or more where they hold something larger.

@@ -51,15 +51,11 @@ private:
         QString text;
         QFont font;
         bool isMarkup = false;
-        bool operator==(const source &other) const
-        {
-            return isMarkup == other.isMarkup && text == other.text && font == other.font;
-        }
+        bool operator==(const source &) const = default;
     };
 
     void takeText() const;
     QString plainText() const;
-    int textWidth() const;
     void layOut(int width) const;
 
     /// Null until the text first had to scroll.

@@ -7,14 +7,14 @@
 #include <QStylePainter>
 #include <QWindow>
 
+#include <utility>
+
 namespace
 {
 
 constexpr int lowest = 0;
 constexpr int highest = 100;
 constexpr int none = lowest - 1;
-
-const QString captionEnd = QStringLiteral(" %p% ");
 
 } // namespace
 
@@ -27,33 +27,23 @@ progressProcess::progressProcess(QWidget *parent) : QProgressBar(parent), m_valu
 
 void progressProcess::setLabel(const QString &label)
 {
-    m_label = label;
-    setFont(m_label.isEmpty() ? appearance.m_barNumFont : appearance.m_barLabelFont);
-    setFormat(m_label);
+    setFont(label.isEmpty() ? appearance.m_barNumFont : appearance.m_barLabelFont);
+    setFormat(label);
 }
 
 void progressProcess::setCaption(const QString &text)
 {
-    setLabel(text + captionEnd);
+    setLabel(text + QStringLiteral(" %p% "));
     setAccessibleName(text);
 }
 
 void progressProcess::setValue(int newValue)
 {
-    if (m_isPulsing)
-        endPulse();
-    if (newValue >= lowest && newValue <= highest)
-        changeValue(newValue);
-}
-
-void progressProcess::reset()
-{
-    changeValue(none);
-}
-
-void progressProcess::changeValue(int newValue)
-{
-    if (newValue == m_value)
+    if (std::exchange(m_isPulsing, false)) {
+        followClock(false);
+        update();
+    }
+    if (newValue < lowest || newValue > highest || newValue == m_value)
         return;
     // While the base class lags behind, an update is pending already, or the bar is hidden.
     const bool upToDate = m_value == m_passedOn;
@@ -69,10 +59,7 @@ void progressProcess::passValueOn()
     m_passedOn = m_value;
     // Keeps the base class from repainting within the painting.
     setAttribute(Qt::WA_UpdatesDisabled, true);
-    if (m_value == none)
-        QProgressBar::reset();
-    else
-        QProgressBar::setValue(m_value);
+    QProgressBar::setValue(m_value);
     setAttribute(Qt::WA_UpdatesDisabled, false);
 }
 
@@ -91,13 +78,6 @@ void progressProcess::pulse()
         return;
     m_isPulsing = true;
     followClock(isVisible());
-    update();
-}
-
-void progressProcess::endPulse()
-{
-    m_isPulsing = false;
-    followClock(false);
     update();
 }
 
@@ -158,7 +138,7 @@ void progressProcess::paintPulse()
     QStyleOptionProgressBar option;
     initStyleOption(&option);
     option.progress = option.minimum;
-    option.text = m_label.endsWith(captionEnd) ? m_label.chopped(captionEnd.size()) : m_label;
+    option.text = accessibleName();
 
     QStylePainter painter(this);
     painter.drawControl(QStyle::CE_ProgressBarGroove, option);

@@ -18,15 +18,14 @@ public:
     /// Shows `label` on the bar, "%p" in it standing for the percent; an empty label shows nothing and
     /// brings back the font of bars without a text.
     void setLabel(const QString &label);
-    /// Captions the bar: `text`, a blank, the percent and a blank.
+    /// Captions the bar: `text`, a blank, the percent and a blank. For screen readers, and while it pulses,
+    /// it is the text alone.
     void setCaption(const QString &text);
 
-    /// The value, one below the minimum while the bar has none.
+    /// The value, one below the minimum before the first.
     int value() const { return m_value; }
     /// As the toolkit's own, a value outside the range is ignored. Ends the pulsing.
     void setValue(int value);
-    /// Takes the value away.
-    void reset();
 
     /// Shows something that moves to and fro in the place of the percent, until the next value; the value
     /// stays what it was.
@@ -46,14 +45,11 @@ protected:
     virtual QRect pulseTrack() const;
 
 private:
-    void changeValue(int value);
-    void endPulse();
     void followClock(bool follows);
     QRect pulseRect() const;
     void movePulse();
     void paintPulse();
 
-    QString m_label;
     int m_value;
     /// What the base class has.
     int m_passedOn;

@@ -13,13 +13,6 @@
 namespace
 {
 
-QTextOption wrapping()
-{
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    return option;
-}
-
 QString toolTipText(const QString &text)
 {
     constexpr qsizetype longestLine = 80;
@@ -44,7 +37,9 @@ QString withBreaks(const QString &text, const QFont &font, int width)
 {
     constexpr QChar zeroWidthSpace(0x200b);
     QTextLayout layout(QString(text).replace(u'\n', QChar::LineSeparator), font);
-    layout.setTextOption(wrapping());
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
     QString result;
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
@@ -99,23 +94,18 @@ QFont scaledFont(QFont font, double factor)
     return font;
 }
 
-int textWidth(const QString &text, const QWidget &widget, int flags)
-{
-    // So large that fitting the letters to whole pixels makes no difference.
-    constexpr int magnification = 8;
-    const QFont large = scaledFont(widget.font(), magnification);
-    const int evenWidth = QFontMetrics(large, &widget).size(flags, text).width();
-    return std::max(QFontMetrics(widget.font(), &widget).size(flags, text).width(),
-                    (evenWidth + magnification - 1) / magnification);
-}
-
 int measuredText::width(const QString &text, const QWidget &widget, int flags)
 {
-    if (m_width < 0 || text != m_text || widget.font() != m_font) {
-        m_width = textWidth(text, widget, flags);
-        m_text = text;
-        m_font = widget.font();
-    }
+    if (m_width >= 0 && text == m_text && widget.font() == m_font)
+        return m_width;
+    m_text = text;
+    m_font = widget.font();
+    // So large that fitting the letters to whole pixels makes no difference.
+    constexpr int magnification = 8;
+    const QFont large = scaledFont(m_font, magnification);
+    const int evenWidth = QFontMetrics(large, &widget).size(flags, text).width();
+    m_width = std::max(QFontMetrics(m_font, &widget).size(flags, text).width(),
+                       (evenWidth + magnification - 1) / magnification);
     return m_width;
 }
 

@@ -20,20 +20,18 @@ Qt::LayoutDirection directionOf(const QString &text);
 void paintText(QWidget &widget, QPalette::ColorRole color, const QString &text,
                const std::function<void(QPainter &)> &paint);
 
-/// Pixels that the widest line of `text` needs in the widget's font: on a screen twice as dense twice as
-/// many, although letters are fitted to whole pixels. With `Qt::TextShowMnemonic` in `flags`, "&" takes no
-/// room.
-int textWidth(const QString &text, const QWidget &widget, int flags = 0);
-
 /// Answers a ToolTip event of a widget whose text is `text`: shows all of it, without markup and in lines of
 /// a length that screens have, where the widget itself `isCut`.
 void showToolTip(const QEvent &event, QWidget &widget, const QString &text, bool isCut);
 
-/// The same as `textWidth`, measured only when the text or the font is another than the last time: every
-/// layout pass asks for all widths.
+/// The width of a text, measured only when the text or the font is another than the last time: every layout
+/// pass asks for all widths.
 class measuredText
 {
 public:
+    /// Pixels that the widest line of `text` needs in the widget's font: on a screen twice as dense twice as
+    /// many, although letters are fitted to whole pixels. With `Qt::TextShowMnemonic` in `flags`, "&" takes
+    /// no room.
     int width(const QString &text, const QWidget &widget, int flags = 0);
 
 private:

@@ -59,18 +59,11 @@ void takeFonts()
     appearance.m_labelFont = sans(9);
 }
 
-QColor orReadable(const QColor &color, const QColor &background)
-{
-    if (color.isValid() || appearance.m_windowTheme == windowTheme::none)
-        return color;
-    return readableOn(background);
-}
-
 } // namespace
 
 theme::theme(QObject *parent) : QObject(parent), m_preference(new desktopPreference(this))
 {
-    connect(m_preference, &desktopPreference::changed, this, &theme::follow);
+    connect(m_preference, &desktopPreference::told, this, &theme::follow);
 }
 
 theme &theme::instance()
@@ -118,14 +111,14 @@ QColor theme::colorOrLight(QColor appearanceSettings::*setting)
     return {};
 }
 
-QColor panelTextColor(const QColor &background)
+QColor themedText(const QColor &setting, const QColor &background)
 {
-    return orReadable(appearance.m_panelTextColor, background);
+    return appearance.m_windowTheme == windowTheme::none ? setting : readableText(setting, background);
 }
 
-QColor buttonTextColor(const QColor &background)
+QColor readableText(const QColor &setting, const QColor &background)
 {
-    return orReadable(appearance.m_buttonTextColor, background);
+    return setting.isValid() ? setting : readableOn(background);
 }
 
 QPalette barPalette(QPalette palette, const QColor &numbers, const QColor &fill, const QColor &background)
@@ -133,7 +126,7 @@ QPalette barPalette(QPalette palette, const QColor &numbers, const QColor &fill,
     palette.setBrush(QPalette::All, QPalette::HighlightedText, QBrush(numbers));
     palette.setBrush(QPalette::All, QPalette::Highlight, QBrush(fill));
     palette.setBrush(QPalette::All, QPalette::Window, QBrush(background));
-    const QColor text = panelTextColor(background);
+    const QColor text = themedText(appearance.m_panelTextColor, background);
     if (!text.isValid())
         return palette;
     palette.setBrush(QPalette::All, QPalette::Text, QBrush(text));
@@ -152,11 +145,11 @@ std::optional<QPalette> boxPalette()
     const QColor panel = appearance.m_dialogBackgroundColor;
     const QColor button = appearance.m_buttonBaseColor;
     QPalette palette(button, panel);
-    const QColor text = panelTextColor(panel);
+    const QColor text = readableText(appearance.m_panelTextColor, panel);
     palette.setColor(QPalette::Base, mixed(panel, text, 0.05));
     palette.setColor(QPalette::WindowText, text);
     palette.setColor(QPalette::Text, text);
-    palette.setColor(QPalette::ButtonText, buttonTextColor(button));
+    palette.setColor(QPalette::ButtonText, readableText(appearance.m_buttonTextColor, button));
     palette.setColor(QPalette::Highlight, appearance.m_focusFrameColor);
     palette.setColor(QPalette::HighlightedText, readableOn(appearance.m_focusFrameColor));
     return palette;

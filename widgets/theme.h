@@ -35,11 +35,11 @@ private:
     bool m_isDark = false;
 };
 
-/// Colour of the text on the panel, on the unfilled part of a bar, or on a button, whose colour is
-/// `background`: the settings' own, else the one that reads better. Both are unset (and mean black) where
-/// there is neither a theme nor a setting.
-QColor panelTextColor(const QColor &background);
-QColor buttonTextColor(const QColor &background);
+/// Colour of the text on a panel or a button whose colour is `background`: the one of the settings, else the
+/// one that reads better.
+QColor readableText(const QColor &setting, const QColor &background);
+/// The same in the grid; unset, which means black, where there is neither a theme nor a setting.
+QColor themedText(const QColor &setting, const QColor &background);
 
 /// A bar's palette, with these colours of the text over its filled part, of that part and of the rest; where
 /// a theme or a setting asks for it, the text over the rest and a panel that fits it besides.

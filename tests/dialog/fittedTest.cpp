@@ -129,7 +129,6 @@ private slots:
     void keepsTheUsersSize()
     {
         appearance.m_modal_dialog = false;
-        appearance.m_dialog_flags = m_nonmodal_flags;
         dialogUnderTest dialog("addText:0;" + QString(400, 'x') + " create:1; addButt:0;b");
         const auto *text = static_cast<const fittedLabel *>(dialog.labels()[0]);
         const QSize least = dialog.size();
@@ -157,8 +156,9 @@ private slots:
         font.setPixelSize(emPixels);
         const QWidget device;
         const fittedDistances distances{emLength(font, device)};
-        fittedNeeds needs{
-            {{100, 30, true}, {20, 20, false}, {300, 30, false}}, {{50, 20}, {60, 20}, {200, 20}}, {}};
+        fittedNeeds needs{{{100, 30, distances.captionToBar}, {20, 20, distances.row}, {300, 30, 0}},
+                          {{50, 20}, {60, 20}, {200, 20}},
+                          {}};
         const auto heights = [](const fittedPlaces &places) {
             QList<int> result;
             for (const QRect &row : places.rows)
@@ -284,7 +284,7 @@ private slots:
             QVERIFY(contrast(color(QPalette::Link), color(QPalette::Window)) >= 3);
             // In the grid.
             QVERIFY(contrast(appearance.m_invertedNumberColor, appearance.m_barColor) >= 4.5);
-            const QColor caption = buttonTextColor(appearance.m_buttonBaseColor);
+            const QColor caption = readableOn(appearance.m_buttonBaseColor);
             for (const QColor &part :
                  {appearance.m_shadowLightColor, appearance.m_buttonBaseColor, appearance.m_shadowDarkColor})
                 QVERIFY(contrast(caption, part) >= 4.5);
@@ -301,7 +301,7 @@ private slots:
         QCOMPARE(dialogUnderTest().palette().color(QPalette::WindowText), QColor(Qt::red));
         // Without a theme the grid has its black.
         appearance = {};
-        QVERIFY(!panelTextColor(Qt::black).isValid() && !buttonTextColor(Qt::black).isValid());
+        QVERIFY(!themedText({}, Qt::black).isValid());
     }
 
     /// Text by text, without a button that has the keyboard; Escape closes.
