@@ -1,6 +1,7 @@
 #include "widgets/boxIcon.h"
 
 #include <QIcon>
+#include <QMessageBox>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -15,7 +16,7 @@ constexpr double units = 24;
 
 struct look {
     const char *themeName;
-    QMessageBox::Icon which;
+    int which; ///< of QMessageBox::Icon
     QRgb bodyColor;
 };
 
@@ -40,7 +41,7 @@ void drawBody(QPainter &painter, const look &wanted)
     }
 }
 
-void drawSign(QPainter &painter, QMessageBox::Icon which)
+void drawSign(QPainter &painter, int which)
 {
     const QColor color = which == QMessageBox::Warning ? Qt::black : Qt::white;
     painter.setPen(QPen(color, 2.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
@@ -71,7 +72,7 @@ void drawSign(QPainter &painter, QMessageBox::Icon which)
 
 } // namespace
 
-QPixmap boxIcon(QMessageBox::Icon which, int side)
+QPixmap boxIcon(int which, int side)
 {
     const auto *const wanted = std::ranges::find(looks, which, &look::which);
     if (wanted == std::end(looks))

@@ -129,7 +129,7 @@ void noticeBox::showText(const QString &text)
 
 void noticeBox::setPicture(int icon)
 {
-    setIconPixmap(boxIcon(static_cast<Icon>(icon), emLength(*this)(pictureSize)));
+    setIconPixmap(boxIcon(icon, emLength(*this)(pictureSize)));
 }
 
 void noticeBox::takeColors()
