@@ -96,7 +96,8 @@ class ClientCase(Case):
 
 
 class FakeDaemon:
-    """Answers at a socket as a daemon would, or with an `answer` of its own before it hangs up; keeps what it hears."""
+    """Answers at a socket as a daemon would, or with an `answer` of its own before it hangs up; keeps what it
+    has heard and answered."""
 
     def __init__(self, path, answer=None, claims=True, silent=False):
         self.path, self.answer, self.claims, self.heard = path, answer, claims, b""
@@ -121,9 +122,9 @@ class FakeDaemon:
                 channel.sendall(self.answer)
                 channel.shutdown(socket.SHUT_WR)
             while self.answer != b"" and (piece := channel.recv(65536)):
-                self.heard += piece
                 for _ in re.findall(b"<claim/>", piece) if self.claims else ():
                     channel.sendall(b"<claimed>%d</claimed>" % next(slots))
+                self.heard += piece
 
     def messages(self):
         """What it has heard since the last call, in order."""
